@@ -1,0 +1,78 @@
+// The shape every exported entry shares: a slot per entry body, the one binding
+// lock, the resolvers, the fatal exit, and the fast-path helpers that thin and
+// family entries expand into.
+#pragma once
+#include <atomic>
+#include <cstdint>
+
+#define QNL_HIDDEN __attribute__((visibility("hidden")))
+#define QNL_COLD __attribute__((cold, noinline))
+// Exports `name` as a second symbol of `body`: the same code and the same slot.
+#define QNL_ALIAS(body, name) \
+  extern "C" decltype(body) name __attribute__((alias(#body), visibility("default")));
+
+namespace qnl {
+
+// A bound back-end address. Zero at load, written only by binding, never cleared.
+// Read without a lock: an aligned pointer-wide cell is either null or final.
+struct Slot {
+  std::atomic<void*> fn{nullptr};
+  void* get() const { return fn.load(std::memory_order_relaxed); }
+};
+
+// The state the facade keeps for the whole process, in one block: the two
+// catalogue flags ahead of the two layer values.
+struct RuntimeState {
+  int32_t catalogue_first_use = 1;
+  int32_t catalogue_builtin = 1;
+  int32_t interface_layer = -1;  // -1 unset, 0 LP64, 1 ILP64
+  int32_t threading_layer = -1;  // -1 unset, 0, 1, 2, 4; others corrected at load
+};
+extern RuntimeState g_state QNL_HIDDEN;
+
+inline int interface_layer() { return __atomic_load_n(&g_state.interface_layer, __ATOMIC_RELAXED); }
+
+// Cold paths of an unbound entry. The thin form calls the exit path a second
+// time when the resolver came back empty; the family form does not.
+QNL_COLD void* bind_thin(Slot& slot, const char* symbol) QNL_HIDDEN;
+QNL_COLD void* bind_family(Slot& slot, const char* symbol) QNL_HIDDEN;
+QNL_COLD void* bind_family_core(Slot& slot, const char* symbol) QNL_HIDDEN;
+QNL_COLD void* bind_family_cdft(Slot& slot, const char* symbol) QNL_HIDDEN;
+QNL_COLD int settle_interface_layer() QNL_HIDDEN;
+
+// Bound address of a thin entry, binding on first use.
+template <class F>
+inline F* thin(Slot& slot, const char* symbol) {
+  void* p = slot.get();
+  if (__builtin_expect(p == nullptr, 0)) p = bind_thin(slot, symbol);
+  return reinterpret_cast<F*>(p);
+}
+
+// Bound address of a family entry; the caller goes through it even when empty.
+template <class F>
+inline F* family(Slot& slot, const char* symbol) {
+  void* p = slot.get();
+  if (__builtin_expect(p == nullptr, 0)) p = bind_family(slot, symbol);
+  return reinterpret_cast<F*>(p);
+}
+
+// The interface layer of a width-dependent entry, settled on first use.
+inline int layer() {
+  int v = interface_layer();
+  if (__builtin_expect(v == -1, 0)) v = settle_interface_layer();
+  return v;
+}
+
+}  // namespace qnl
+
+extern "C" {
+void qnl_rt_bind_lock() QNL_HIDDEN;
+void qnl_rt_bind_unlock() QNL_HIDDEN;
+void* qnl_rt_resolve(const char* symbol) QNL_HIDDEN;
+void* qnl_rt_resolve_core(const char* symbol) QNL_HIDDEN;
+void* qnl_rt_resolve_cdft(const char* symbol) QNL_HIDDEN;
+void qnl_rt_exit(int code) QNL_HIDDEN;
+int qnl_rt_interface_layer_init() QNL_HIDDEN;
+void qnl_rt_load_threading_layer() QNL_HIDDEN;
+int qnl_rt_getenv(const char* name, char* buffer, int size) QNL_HIDDEN;
+}

@@ -1,0 +1,27 @@
+// The message catalogue: built-in rows, an optional localised file, and the
+// printer that writes to the process's standard output.
+#pragma once
+#include <cstdint>
+
+#include "entry.h"
+
+namespace qnl::messages {
+
+struct Row {
+  uint32_t number;
+  uint32_t severity;  // 1, 2 or 4; stored, never read
+  const char* text;
+};
+constexpr int kRowCount = 1414;
+constexpr int kBufferSize = 512;
+extern const Row kRows[kRowCount] QNL_HIDDEN;
+
+// File name of the localised catalogue, looked for in a folder named from the locale.
+inline constexpr const char kCatalogueFile[] = "qnl_msg.cat";
+
+}  // namespace qnl::messages
+
+extern "C" {
+const char* qnl_rt_message_text(int id, int nargs, ...) QNL_HIDDEN;
+int qnl_rt_print_message(int kind, int id, int nargs, ...) QNL_HIDDEN;
+}

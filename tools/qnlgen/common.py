@@ -1,0 +1,27 @@
+"""Helpers shared by the generators."""
+from pathlib import Path
+
+
+def banner(table, tool="tools/gen.py"):
+    return f"// generated from {table} by {tool}; do not edit\n"
+
+
+def write_if_changed(path, text):
+    """Writes `text` unless the file already holds it, so builds stay incremental."""
+    path = Path(path)
+    path.parent.mkdir(parents=True, exist_ok=True)
+    if not path.exists() or path.read_text() != text:
+        path.write_text(text)
+
+
+def table_rows(path):
+    """Yields (line number, fields) for each non-blank, non-comment line."""
+    for number, line in enumerate(Path(path).read_text().splitlines(), 1):
+        line = line.split("#", 1)[0].strip()
+        if line:
+            yield number, line.split()
+
+
+def c_string(text):
+    """A C string literal of `text`, whose only escape is \\n."""
+    return '"' + text.replace('"', '\\"') + '"'
