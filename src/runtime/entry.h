@@ -40,12 +40,19 @@ QNL_COLD void* bind_family_core(Slot& slot, const char* symbol) QNL_HIDDEN;
 QNL_COLD void* bind_family_cdft(Slot& slot, const char* symbol) QNL_HIDDEN;
 QNL_COLD int settle_interface_layer() QNL_HIDDEN;
 
-// Bound address of a thin entry, binding on first use.
-template <class F>
-inline F* thin(Slot& slot, const char* symbol) {
+// A thin entry: `forward` reads any by-reference arguments and calls the bound
+// address. The unbound road is a separate function, so the bound one keeps no
+// registers of its own: a load, a test, the argument moves and the jump.
+template <class F, class Forward>
+QNL_COLD auto thin_unbound(Slot& slot, const char* symbol, Forward forward) {
+  return forward(reinterpret_cast<F*>(bind_thin(slot, symbol)));
+}
+
+template <class F, class Forward>
+inline auto thin(Slot& slot, const char* symbol, Forward forward) {
   void* p = slot.get();
-  if (__builtin_expect(p == nullptr, 0)) p = bind_thin(slot, symbol);
-  return reinterpret_cast<F*>(p);
+  if (__builtin_expect(p != nullptr, 1)) return forward(reinterpret_cast<F*>(p));
+  return thin_unbound<F>(slot, symbol, forward);
 }
 
 // Bound address of a family entry; the caller goes through it even when empty.

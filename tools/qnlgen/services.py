@@ -90,8 +90,8 @@ def body(name, row, by_reference, table):
     return (f"// {table}:{row.line}\n"
             f"static qnl::Slot s_{name};\n"
             f"extern \"C\" QNL_HIDDEN {ret} qnl_body_{name}({', '.join(params) or 'void'}) {{\n"
-            f"  auto* f = qnl::thin<{fn}>(s_{name}, \"{row.backend}\");\n"
-            f"  return f({', '.join(values)});\n"
+            f"  return qnl::thin<{fn}>(s_{name}, \"{row.backend}\",\n"
+            f"                        [=](auto* f) {{ return f({', '.join(values)}); }});\n"
             f"}}\n")
 
 
