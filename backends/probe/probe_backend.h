@@ -59,6 +59,7 @@ QNL_PROBE_API const qnl_probe::VerboseLine* qnl_probe_verbose_line(int i);
 // Clock: real monotonic seconds unless a test fixes the reading.
 QNL_PROBE_API double qnl_probe_clock(void);
 QNL_PROBE_API void qnl_probe_fix_clock(int fixed, double seconds);
+QNL_PROBE_API int qnl_probe_clock_readings(void);
 // Scratch memory: the next `n` allocations fail; counters of live and total blocks.
 QNL_PROBE_API void qnl_probe_fail_allocations(int n);
 QNL_PROBE_API void* qnl_probe_allocate(uint64_t size, int32_t alignment);

@@ -17,7 +17,10 @@ void qnl_serv_deallocate(void* p) {
   qnl_probe_deallocate(p);
 }
 
-double qnl_serv_dsecnd(void) { return qnl_probe_clock(); }
+double qnl_serv_dsecnd(void) {
+  qnl_probe_record("qnl_serv_dsecnd", QNL_PROBE_LIBRARY, nullptr, 0);
+  return qnl_probe_clock();
+}
 
 void* qnl_serv_verbose_mode(void) {
   qnl_probe_record("qnl_serv_verbose_mode", QNL_PROBE_LIBRARY, nullptr, 0);

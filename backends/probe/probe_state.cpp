@@ -1,5 +1,6 @@
 // Shared state of the probe back-end: call records, chosen results, the verbose
 // mode and log, the clock and the scratch allocator.
+#include <atomic>
 #include <cstdlib>
 #include <ctime>
 #include <mutex>
@@ -117,7 +118,12 @@ QNL_PROBE_API const VerboseLine* qnl_probe_verbose_line(int i) {
   return &g_lines[i % 256];
 }
 
+std::atomic<int> g_clock_readings{0};
+
+QNL_PROBE_API int qnl_probe_clock_readings(void) { return g_clock_readings.load(); }
+
 QNL_PROBE_API double qnl_probe_clock(void) {
+  ++g_clock_readings;
   if (g_clock_fixed) return g_clock_value;
   timespec ts;
   clock_gettime(CLOCK_MONOTONIC, &ts);

@@ -107,6 +107,8 @@ def entries(rows, table):
 def main(argv):
     if argv and argv[0] == "--probe":
         return probe(argv[1:])
+    if argv and argv[0] == "--tests":
+        return tests(argv[1:])
     table, outdir = argv
     rows = load(table)
     out = Path(outdir)
@@ -152,3 +154,44 @@ def probe(argv):
                    f"  const uint64_t w[] = {{{words or '0'}}};\n"
                    f"  return qnl_probe::answer<{RESULTS[res]}>(\"{sym}\", w, {len(types)});\n}}\n")
     write_if_changed(out, "".join(cpp))
+
+
+# Sentinel arrays the generated cases draw from; each form has its own, and the
+# test fills them with values whose high bits are set.
+SENTINEL = {"i32": "I32", "u64": "U64", "f64": "F64", "ptr": "PTR", "ptr*": "PTR", "i32v": "I32V"}
+
+
+def case(spelling, row, by_ref):
+    """One test case: call `spelling` with sentinels, expect the words at the back-end."""
+    params, args, words = [], [], []
+    for i, a in enumerate(row.args):
+        value_t, ref_t, deref = ARGS[a]
+        src = f"{SENTINEL[a]}[{i}]"
+        if by_ref and deref:
+            # By-reference integers point at 64-bit cells: only the low half may be read.
+            params.append(ref_t)
+            args.append(f"reinterpret_cast<{ref_t}>(&{src})")
+        else:
+            params.append(ref_t if by_ref else value_t)
+            args.append(f"static_cast<{ref_t if by_ref else value_t}>({src})")
+        words.append(f"qnl_probe::word(static_cast<{value_t}>({src}))")
+    ret = RESULTS[row.result]
+    sig = f"{ret} (*)({', '.join(params)})"
+    return (f"  {{\"{spelling}\", \"{row.backend}\", '{row.result}', {len(row.args)},\n"
+            f"   [](void* fn, uint64_t* out) {{\n"
+            f"     auto f = reinterpret_cast<{sig}>(fn);\n"
+            + (f"     f({', '.join(args)});\n     (void)out;\n" if ret == "void" else
+               f"     *out = qnl_probe::word(f({', '.join(args)}));\n")
+            + f"   }},\n   [] {{ return std::vector<uint64_t>{{{', '.join(words)}}}; }}}},\n")
+
+
+def tests(argv):
+    table, out = argv
+    rows = load(table)
+    cases = [banner(table)]
+    for name, row, by_ref, spellings in entries(rows, table):
+        if row.kind in ("local", "custom"):
+            continue
+        for s in spellings:
+            cases.append(case(s, row, by_ref))
+    write_if_changed(out, "".join(cases))
