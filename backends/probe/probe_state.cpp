@@ -144,8 +144,9 @@ QNL_PROBE_API void* qnl_probe_allocate(uint64_t size, int32_t alignment) {
   std::lock_guard<std::mutex> lock(g_mutex);
   ++g_allocations;
   g_last_size = size;
-  if (g_fail_allocations > 0) {
-    --g_fail_allocations;
+  // Sizes no machine could give fail as an allocator would, without asking one.
+  if (g_fail_allocations > 0 || size > (uint64_t{1} << 40)) {
+    if (g_fail_allocations > 0) --g_fail_allocations;
     return nullptr;
   }
   size_t align = alignment >= static_cast<int32_t>(sizeof(void*)) ? static_cast<size_t>(alignment) : sizeof(void*);

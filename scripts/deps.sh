@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Installs what the build, the tests and the examples need on Debian 12.
+set -euo pipefail
+need=(cmake ninja-build g++ python3 libgtest-dev libbenchmark-dev valgrind)
+missing=()
+for p in "${need[@]}"; do dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p"); done
+if ((${#missing[@]})); then
+  export DEBIAN_FRONTEND=noninteractive
+  apt-get update -qq
+  apt-get install -y -qq "${missing[@]}"
+fi
