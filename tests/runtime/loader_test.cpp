@@ -111,6 +111,32 @@ TEST(Search, ANameWithAPathIsNeverLoaded) {
   EXPECT_TRUE(g_loads.empty());
 }
 
+// The executable is copied into a folder whose path is 260 bytes or longer and
+// run there; its directories cannot be filled, which is a loader failure.
+TEST(Search, APathOf260BytesOrMoreIsALoaderFailure) {
+  if (getenv("QNL_TEST_DEEP_CHILD")) {
+    qnl_rt_load_threading_layer();
+    _exit(0);
+  }
+  char exe[PATH_MAX];
+  ASSERT_NE(realpath("/proc/self/exe", exe), nullptr);
+  std::string here(exe, std::strrchr(exe, '/'));
+  std::string deep = "/tmp/qnl_deep_" + std::to_string(getpid());
+  for (int i = 0; i < 6; ++i) deep += "/" + std::string(50, 'd');
+  std::string cmd = "mkdir -p " + deep + " && cp " + exe + " " + here + "/libqnl_probe_state.so " + deep +
+                    " && QNL_TEST_DEEP_CHILD=1 " + deep + "/" + (std::strrchr(exe, '/') + 1) +
+                    " --gtest_filter=Search.APathOf260BytesOrMoreIsALoaderFailure";
+  FILE* child = popen(cmd.c_str(), "r");
+  ASSERT_NE(child, nullptr);
+  char out[512] = {};
+  size_t n = fread(out, 1, sizeof out - 1, child);
+  int status = pclose(child);
+  std::string output(out, n);
+  system(("rm -rf /tmp/qnl_deep_" + std::to_string(getpid())).c_str());
+  EXPECT_NE(output.find("Velor QNL FATAL ERROR: Cannot load <qnl-loader>.\n"), std::string::npos) << output;
+  EXPECT_EQ(WEXITSTATUS(status), 2);
+}
+
 TEST(CoreRoads, TheCoreComesFirstThenTheThreadingLayer) {
   void* fn = qnl_rt_resolve_core("qnl_probe_core_call");
   ASSERT_NE(fn, nullptr);
