@@ -59,7 +59,8 @@ HEADER_LINES = """\
 # name result : arg:class[len]?cond ...
 #
 # result: - subroutine, i INTEGER, l LOGICAL, s REAL, d DOUBLE PRECISION,
-#         c COMPLEX, z COMPLEX*16
+#         c COMPLEX, z COMPLEX*16, a CHARACTER*1 (gfortran returns it through
+#         a hidden result address and length put before the arguments)
 # class:
 #   c     character; the back-end gets a hidden length 1
 #   i     integer (or logical) scalar, read only
@@ -70,16 +71,20 @@ HEADER_LINES = """\
 #   p     real/complex scalar or array, or anything else passed by address
 #   f     callback (EXTERNAL function), passed unchanged
 #   io[L]   integer/logical array written by the routine (pivots out)
+#   io[L,K] the same, a workspace of L elements of which only the first K
+#           carry results back
 #   ii[L]   integer/logical array read only (pivots in, iseed of a query, ...)
 #   iio[L]  integer/logical array read and written (iseed, jpvt, ...)
 #   iw[L]   integer workspace that answers a workspace query in element 0
 #           (liwork = -1, or lwork = -1 where there is no liwork)
 #   ix[L]   integer workspace of fixed length; not referenced by a query
 #   lw[L]   logical workspace (bwork)
-# L: length in elements, an expression over lower-case argument names with
-#   integers, + - * /, max(..), min(..) and log2(x) (floor, 0 for x < 2).
-# ?cond: the argument is referenced only when the character argument has
-#   one of the given first letters (range=I) or none of them (jobz!=N);
+# L: length in elements, an expression over lower-case integer argument
+#   names with integers, + - *, / (integer division), max(a,b), min(a,b),
+#   abs(x) and log2(x) (floor of the binary logarithm, 0 for x < 1).
+# ?cond: the argument is referenced only when a character argument has one
+#   of the given first letters (range=I) or none of them (jobz!=N), or an
+#   integer argument has (icompq=1) or has not (icompq!=0) the given value;
 #   conditions joined with & must all hold.
 """
 
@@ -92,6 +97,7 @@ RESULT_CODES = {
     "complex": "c",
     "complex*16": "z",
     "double complex": "z",
+    "character*1": "a",
 }
 
 
@@ -362,7 +368,7 @@ def dimension_text(text):
 
 
 TOKEN_RE = re.compile(r"\s*(?:(\d+)|([a-z_]\w*)|(.))")
-FUNCS = ("max", "min", "log2")
+FUNCS = ("max", "min", "abs", "log2")
 
 
 def check_expr(expr, names):
@@ -398,11 +404,13 @@ def doc_letters(text):
     return sorted(set(re.findall(r"=\s*'([A-Za-z])'\s*:", text)))
 
 
+VALUES = r"((?:(?:'\w'|-?\d+)(?:\s*(?:,|or)\s*)?)+)"
 NOTREF_RE = [
     # "If JOBZ = 'N', then IFAIL is not referenced." / "..., IL is not referenced"
-    re.compile(r"if\s+(\w+)\s*=\s*((?:'\w'(?:\s*(?:,|or)\s*)?)+),?\s*(?:then\s+)?(?:[\w ,]+?\s+(?:is|are)\s+)?not\s+referenced", re.I),
-    # "Not referenced if RANGE = 'A' or 'V'."
-    re.compile(r"not\s+referenced\s+if\s+(\w+)\s*=\s*((?:'\w'(?:\s*(?:,|or)\s*)?)+)", re.I),
+    re.compile(r"if\s+(\w+)\s*=\s*" + VALUES +
+               r",?\s*(?:then\s+)?(?:[\w ,]+?\s+(?:is|are)\s+)?not\s+referenced", re.I),
+    # "Not referenced if RANGE = 'A' or 'V'." / "Not referenced if ICOMPQ = 0."
+    re.compile(r"not\s+referenced\s+if\s+(\w+)\s*=\s*" + VALUES, re.I),
 ]
 
 
@@ -411,15 +419,19 @@ def condition(p, doc):
     text = " ".join(p.text.split())
     conds = []
     for rx in NOTREF_RE:
-        for arg, letters in rx.findall(text):
+        for arg, values in rx.findall(text):
             q = doc.param(arg)
-            if not q or f_kind(q.decl)[0] != "char":
+            kind = q and f_kind(q.decl)
+            if kind == ("char", False):
+                excl = sorted(set(re.findall(r"'(\w)'", values.upper())))
+                opts = doc_letters(q.text)
+                keep = [o for o in opts if o not in excl]
+                c = (f"{arg.lower()}={''.join(keep)}" if opts and keep
+                     else f"{arg.lower()}!={''.join(excl)}")
+            elif kind == ("int", False) and re.fullmatch(r"\s*-?\d+\s*", values):
+                c = f"{arg.lower()}!={values.strip()}"
+            else:
                 continue
-            excl = sorted(set(re.findall(r"'(\w)'", letters.upper())))
-            opts = doc_letters(q.text)
-            keep = [o for o in opts if o not in excl]
-            c = (f"{arg.lower()}={''.join(keep)}" if opts and keep
-                 else f"{arg.lower()}!={''.join(excl)}")
             if c not in conds:
                 conds.append(c)
     return "&".join(conds)
@@ -492,8 +504,11 @@ def output_bound(p, int_inputs):
     return None
 
 
-def classify(doc, cproto, notes):
-    """One table line for a documented routine, or raise Unclassified."""
+def classify(doc, cproto, notes, draft=False):
+    """One table line for a documented routine, or raise Unclassified.
+
+    With draft set, an unknown length is left as [?dimension text] for a
+    hand line to start from."""
     if doc.result not in RESULT_CODES:
         raise Unclassified(f"result type '{doc.result}'")
     int_scalars = {q.name.lower() for q in doc.params if f_kind(q.decl) == ("int", False)}
@@ -512,12 +527,14 @@ def classify(doc, cproto, notes):
             if array:
                 cls = array_class(p, doc, intent)
                 dim = dimension_text(p.text)
-                if dim is None:
-                    raise Unclassified(f"{p.name.lower()}: no documented dimension")
                 try:
+                    if dim is None:
+                        raise ValueError("no documented dimension")
                     length = length_expr(dim, int_scalars)
                 except ValueError as e:
-                    raise Unclassified(f"{p.name.lower()}: dimension '{' '.join(dim.split())}': {e}")
+                    if not draft:
+                        raise Unclassified(f"{p.name.lower()}: dimension '{' '.join((dim or '').split())}': {e}")
+                    length = "?" + re.sub(r"\s+", "", dim or "")
                 cls += f"[{length}]"
                 lengths.append(length)
             else:
@@ -525,7 +542,8 @@ def classify(doc, cproto, notes):
             if cond:
                 cls += "?" + cond
         fields.append([p, cls])
-    bound_outputs(fields, lengths)
+    if not draft:
+        bound_outputs(fields, lengths)
     return format_line(doc.name, RESULT_CODES[doc.result],
                        [f"{p.name.lower()}:{cls}" for p, cls in fields])
 
@@ -646,14 +664,18 @@ def parse_line(line):
             raise ValueError(f"bound on '{f}'")
         args.append((a, cls, length, bound, cond))
     names = {a for a, c, *_ in args if c in ("i", "o")}
+    chars = {a for a, c, *_ in args if c == "c"}
     for a, cls, length, bound, cond in args:
-        for e in (length, bound):
-            if e is not None:
-                check_expr(e, names)
-        for c in (cond or "").split("&") if cond else []:
-            if not re.fullmatch(r"(\w+)!?=[A-Z]+", c) or c.split("=")[0].rstrip("!") not in \
-                    {x for x, k, *_ in args if k == "c"}:
-                raise ValueError(f"bad condition on '{f}'")
+        parts = split_top(length) if length else []
+        if len(parts) > 2 or len(parts) == 2 and cls not in ("io", "iio"):
+            raise ValueError(f"bad length on '{a}'")
+        for e in parts + ([bound] if bound else []):
+            check_expr(e, names)
+        for c in cond.split("&") if cond else []:
+            m = re.fullmatch(r"(\w+)!?=(\w+)", c)
+            if not m or not (m.group(1) in chars and m.group(2).isalpha() and m.group(2).isupper()
+                             or m.group(1) in names and re.fullmatch(r"-?\d+", m.group(2))):
+                raise ValueError(f"bad condition on '{a}'")
     return hp[0], hp[1], args
 
 
@@ -706,13 +728,28 @@ def extract(args):
         if rnotes:
             notes[name] = rnotes
 
-    overridden = {n for n in manual if n in table or n in unclassified}
+    replaced = {n for n in manual if n in table}
+    completed = {n: unclassified[n] for n in manual if n in unclassified}
     for name, line in manual.items():
+        issue = manual_mismatch(line, docs.get(name), protos.get(name))
+        if issue:
+            notes.setdefault(name, []).append("hand line: " + issue)
         table[name] = line
         unclassified.pop(name, None)
     return dict(exports=exports, routines=routines, skipped=skipped, docs=docs,
                 protos=protos, table=table, unclassified=unclassified,
-                notes=notes, manual=manual, overridden=overridden)
+                notes=notes, manual=manual, replaced=replaced, completed=completed)
+
+
+def manual_mismatch(line, doc, cproto):
+    """A hand line whose argument names differ from the documented or
+    declared ones is most likely a typing slip."""
+    names = [a for a, *_ in parse_line(line)[2]]
+    for what, ref in (("documented", doc and [p.name.lower() for p in doc.params]),
+                      ("lapack.h", cproto and [n for n, _ in cproto.args])):
+        if ref is not None and ref != names:
+            return f"arguments differ from the {what} ones ({' '.join(ref)})"
+    return ""
 
 
 def write_table(path, table):
@@ -726,13 +763,21 @@ def write_table(path, table):
 def summary(r, verbose):
     lapack = r["routines"] - NOT_LAPACK.keys()
     in_table = lapack & r["table"].keys()
+    why = {}
+    for name, reason in r["completed"].items():
+        if "dimension" in reason:
+            reason = "array dimension not documented as an expression over the arguments"
+        why.setdefault(reason, []).append(name)
     print(f"routines in liblapack.so.3: {len(r['routines'])} "
           f"({len(r['exports'])} exported symbols)")
     print(f"routines in table:          {len(r['table'])} "
           f"({len(in_table)} of liblapack.so.3, {len(set(r['table']) - lapack)} beyond it)")
     print(f"classified by hand:         {len(r['manual'])} "
-          f"({len(r['overridden'])} replace or complete extracted ones)")
-    print(f"cross-check notes:          {len(r['notes'])} routines")
+          f"({len(r['replaced'])} replace extracted lines, {len(r['completed'])} stand in for:)")
+    for reason in sorted(why):
+        names = sorted(why[reason])
+        print(f"  {len(names):4} {reason}" + (": " + " ".join(names) if verbose else ""))
+    print(f"cross-check notes:          {len(r['notes'])} routines (-v lists them)")
     print(f"left out:                   {len(r['skipped']) + len(r['unclassified'])}")
     for name in sorted(r["skipped"]):
         print(f"  {name}: {r['skipped'][name]}")
@@ -786,11 +831,17 @@ def explain(args, name):
     print("table: " + r["table"].get(name, "-- " + r["unclassified"].get(name, "")))
 
 
-def draft(args, name):
-    """A starting point for a hand line: lapack.h types, arrays marked L?."""
-    proto = load_header(args.header).get(name)
+def draft(r, name):
+    """A starting point for a hand line: the documented classification with
+    unknown lengths marked, else lapack.h types with scalars assumed."""
+    proto = r["protos"].get(name)
+    doc = r["docs"].get(name) or sibling_doc(name, r["docs"], proto)
+    if doc:
+        print(classify(doc, proto, [], draft=True))
+        return
     if not proto:
-        raise SystemExit(f"{name}: not in lapack.h")
+        print(f"# {name}: neither documented nor in lapack.h")
+        return
     fields = []
     for n, t in proto.args:
         k = c_kind(t)
@@ -811,7 +862,7 @@ def main():
     ap.add_argument("--out", default=OUT)
     ap.add_argument("--check", action="store_true")
     ap.add_argument("--explain", metavar="NAME")
-    ap.add_argument("--draft", metavar="NAME")
+    ap.add_argument("--draft", metavar="NAME", nargs="+")
     ap.add_argument("-v", "--verbose", action="store_true")
     args = ap.parse_args()
     if args.check:
@@ -819,7 +870,10 @@ def main():
     if args.explain:
         return explain(args, args.explain)
     if args.draft:
-        return draft(args, args.draft)
+        r = extract(args)
+        for name in args.draft:
+            draft(r, name)
+        return
     r = extract(args)
     write_table(args.out, r["table"])
     summary(r, args.verbose)

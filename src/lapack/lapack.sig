@@ -2,7 +2,8 @@
 # name result : arg:class[len]?cond ...
 #
 # result: - subroutine, i INTEGER, l LOGICAL, s REAL, d DOUBLE PRECISION,
-#         c COMPLEX, z COMPLEX*16
+#         c COMPLEX, z COMPLEX*16, a CHARACTER*1 (gfortran returns it through
+#         a hidden result address and length put before the arguments)
 # class:
 #   c     character; the back-end gets a hidden length 1
 #   i     integer (or logical) scalar, read only
@@ -13,16 +14,20 @@
 #   p     real/complex scalar or array, or anything else passed by address
 #   f     callback (EXTERNAL function), passed unchanged
 #   io[L]   integer/logical array written by the routine (pivots out)
+#   io[L,K] the same, a workspace of L elements of which only the first K
+#           carry results back
 #   ii[L]   integer/logical array read only (pivots in, iseed of a query, ...)
 #   iio[L]  integer/logical array read and written (iseed, jpvt, ...)
 #   iw[L]   integer workspace that answers a workspace query in element 0
 #           (liwork = -1, or lwork = -1 where there is no liwork)
 #   ix[L]   integer workspace of fixed length; not referenced by a query
 #   lw[L]   logical workspace (bwork)
-# L: length in elements, an expression over lower-case argument names with
-#   integers, + - * /, max(..), min(..) and log2(x) (floor, 0 for x < 2).
-# ?cond: the argument is referenced only when the character argument has
-#   one of the given first letters (range=I) or none of them (jobz!=N);
+# L: length in elements, an expression over lower-case integer argument
+#   names with integers, + - *, / (integer division), max(a,b), min(a,b),
+#   abs(x) and log2(x) (floor of the binary logarithm, 0 for x < 1).
+# ?cond: the argument is referenced only when a character argument has one
+#   of the given first letters (range=I) or none of them (jobz!=N), or an
+#   integer argument has (icompq=1) or has not (icompq!=0) the given value;
 #   conditions joined with & must all hold.
 cbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:p phi:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i b11d:p b11e:p b12d:p b12e:p b21d:p b21e:p b22d:p b22e:p rwork:p lrwork:i info:o
 cbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i rwork:p info:o
@@ -51,21 +56,27 @@ cgegs - : jobvsl:c jobvsr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vsl:p ldvsl:i
 cgegv - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
 cgehd2 - : n:i ilo:i ihi:i a:p lda:i tau:p work:p info:o
 cgehrd - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
+cgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:p lda:i sva:p u:p ldu:i v:p ldv:i cwork:p lwork:i rwork:p lrwork:i iwork:io[max(4,2*n+m),4] info:o
+cgelq - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
 cgelq2 - : m:i n:i a:p lda:i tau:p work:p info:o
 cgelqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
 cgelqt - : m:i n:i mb:i a:p lda:i t:p ldt:i work:p info:o
 cgelqt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
 cgels - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
+cgelsd - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i rwork:p iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
 cgelss - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i rwork:p info:o
 cgelst - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
 cgelsx - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p rwork:p info:o
 cgelsy - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p lwork:i rwork:p info:o
+cgemlq - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
 cgemlqt - : side:c trans:c m:i n:i k:i mb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
+cgemqr - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
 cgemqrt - : side:c trans:c m:i n:i k:i nb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
 cgeql2 - : m:i n:i a:p lda:i tau:p work:p info:o
 cgeqlf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
 cgeqp3 - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p lwork:i rwork:p info:o
 cgeqpf - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p rwork:p info:o
+cgeqr - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
 cgeqr2 - : m:i n:i a:p lda:i tau:p work:p info:o
 cgeqr2p - : m:i n:i a:p lda:i tau:p work:p info:o
 cgeqrf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
@@ -106,6 +117,7 @@ cgghrd - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz
 cgglse - : m:i n:i p:i a:p lda:i b:p ldb:i c:p d:p x:p work:p lwork:i info:o
 cggqrf - : n:i m:i p:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
 cggrqf - : m:i p:i n:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
+cggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p rwork:p iwork:io[n] info:o
 cggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p lwork:i rwork:p iwork:io[n] info:o
 cggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] rwork:p tau:p work:p info:o
 cggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] rwork:p tau:p work:p lwork:i info:o
@@ -118,6 +130,7 @@ cgtsvx - : fact:c trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:i
 cgttrf - : n:i dl:p d:p du:p du2:p ipiv:io[n] info:o
 cgttrs - : trans:c n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i info:o
 cgtts2 - : itrans:i n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i
+chb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:p lda:i v:p tau:p ldvt:i work:p
 chbev - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p rwork:p info:o
 chbev_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p info:o
 chbevd - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
@@ -182,6 +195,7 @@ chetrs_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:ii[n] ipiv2:ii[
 chetrs_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
 chfrk - : transr:c uplo:c trans:c n:i k:i alpha:p a:p lda:i beta:p c:p
 chgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:p ldh:i t:p ldt:i alpha:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rwork:p info:o
+chla_transtype a : trans:i
 chpcon - : uplo:c n:i ap:p ipiv:ii[n] anorm:p rcond:p work:p info:o
 chpev - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p rwork:p info:o
 chpevd - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
@@ -208,6 +222,8 @@ clacpy - : uplo:c m:i n:i a:p lda:i b:p ldb:i
 clacrm - : m:i n:i a:p lda:i b:p ldb:i c:p ldc:i rwork:p
 clacrt - : n:i cx:p incx:i cy:p incy:i c:p s:p
 cladiv c : x:p y:p
+claed0 - : qsiz:i n:i d:p e:p q:p ldq:i qstore:p ldqs:i rwork:p iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
+claed7 - : n:i cutpnt:i qsiz:i tlvls:i curlvl:i curpbm:i d:p q:p ldq:i rho:p indxq:io[n] qstore:p qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:p work:p rwork:p iwork:ix[4*n] info:o
 claed8 - : k:o n:i qsiz:i q:p ldq:i d:p rho:p cutpnt:i z:p dlamda:p q2:p ldq2:i w:p indxp:io[n] indx:io[n] indxq:ii[n] perm:io[n] givptr:o givcol:io[2*n] givnum:p info:o
 claein - : rightv:i noinit:i n:i h:p ldh:i w:p v:p b:p ldb:i rwork:p eps3:p smlnum:p info:o
 claesy - : a:p b:p c:p rt1:p rt2:p evscal:p cs1:p sn1:p
@@ -216,12 +232,18 @@ clag2z - : m:i n:i sa:p ldsa:i a:p lda:i info:o
 clags2 - : upper:i a1:p a2:p a3:p b1:p b2:p b3:p csu:p snu:p csv:p snv:p csq:p snq:p
 clagtm - : trans:c n:i nrhs:i alpha:p dl:p d:p du:p x:p ldx:i beta:p b:p ldb:i
 clahef - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
+clahef_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
 clahef_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
 clahef_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 clahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i info:o
 clahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 clahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 claic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
+clals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
+clalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p rwork:p iwork:ix[3*n] info:o
+clalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p rwork:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
+clamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
+clamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
 clangb s : norm:c n:i kl:i ku:i ab:p ldab:i work:p
 clange s : norm:c m:i n:i a:p lda:i work:p
 clangt s : norm:c n:i dl:p d:p du:p
@@ -283,17 +305,23 @@ clascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
 claset - : uplo:c m:i n:i alpha:p beta:p a:p lda:i
 clasr - : side:c pivot:c direct:c m:i n:i c:p s:p a:p lda:i
 classq - : n:i x:p incx:i scl:p sumsq:p
+claswlq - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
+claswp - : n:i a:p lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
 clasyf - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 clasyf_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
 clasyf_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
 clasyf_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 clatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:p ldab:i x:p scale:p cnorm:p info:o
 clatdf - : ijob:i n:i z:p ldz:i rhs:p rdsum:p rdscal:p ipiv:ii[n] jpiv:ii[n]
+clatm2 c : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
+clatm3 c : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
+clatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:p mode:i cond:p dmax:p rsign:c grade:c dl:p model:i condl:p dr:p moder:i condr:p pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:p anorm:p pack:c a:p lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
 clatps - : uplo:c trans:c diag:c normin:c n:i ap:p x:p scale:p cnorm:p info:o
 clatrd - : uplo:c n:i nb:i a:p lda:i e:p tau:p w:p ldw:i
 clatrs - : uplo:c trans:c diag:c normin:c n:i a:p lda:i x:p scale:p cnorm:p info:o
 clatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:p lda:i x:p ldx:i scale:p cnorm:p work:p lwork:i info:o
 clatrz - : m:i n:i l:i a:p lda:i tau:p work:p
+clatsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
 clatzm - : side:c m:i n:i v:p incv:i tau:p c1:p c2:p ldc:i work:p
 claunhr_col_getrfnp - : m:i n:i a:p lda:i d:p info:o
 claunhr_col_getrfnp2 - : m:i n:i a:p lda:i d:p info:o
@@ -477,6 +505,7 @@ cunmtr - : side:c uplo:c trans:c m:i n:i a:p lda:i tau:p c:p ldc:i work:p lwork:
 cupgtr - : uplo:c n:i ap:p tau:p q:p ldq:i work:p info:o
 cupmtr - : side:c uplo:c trans:c m:i n:i ap:p tau:p c:p ldc:i work:p info:o
 dbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:p phi:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i b11d:p b11e:p b12d:p b12e:p b21d:p b21e:p b22d:p b22e:p work:p lwork:i info:o
+dbdsdc - : uplo:c compq:c n:i d:p e:p u:p ldu:i vt:p ldvt:i q:p iq:io[n*(3+3*log2(n/26))]?compq=P work:p iwork:ix[8*n] info:o
 dbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
 dbdsvdx - : uplo:c jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I ns:o s:p z:p ldz:i work:p iwork:io[12*n] info:o
 ddisna - : job:c m:i n:i d:p sep:p info:o
@@ -506,21 +535,26 @@ dgegv - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p 
 dgehd2 - : n:i ilo:i ihi:i a:p lda:i tau:p work:p info:o
 dgehrd - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
 dgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:p lda:i sva:p u:p ldu:i v:p ldv:i work:p lwork:i iwork:io[m+3*n] info:o
+dgelq - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
 dgelq2 - : m:i n:i a:p lda:i tau:p work:p info:o
 dgelqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
 dgelqt - : m:i n:i mb:i a:p lda:i t:p ldt:i work:p info:o
 dgelqt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
 dgels - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
+dgelsd - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
 dgelss - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i info:o
 dgelst - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
 dgelsx - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p info:o
 dgelsy - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p lwork:i info:o
+dgemlq - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
 dgemlqt - : side:c trans:c m:i n:i k:i mb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
+dgemqr - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
 dgemqrt - : side:c trans:c m:i n:i k:i nb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
 dgeql2 - : m:i n:i a:p lda:i tau:p work:p info:o
 dgeqlf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
 dgeqp3 - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p lwork:i info:o
 dgeqpf - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p info:o
+dgeqr - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
 dgeqr2 - : m:i n:i a:p lda:i tau:p work:p info:o
 dgeqr2p - : m:i n:i a:p lda:i tau:p work:p info:o
 dgeqrf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
@@ -561,6 +595,7 @@ dgghrd - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz
 dgglse - : m:i n:i p:i a:p lda:i b:p ldb:i c:p d:p x:p work:p lwork:i info:o
 dggqrf - : n:i m:i p:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
 dggrqf - : m:i p:i n:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
+dggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p iwork:io[n] info:o
 dggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p lwork:i iwork:io[n] info:o
 dggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] tau:p work:p info:o
 dggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] tau:p work:p lwork:i info:o
@@ -579,20 +614,25 @@ dhseqr - : job:c compz:c n:i ilo:i ihi:i h:p ldh:i wr:p wi:p z:p ldz:i work:p lw
 disnan l : precision:p din:p
 dlabad - : small:p large:p
 dlabrd - : m:i n:i nb:i a:p lda:i d:p e:p tauq:p taup:p x:p ldx:i y:p ldy:i
-dlacn2 - : n:i v:p x:p isgn:io[n] est:p kase:o isave:iio[3]
-dlacon - : n:i v:p x:p isgn:io[n] est:p kase:o
+dlacn2 - : n:i v:p x:p isgn:iio[n] est:p kase:o isave:iio[3]
+dlacon - : n:i v:p x:p isgn:iio[n] est:p kase:o
 dlacpy - : uplo:c m:i n:i a:p lda:i b:p ldb:i
 dladiv - : a:p b:p c:p d:p p:p q:p
+dladiv1 - : a:p b:p c:p d:p p:p q:p
+dladiv2 d : a:p b:p c:p d:p r:p t:p
 dlae2 - : a:p b:p c:p rt1:p rt2:p
 dlaebz - : ijob:i nitmax:i n:i mmax:i minp:i nbmin:i abstol:p reltol:p pivmin:p d:p e:p e2:p nval:iio[minp] ab:p c:p mout:o nab:iio[mmax*2] work:p iwork:ix[mmax] info:o
+dlaed0 - : icompq:i qsiz:i n:i d:p e:p q:p ldq:i qstore:p ldqs:i work:p iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
 dlaed1 - : n:i d:p q:p ldq:i indxq:iio[n] rho:p cutpnt:i work:p iwork:ix[4*n] info:o
 dlaed2 - : k:o n:i n1:i d:p q:p ldq:i indxq:iio[n] rho:p z:p dlamda:p w:p q2:p indx:io[n] indxc:io[n] indxp:io[n] coltyp:io[n] info:o
 dlaed3 - : k:i n:i n1:i d:p q:p ldq:i rho:p dlamda:p q2:p indx:ii[n] ctot:ii[4] w:p s:p info:o
 dlaed4 - : n:i i:i d:p z:p delta:p rho:p dlam:p info:o
 dlaed5 - : i:i d:p z:p delta:p rho:p dlam:p
 dlaed6 - : kniter:i orgati:i rho:p d:p z:p finit:p tau:p info:o
+dlaed7 - : icompq:i n:i qsiz:i tlvls:i curlvl:i curpbm:i d:p q:p ldq:i indxq:io[n] rho:p cutpnt:i qstore:p qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:p work:p iwork:ix[4*n] info:o
 dlaed8 - : icompq:i k:o n:i qsiz:i d:p q:p ldq:i indxq:ii[n] rho:p cutpnt:i z:p dlamda:p q2:p ldq2:i w:p perm:io[n] givptr:o givcol:io[2*n] givnum:p indxp:io[n] indx:io[n] info:o
 dlaed9 - : k:i kstart:i kstop:i n:i d:p q:p ldq:i rho:p dlamda:p w:p s:p lds:i info:o
+dlaeda - : n:i tlvls:i curlvl:i curpbm:i prmptr:ii[n*log2(2*n-1)] perm:ii[n*log2(2*n-1)] givptr:ii[n*log2(2*n-1)] givcol:ii[2*n*log2(2*n-1)] givnum:p q:p qptr:ii[n+2] z:p ztemp:p info:o
 dlaein - : rightv:i noinit:i n:i h:p ldh:i wr:p wi:p vr:p vi:p b:p ldb:i work:p eps3:p smlnum:p bignum:p info:o
 dlaev2 - : a:p b:p c:p rt1:p rt2:p cs1:p sn1:p
 dlaexc - : wantq:i n:i t:p ldt:i q:p ldq:i j1:i n1:i n2:i work:p info:o
@@ -609,7 +649,14 @@ dlahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 dlaic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
 dlaisnan l : precision:p din1:p precision:p din2:p
 dlaln2 - : ltrans:i na:i nw:i smin:p ca:p a:p lda:i d1:p d2:p b:p ldb:i wr:p wi:p x:p ldx:i scale:p xnorm:p info:o
+dlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
+dlalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p work:p iwork:ix[3*n] info:o
+dlalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
+dlamc3 d : a:p b:p
+dlamch d : cmach:c
 dlamrg - : n1:i n2:i a:p dtrd1:i dtrd2:i index:io[n1+n2]
+dlamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
+dlamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
 dlaneg i : n:i d:p lld:p sigma:p pivmin:p r:i
 dlangb d : norm:c n:i kl:i ku:i ab:p ldab:i work:p
 dlange d : norm:c m:i n:i a:p lda:i work:p
@@ -684,9 +731,15 @@ dlarzt - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
 dlas2 - : f:p g:p h:p ssmin:p ssmax:p
 dlascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
 dlasd0 - : n:i sqre:i d:p e:p u:p ldu:i vt:p ldvt:i smlsiz:i iwork:ix[8*n] work:p info:o
+dlasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[(nl+nr+1)] iwork:ix[4*(nl+nr+1)] work:p info:o
+dlasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[(nl+nr+1)] idx:io[(nl+nr+1)] idxc:io[(nl+nr+1)] idxq:iio[(nl+nr+1)] coltyp:io[(nl+nr+1)] info:o
+dlasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[(nl+nr+1)] ctot:ii[4] z:p info:o
 dlasd4 - : n:i i:i d:p z:p delta:p rho:p sigma:p work:p info:o
 dlasd5 - : i:i d:p z:p delta:p rho:p dsigma:p work:p
+dlasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
+dlasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[(nl+nr+1)] idxp:io[(nl+nr+1)] idxq:ii[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
 dlasd8 - : icompq:i k:i d:p z:p vf:p vl:p difl:p difr:p lddifr:i dsigma:p work:p info:o
+dlasda - : icompq:i smlsiz:i n:i sqre:i d:p e:p u:p ldu:i vt:p k:io[1+(n-1)*icompq] difl:p difr:p z:p poles:p givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:p c:p s:p work:p iwork:ix[7*n] info:o
 dlasdq - : uplo:c sqre:i n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
 dlasdt - : n:i lvl:o nd:o inode:io[n] ndiml:io[n] ndimr:io[n] msub:i
 dlaset - : uplo:c m:i n:i alpha:p beta:p a:p lda:i
@@ -700,6 +753,8 @@ dlasr - : side:c pivot:c direct:c m:i n:i c:p s:p a:p lda:i
 dlasrt - : id:c n:i d:p info:o
 dlassq - : n:i x:p incx:i scl:p sumsq:p
 dlasv2 - : f:p g:p h:p ssmin:p ssmax:p snr:p csr:p snl:p csl:p
+dlaswlq - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
+dlaswp - : n:i a:p lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
 dlasy2 - : ltranl:i ltranr:i isgn:i n1:i n2:i tl:p ldtl:i tr:p ldtr:i b:p ldb:i scale:p x:p ldx:i xnorm:p info:o
 dlasyf - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 dlasyf_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
@@ -708,11 +763,15 @@ dlasyf_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 dlat2s - : uplo:c n:i a:p lda:i sa:p ldsa:i info:o
 dlatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:p ldab:i x:p scale:p cnorm:p info:o
 dlatdf - : ijob:i n:i z:p ldz:i rhs:p rdsum:p rdscal:p ipiv:ii[n] jpiv:ii[n]
+dlatm2 d : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
+dlatm3 d : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
+dlatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:p mode:i cond:p dmax:p rsign:c grade:c dl:p model:i condl:p dr:p moder:i condr:p pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:p anorm:p pack:c a:p lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
 dlatps - : uplo:c trans:c diag:c normin:c n:i ap:p x:p scale:p cnorm:p info:o
 dlatrd - : uplo:c n:i nb:i a:p lda:i e:p tau:p w:p ldw:i
 dlatrs - : uplo:c trans:c diag:c normin:c n:i a:p lda:i x:p scale:p cnorm:p info:o
 dlatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:p lda:i x:p ldx:i scale:p cnorm:p work:p lwork:i info:o
 dlatrz - : m:i n:i l:i a:p lda:i tau:p work:p
+dlatsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
 dlatzm - : side:c m:i n:i v:p incv:i tau:p c1:p c2:p ldc:i work:p
 dlauu2 - : uplo:c n:i a:p lda:i info:o
 dlauum - : uplo:c n:i a:p lda:i info:o
@@ -796,7 +855,9 @@ dptsvx - : fact:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i rcond:p ferr:
 dpttrf - : n:i d:p e:p info:o
 dpttrs - : n:i nrhs:i d:p e:p b:p ldb:i info:o
 dptts2 - : n:i nrhs:i d:p e:p b:p ldb:i
+droundup_lwork d : lwork:i
 drscl - : n:i sa:p sx:p incx:i
+dsb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:p lda:i v:p tau:p ldvt:i work:p
 dsbev - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p info:o
 dsbev_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i info:o
 dsbevd - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
@@ -872,6 +933,7 @@ dsytf2_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] info:o
 dsytf2_rook - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
 dsytrd - : uplo:c n:i a:p lda:i d:p e:p tau:p work:p lwork:i info:o
 dsytrd_2stage - : vect:c uplo:c n:i a:p lda:i d:p e:p tau:p hous2:p lhous2:i work:p lwork:i info:o
+dsytrd_sb2st - : stage1:c vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p hous:p lhous:i work:p lwork:i info:o
 dsytrd_sy2sb - : uplo:c n:i kd:i a:p lda:i ab:p ldab:i tau:p work:p lwork:i info:o
 dsytrf - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
 dsytrf_aa - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
@@ -926,6 +988,7 @@ dtrrfs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i x:p ldx:i ferr:p
 dtrsen - : job:c compq:c select:ii[n] n:i t:p ldt:i q:p ldq:i wr:p wi:p m:o s:p sep:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
 dtrsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i s:p sep:p mm:i m:o work:p ldwork:i iwork:ix[2*(n-1)]?job=BV info:o
 dtrsyl - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p info:o
+dtrsyl3 - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p iwork:iw[max(1,liwork)] liwork:i swork:p ldswork:i info:o
 dtrti2 - : uplo:c diag:c n:i a:p lda:i info:o
 dtrtri - : uplo:c diag:c n:i a:p lda:i info:o
 dtrtrs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
@@ -948,12 +1011,15 @@ ilaslc i : m:i n:i a:p lda:i
 ilaslr i : m:i n:i a:p lda:i
 ilatrans i : trans:c
 ilauplo i : uplo:c
+ilaver - : vers_major:o vers_minor:o vers_patch:o
 ilazlc i : m:i n:i a:p lda:i
 ilazlr i : m:i n:i a:p lda:i
+iparam2stage i : ispec:i name:c opts:c ni:i nbi:i ibi:i nxi:i
 iparmq i : ispec:i name:c opts:c n:i ilo:i ihi:i lwork:i
 izmax1 i : n:i zx:p incx:i
 lsamen l : n:i ca:c cb:c
 sbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:p phi:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i b11d:p b11e:p b12d:p b12e:p b21d:p b21e:p b22d:p b22e:p work:p lwork:i info:o
+sbdsdc - : uplo:c compq:c n:i d:p e:p u:p ldu:i vt:p ldvt:i q:p iq:io[n*(3+3*log2(n/26))]?compq=P work:p iwork:ix[8*n] info:o
 sbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
 sbdsvdx - : uplo:c jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I ns:o s:p z:p ldz:i work:p iwork:io[12*n] info:o
 scsum1 s : n:i cx:p incx:i
@@ -984,21 +1050,26 @@ sgegv - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p 
 sgehd2 - : n:i ilo:i ihi:i a:p lda:i tau:p work:p info:o
 sgehrd - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
 sgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:p lda:i sva:p u:p ldu:i v:p ldv:i work:p lwork:i iwork:io[m+3*n] info:o
+sgelq - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
 sgelq2 - : m:i n:i a:p lda:i tau:p work:p info:o
 sgelqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
 sgelqt - : m:i n:i mb:i a:p lda:i t:p ldt:i work:p info:o
 sgelqt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
 sgels - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
+sgelsd - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
 sgelss - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i info:o
 sgelst - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
 sgelsx - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p info:o
 sgelsy - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p lwork:i info:o
+sgemlq - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
 sgemlqt - : side:c trans:c m:i n:i k:i mb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
+sgemqr - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
 sgemqrt - : side:c trans:c m:i n:i k:i nb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
 sgeql2 - : m:i n:i a:p lda:i tau:p work:p info:o
 sgeqlf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
 sgeqp3 - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p lwork:i info:o
 sgeqpf - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p info:o
+sgeqr - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
 sgeqr2 - : m:i n:i a:p lda:i tau:p work:p info:o
 sgeqr2p - : m:i n:i a:p lda:i tau:p work:p info:o
 sgeqrf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
@@ -1039,6 +1110,7 @@ sgghrd - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz
 sgglse - : m:i n:i p:i a:p lda:i b:p ldb:i c:p d:p x:p work:p lwork:i info:o
 sggqrf - : n:i m:i p:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
 sggrqf - : m:i p:i n:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
+sggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p iwork:io[n] info:o
 sggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p lwork:i iwork:io[n] info:o
 sggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] tau:p work:p info:o
 sggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] tau:p work:p lwork:i info:o
@@ -1057,20 +1129,25 @@ shseqr - : job:c compz:c n:i ilo:i ihi:i h:p ldh:i wr:p wi:p z:p ldz:i work:p lw
 sisnan l : real:p sin:p
 slabad - : small:p large:p
 slabrd - : m:i n:i nb:i a:p lda:i d:p e:p tauq:p taup:p x:p ldx:i y:p ldy:i
-slacn2 - : n:i v:p x:p isgn:io[n] est:p kase:o isave:iio[3]
-slacon - : n:i v:p x:p isgn:io[n] est:p kase:o
+slacn2 - : n:i v:p x:p isgn:iio[n] est:p kase:o isave:iio[3]
+slacon - : n:i v:p x:p isgn:iio[n] est:p kase:o
 slacpy - : uplo:c m:i n:i a:p lda:i b:p ldb:i
 sladiv - : a:p b:p c:p d:p p:p q:p
+sladiv1 - : a:p b:p c:p d:p p:p q:p
+sladiv2 s : a:p b:p c:p d:p r:p t:p
 slae2 - : a:p b:p c:p rt1:p rt2:p
 slaebz - : ijob:i nitmax:i n:i mmax:i minp:i nbmin:i abstol:p reltol:p pivmin:p d:p e:p e2:p nval:iio[minp] ab:p c:p mout:o nab:iio[mmax*2] work:p iwork:ix[mmax] info:o
+slaed0 - : icompq:i qsiz:i n:i d:p e:p q:p ldq:i qstore:p ldqs:i work:p iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
 slaed1 - : n:i d:p q:p ldq:i indxq:iio[n] rho:p cutpnt:i work:p iwork:ix[4*n] info:o
 slaed2 - : k:o n:i n1:i d:p q:p ldq:i indxq:iio[n] rho:p z:p dlamda:p w:p q2:p indx:io[n] indxc:io[n] indxp:io[n] coltyp:io[n] info:o
 slaed3 - : k:i n:i n1:i d:p q:p ldq:i rho:p dlamda:p q2:p indx:ii[n] ctot:ii[4] w:p s:p info:o
 slaed4 - : n:i i:i d:p z:p delta:p rho:p dlam:p info:o
 slaed5 - : i:i d:p z:p delta:p rho:p dlam:p
 slaed6 - : kniter:i orgati:i rho:p d:p z:p finit:p tau:p info:o
+slaed7 - : icompq:i n:i qsiz:i tlvls:i curlvl:i curpbm:i d:p q:p ldq:i indxq:io[n] rho:p cutpnt:i qstore:p qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:p work:p iwork:ix[4*n] info:o
 slaed8 - : icompq:i k:o n:i qsiz:i d:p q:p ldq:i indxq:ii[n] rho:p cutpnt:i z:p dlamda:p q2:p ldq2:i w:p perm:io[n] givptr:o givcol:io[2*n] givnum:p indxp:io[n] indx:io[n] info:o
 slaed9 - : k:i kstart:i kstop:i n:i d:p q:p ldq:i rho:p dlamda:p w:p s:p lds:i info:o
+slaeda - : n:i tlvls:i curlvl:i curpbm:i prmptr:ii[n*log2(2*n-1)] perm:ii[n*log2(2*n-1)] givptr:ii[n*log2(2*n-1)] givcol:ii[2*n*log2(2*n-1)] givnum:p q:p qptr:ii[n+2] z:p ztemp:p info:o
 slaein - : rightv:i noinit:i n:i h:p ldh:i wr:p wi:p vr:p vi:p b:p ldb:i work:p eps3:p smlnum:p bignum:p info:o
 slaev2 - : a:p b:p c:p rt1:p rt2:p cs1:p sn1:p
 slaexc - : wantq:i n:i t:p ldt:i q:p ldq:i j1:i n1:i n2:i work:p info:o
@@ -1087,7 +1164,14 @@ slahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 slaic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
 slaisnan l : real:p sin1:p real:p sin2:p
 slaln2 - : ltrans:i na:i nw:i smin:p ca:p a:p lda:i d1:p d2:p b:p ldb:i wr:p wi:p x:p ldx:i scale:p xnorm:p info:o
+slals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
+slalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p work:p iwork:ix[3*n] info:o
+slalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
+slamc3 s : a:p b:p
+slamch s : cmach:c
 slamrg - : n1:i n2:i a:p strd1:i strd2:i index:io[n1+n2]
+slamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
+slamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
 slaneg i : n:i d:p lld:p sigma:p pivmin:p r:i
 slangb s : norm:c n:i kl:i ku:i ab:p ldab:i work:p
 slange s : norm:c m:i n:i a:p lda:i work:p
@@ -1162,9 +1246,15 @@ slarzt - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
 slas2 - : f:p g:p h:p ssmin:p ssmax:p
 slascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
 slasd0 - : n:i sqre:i d:p e:p u:p ldu:i vt:p ldvt:i smlsiz:i iwork:ix[8*n] work:p info:o
+slasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[(nl+nr+1)] iwork:ix[4*(nl+nr+1)] work:p info:o
+slasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[(nl+nr+1)] idx:io[(nl+nr+1)] idxc:io[(nl+nr+1)] idxq:iio[(nl+nr+1)] coltyp:io[(nl+nr+1)] info:o
+slasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[(nl+nr+1)] ctot:ii[4] z:p info:o
 slasd4 - : n:i i:i d:p z:p delta:p rho:p sigma:p work:p info:o
 slasd5 - : i:i d:p z:p delta:p rho:p dsigma:p work:p
+slasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
+slasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[(nl+nr+1)] idxp:io[(nl+nr+1)] idxq:ii[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
 slasd8 - : icompq:i k:i d:p z:p vf:p vl:p difl:p difr:p lddifr:i dsigma:p work:p info:o
+slasda - : icompq:i smlsiz:i n:i sqre:i d:p e:p u:p ldu:i vt:p k:io[1+(n-1)*icompq] difl:p difr:p z:p poles:p givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:p c:p s:p work:p iwork:ix[7*n] info:o
 slasdq - : uplo:c sqre:i n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
 slasdt - : n:i lvl:o nd:o inode:io[n] ndiml:io[n] ndimr:io[n] msub:i
 slaset - : uplo:c m:i n:i alpha:p beta:p a:p lda:i
@@ -1178,6 +1268,8 @@ slasr - : side:c pivot:c direct:c m:i n:i c:p s:p a:p lda:i
 slasrt - : id:c n:i d:p info:o
 slassq - : n:i x:p incx:i scl:p sumsq:p
 slasv2 - : f:p g:p h:p ssmin:p ssmax:p snr:p csr:p snl:p csl:p
+slaswlq - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
+slaswp - : n:i a:p lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
 slasy2 - : ltranl:i ltranr:i isgn:i n1:i n2:i tl:p ldtl:i tr:p ldtr:i b:p ldb:i scale:p x:p ldx:i xnorm:p info:o
 slasyf - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 slasyf_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
@@ -1185,11 +1277,15 @@ slasyf_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
 slasyf_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 slatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:p ldab:i x:p scale:p cnorm:p info:o
 slatdf - : ijob:i n:i z:p ldz:i rhs:p rdsum:p rdscal:p ipiv:ii[n] jpiv:ii[n]
+slatm2 s : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
+slatm3 s : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
+slatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:p mode:i cond:p dmax:p rsign:c grade:c dl:p model:i condl:p dr:p moder:i condr:p pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:p anorm:p pack:c a:p lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
 slatps - : uplo:c trans:c diag:c normin:c n:i ap:p x:p scale:p cnorm:p info:o
 slatrd - : uplo:c n:i nb:i a:p lda:i e:p tau:p w:p ldw:i
 slatrs - : uplo:c trans:c diag:c normin:c n:i a:p lda:i x:p scale:p cnorm:p info:o
 slatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:p lda:i x:p ldx:i scale:p cnorm:p work:p lwork:i info:o
 slatrz - : m:i n:i l:i a:p lda:i tau:p work:p
+slatsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
 slatzm - : side:c m:i n:i v:p incv:i tau:p c1:p c2:p ldc:i work:p
 slauu2 - : uplo:c n:i a:p lda:i info:o
 slauum - : uplo:c n:i a:p lda:i info:o
@@ -1273,7 +1369,9 @@ sptsvx - : fact:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i rcond:p ferr:
 spttrf - : n:i d:p e:p info:o
 spttrs - : n:i nrhs:i d:p e:p b:p ldb:i info:o
 sptts2 - : n:i nrhs:i d:p e:p b:p ldb:i
+sroundup_lwork s : lwork:i
 srscl - : n:i sa:p sx:p incx:i
+ssb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:p lda:i v:p tau:p ldvt:i work:p
 ssbev - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p info:o
 ssbev_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i info:o
 ssbevd - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
@@ -1347,6 +1445,7 @@ ssytf2_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] info:o
 ssytf2_rook - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
 ssytrd - : uplo:c n:i a:p lda:i d:p e:p tau:p work:p lwork:i info:o
 ssytrd_2stage - : vect:c uplo:c n:i a:p lda:i d:p e:p tau:p hous2:p lhous2:i work:p lwork:i info:o
+ssytrd_sb2st - : stage1:c vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p hous:p lhous:i work:p lwork:i info:o
 ssytrd_sy2sb - : uplo:c n:i kd:i a:p lda:i ab:p ldab:i tau:p work:p lwork:i info:o
 ssytrf - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
 ssytrf_aa - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
@@ -1401,6 +1500,7 @@ strrfs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i x:p ldx:i ferr:p
 strsen - : job:c compq:c select:ii[n] n:i t:p ldt:i q:p ldq:i wr:p wi:p m:o s:p sep:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
 strsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i s:p sep:p mm:i m:o work:p ldwork:i iwork:ix[2*(n-1)]?job=BV info:o
 strsyl - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p info:o
+strsyl3 - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p iwork:iw[max(1,liwork)] liwork:i swork:p ldswork:i info:o
 strti2 - : uplo:c diag:c n:i a:p lda:i info:o
 strtri - : uplo:c diag:c n:i a:p lda:i info:o
 strtrs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
@@ -1439,21 +1539,27 @@ zgegs - : jobvsl:c jobvsr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vsl:p ldvsl:i
 zgegv - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
 zgehd2 - : n:i ilo:i ihi:i a:p lda:i tau:p work:p info:o
 zgehrd - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
+zgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:p lda:i sva:p u:p ldu:i v:p ldv:i cwork:p lwork:i rwork:p lrwork:i iwork:io[max(4,2*n+m),4] info:o
+zgelq - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
 zgelq2 - : m:i n:i a:p lda:i tau:p work:p info:o
 zgelqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
 zgelqt - : m:i n:i mb:i a:p lda:i t:p ldt:i work:p info:o
 zgelqt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
 zgels - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
+zgelsd - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i rwork:p iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
 zgelss - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i rwork:p info:o
 zgelst - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
 zgelsx - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p rwork:p info:o
 zgelsy - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p lwork:i rwork:p info:o
+zgemlq - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
 zgemlqt - : side:c trans:c m:i n:i k:i mb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
+zgemqr - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
 zgemqrt - : side:c trans:c m:i n:i k:i nb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
 zgeql2 - : m:i n:i a:p lda:i tau:p work:p info:o
 zgeqlf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
 zgeqp3 - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p lwork:i rwork:p info:o
 zgeqpf - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p rwork:p info:o
+zgeqr - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
 zgeqr2 - : m:i n:i a:p lda:i tau:p work:p info:o
 zgeqr2p - : m:i n:i a:p lda:i tau:p work:p info:o
 zgeqrf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
@@ -1494,6 +1600,7 @@ zgghrd - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz
 zgglse - : m:i n:i p:i a:p lda:i b:p ldb:i c:p d:p x:p work:p lwork:i info:o
 zggqrf - : n:i m:i p:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
 zggrqf - : m:i p:i n:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
+zggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p rwork:p iwork:io[n] info:o
 zggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p lwork:i rwork:p iwork:io[n] info:o
 zggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] rwork:p tau:p work:p info:o
 zggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] rwork:p tau:p work:p lwork:i info:o
@@ -1506,6 +1613,7 @@ zgtsvx - : fact:c trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:i
 zgttrf - : n:i dl:p d:p du:p du2:p ipiv:io[n] info:o
 zgttrs - : trans:c n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i info:o
 zgtts2 - : itrans:i n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i
+zhb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:p lda:i v:p tau:p ldvt:i work:p
 zhbev - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p rwork:p info:o
 zhbev_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p info:o
 zhbevd - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
@@ -1596,6 +1704,8 @@ zlacpy - : uplo:c m:i n:i a:p lda:i b:p ldb:i
 zlacrm - : m:i n:i a:p lda:i b:p ldb:i c:p ldc:i rwork:p
 zlacrt - : n:i cx:p incx:i cy:p incy:i c:p s:p
 zladiv z : x:p y:p
+zlaed0 - : qsiz:i n:i d:p e:p q:p ldq:i qstore:p ldqs:i rwork:p iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
+zlaed7 - : n:i cutpnt:i qsiz:i tlvls:i curlvl:i curpbm:i d:p q:p ldq:i rho:p indxq:io[n] qstore:p qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:p work:p rwork:p iwork:ix[4*n] info:o
 zlaed8 - : k:o n:i qsiz:i q:p ldq:i d:p rho:p cutpnt:i z:p dlamda:p q2:p ldq2:i w:p indxp:io[n] indx:io[n] indxq:ii[n] perm:io[n] givptr:o givcol:io[2*n] givnum:p info:o
 zlaein - : rightv:i noinit:i n:i h:p ldh:i w:p v:p b:p ldb:i rwork:p eps3:p smlnum:p info:o
 zlaesy - : a:p b:p c:p rt1:p rt2:p evscal:p cs1:p sn1:p
@@ -1604,12 +1714,18 @@ zlag2c - : m:i n:i a:p lda:i sa:p ldsa:i info:o
 zlags2 - : upper:i a1:p a2:p a3:p b1:p b2:p b3:p csu:p snu:p csv:p snv:p csq:p snq:p
 zlagtm - : trans:c n:i nrhs:i alpha:p dl:p d:p du:p x:p ldx:i beta:p b:p ldb:i
 zlahef - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
+zlahef_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
 zlahef_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
 zlahef_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 zlahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i info:o
 zlahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 zlahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 zlaic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
+zlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
+zlalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p rwork:p iwork:ix[3*n] info:o
+zlalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p rwork:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
+zlamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
+zlamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
 zlangb d : norm:c n:i kl:i ku:i ab:p ldab:i work:p
 zlange d : norm:c m:i n:i a:p lda:i work:p
 zlangt d : norm:c n:i dl:p d:p du:p
@@ -1671,6 +1787,8 @@ zlascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
 zlaset - : uplo:c m:i n:i alpha:p beta:p a:p lda:i
 zlasr - : side:c pivot:c direct:c m:i n:i c:p s:p a:p lda:i
 zlassq - : n:i x:p incx:i scl:p sumsq:p
+zlaswlq - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
+zlaswp - : n:i a:p lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
 zlasyf - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 zlasyf_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
 zlasyf_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
@@ -1678,11 +1796,15 @@ zlasyf_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
 zlat2c - : uplo:c n:i a:p lda:i sa:p ldsa:i info:o
 zlatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:p ldab:i x:p scale:p cnorm:p info:o
 zlatdf - : ijob:i n:i z:p ldz:i rhs:p rdsum:p rdscal:p ipiv:ii[n] jpiv:ii[n]
+zlatm2 z : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
+zlatm3 z : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
+zlatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:p mode:i cond:p dmax:p rsign:c grade:c dl:p model:i condl:p dr:p moder:i condr:p pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:p anorm:p pack:c a:p lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
 zlatps - : uplo:c trans:c diag:c normin:c n:i ap:p x:p scale:p cnorm:p info:o
 zlatrd - : uplo:c n:i nb:i a:p lda:i e:p tau:p w:p ldw:i
 zlatrs - : uplo:c trans:c diag:c normin:c n:i a:p lda:i x:p scale:p cnorm:p info:o
 zlatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:p lda:i x:p ldx:i scale:p cnorm:p work:p lwork:i info:o
 zlatrz - : m:i n:i l:i a:p lda:i tau:p work:p
+zlatsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
 zlatzm - : side:c m:i n:i v:p incv:i tau:p c1:p c2:p ldc:i work:p
 zlaunhr_col_getrfnp - : m:i n:i a:p lda:i d:p info:o
 zlaunhr_col_getrfnp2 - : m:i n:i a:p lda:i d:p info:o
