@@ -155,8 +155,8 @@ def parse_signature(sig):
     result = None if kind == "subroutine" else kind[: -len("function")].strip()
     pieces = []
     for a in split_top(args):
-        if a.startswith("dimension") and pieces:
-            pieces[-1] += ", " + a      # 'double precision, dimension( lda, * ) A'
+        if re.match(r"(dimension|intent)\b", a) and pieces:
+            pieces[-1] += ", " + a      # 'real, dimension( lda, * ), intent(in) A'
         else:
             pieces.append(a)
     params = []
@@ -331,25 +331,30 @@ def c_kind(ctype):
 
 # ----------------------------------------------------------- classification
 
+class Unclassified(Exception):
+    pass
+
+
+REAL_TYPES = ("real", "double precision", "complex", "complex*16", "double complex")
+
+
 def f_kind(decl):
     """Coarse kind and array-ness of a Fortran declaration."""
-    base = decl.split(",")[0].strip()
+    base = re.sub(r"\((?:kind\s*=\s*)?(?:wp|sp|dp|\d+)\)$", "", decl.split(",")[0].strip())
     array = "dimension" in decl
     if base.startswith("character"):
         return "char", array
-    if base.startswith("external") or base == "procedure":
+    if base in ("external", "procedure"):
         return "ext", array
     if base in ("integer", "logical"):
         return "int", array
-    return "real", array
+    if base in REAL_TYPES:
+        return "real", array
+    raise Unclassified(f"declaration '{decl}'")
 
 
 CLASS_RE = re.compile(r"^(c|i|o|p|f|io|ii|iio|iw|ix|lw)(?:\[([^\]]*)\])?(?:<=([^?]+))?(?:\?(.*))?$")
 ARRAY_CLASSES = {"io", "ii", "iio", "iw", "ix", "lw"}
-
-
-class Unclassified(Exception):
-    pass
 
 
 def dimension_text(text):
@@ -487,12 +492,15 @@ def intent_of(p, cproto, notes):
         for n, t in cproto.args:
             if n == p.name.lower():
                 c = "in" if "const" in t else "out"
+    if p.name == "INFO":
+        return "out"
     if p.intent:
         if c and (c == "in") != (p.intent == "in"):
             notes.append(f"{p.name.lower()}: doc [{p.intent}] vs lapack.h {'const' if c == 'in' else 'non-const'}")
         return p.intent
     if c:
         return c
+    notes.append(f"{p.name.lower()}: intent from the wording")
     return text_intent(p)
 
 

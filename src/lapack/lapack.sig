@@ -239,7 +239,7 @@ clahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i
 clahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 clahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 claic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
-clals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
+clals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
 clalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p rwork:p iwork:ix[3*n] info:o
 clalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p rwork:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
 clamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
@@ -278,10 +278,10 @@ claqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i s:p h:p ldh:i ilo
 claqsb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
 claqsp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
 claqsy - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
-claqz0 - : character:p wants:p character:p wantq:p character:p wantz:p integer:p n:p integer:p ilo:p integer:p ihi:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p alpha:p ):p beta:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p ):p work:p integer:p lwork:p ):p rwork:p integer:p rec:p integer:p info:p
-claqz1 - : logical:p ilq:p logical:p ilz:p integer:p k:p integer:p istartm:p integer:p istopm:p integer:p ihi:p a:p integer:p lda:p b:p integer:p ldb:p integer:p nq:p integer:p qstart:p q:p integer:p ldq:p integer:p nz:p integer:p zstart:p z:p integer:p ldz:p
-claqz2 - : logical:p ilschur:p logical:p ilq:p logical:p ilz:p integer:p n:p integer:p ilo:p integer:p ihi:p integer:p nw:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p integer:p ns:p integer:p nd:p ):p alpha:p ):p beta:p qc:p integer:p ldqc:p zc:p integer:p ldzc:p work:p integer:p lwork:p rwork:p integer:p rec:p integer:p info:p
-claqz3 - : logical:p ilschur:p logical:p ilq:p logical:p ilz:p integer:p n:p integer:p ilo:p integer:p ihi:p integer:p nshifts:p integer:p nblock_desired:p ):p alpha:p ):p beta:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p ):p qc:p integer:p ldqc:p ):p zc:p integer:p ldzc:p ):p work:p integer:p lwork:p integer:p info:p
+claqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i alpha:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rwork:p rec:i info:o
+claqz1 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:p lda:i b:p ldb:i nq:i qstart:i q:p ldq:i nz:i zstart:i z:p ldz:i
+claqz2 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ns:o nd:o alpha:p beta:p qc:p ldqc:i zc:p ldzc:i work:p lwork:i rwork:p rec:i info:o
+claqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i alpha:p beta:p a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i qc:p ldqc:i zc:p ldzc:i work:p lwork:i info:o
 clar1v - : n:i b1:i bn:i lambda:p d:p l:p ld:p lld:p pivmin:p gaptol:p z:p wantnc:i negcnt:o ztz:p mingma:p r:o isuppz:io[2] nrminv:p resid:p rqcorr:p work:p
 clar2v - : n:i x:p y:p z:p incx:i c:p s:p incc:i
 clarcm - : m:i n:i a:p lda:i b:p ldb:i c:p ldc:i rwork:p
@@ -611,7 +611,7 @@ dgtts2 - : itrans:i n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i
 dhgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:p ldh:i t:p ldt:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i info:o
 dhsein - : side:c eigsrc:c initv:c select:iio[n] n:i h:p ldh:i wr:p wi:p vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
 dhseqr - : job:c compz:c n:i ilo:i ihi:i h:p ldh:i wr:p wi:p z:p ldz:i work:p lwork:i info:o
-disnan l : precision:p din:p
+disnan l : din:p
 dlabad - : small:p large:p
 dlabrd - : m:i n:i nb:i a:p lda:i d:p e:p tauq:p taup:p x:p ldx:i y:p ldy:i
 dlacn2 - : n:i v:p x:p isgn:iio[n] est:p kase:o isave:iio[3]
@@ -647,9 +647,9 @@ dlahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i wr:p wi:p iloz:i ihiz:i z:p
 dlahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 dlahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 dlaic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
-dlaisnan l : precision:p din1:p precision:p din2:p
+dlaisnan l : din1:p din2:p
 dlaln2 - : ltrans:i na:i nw:i smin:p ca:p a:p lda:i d1:p d2:p b:p ldb:i wr:p wi:p x:p ldx:i scale:p xnorm:p info:o
-dlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
+dlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
 dlalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p work:p iwork:ix[3*n] info:o
 dlalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
 dlamc3 d : a:p b:p
@@ -692,11 +692,11 @@ dlaqsb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
 dlaqsp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
 dlaqsy - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
 dlaqtr - : ltran:i lreal:i n:i t:p ldt:i b:p w:p scale:p x:p work:p info:o
-dlaqz0 - : character:p wants:p character:p wantq:p character:p wantz:p integer:p n:p integer:p ilo:p integer:p ihi:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p alphar:p ):p alphai:p ):p beta:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p ):p work:p integer:p lwork:p integer:p rec:p integer:p info:p
-dlaqz1 - : ):p a:p integer:p lda:p ):p b:p integer:p ldb:p precision:p sr1:p precision:p sr2:p precision:p si:p precision:p beta1:p precision:p beta2:p ):p v:p
-dlaqz2 - : logical:p ilq:p logical:p ilz:p integer:p k:p integer:p istartm:p integer:p istopm:p integer:p ihi:p a:p integer:p lda:p b:p integer:p ldb:p integer:p nq:p integer:p qstart:p q:p integer:p ldq:p integer:p nz:p integer:p zstart:p z:p integer:p ldz:p
-dlaqz3 - : logical:p ilschur:p logical:p ilq:p logical:p ilz:p integer:p n:p integer:p ilo:p integer:p ihi:p integer:p nw:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p integer:p ns:p integer:p nd:p ):p alphar:p ):p alphai:p ):p beta:p qc:p integer:p ldqc:p zc:p integer:p ldzc:p work:p integer:p lwork:p integer:p rec:p integer:p info:p
-dlaqz4 - : logical:p ilschur:p logical:p ilq:p logical:p ilz:p integer:p n:p integer:p ilo:p integer:p ihi:p integer:p nshifts:p integer:p nblock_desired:p ):p sr:p ):p si:p ):p ss:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p ):p qc:p integer:p ldqc:p ):p zc:p integer:p ldzc:p ):p work:p integer:p lwork:p integer:p info:p
+dlaqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rec:i info:o
+dlaqz1 - : a:p lda:i b:p ldb:i sr1:p sr2:p si:p beta1:p beta2:p v:p
+dlaqz2 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:p lda:i b:p ldb:i nq:i qstart:i q:p ldq:i nz:i zstart:i z:p ldz:i
+dlaqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ns:o nd:o alphar:p alphai:p beta:p qc:p ldqc:i zc:p ldzc:i work:p lwork:i rec:i info:o
+dlaqz4 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i sr:p si:p ss:p a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i qc:p ldqc:i zc:p ldzc:i work:p lwork:i info:o
 dlar1v - : n:i b1:i bn:i lambda:p d:p l:p ld:p lld:p pivmin:p gaptol:p z:p wantnc:i negcnt:o ztz:p mingma:p r:o isuppz:io[2] nrminv:p resid:p rqcorr:p work:p
 dlar2v - : n:i x:p y:p z:p incx:i c:p s:p incc:i
 dlarf - : side:c m:i n:i v:p incv:i tau:p c:p ldc:i work:p
@@ -731,13 +731,13 @@ dlarzt - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
 dlas2 - : f:p g:p h:p ssmin:p ssmax:p
 dlascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
 dlasd0 - : n:i sqre:i d:p e:p u:p ldu:i vt:p ldvt:i smlsiz:i iwork:ix[8*n] work:p info:o
-dlasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[(nl+nr+1)] iwork:ix[4*(nl+nr+1)] work:p info:o
-dlasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[(nl+nr+1)] idx:io[(nl+nr+1)] idxc:io[(nl+nr+1)] idxq:iio[(nl+nr+1)] coltyp:io[(nl+nr+1)] info:o
-dlasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[(nl+nr+1)] ctot:ii[4] z:p info:o
+dlasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[nl+nr+1] iwork:ix[4*(nl+nr+1)] work:p info:o
+dlasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[nl+nr+1] idx:io[nl+nr+1] idxc:io[nl+nr+1] idxq:iio[nl+nr+1] coltyp:io[nl+nr+1] info:o
+dlasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[nl+nr+1] ctot:ii[4] z:p info:o
 dlasd4 - : n:i i:i d:p z:p delta:p rho:p sigma:p work:p info:o
 dlasd5 - : i:i d:p z:p delta:p rho:p dsigma:p work:p
-dlasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
-dlasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[(nl+nr+1)] idxp:io[(nl+nr+1)] idxq:ii[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
+dlasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
+dlasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[nl+nr+1] idxp:io[nl+nr+1] idxq:ii[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
 dlasd8 - : icompq:i k:i d:p z:p vf:p vl:p difl:p difr:p lddifr:i dsigma:p work:p info:o
 dlasda - : icompq:i smlsiz:i n:i sqre:i d:p e:p u:p ldu:i vt:p k:io[1+(n-1)*icompq] difl:p difr:p z:p poles:p givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:p c:p s:p work:p iwork:ix[7*n] info:o
 dlasdq - : uplo:c sqre:i n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
@@ -1126,7 +1126,7 @@ sgtts2 - : itrans:i n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i
 shgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:p ldh:i t:p ldt:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i info:o
 shsein - : side:c eigsrc:c initv:c select:iio[n] n:i h:p ldh:i wr:p wi:p vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
 shseqr - : job:c compz:c n:i ilo:i ihi:i h:p ldh:i wr:p wi:p z:p ldz:i work:p lwork:i info:o
-sisnan l : real:p sin:p
+sisnan l : sin:p
 slabad - : small:p large:p
 slabrd - : m:i n:i nb:i a:p lda:i d:p e:p tauq:p taup:p x:p ldx:i y:p ldy:i
 slacn2 - : n:i v:p x:p isgn:iio[n] est:p kase:o isave:iio[3]
@@ -1162,9 +1162,9 @@ slahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i wr:p wi:p iloz:i ihiz:i z:p
 slahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 slahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 slaic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
-slaisnan l : real:p sin1:p real:p sin2:p
+slaisnan l : sin1:p sin2:p
 slaln2 - : ltrans:i na:i nw:i smin:p ca:p a:p lda:i d1:p d2:p b:p ldb:i wr:p wi:p x:p ldx:i scale:p xnorm:p info:o
-slals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
+slals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
 slalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p work:p iwork:ix[3*n] info:o
 slalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
 slamc3 s : a:p b:p
@@ -1207,11 +1207,11 @@ slaqsb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
 slaqsp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
 slaqsy - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
 slaqtr - : ltran:i lreal:i n:i t:p ldt:i b:p w:p scale:p x:p work:p info:o
-slaqz0 - : character:p wants:p character:p wantq:p character:p wantz:p integer:p n:p integer:p ilo:p integer:p ihi:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p alphar:p ):p alphai:p ):p beta:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p ):p work:p integer:p lwork:p integer:p rec:p integer:p info:p
-slaqz1 - : ):p a:p integer:p lda:p ):p b:p integer:p ldb:p real:p sr1:p real:p sr2:p real:p si:p real:p beta1:p real:p beta2:p ):p v:p
-slaqz2 - : logical:p ilq:p logical:p ilz:p integer:p k:p integer:p istartm:p integer:p istopm:p integer:p ihi:p a:p integer:p lda:p b:p integer:p ldb:p integer:p nq:p integer:p qstart:p q:p integer:p ldq:p integer:p nz:p integer:p zstart:p z:p integer:p ldz:p
-slaqz3 - : logical:p ilschur:p logical:p ilq:p logical:p ilz:p integer:p n:p integer:p ilo:p integer:p ihi:p integer:p nw:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p integer:p ns:p integer:p nd:p ):p alphar:p ):p alphai:p ):p beta:p qc:p integer:p ldqc:p zc:p integer:p ldzc:p work:p integer:p lwork:p integer:p rec:p integer:p info:p
-slaqz4 - : logical:p ilschur:p logical:p ilq:p logical:p ilz:p integer:p n:p integer:p ilo:p integer:p ihi:p integer:p nshifts:p integer:p nblock_desired:p ):p sr:p ):p si:p ):p ss:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p ):p qc:p integer:p ldqc:p ):p zc:p integer:p ldzc:p ):p work:p integer:p lwork:p integer:p info:p
+slaqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rec:i info:o
+slaqz1 - : a:p lda:i b:p ldb:i sr1:p sr2:p si:p beta1:p beta2:p v:p
+slaqz2 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:p lda:i b:p ldb:i nq:i qstart:i q:p ldq:i nz:i zstart:i z:p ldz:i
+slaqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ns:o nd:o alphar:p alphai:p beta:p qc:p ldqc:i zc:p ldzc:i work:p lwork:i rec:i info:o
+slaqz4 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i sr:p si:p ss:p a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i qc:p ldqc:i zc:p ldzc:i work:p lwork:i info:o
 slar1v - : n:i b1:i bn:i lambda:p d:p l:p ld:p lld:p pivmin:p gaptol:p z:p wantnc:i negcnt:o ztz:p mingma:p r:o isuppz:io[2] nrminv:p resid:p rqcorr:p work:p
 slar2v - : n:i x:p y:p z:p incx:i c:p s:p incc:i
 slarf - : side:c m:i n:i v:p incv:i tau:p c:p ldc:i work:p
@@ -1246,13 +1246,13 @@ slarzt - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
 slas2 - : f:p g:p h:p ssmin:p ssmax:p
 slascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
 slasd0 - : n:i sqre:i d:p e:p u:p ldu:i vt:p ldvt:i smlsiz:i iwork:ix[8*n] work:p info:o
-slasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[(nl+nr+1)] iwork:ix[4*(nl+nr+1)] work:p info:o
-slasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[(nl+nr+1)] idx:io[(nl+nr+1)] idxc:io[(nl+nr+1)] idxq:iio[(nl+nr+1)] coltyp:io[(nl+nr+1)] info:o
-slasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[(nl+nr+1)] ctot:ii[4] z:p info:o
+slasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[nl+nr+1] iwork:ix[4*(nl+nr+1)] work:p info:o
+slasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[nl+nr+1] idx:io[nl+nr+1] idxc:io[nl+nr+1] idxq:iio[nl+nr+1] coltyp:io[nl+nr+1] info:o
+slasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[nl+nr+1] ctot:ii[4] z:p info:o
 slasd4 - : n:i i:i d:p z:p delta:p rho:p sigma:p work:p info:o
 slasd5 - : i:i d:p z:p delta:p rho:p dsigma:p work:p
-slasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
-slasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[(nl+nr+1)] idxp:io[(nl+nr+1)] idxq:ii[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
+slasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
+slasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[nl+nr+1] idxp:io[nl+nr+1] idxq:ii[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
 slasd8 - : icompq:i k:i d:p z:p vf:p vl:p difl:p difr:p lddifr:i dsigma:p work:p info:o
 slasda - : icompq:i smlsiz:i n:i sqre:i d:p e:p u:p ldu:i vt:p k:io[1+(n-1)*icompq] difl:p difr:p z:p poles:p givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:p c:p s:p work:p iwork:ix[7*n] info:o
 slasdq - : uplo:c sqre:i n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
@@ -1508,7 +1508,7 @@ strttf - : transr:c uplo:c n:i a:p lda:i arf:p info:o
 strttp - : uplo:c n:i a:p lda:i ap:p info:o
 stzrqf - : m:i n:i a:p lda:i tau:p info:o
 stzrzf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-xerbla_array - : srname_array:c srname_len:i info:i
+xerbla_array - : srname_array:c srname_len:i info:o
 zbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:p phi:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i b11d:p b11e:p b12d:p b12e:p b21d:p b21e:p b22d:p b22e:p rwork:p lrwork:i info:o
 zbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i rwork:p info:o
 zcgesv - : n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i x:p ldx:i work:p swork:p rwork:p iter:o info:o
@@ -1721,7 +1721,7 @@ zlahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i
 zlahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 zlahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
 zlaic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
-zlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
+zlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
 zlalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p rwork:p iwork:ix[3*n] info:o
 zlalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p rwork:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
 zlamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
@@ -1760,10 +1760,10 @@ zlaqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i s:p h:p ldh:i ilo
 zlaqsb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
 zlaqsp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
 zlaqsy - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
-zlaqz0 - : character:p wants:p character:p wantq:p character:p wantz:p integer:p n:p integer:p ilo:p integer:p ihi:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p alpha:p ):p beta:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p ):p work:p integer:p lwork:p ):p rwork:p integer:p rec:p integer:p info:p
-zlaqz1 - : logical:p ilq:p logical:p ilz:p integer:p k:p integer:p istartm:p integer:p istopm:p integer:p ihi:p a:p integer:p lda:p b:p integer:p ldb:p integer:p nq:p integer:p qstart:p q:p integer:p ldq:p integer:p nz:p integer:p zstart:p z:p integer:p ldz:p
-zlaqz2 - : logical:p ilschur:p logical:p ilq:p logical:p ilz:p integer:p n:p integer:p ilo:p integer:p ihi:p integer:p nw:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p integer:p ns:p integer:p nd:p ):p alpha:p ):p beta:p qc:p integer:p ldqc:p zc:p integer:p ldzc:p work:p integer:p lwork:p rwork:p integer:p rec:p integer:p info:p
-zlaqz3 - : logical:p ilschur:p logical:p ilq:p logical:p ilz:p integer:p n:p integer:p ilo:p integer:p ihi:p integer:p nshifts:p integer:p nblock_desired:p ):p alpha:p ):p beta:p ):p a:p integer:p lda:p ):p b:p integer:p ldb:p ):p q:p integer:p ldq:p ):p z:p integer:p ldz:p ):p qc:p integer:p ldqc:p ):p zc:p integer:p ldzc:p ):p work:p integer:p lwork:p integer:p info:p
+zlaqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i alpha:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rwork:p rec:i info:o
+zlaqz1 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:p lda:i b:p ldb:i nq:i qstart:i q:p ldq:i nz:i zstart:i z:p ldz:i
+zlaqz2 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ns:o nd:o alpha:p beta:p qc:p ldqc:i zc:p ldzc:i work:p lwork:i rwork:p rec:i info:o
+zlaqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i alpha:p beta:p a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i qc:p ldqc:i zc:p ldzc:i work:p lwork:i info:o
 zlar1v - : n:i b1:i bn:i lambda:p d:p l:p ld:p lld:p pivmin:p gaptol:p z:p wantnc:i negcnt:o ztz:p mingma:p r:o isuppz:io[2] nrminv:p resid:p rqcorr:p work:p
 zlar2v - : n:i x:p y:p z:p incx:i c:p s:p incc:i
 zlarcm - : m:i n:i a:p lda:i b:p ldb:i c:p ldc:i rwork:p

@@ -121,10 +121,10 @@ dlaeda - : n:i tlvls:i curlvl:i curpbm:i prmptr:ii[n*log2(2*n-1)] perm:ii[n*log2
 # ?bdsdc assumes the reference SMLSIZ of 25 for the size of IQ.
 sbdsdc - : uplo:c compq:c n:i d:p e:p u:p ldu:i vt:p ldvt:i q:p iq:io[n*(3+3*log2(n/26))]?compq=P work:p iwork:ix[8*n] info:o
 dbdsdc - : uplo:c compq:c n:i d:p e:p u:p ldu:i vt:p ldvt:i q:p iq:io[n*(3+3*log2(n/26))]?compq=P work:p iwork:ix[8*n] info:o
-slals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
-dlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
-clals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
-zlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[(nl+nr+1)] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
+slals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
+dlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
+clals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
+zlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
 slalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p work:p iwork:ix[3*n] info:o
 dlalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p work:p iwork:ix[3*n] info:o
 clalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p rwork:p iwork:ix[3*n] info:o
@@ -133,16 +133,16 @@ slalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p iw
 dlalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
 clalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p rwork:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
 zlalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p rwork:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
-slasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[(nl+nr+1)] iwork:ix[4*(nl+nr+1)] work:p info:o
-dlasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[(nl+nr+1)] iwork:ix[4*(nl+nr+1)] work:p info:o
-slasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[(nl+nr+1)] idx:io[(nl+nr+1)] idxc:io[(nl+nr+1)] idxq:iio[(nl+nr+1)] coltyp:io[(nl+nr+1)] info:o
-dlasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[(nl+nr+1)] idx:io[(nl+nr+1)] idxc:io[(nl+nr+1)] idxq:iio[(nl+nr+1)] coltyp:io[(nl+nr+1)] info:o
-slasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[(nl+nr+1)] ctot:ii[4] z:p info:o
-dlasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[(nl+nr+1)] ctot:ii[4] z:p info:o
-slasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
-dlasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
-slasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[(nl+nr+1)] idxp:io[(nl+nr+1)] idxq:ii[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
-dlasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[(nl+nr+1)] idxp:io[(nl+nr+1)] idxq:ii[(nl+nr+1)] perm:io[(nl+nr+1)]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
+slasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[nl+nr+1] iwork:ix[4*(nl+nr+1)] work:p info:o
+dlasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[nl+nr+1] iwork:ix[4*(nl+nr+1)] work:p info:o
+slasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[nl+nr+1] idx:io[nl+nr+1] idxc:io[nl+nr+1] idxq:iio[nl+nr+1] coltyp:io[nl+nr+1] info:o
+dlasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[nl+nr+1] idx:io[nl+nr+1] idxc:io[nl+nr+1] idxq:iio[nl+nr+1] coltyp:io[nl+nr+1] info:o
+slasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[nl+nr+1] ctot:ii[4] z:p info:o
+dlasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[nl+nr+1] ctot:ii[4] z:p info:o
+slasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
+dlasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
+slasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[nl+nr+1] idxp:io[nl+nr+1] idxq:ii[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
+dlasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[nl+nr+1] idxp:io[nl+nr+1] idxq:ii[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
 slasda - : icompq:i smlsiz:i n:i sqre:i d:p e:p u:p ldu:i vt:p k:io[1+(n-1)*icompq] difl:p difr:p z:p poles:p givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:p c:p s:p work:p iwork:ix[7*n] info:o
 dlasda - : icompq:i smlsiz:i n:i sqre:i d:p e:p u:p ldu:i vt:p k:io[1+(n-1)*icompq] difl:p difr:p z:p poles:p givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:p c:p s:p work:p iwork:ix[7*n] info:o
 
