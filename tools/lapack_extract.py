@@ -798,7 +798,7 @@ def summary(r, verbose):
 
 def check(args):
     ok = True
-    names, prev = [], ""
+    names, lines, prev = [], set(), ""
     with open(args.out) as f:
         for no, line in enumerate(f, 1):
             line = line.rstrip("\n")
@@ -815,6 +815,15 @@ def check(args):
                 ok = False
             prev = name
             names.append(name)
+            lines.add(line)
+    try:
+        for name, line in read_sig(args.manual).items():
+            if line not in lines:
+                print(f"{args.manual}: hand line for '{name}' not in the table: regenerate")
+                ok = False
+    except SystemExit as e:
+        print(e)
+        ok = False
     routines = {n for n in exported_routines(args.lib) if not NOT_ROUTINE.search(n)}
     missing = sorted(routines - NOT_LAPACK.keys() - set(names))
     for n in missing:
