@@ -73,14 +73,15 @@ HEADER_LINES = """\
 #   io[L]   integer/logical array written by the routine (pivots out)
 #   io[L,K] the same, a workspace of L elements of which only the first K
 #           carry results back
-#   ii[L]   integer/logical array read only (pivots in, iseed of a query, ...)
+#   ii[L]   integer/logical array read only (pivots in, select, iblock, ...)
 #   iio[L]  integer/logical array read and written (iseed, jpvt, ...)
 #   iw[L]   integer workspace that answers a workspace query in element 0
 #           (liwork = -1, or lwork = -1 where there is no liwork)
 #   ix[L]   integer workspace of fixed length; not referenced by a query
 #   lw[L]   logical workspace (bwork)
 # L: length in elements, an expression over lower-case integer argument
-#   names with integers, + - *, / (integer division), max(a,b), min(a,b),
+#   names with integers, + - *, / (integer division), max(..), min(..) of
+#   two or more arguments,
 #   abs(x) and log2(x) (floor of the binary logarithm, 0 for x < 1).
 # ?cond: the argument is referenced only when a character argument has one
 #   of the given first letters (range=I) or none of them (jobz!=N), or an
