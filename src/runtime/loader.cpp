@@ -31,9 +31,9 @@ bool fill_directory(char* dir, int (*get)(char*, int)) {
 }
 
 void fill_directories() {
-  bool ok = fill_directory(g_module_dir, plat::module_file_name);
-  ok = ok && fill_directory(g_exe_dir, plat::executable_file_name);
-  if (!ok) {
+  bool module_ok = fill_directory(g_module_dir, plat::module_file_name);
+  bool exe_ok = fill_directory(g_exe_dir, plat::executable_file_name);
+  if (!module_ok || !exe_ok) {
     qnl_rt_print_message(0, 1, 1, "<qnl-loader>");
     qnl_rt_exit(2);
   }
