@@ -4,15 +4,21 @@
     gen.py messages TABLE OUTDIR
     gen.py services TABLE OUTDIR
     gen.py exports OUT NAMEFILE...
+    gen.py reference OUT LAPACK_TABLE
 """
 import sys
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import exports, messages, services  # noqa: E402
+from qnlgen import exports, messages, reference, services  # noqa: E402
 
-COMMANDS = {"messages": messages.main, "services": services.main, "exports": exports.main}
+COMMANDS = {
+    "messages": messages.main,
+    "services": services.main,
+    "exports": exports.main,
+    "reference": reference.main,
+}
 
 if __name__ == "__main__":
     if len(sys.argv) < 2 or sys.argv[1] not in COMMANDS:

@@ -11,7 +11,4 @@ const char* catalogue_text(int id) {
   return id >= 0 && id < qnl::messages::kRowCount ? qnl::messages::kRows[id].text : "";
 }
 
-// Until a computational library sits behind this back-end there is nothing to steer.
-void apply_threads(int32_t) {}
-
 }  // namespace qnl_ref

@@ -1,0 +1,49 @@
+// Opens the ILP64 OpenBLAS build that matches this threading layer, and its
+// test-matrix library, each in a scope of its own: with RTLD_DEEPBIND their
+// internal calls (LAPACK calling dgemm_) stay inside them and never land on the
+// facade's exports, which read 32-bit integers under LP64.
+#include "forward.h"
+
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "reference.h"
+
+namespace qnl_ref {
+namespace {
+
+void* g_libs[2];
+
+void* open_library(const char* path) {
+  void* h = dlopen(path, RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
+  if (!h) std::fprintf(stderr, "qnl_rt reference back-end: cannot open %s: %s\n", path, dlerror());
+  return h;
+}
+
+__attribute__((constructor)) void bind_targets() {
+  g_libs[kOpenBlas] = open_library(QNL_REF_OPENBLAS);
+  g_libs[kTestMatrix] = open_library(QNL_REF_TMGLIB);
+  for (int k = 0; k < kTargetCount; ++k)
+    if (void* p = computational_symbol(kTargets[k].name, kTargets[k].library)) qnl_ref_targets[k] = p;
+}
+
+}  // namespace
+
+void* computational_symbol(const char* name, int library) {
+  return g_libs[library] ? dlsym(g_libs[library], name) : nullptr;
+}
+
+void apply_threads(int32_t n) {
+  using SetThreads = void (*)(int);
+  if (auto set = reinterpret_cast<SetThreads>(computational_symbol("openblas_set_num_threads"))) set(n);
+}
+
+}  // namespace qnl_ref
+
+extern "C" void qnl_ref_missing(int index) {
+  std::fprintf(stderr, "qnl_rt reference back-end: %s is not available from %s\n", qnl_ref::kTargets[index].name,
+               qnl_ref::kTargets[index].library == qnl_ref::kTestMatrix ? QNL_REF_TMGLIB : QNL_REF_OPENBLAS);
+  std::abort();
+}
