@@ -1,13 +1,17 @@
 // Opens the ILP64 OpenBLAS build that matches this threading layer, and its
 // test-matrix library, each in a scope of its own: with RTLD_DEEPBIND their
 // internal calls (LAPACK calling dgemm_) stay inside them and never land on the
-// facade's exports, which read 32-bit integers under LP64.
+// facade's exports, which read 32-bit integers under LP64. OpenBLAS comes in
+// through a small shim that sits first in its scope and takes its xerbla_ calls.
 #include "forward.h"
 
 #include <dlfcn.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+
+#include "backend_services.h"
 
 #include "reference.h"
 
@@ -22,8 +26,22 @@ void* open_library(const char* path) {
   return h;
 }
 
+// The shim lives beside this library.
+void* open_shim() {
+  Dl_info self;
+  char path[4096];
+  if (!dladdr(reinterpret_cast<void*>(&open_shim), &self) || !self.dli_fname) return nullptr;
+  const char* slash = std::strrchr(self.dli_fname, '/');
+  int dir = slash ? static_cast<int>(slash - self.dli_fname + 1) : 0;
+  std::snprintf(path, sizeof path, "%.*s%s", dir, self.dli_fname, QNL_REF_SHIM);
+  void* h = open_library(path);
+  using SetXerbla = void (*)(void (*)(void*, void*, int32_t));
+  if (auto set = reinterpret_cast<SetXerbla>(h ? dlsym(h, "qnl_shim_set_xerbla") : nullptr)) set(qnl_serv_xerbla);
+  return h;
+}
+
 __attribute__((constructor)) void bind_targets() {
-  g_libs[kOpenBlas] = open_library(QNL_REF_OPENBLAS);
+  g_libs[kOpenBlas] = open_shim();
   g_libs[kTestMatrix] = open_library(QNL_REF_TMGLIB);
   for (int k = 0; k < kTargetCount; ++k)
     if (void* p = computational_symbol(kTargets[k].name, kTargets[k].library)) qnl_ref_targets[k] = p;

@@ -1,5 +1,7 @@
 // Service symbols of the reference back-end: scratch memory, clocks, thread
 // counts, version, verbose mode and printing, and the error hooks.
+#include <dlfcn.h>
+
 #include <atomic>
 #include <cctype>
 #include <cstdio>
@@ -65,6 +67,20 @@ void release_block(void* p) {
   g_bytes -= static_cast<int64_t>(h->size);
   --g_buffers;
   std::free(h->base);
+}
+
+using AppXerbla = void (*)(const char*, const int64_t*, size_t);
+
+// An xerbla_ that the application defines itself takes the place of the
+// facade's export of that name in the process's scope: then the two spellings
+// of the facade's hook no longer resolve to one address.
+AppXerbla application_xerbla() {
+  static const AppXerbla app = [] {
+    void* lower = dlsym(RTLD_DEFAULT, "xerbla_");
+    void* upper = dlsym(RTLD_DEFAULT, "XERBLA");
+    return lower && upper && lower != upper ? reinterpret_cast<AppXerbla>(lower) : nullptr;
+  }();
+  return app;
 }
 
 double monotonic_seconds() {
@@ -227,6 +243,12 @@ void qnl_serv_default_xerbla(void* name, void* info, int32_t len) {
 }
 void qnl_serv_xerbla(void* name, void* info, int32_t len) {
   if (XerblaHook h = g_xerbla.load()) return h(static_cast<const char*>(name), static_cast<const int32_t*>(info), len);
+  if (AppXerbla app = application_xerbla()) {
+    // The application's own Fortran xerbla_: its INTEGER may be 32 or 64 bits
+    // wide, and a sign-extended 64-bit copy reads right either way.
+    int64_t wide = *static_cast<const int32_t*>(info);
+    return app(static_cast<const char*>(name), &wide, static_cast<size_t>(len));
+  }
   qnl_serv_default_xerbla(name, info, len);
 }
 int32_t qnl_serv_default_progress(void*, void*, void*, int32_t) { return 0; }

@@ -51,6 +51,17 @@ TEST_P(Backend, FunctionResultsComeBackInTheirRegister) {
   EXPECT_EQ(dlange("F", &two, &two, a, &two, nullptr, 1), std::sqrt(63.0));
 }
 
+TEST_P(Backend, OpenBlasArgumentErrorsReachTheBackEndsHook) {
+  void* h = lib();
+  ASSERT_NE(h, nullptr);
+  auto dgesv = reinterpret_cast<Dgesv>(dlsym(h, "qnl_lapack_dgesv"));
+  int64_t n = -1, nrhs = 1, lda = 1, info = 0;
+  testing::internal::CaptureStdout();
+  dgesv(&n, &nrhs, nullptr, &lda, nullptr, nullptr, &lda, &info);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Velor QNL ERROR: Parameter 1 was incorrect on entry to DGESV.\n");
+  EXPECT_EQ(info, -1);
+}
+
 INSTANTIATE_TEST_SUITE_P(Layers, Backend, testing::Values("sequential", "velor_thread", "tbb_thread", "pgi_thread"));
 
 }  // namespace
