@@ -3,6 +3,8 @@
 
     gen.py messages TABLE OUTDIR
     gen.py services TABLE OUTDIR
+    gen.py blas TABLE OUTDIR SHARDS
+    gen.py blas --probe TABLE OUT
     gen.py exports OUT NAMEFILE...
 """
 import sys
@@ -10,9 +12,9 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import exports, messages, services  # noqa: E402
+from qnlgen import blas, exports, messages, services  # noqa: E402
 
-COMMANDS = {"messages": messages.main, "services": services.main, "exports": exports.main}
+COMMANDS = {"blas": blas.main, "messages": messages.main, "services": services.main, "exports": exports.main}
 
 if __name__ == "__main__":
     if len(sys.argv) < 2 or sys.argv[1] not in COMMANDS:
