@@ -296,28 +296,29 @@ def cases(routines, directs, table):
 
 
 def probe(argv):
-    """Stand-ins that record every word they receive. The sparse routines also record the
-    first indices of their index array (the facade's copy on LP64), after the arguments."""
+    """Stand-ins that record every word they receive, then the 64-bit value behind each
+    integer argument, then (sparse routines) the first indices of the index array."""
     table, outfile = argv
     routines, directs = load(table)
     out = [banner(table), '#include "probe_backend.h"\n#include "backend_blas.h"\n\n',
            "using qnl_probe::word;\n\n"]
     for sym, r in backend_symbols(routines, directs):
         types = backend_params(r)
+        shift = 1 if r.complex_result else 0
         decl = ", ".join(f"{t} a{i}" for i, t in enumerate(types))
-        words = ", ".join(f"word(a{i})" for i in range(len(types)))
+        words = [f"word(a{i})" for i in range(len(types))]
+        # the values behind the integer arguments, read while the caller's frame still holds them
+        words += [f"a{i + shift} ? word(*a{i + shift}) : 0" for i, (_, role) in enumerate(r.args) if role == "i"]
         res = backend_result(r)
         body = [f"{res} {sym}({decl}) {{\n"]
         x = r.index("x")
         if x >= 0:
-            shift = 1 if r.complex_result else 0
-            body.append(f"  uint64_t w[] = {{{words}, 0, 0, 0, 0}};\n"
-                        f"  uint64_t* extra = w + {len(types)};\n"
-                        f"  for (int64_t i = 0; i < *a{shift} && i < 4; ++i) "
-                        f"extra[i] = static_cast<uint64_t>(a{x + shift}[i]);\n"
-                        f"  const int n = {len(types)} + static_cast<int>(*a{shift} < 0 ? 0 : *a{shift} < 4 ? *a{shift} : 4);\n")
+            body.append(f"  uint64_t w[] = {{{', '.join(words)}, 0, 0, 0, 0}};\n"
+                        f"  const int64_t nz = a{shift} ? *a{shift} : 0;\n"
+                        f"  int n = {len(words)};\n"
+                        f"  for (int64_t i = 0; i < nz && i < 4; ++i) w[n++] = static_cast<uint64_t>(a{x + shift}[i]);\n")
         else:
-            body.append(f"  const uint64_t w[] = {{{words}}};\n  const int n = {len(types)};\n")
+            body.append(f"  const uint64_t w[] = {{{', '.join(words)}}};\n  const int n = {len(words)};\n")
         if r.complex_result:
             body.append(f"  qnl_probe::answer<void>(\"{sym}\", w, n);\n"
                         f"  const uint64_t bits = qnl_probe_result_bits(\"{sym}\");\n"
