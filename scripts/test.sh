@@ -13,8 +13,9 @@ run() {  # run BUILD_DIR [cmake args...]
 }
 CTEST_ARGS=()
 run build
-# The sanitizer builds rerun the tests that exercise the runtime's own code.
-CTEST_ARGS=(-R "Binding|ExitHandler|Setter|Layer|Filtered|Search|CoreRoads|BuiltIn|Localised|Verbose|ServiceEntries")
+# The sanitizer builds rerun the tests on the probe back-end; the reference
+# back-end opens OpenBLAS with RTLD_DEEPBIND, which ASan does not support.
+CTEST_ARGS=(-E "Backend|ReferenceServices|ApplicationXerbla")
 run build-asan -DQNL_SANITIZE=address -DQNL_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
 CTEST_ARGS=(-R "Binding|Verbose|ServiceEntries")
 run build-tsan -DQNL_SANITIZE=thread -DQNL_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug

@@ -3,6 +3,8 @@
 
     gen.py messages TABLE OUTDIR
     gen.py services TABLE OUTDIR
+    gen.py blas TABLE OUTDIR SHARDS
+    gen.py blas --probe TABLE OUT
     gen.py exports OUT NAMEFILE...
     gen.py reference OUT LAPACK_TABLE
 """
@@ -11,9 +13,10 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import exports, messages, reference, services  # noqa: E402
+from qnlgen import blas, exports, messages, reference, services  # noqa: E402
 
 COMMANDS = {
+    "blas": blas.main,
     "messages": messages.main,
     "services": services.main,
     "exports": exports.main,

@@ -38,3 +38,18 @@ int32_t qnl_serv_verbose(int32_t mode) {
 void qnl_serv_print_verbose_info(int32_t width, void* record, double seconds) {
   qnl_probe_verbose_print(width, static_cast<const char*>(record), seconds);
 }
+
+// The checkers' letter compare answers truly, so that valid options pass; it is not
+// recorded, being part of every checked call's own cost.
+int32_t qnl_serv_lsame(void* a, void* b, int32_t, int32_t) {
+  auto up = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; };
+  return up(*static_cast<const char*>(a)) == up(*static_cast<const char*>(b));
+}
+
+// The report hook records its three arguments, then the low 32 bits of the reported number
+// and up to 16 bytes of the name, both read before the caller's frame is gone.
+void qnl_serv_xerbla(void* name, void* info, int32_t len) {
+  uint64_t w[6] = {word(name), word(info), word(len), word(*static_cast<const int32_t*>(info)), 0, 0};
+  std::memcpy(&w[4], name, len < 0 ? 0 : len < 16 ? static_cast<size_t>(len) : 16);
+  qnl_probe_record("qnl_serv_xerbla", QNL_PROBE_LIBRARY, w, 6);
+}

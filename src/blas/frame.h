@@ -1,0 +1,336 @@
+// The frame of a Fortran BLAS entry, instantiated once per routine from the traits that
+// the routine table generates (roles of the arguments, back-end symbol, record format,
+// checker). Every argument arrives by reference; the back-end takes 64-bit integers by
+// reference, so the LP64 side widens into locals and the ILP64 side passes the caller's
+// pointers on.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+
+#include "entry.h"
+#include "services_gen.h"
+#include "verbose.h"
+
+namespace qnl::blas {
+
+// Complex values as a Fortran function returns them on Linux: in xmm0 (two floats), or in
+// xmm0 and xmm1 (two doubles).
+struct cfloat {
+  float re, im;
+};
+struct cdouble {
+  double re, im;
+};
+template <class R>
+constexpr bool is_complex = std::is_same_v<R, cfloat> || std::is_same_v<R, cdouble>;
+
+template <size_t>
+using Arg = void*;
+template <size_t>
+using Len = size_t;
+
+// The back-end's type: an optional result pointer, the arguments, the batch's layer word,
+// then one hidden length per character argument.
+template <class D, class Args, class Lens>
+struct Backend;
+template <class D, size_t... I, size_t... L>
+struct Backend<D, std::index_sequence<I...>, std::index_sequence<L...>> {
+  using R = typename D::Result;
+  using type = std::conditional_t<
+      is_complex<R>, void(void*, Arg<I>..., Len<L>...),
+      std::conditional_t<D::batch, R(Arg<I>..., int32_t, Len<L>...), R(Arg<I>..., Len<L>...)>>;
+
+  // Hidden lengths are the constant 1 whatever the caller passed: only first letters count.
+  static auto call(type* f, void* result, int32_t layer_word, Arg<I>... v) {
+    if constexpr (is_complex<R>)
+      f(result, v..., Len<L>{1}...);
+    else if constexpr (D::batch)
+      return f(v..., layer_word, Len<L>{1}...);
+    else
+      return f(v..., Len<L>{1}...);
+  }
+};
+
+template <const char* Roles>
+constexpr size_t count_of(char role) {
+  size_t n = 0;
+  for (const char* p = Roles; *p; ++p) n += *p == role;
+  return n;
+}
+
+template <class D, size_t N>
+using BackendOf = Backend<D, std::make_index_sequence<N>, std::make_index_sequence<count_of<D::roles>('c')>>;
+
+// One value of the record: integers as 32 bits from the caller's variable, characters as
+// their first byte, everything else as the pointer itself.
+template <char Role>
+inline auto rec(void* p) {
+  if constexpr (Role == 'c')
+    return verbose::rec_char(p);
+  else if constexpr (Role == 'i')
+    return verbose::rec_int(p);
+  else
+    return verbose::rec_ptr(p);
+}
+
+template <class D, size_t... I, class... P>
+QNL_COLD void record(char* buf, const void* result, std::index_sequence<I...>, P... a) {
+  if constexpr (is_complex<typename D::Result>)
+    verbose::format_record(buf, D::format, result, rec<D::roles[I]>(a)...);
+  else
+    verbose::format_record(buf, D::format, rec<D::roles[I]>(a)...);
+}
+
+// What the back-end gets in place of the caller's argument K: the address of the widened
+// local for an integer on LP64 (`w` set), the index copy for the index array on LP64
+// (`idx` set), and otherwise the caller's own pointer.
+template <class D, size_t K>
+inline void* word_of(void* a, int64_t* w, int64_t* idx) {
+  if constexpr (D::roles[K] == 'i')
+    return w ? static_cast<void*>(&w[K]) : a;
+  else if constexpr (D::roles[K] == 'x')
+    return idx ? static_cast<void*>(idx) : a;
+  else
+    return a;
+}
+
+// LP64: each integer argument is loaded sign-extended into its 64-bit local.
+template <class D, size_t... K, class... P>
+inline void widen(int64_t* w, std::index_sequence<K...>, P... a) {
+  ((D::roles[K] == 'i' ? void(w[K] = *static_cast<const int32_t*>(a)) : void()), ...);
+}
+
+// A failed scratch allocation: message row 1089 reported under the routine's bare name.
+template <class D>
+QNL_COLD void report_no_memory() {
+  int32_t cell = 1089;
+  qnl_body_cdecl_xerbla(const_cast<char*>(D::name), &cell, D::name_len);
+}
+
+// The sparse level-1 index copy on LP64: 8 bytes per index (at least one), aligned to
+// 128, each index sign-extended. Null when the allocation failed and was reported.
+template <class D>
+QNL_COLD int64_t* copy_indices(int64_t nz, const void* indices) {
+  auto* copy = static_cast<int64_t*>(
+      qnl_body_qnl_serv_iface_allocate(8 * static_cast<uint64_t>(nz > 1 ? nz : 1), 128));
+  if (copy == nullptr) {
+    report_no_memory<D>();
+    return nullptr;
+  }
+  const auto* src = static_cast<const int32_t*>(indices);
+  for (int64_t i = 0; i < nz; ++i) copy[i] = src[i];
+  return copy;
+}
+
+// The back-end call: a complex result lands in `result`; the batch tells its back-end how
+// wide the integers of its arrays are (1 for 32 bits, on LP64); the index copy, if any,
+// is released once the back-end has returned.
+template <class D, size_t... K, class F, class... P>
+inline auto invoke(std::index_sequence<K...>, F* f, void* result, int layer, int64_t* w, int64_t* idx, P... a) {
+  using B = BackendOf<D, sizeof...(P)>;
+  using R = typename D::Result;
+  const int32_t layer_word = layer == 0 ? 1 : 0;
+  if constexpr (std::is_void_v<R> || is_complex<R>) {
+    B::call(f, result, layer_word, word_of<D, K>(a, w, idx)...);
+    if (idx) qnl_body_qnl_serv_iface_deallocate(idx);
+  } else {
+    R r = B::call(f, result, layer_word, word_of<D, K>(a, w, idx)...);
+    if (idx) qnl_body_qnl_serv_iface_deallocate(idx);
+    return r;
+  }
+}
+
+// The road of a call entered with a verbose mode other than 0, out of line.
+template <class D, class F, class... P>
+QNL_COLD typename D::Result traced(int32_t m, F* f, int layer, int64_t* w, int64_t* idx, P... a) {
+  using R = typename D::Result;
+  constexpr size_t N = sizeof...(P);
+  if constexpr (is_complex<R>) {
+    R result{};
+    auto call = [&] { invoke<D>(std::make_index_sequence<N>{}, f, &result, layer, w, idx, a...); };
+    verbose::traced(D::site, m, call,
+                    [&](char* buf) { record<D>(buf, &result, std::make_index_sequence<N>{}, a...); });
+    return result;
+  } else {
+    auto call = [&] { return invoke<D>(std::make_index_sequence<N>{}, f, nullptr, layer, w, idx, a...); };
+    return verbose::traced(D::site, m, call,
+                           [&](char* buf) { record<D>(buf, nullptr, std::make_index_sequence<N>{}, a...); });
+  }
+}
+
+// A call that the checker turned down: no binding and no back-end, but the record.
+template <class D, class... P>
+QNL_COLD typename D::Result refuse(int32_t m, P... a) {
+  using R = typename D::Result;
+  constexpr size_t N = sizeof...(P);
+  if constexpr (is_complex<R>) {
+    R result{};
+    verbose::rejected<void>(D::site, m,
+                            [&](char* buf) { record<D>(buf, &result, std::make_index_sequence<N>{}, a...); });
+    return result;
+  } else {
+    return verbose::rejected<R>(D::site, m,
+                                [&](char* buf) { record<D>(buf, nullptr, std::make_index_sequence<N>{}, a...); });
+  }
+}
+
+// Binds and calls; the quiet road stays inline, the traced one goes out of line.
+template <class D, class... P>
+inline typename D::Result forward(int32_t m, int layer, int64_t* w, int64_t* idx, P... a) {
+  using R = typename D::Result;
+  constexpr size_t N = sizeof...(P);
+  auto* f = family<typename BackendOf<D, N>::type>(D::slot, D::symbol);
+  if (__builtin_expect(m != 0, 0)) return traced<D>(m, f, layer, w, idx, a...);
+  if constexpr (is_complex<R>) {
+    R result;
+    invoke<D>(std::make_index_sequence<N>{}, f, &result, layer, w, idx, a...);
+    return result;
+  } else {
+    return invoke<D>(std::make_index_sequence<N>{}, f, nullptr, layer, w, idx, a...);
+  }
+}
+
+template <size_t K, class... P>
+inline void* nth(P... a) {
+  void* all[] = {a...};
+  return all[K];
+}
+
+// The entry: layer gate, verbose read, checker of the active width, widening on LP64
+// (with the index copy of the sparse routines), binding, the call inside the verbose frame.
+template <class D, class... P>
+inline typename D::Result frame(P... a) {
+  using R = typename D::Result;
+  constexpr size_t N = sizeof...(P);
+  const int layer = qnl::layer();
+  const int32_t m = D::site.mode();
+  if (layer != 0) {
+    if constexpr (D::checked)
+      if (__builtin_expect(D::template check<int64_t>(a...) != 0, 0)) return refuse<D>(m, a...);
+    return forward<D>(m, layer, nullptr, nullptr, a...);
+  }
+  if constexpr (D::checked)
+    if (__builtin_expect(D::template check<int32_t>(a...) != 0, 0)) return refuse<D>(m, a...);
+  int64_t w[N];
+  widen<D>(w, std::make_index_sequence<N>{}, a...);
+  int64_t* idx = nullptr;
+  if constexpr (D::index_arg >= 0) {
+    idx = copy_indices<D>(w[0], nth<D::index_arg>(a...));
+    if (!idx) return R{};
+  }
+  return forward<D>(m, layer, w, idx, a...);
+}
+
+template <class D, class... P>
+QNL_COLD typename D::Result frame_cold(P... a) {
+  return frame<D>(a...);
+}
+
+// The bound address for the quiet road. An entry without a checker fetches its verbose
+// cell only on a traced call, and that call binds the slot before the cell is stored, so a
+// mode of 0 read through the cell means the slot is bound (or the process went down on a
+// call through an empty one): the test is left out. An entry with a checker can store its
+// cell on a rejected call that binds nothing, so it tests the slot.
+template <class D, class F>
+inline F* quiet_slot() {
+  return reinterpret_cast<F*>(D::slot.get());
+}
+
+template <class D, size_t... K, class F, class... P>
+inline typename D::Result quiet_call(std::index_sequence<K...> seq, F* f, int layer, int64_t* w, P... a) {
+  using R = typename D::Result;
+  if constexpr (is_complex<R>) {
+    R result;
+    invoke<D>(seq, f, &result, layer, w, nullptr, a...);
+    return result;
+  } else {
+    return invoke<D>(seq, f, nullptr, layer, w, nullptr, a...);
+  }
+}
+
+// The common case up front: layer settled, verbose off, slot bound. The road is the
+// frame's own with every test already answered, and nothing of it is kept across a call,
+// so the back-end is reached by a jump where the arguments allow. Anything else, and the
+// sparse routines with their scratch copy, take the whole frame out of line.
+template <class D, class... P>
+inline typename D::Result enter(P... a) {
+  constexpr size_t N = sizeof...(P);
+  using F = typename BackendOf<D, N>::type;
+  if constexpr (D::index_arg >= 0) {
+    return frame<D>(a...);
+  } else {
+    const int layer = interface_layer();
+    // Acquire: the slot is read after the cell, never ahead of it.
+    const int32_t m = *D::site.cell.load(std::memory_order_acquire);
+    if (__builtin_expect(layer == 1, 1)) {
+      if (__builtin_expect(m == 0, 1)) {
+        F* f = quiet_slot<D, F>();
+        if (!D::checked || __builtin_expect(f != nullptr, 1)) {
+          if constexpr (D::checked)
+            if (__builtin_expect(D::template check<int64_t>(a...) != 0, 0)) return refuse<D>(m, a...);
+          return quiet_call<D>(std::make_index_sequence<N>{}, f, layer, nullptr, a...);
+        }
+      }
+    } else if (__builtin_expect(layer == 0, 1)) {
+      if (__builtin_expect(m == 0, 1)) {
+        F* f = quiet_slot<D, F>();
+        if (!D::checked || __builtin_expect(f != nullptr, 1)) {
+          if constexpr (D::checked)
+            if (__builtin_expect(D::template check<int32_t>(a...) != 0, 0)) return refuse<D>(m, a...);
+          int64_t w[N];
+          widen<D>(w, std::make_index_sequence<N>{}, a...);
+          return quiet_call<D>(std::make_index_sequence<N>{}, f, layer, w, a...);
+        }
+      }
+    }
+    return frame_cold<D>(a...);
+  }
+}
+
+// A _direct entry: no checker and no record. It binds both its slots, then takes the direct
+// symbol when the flag byte's bit 0 is set or the sizes are small.
+template <class D, size_t... K, class... P>
+inline typename D::Result direct_body(std::index_sequence<K...> seq, void* flag, P... a) {
+  constexpr size_t N = sizeof...(P);
+  using F = typename BackendOf<D, N>::type;
+  const int layer = qnl::layer();
+  int64_t w[N];
+  int64_t* wp = nullptr;
+  if (layer == 0) {
+    widen<D>(w, seq, a...);
+    wp = w;
+  }
+  F* plain = family<F>(D::plain_slot, D::symbol);
+  // Both symbols are bound on the first call, even if only one is ever taken.
+  F* fast = family<F>(D::direct_slot, D::direct_symbol);
+  bool take = flag && (*static_cast<const unsigned char*>(flag) & 1) != 0;
+  // Sizes are read from the caller's own variables at the caller's width.
+  void* const all[] = {a...};
+  if (!take) take = interface_layer() == 0 ? D::template small<int32_t>(all) : D::template small<int64_t>(all);
+  if (take) {
+    // Sticky on purpose: once a call went direct, the plain slot holds the direct symbol
+    // and every later call of this entry goes there whatever its sizes.
+    D::plain_slot.fn.store(reinterpret_cast<void*>(fast), std::memory_order_relaxed);
+    return invoke<D>(seq, fast, nullptr, layer, wp, nullptr, a...);
+  }
+  return invoke<D>(seq, plain, nullptr, layer, wp, nullptr, a...);
+}
+
+// The flag pointer comes last in the caller's list; it is not passed on.
+template <class D, size_t... K, class... P>
+inline typename D::Result direct_split(std::index_sequence<K...> seq, P... a) {
+  void* const all[] = {a...};
+  return direct_body<D>(seq, all[sizeof...(P) - 1], all[K]...);
+}
+
+template <class D, class... P>
+inline typename D::Result direct(P... a) {
+  if constexpr (D::flag)
+    return direct_split<D>(std::make_index_sequence<sizeof...(P) - 1>{}, a...);
+  else
+    return direct_body<D>(std::make_index_sequence<sizeof...(P)>{}, nullptr, a...);
+}
+
+}  // namespace qnl::blas
