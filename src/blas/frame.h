@@ -264,25 +264,22 @@ inline typename D::Result enter(P... a) {
     const int layer = interface_layer();
     // Acquire: the slot is read after the cell, never ahead of it.
     const int32_t m = *D::site.cell.load(std::memory_order_acquire);
-    if (__builtin_expect(layer == 1, 1)) {
-      if (__builtin_expect(m == 0, 1)) {
-        F* f = quiet_slot<D, F>();
-        if (!D::checked || __builtin_expect(f != nullptr, 1)) {
-          if constexpr (D::checked)
-            if (__builtin_expect(D::template check<int64_t>(a...) != 0, 0)) return refuse<D>(m, a...);
-          return quiet_call<D>(std::make_index_sequence<N>{}, f, layer, nullptr, a...);
-        }
+    // One test each for "ILP64 and quiet" and "LP64 and quiet".
+    if (__builtin_expect(((layer ^ 1) | m) == 0, 1)) {
+      F* f = quiet_slot<D, F>();
+      if (!D::checked || __builtin_expect(f != nullptr, 1)) {
+        if constexpr (D::checked)
+          if (__builtin_expect(D::template check<int64_t>(a...) != 0, 0)) return refuse<D>(m, a...);
+        return quiet_call<D>(std::make_index_sequence<N>{}, f, layer, nullptr, a...);
       }
-    } else if (__builtin_expect(layer == 0, 1)) {
-      if (__builtin_expect(m == 0, 1)) {
-        F* f = quiet_slot<D, F>();
-        if (!D::checked || __builtin_expect(f != nullptr, 1)) {
-          if constexpr (D::checked)
-            if (__builtin_expect(D::template check<int32_t>(a...) != 0, 0)) return refuse<D>(m, a...);
-          int64_t w[N];
-          widen<D>(w, std::make_index_sequence<N>{}, a...);
-          return quiet_call<D>(std::make_index_sequence<N>{}, f, layer, w, a...);
-        }
+    } else if (__builtin_expect((layer | m) == 0, 1)) {
+      F* f = quiet_slot<D, F>();
+      if (!D::checked || __builtin_expect(f != nullptr, 1)) {
+        if constexpr (D::checked)
+          if (__builtin_expect(D::template check<int32_t>(a...) != 0, 0)) return refuse<D>(m, a...);
+        int64_t w[N];
+        widen<D>(w, std::make_index_sequence<N>{}, a...);
+        return quiet_call<D>(std::make_index_sequence<N>{}, f, layer, w, a...);
       }
     }
     return frame_cold<D>(a...);
