@@ -3,6 +3,7 @@
 
     gen.py messages TABLE OUTDIR
     gen.py services TABLE OUTDIR
+    gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
     gen.py exports OUT NAMEFILE...
 """
 import sys
@@ -10,9 +11,10 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import exports, messages, services  # noqa: E402
+from qnlgen import exports, lapack, messages, services  # noqa: E402
 
-COMMANDS = {"messages": messages.main, "services": services.main, "exports": exports.main}
+COMMANDS = {"messages": messages.main, "services": services.main, "exports": exports.main,
+            "lapack": lapack.main}
 
 if __name__ == "__main__":
     if len(sys.argv) < 2 or sys.argv[1] not in COMMANDS:
