@@ -92,7 +92,8 @@ bool is_array(uint8_t cls) { return cls >= kPivOut; }
 struct Marshal {
   void* q[kMaxArgs];
   int64_t local[kMaxArgs];
-  int64_t length[kMaxArgs];  // allocation length of each array passed; -1 when skipped
+  int64_t length[kMaxArgs];  // allocation length of each array passed
+  bool passed[kMaxArgs];     // an array that went to the back-end (not null)
   bool live[kMaxArgs];       // a conditional output scalar that is referenced
   int64_t* heap[kMaxArrays];
   int nheap = 0;
@@ -148,7 +149,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
   for (int k = 0; k < r.nargs; ++k) {
     const Arg& a = r.args[k];
     if (!is_array(a.cls)) continue;
-    s.length[k] = -1;
+    s.passed[k] = false;
     // Fixed and logical workspaces, and arrays the options leave unreferenced,
     // are not touched by a size query: they go as null.
     bool skip = !referenced(r, a, p, s.local) ||
@@ -171,6 +172,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
       s.heap[s.nheap++] = buf;
     }
     s.length[k] = n;
+    s.passed[k] = true;
     s.q[k] = buf;
     if (a.cls == kPivIn || a.cls == kInOut) {
       const int32_t* src = static_cast<const int32_t*>(p[k]);
@@ -188,7 +190,7 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
       if (s.live[k]) *static_cast<int32_t*>(p[k]) = static_cast<int32_t>(s.local[k]);
       continue;
     }
-    if (!is_array(a.cls) || s.length[k] < 0) continue;
+    if (!is_array(a.cls) || !s.passed[k]) continue;
     const int64_t* buf = static_cast<const int64_t*>(s.q[k]);
     int32_t* dst = static_cast<int32_t*>(p[k]);
     int64_t n = s.length[k];

@@ -545,6 +545,17 @@ WRITTEN_HIGH = 0x5A5A5A5A  # high half the test's back-end writes into outputs
 
 
 def test_values(r):
+    """Low halves the test puts in the integer scalars: sizes small enough that
+    most arrays fit the frame and some do not; negative where no length, bound
+    or check reads them, to show the sign extension; workspace lengths large.
+    Checked routines get values their checks accept."""
+    sized = set()
+    for a in r.args:
+        for e in (a.length, a.keep):
+            if e is not None:
+                sized |= names_in(e)
+        if a.bound:
+            sized |= names_in(Parser(a.bound).parse())
     vals = {}
     for k, a in enumerate(r.args):
         if a.cls not in ("i", "o"):
@@ -553,8 +564,10 @@ def test_values(r):
             v = 3000
         elif r.check:
             v = {"itype": 1, "ilo": 1}.get(a.name, 5)
-        else:
+        elif r.route or a.name in sized:
             v = 3 + k % 5
+        else:
+            v = -(3 + k % 5)
         vals[a.name] = v
     return vals
 
@@ -593,43 +606,61 @@ def cond_holds(a, vals, lets):
     return True
 
 
+# Configurations of a case: conditions hold (letters in lower case), conditions
+# fail, and a size query (the first workspace length -1).
+CONFIGS = ("holds", "fails", "query")
+
+
 def case(r):
     args = r.call_args()
     off = 1 if r.result_arg else 0
-    vals = test_values(r)
-    rows = []
+    base = test_values(r)
+    work = [a.name for a in r.args if is_work_length(a)]
+    has_iw = any(a.cls == "iw" for a in r.args)
     configs = []
-    for truth in (True, False):
-        lets = letters(r, truth)
-        v = dict(vals)
+    for cfg in CONFIGS:
+        lets = letters(r, cfg != "fails")
+        caller = dict(base)
+        query = cfg == "query" and bool(work)
+        if query:
+            caller[work[0]] = -1
+        v = dict(caller)
         for a in r.args:
-            if a.cls == "i" and a.cond and not cond_holds(a, vals, lets):
+            if a.cls == "i" and a.cond and not cond_holds(a, caller, lets):
                 v[a.name] = 0
+            if a.cls == "o" and zero_start(r, a):
+                v[a.name] = 0
+        if query and has_iw:
+            for w in work:
+                v[w] = -1
         after = dict(v)
         for k, a in enumerate(r.args):
             if a.cls == "o":
-                after[a.name] = clamp((WRITTEN_HIGH << 32) | (k + 1))
-                if WRITTEN_HIGH & 0x80000000:
-                    after[a.name] -= 1 << 64
-        configs.append((lets, v, after))
+                after[a.name] = (WRITTEN_HIGH << 32) | (k + 1)
+        configs.append((lets, caller, v, after, query))
+    rows = []
     for k, a in enumerate(r.args):
         per = []
-        for lets, v, after in configs:
+        for lets, caller, v, after, query in configs:
             holds = cond_holds(a, v, lets) if a.cond else True
+            if a.cls in ARRAYS and query and (a.cls in ("ix", "lw") or a.cond):
+                holds = False
             length = keep = 0
             if a.length is not None:
                 length = evaluate(a.length, v)
-                keep = evaluate(a.keep, after) if a.keep is not None else length
-                keep = max(min(keep, length), 0) if a.keep is not None else keep
-            per.append((holds, length, keep))
-        letter = configs[0][0].get(a.name, "\\0"), configs[1][0].get(a.name, "\\0")
+                keep = length
+                if a.keep is not None:
+                    keep = max(min(evaluate(a.keep, after), length), 0)
+            per.append("{%s, %d, %d, %d, %d, '%s'}" % (
+                "true" if holds else "false", caller.get(a.name, 0), v.get(a.name, 0), length, keep,
+                lets.get(a.name, "\\0")))
         flags = ("z" if zero_start(r, a) else "") + ("w" if is_work_length(a) else "") + ("c" if a.cond else "")
-        rows.append(f"{{\"{a.cls}\", \"{flags}\", {vals.get(a.name, 0)}, '{letter[0]}', '{letter[1]}', "
-                    f"{{{', '.join('{%s, %d, %d}' % ('true' if h else 'false', L, K) for h, L, K in per)}}}}}")
+        rows.append(f"{{\"{a.cls}\", \"{flags}\", {{{', '.join(per)}}}}}")
     ao = f'"{r.ao_symbol}"' if r.ao_symbol else "nullptr"
-    return (f"  {{\"{r.name}\", \"{r.symbol}\", {ao}, "
-            f"'{r.result}', {'true' if r.short else 'false'}, {'true' if r.check else 'false'}, "
-            f"{len(r.args)}, {off}, {{{', '.join(rows)}}}}},\n")
+    fmt = f'"{trace_format(r)}"' if not r.short else "nullptr"
+    return (f"  {{\"{r.name}\", \"{r.symbol}\", {ao}, {fmt}, '{r.result}', {'true' if r.short else 'false'}, "
+            f"{'true' if r.check else 'false'}, {'true' if work else 'false'}, {len(r.args)}, {off}, "
+            f"{{{', '.join(rows)}}}}},\n")
 
 
 def tests(argv):
