@@ -31,6 +31,13 @@ void hook(const char* symbol, const uint64_t* w, int n) {
     return;
   }
   Seen& s = seen();
+  if (!std::strcmp(symbol, "qnl_serv_xerbla")) {
+    ++s.reports;
+    s.report_name.assign(reinterpret_cast<const char*>(w[0]), static_cast<size_t>(static_cast<int32_t>(w[2])));
+    s.report_number = *reinterpret_cast<const int32_t*>(w[1]);
+    return;
+  }
+  if (!std::strncmp(symbol, "qnl_lapack_", 11)) s.lapack_symbols.push_back(symbol);
   if (!s.c) return;
   const Case& c = *s.c;
   if (std::strcmp(symbol, c.symbol) && !(c.ao_symbol && !std::strcmp(symbol, c.ao_symbol))) return;

@@ -74,6 +74,10 @@ struct Seen {
   std::vector<uint64_t> words;
   std::vector<int64_t> scalar;                // value behind an integer scalar's word
   std::vector<std::vector<int64_t>> array;    // prepared elements behind an array's word
+  int reports = 0;                            // cdecl_xerbla reports: count, last name and number
+  std::string report_name;
+  int32_t report_number = 0;
+  std::vector<std::string> lapack_symbols;    // every qnl_lapack_ symbol reached
 };
 Seen& seen();
 
