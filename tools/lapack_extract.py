@@ -47,6 +47,8 @@ NOT_LAPACK = {
     "lsame": "service entry (character compare)",
     "second": "service entry (timer)",
     "dsecnd": "service entry (timer)",
+    "crot": "BLAS entry (complex rotation)",
+    "zrot": "BLAS entry (complex rotation)",
 }
 NOT_ROUTINE = re.compile(r"__|_MOD_")
 

@@ -10,7 +10,7 @@
 
 namespace qnl_probe {
 
-constexpr int kMaxWords = 32;
+constexpr int kMaxWords = 48;
 constexpr int kMaxCalls = 4096;
 
 struct Call {
@@ -67,6 +67,11 @@ QNL_PROBE_API void qnl_probe_deallocate(void* p);
 QNL_PROBE_API int qnl_probe_allocations(void);
 QNL_PROBE_API int qnl_probe_live_allocations(void);
 QNL_PROBE_API uint64_t qnl_probe_last_allocation_size(void);
+// A test's hook runs inside every recorded call, after the record and before the
+// answer: it may read and write through the argument words (outputs of the
+// back-end) and choose the answer with qnl_probe_set_result. Null removes it.
+using qnl_probe_hook = void (*)(const char* symbol, const uint64_t* words, int n);
+QNL_PROBE_API void qnl_probe_set_hook(qnl_probe_hook hook);
 
 #ifndef QNL_PROBE_LIBRARY
 #define QNL_PROBE_LIBRARY "probe"

@@ -34,6 +34,8 @@ int g_allocations = 0;
 int g_live = 0;
 uint64_t g_last_size = 0;
 
+std::atomic<qnl_probe_hook> g_hook{nullptr};
+
 void copy(char* dst, const char* src, size_t size) {
   std::strncpy(dst, src, size - 1);
   dst[size - 1] = '\0';
@@ -42,13 +44,17 @@ void copy(char* dst, const char* src, size_t size) {
 }  // namespace
 
 QNL_PROBE_API void qnl_probe_record(const char* symbol, const char* library, const uint64_t* words, int n) {
-  std::lock_guard<std::mutex> lock(g_mutex);
-  Call& c = g_calls[g_count % kMaxCalls];
-  ++g_count;
-  copy(c.symbol, symbol, sizeof c.symbol);
-  copy(c.library, library, sizeof c.library);
-  c.nwords = n < kMaxWords ? n : kMaxWords;
-  for (int i = 0; i < c.nwords; ++i) c.word[i] = words[i];
+  {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    Call& c = g_calls[g_count % kMaxCalls];
+    ++g_count;
+    copy(c.symbol, symbol, sizeof c.symbol);
+    copy(c.library, library, sizeof c.library);
+    c.nwords = n < kMaxWords ? n : kMaxWords;
+    for (int i = 0; i < c.nwords; ++i) c.word[i] = words[i];
+  }
+  // Outside the lock: the hook may call back into the probe.
+  if (qnl_probe_hook hook = g_hook.load()) hook(symbol, words, n);
 }
 
 QNL_PROBE_API uint64_t qnl_probe_result_bits(const char* symbol) {
@@ -165,3 +171,5 @@ QNL_PROBE_API void qnl_probe_deallocate(void* p) {
 QNL_PROBE_API int qnl_probe_allocations(void) { return g_allocations; }
 QNL_PROBE_API int qnl_probe_live_allocations(void) { return g_live; }
 QNL_PROBE_API uint64_t qnl_probe_last_allocation_size(void) { return g_last_size; }
+
+QNL_PROBE_API void qnl_probe_set_hook(qnl_probe_hook hook) { g_hook.store(hook); }

@@ -369,7 +369,6 @@ cptsvx - : fact:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i rcond:p ferr:
 cpttrf - : n:i d:p e:p info:o
 cpttrs - : uplo:c n:i nrhs:i d:p e:p b:p ldb:i info:o
 cptts2 - : iuplo:i n:i nrhs:i d:p e:p b:p ldb:i
-crot - : n:i cx:p incx:i cy:p incy:i c:p s:p
 cspcon - : uplo:c n:i ap:p ipiv:ii[n] anorm:p rcond:p work:p info:o
 cspmv - : uplo:c n:i alpha:p ap:p x:p incx:i beta:p y:p incy:i
 cspr - : uplo:c n:i alpha:p x:p incx:i ap:p
@@ -1852,7 +1851,6 @@ zptsvx - : fact:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i rcond:p ferr:
 zpttrf - : n:i d:p e:p info:o
 zpttrs - : uplo:c n:i nrhs:i d:p e:p b:p ldb:i info:o
 zptts2 - : iuplo:i n:i nrhs:i d:p e:p b:p ldb:i
-zrot - : n:i cx:p incx:i cy:p incy:i c:p s:p
 zspcon - : uplo:c n:i ap:p ipiv:ii[n] anorm:p rcond:p work:p info:o
 zspmv - : uplo:c n:i alpha:p ap:p x:p incx:i beta:p y:p incy:i
 zspr - : uplo:c n:i alpha:p x:p incx:i ap:p

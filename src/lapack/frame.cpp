@@ -1,0 +1,373 @@
+// The one frame of the Fortran LAPACK entries, driven by each routine's record.
+#include "lapack_frame.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "services_gen.h"
+
+namespace qnl::lapack {
+
+namespace {
+
+constexpr int64_t kHigh = INT64_MAX;
+constexpr int64_t kLow = INT64_MIN;
+
+// Lengths saturate rather than wrap: an absurd length must fail to allocate,
+// never come out small.
+int64_t sat(__int128 v) { return v > kHigh ? kHigh : v < kLow ? kLow : static_cast<int64_t>(v); }
+
+int64_t evaluate(const int16_t* pc, const int64_t* v) {
+  int64_t st[32];
+  int sp = 0;
+  for (;;) {
+    switch (*pc++) {
+      case kEnd:
+        return sp ? st[sp - 1] : 0;
+      case kArgValue:
+        st[sp++] = v[*pc++];
+        break;
+      case kConst:
+        st[sp++] = *pc++;
+        break;
+      case kAdd:
+        --sp, st[sp - 1] = sat(static_cast<__int128>(st[sp - 1]) + st[sp]);
+        break;
+      case kSub:
+        --sp, st[sp - 1] = sat(static_cast<__int128>(st[sp - 1]) - st[sp]);
+        break;
+      case kMul:
+        --sp, st[sp - 1] = sat(static_cast<__int128>(st[sp - 1]) * st[sp]);
+        break;
+      case kDiv:
+        // Fortran integer division truncates; a zero divisor gives 0 rather than a trap.
+        --sp, st[sp - 1] = st[sp] == 0 ? 0 : sat(static_cast<__int128>(st[sp - 1]) / st[sp]);
+        break;
+      case kMax:
+      case kMin: {
+        bool is_max = pc[-1] == kMax;
+        int n = *pc++;
+        int64_t m = st[sp - n];
+        for (int i = sp - n + 1; i < sp; ++i) m = is_max ? (st[i] > m ? st[i] : m) : (st[i] < m ? st[i] : m);
+        sp -= n;
+        st[sp++] = m;
+        break;
+      }
+      case kAbs:
+        st[sp - 1] = sat(st[sp - 1] < 0 ? -static_cast<__int128>(st[sp - 1]) : st[sp - 1]);
+        break;
+      case kLog2:
+        st[sp - 1] = st[sp - 1] >= 1 ? 63 - __builtin_clzll(static_cast<uint64_t>(st[sp - 1])) : 0;
+        break;
+      default:
+        return 0;
+    }
+  }
+}
+
+int32_t read32(const void* p) { return *static_cast<const int32_t*>(p); }
+
+// Whether a conditionally referenced argument is referenced in this call.
+// Letters compare with bit 5 cleared, so either case matches.
+bool referenced(const Routine& r, const Arg& a, void* const* caller, const int64_t* v) {
+  if (!a.cond) return true;
+  for (const Cond* c = r.conds + a.cond - 1;; ++c) {
+    bool hit;
+    if (c->op == kLetterIn || c->op == kLetterNotIn) {
+      char ch = static_cast<char>(*static_cast<const char*>(caller[c->arg]) & ~0x20);
+      hit = ch != 0 && std::strchr(c->letters, ch) != nullptr;
+      hit = c->op == kLetterIn ? hit : !hit;
+    } else {
+      hit = (v[c->arg] == c->value) == (c->op == kValueIs);
+    }
+    if (!hit) return false;
+    if (!c->more) return true;
+  }
+}
+
+bool is_array(uint8_t cls) { return cls >= kPivOut; }
+
+// The LP64 side of a call: 64-bit locals and scratch arrays, and what they give back.
+struct Marshal {
+  void* q[kMaxArgs];
+  int64_t local[kMaxArgs];
+  int64_t length[kMaxArgs];  // allocation length of each array passed
+  bool passed[kMaxArgs];     // an array that went to the back-end (not null)
+  bool live[kMaxArgs];       // a conditional output scalar that is referenced
+  int64_t* heap[kMaxArrays];
+  int nheap = 0;
+  int64_t frame[kMaxArrays][kFrameElements];
+};
+
+void release(Marshal& s) {
+  for (int i = 0; i < s.nheap; ++i) qnl_body_qnl_serv_iface_deallocate(s.heap[i]);
+  s.nheap = 0;
+}
+
+QNL_COLD void out_of_memory(const Routine& r, void* const* caller, Marshal& s) {
+  release(s);
+  char name[40];
+  std::strncpy(name, r.name, sizeof name - 1);
+  name[sizeof name - 1] = '\0';
+  // 1089: the catalogue's "not enough work memory" text, which names the routine.
+  int64_t code = 1089;
+  qnl_body_cdecl_xerbla(name, &code, static_cast<int32_t>(std::strlen(name)));
+  if (r.info >= 0) *static_cast<int32_t*>(caller[r.info]) = -1023;
+}
+
+// Widens the scalars and prepares the integer arrays. False when scratch could
+// not be had; that has been reported.
+bool widen(const Routine& r, void* const* p, Marshal& s) {
+  // Unconditional scalars first: conditions and lengths read them.
+  for (int k = 0; k < r.nargs; ++k) {
+    const Arg& a = r.args[k];
+    s.local[k] = 0;
+    s.live[k] = true;
+    if (a.cls == kIn || a.cls == kOut) {
+      if (!a.cond && !(a.flags & kZeroStart)) s.local[k] = read32(p[k]);
+      s.q[k] = &s.local[k];
+    } else {
+      s.q[k] = p[k];
+    }
+  }
+  bool query = false;
+  for (int k = 0; k < r.nargs; ++k) {
+    const Arg& a = r.args[k];
+    if ((a.cls == kIn || a.cls == kOut) && a.cond) {
+      // Read only when referenced (il and iu only with range I); else the local stays 0.
+      s.live[k] = referenced(r, a, p, s.local);
+      if (s.live[k] && !(a.flags & kZeroStart)) s.local[k] = read32(p[k]);
+    }
+    if ((a.flags & kWorkLength) && s.local[k] == -1) query = true;
+  }
+  // A size query of a routine with a query-capable workspace asks on all its lengths.
+  if (query && r.has_query_work)
+    for (int k = 0; k < r.nargs; ++k)
+      if (r.args[k].flags & kWorkLength) s.local[k] = -1;
+  int frames = 0;
+  for (int k = 0; k < r.nargs; ++k) {
+    const Arg& a = r.args[k];
+    if (!is_array(a.cls)) continue;
+    s.passed[k] = false;
+    // Fixed and logical workspaces, and arrays the options leave unreferenced,
+    // are not touched by a size query: they go as null.
+    bool skip = !referenced(r, a, p, s.local) ||
+                (query && (a.cls == kFixedWork || a.cls == kLogicalWork || a.cond));
+    if (skip) {
+      s.q[k] = nullptr;
+      continue;
+    }
+    int64_t n = evaluate(r.program + a.length, s.local);
+    int64_t* buf;
+    if (n <= kFrameElements) {
+      buf = s.frame[frames++];
+    } else {
+      uint64_t bytes = n > (kHigh >> 3) ? UINT64_MAX : static_cast<uint64_t>(n) * 8;
+      buf = static_cast<int64_t*>(qnl_body_qnl_serv_iface_allocate(bytes, 128));
+      if (!buf) {
+        out_of_memory(r, p, s);
+        return false;
+      }
+      s.heap[s.nheap++] = buf;
+    }
+    s.length[k] = n;
+    s.passed[k] = true;
+    s.q[k] = buf;
+    if (a.cls == kPivIn || a.cls == kInOut) {
+      const int32_t* src = static_cast<const int32_t*>(p[k]);
+      for (int64_t i = 0; i < n; ++i) buf[i] = src[i];
+    }
+  }
+  return true;
+}
+
+// Stores the outputs' low halves to the caller and frees the scratch.
+void narrow(const Routine& r, void* const* p, Marshal& s) {
+  for (int k = 0; k < r.nargs; ++k) {
+    const Arg& a = r.args[k];
+    if (a.cls == kOut) {
+      if (s.live[k]) *static_cast<int32_t*>(p[k]) = static_cast<int32_t>(s.local[k]);
+      continue;
+    }
+    if (!is_array(a.cls) || !s.passed[k]) continue;
+    const int64_t* buf = static_cast<const int64_t*>(s.q[k]);
+    int32_t* dst = static_cast<int32_t*>(p[k]);
+    int64_t n = s.length[k];
+    switch (a.cls) {
+      case kQueryWork:
+        // Element 0 is the size answer of a query and otherwise unused.
+        dst[0] = static_cast<int32_t>(buf[0]);
+        break;
+      case kPivOut:
+      case kInOut:
+      case kLogicalWork:
+        if (a.keep >= 0) {
+          // Copied back as far as the routine says it wrote, never beyond the scratch.
+          int64_t keep = evaluate(r.program + a.keep, s.local);
+          n = keep < n ? keep : n;
+        }
+        for (int64_t i = 0; i < n; ++i) dst[i] = static_cast<int32_t>(buf[i]);
+        break;
+      default:
+        break;
+    }
+  }
+  release(s);
+}
+
+// The trace line: the routine's format, values from the caller's own variables
+// after the call. Integers read as 32 bits, a null integer address as 0.
+void format_line(const Routine& r, void* const* p, char* buf) {
+  constexpr int kText = verbose::kRecordSize - 1;
+  int pos = 0;
+  int k = 0;
+  for (const char* f = r.format; *f; ++f) {
+    if (*f != '%') {
+      if (pos < kText) buf[pos] = *f;
+      ++pos;
+      continue;
+    }
+    char piece[32];
+    int n;
+    switch (*++f) {
+      case 'c':
+        n = std::snprintf(piece, sizeof piece, "%c", verbose::rec_char(p[k]));
+        break;
+      case 'd':
+        n = std::snprintf(piece, sizeof piece, "%d", verbose::rec_int(p[k]));
+        break;
+      default:
+        n = std::snprintf(piece, sizeof piece, "%p", verbose::rec_ptr(p[k]));
+        break;
+    }
+    ++k;
+    for (int i = 0; i < n; ++i, ++pos)
+      if (pos < kText) buf[pos] = piece[i];
+  }
+  buf[pos < kText ? pos : kText] = '\0';
+  buf[kText] = '\0';
+}
+
+// Both symbols of a routed entry are bound together, under one lock.
+QNL_COLD void bind_pair(const Routine& r, Entry& e) {
+  qnl_rt_bind_lock();
+  e.slot.fn.store(qnl_rt_resolve(r.symbol), std::memory_order_relaxed);
+  e.ao.fn.store(qnl_rt_resolve(r.ao_symbol), std::memory_order_relaxed);
+  qnl_rt_bind_unlock();
+}
+
+QNL_COLD int32_t read_threshold(Entry& e) {
+  e.threshold.store(-2, std::memory_order_relaxed);
+  char buf[10];
+  if (qnl_rt_getenv("QNL_SPFFRT_NX", buf, sizeof buf) > 0)
+    e.threshold.store(std::atoi(buf), std::memory_order_relaxed);
+  return e.threshold.load(std::memory_order_relaxed);
+}
+
+// Size of argument k: the widened local on LP64, the caller's integer on ILP64.
+int64_t size_of(void* const* p, const int64_t* local, int k) {
+  return local ? local[k] : *static_cast<const int64_t*>(p[k]);
+}
+
+void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
+  if (r.route == kNoRoute) return family<void>(e.slot, r.symbol);
+  if (__builtin_expect(e.slot.get() == nullptr, 0)) bind_pair(r, e);
+  bool offload;
+  switch (r.route) {
+    case kRouteBig:
+      offload = size_of(p, local, 0) >= 8192 && size_of(p, local, 1) >= 8192;
+      break;
+    case kRoutePotrf:
+      offload = size_of(p, local, 1) >= 6144;
+      break;
+    case kRouteNpi:
+      offload = size_of(p, local, 0) >= 500 && size_of(p, local, 1) >= 500;
+      break;
+    default: {
+      // n and ncolm are read as 32 bits on both sides.
+      int32_t t = e.threshold.load(std::memory_order_relaxed);
+      if (t == -1) t = read_threshold(e);
+      int32_t n = read32(p[1]), ncolm = read32(p[2]);
+      offload = t < 1 ? n >= 3000 && ncolm >= 300 : n >= t && ncolm >= t;
+      break;
+    }
+  }
+  // The current slot is shared by all threads and written on every call: a
+  // racing call may run the other symbol, which computes the same result.
+  e.current.store(offload ? e.ao.get() : e.slot.get(), std::memory_order_relaxed);
+  return e.current.load(std::memory_order_relaxed);
+}
+
+template <class After>
+void call(const Routine& r, Entry& e, int32_t m, void* fn, void* const* q, void* const* p, void* result,
+          After after) {
+  auto record = [&](char* buf) { format_line(r, p, buf); };
+  if (r.result == kInteger) {
+    auto* v = static_cast<int64_t*>(result);
+    *v = verbose::run(e.site, m, [&] { r.invoke(fn, q, result); after(); return *v; }, record);
+  } else {
+    verbose::run(e.site, m, [&] { r.invoke(fn, q, result); after(); }, record);
+  }
+}
+
+__attribute__((noinline)) void enter_lp64(const Routine& r, Entry& e, void* const* p, void* result, int32_t m) {
+  Marshal s;
+  if (!widen(r, p, s)) return;  // reported; no trace line
+  void* fn = bind(r, e, p, s.local);
+  call(r, e, m, fn, s.q, p, result, [&] { narrow(r, p, s); });
+}
+
+QNL_COLD void rejected(const Routine& r, Entry& e, void* const* p, int32_t m) {
+  verbose::rejected<void>(e.site, m, [&](char* buf) { format_line(r, p, buf); });
+}
+
+// The short frame: no trace and no verbose mode; a check, if any, on the widened
+// values; an empty slot after binding is fatal.
+void* bind_short(const Routine& r, Entry& e) {
+  void* f = e.slot.get();
+  return f ? f : bind_thin(e.slot, r.symbol);
+}
+
+__attribute__((noinline)) void enter_short(const Routine& r, Entry& e, void* const* p, void* result, int lay) {
+  if (lay != 0) {
+    if (r.check && r.check->ilp64(r, p)) return;
+    r.invoke(bind_short(r, e), p, result);
+    return;
+  }
+  Marshal s;
+  if (!widen(r, p, s)) return;
+  if (r.check && r.check->ilp64(r, s.q)) {
+    // info is stored back in all cases.
+    if (r.info >= 0) *static_cast<int32_t*>(p[r.info]) = static_cast<int32_t>(s.local[r.info]);
+    release(s);
+    return;
+  }
+  r.invoke(bind_short(r, e), s.q, result);
+  narrow(r, p, s);
+}
+
+}  // namespace
+
+void report(const char* name, int64_t number) {
+  char local[40];
+  std::strncpy(local, name, sizeof local - 1);
+  local[sizeof local - 1] = '\0';
+  qnl_body_cdecl_xerbla(local, &number, static_cast<int32_t>(std::strlen(local)));
+}
+
+void enter(const Routine& r, Entry& e, void* const* p, void* result) {
+  int lay = layer();
+  if (r.short_frame) return enter_short(r, e, p, result, lay);
+  int32_t m = e.site.mode();
+  if (r.check && (lay == 0 ? r.check->lp64 : r.check->ilp64)(r, p)) {
+    // Rejected: no back-end call, but a trace line as for one.
+    if (m != 0) rejected(r, e, p, m);
+    return;
+  }
+  if (lay == 0) return enter_lp64(r, e, p, result, m);
+  void* fn = bind(r, e, p, nullptr);
+  call(r, e, m, fn, p, p, result, [] {});
+}
+
+}  // namespace qnl::lapack
