@@ -1,21 +1,24 @@
 #!/usr/bin/env bash
-# Builds everything and runs all tests: the normal build, then ASan+UBSan and
-# TSan builds of the runtime tests.
+# Builds everything and runs all tests: the normal build, then an ASan+UBSan
+# build of the tests on the probe back-end, and a TSan build of the runtime's
+# binding and tracing tests.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh
 jobs=$(nproc)
-run() {  # run BUILD_DIR [cmake args...]
-  local dir=$1; shift
+# run BUILD_DIR "TARGETS" "CTEST ARGS" [cmake args...]
+run() {
+  local dir=$1 targets=$2 filter=$3
+  shift 3
   cmake -S . -B "$dir" -G Ninja "$@" >/dev/null
-  cmake --build "$dir"
-  (cd "$dir" && ctest -j"$jobs" --output-on-failure "${CTEST_ARGS[@]}")
+  # shellcheck disable=SC2086
+  cmake --build "$dir" ${targets:+--target $targets}
+  # shellcheck disable=SC2086
+  (cd "$dir" && ctest -j"$jobs" --output-on-failure $filter)
 }
-CTEST_ARGS=()
-run build
-# The sanitizer builds rerun the tests on the probe back-end; the reference
-# back-end opens OpenBLAS with RTLD_DEEPBIND, which ASan does not support.
-CTEST_ARGS=(-E "Backend|ReferenceServices|ApplicationXerbla")
-run build-asan -DQNL_SANITIZE=address -DQNL_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
-CTEST_ARGS=(-R "Binding|Verbose|ServiceEntries")
-run build-tsan -DQNL_SANITIZE=thread -DQNL_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
+run build "" ""
+# The reference back-end opens OpenBLAS with RTLD_DEEPBIND, which ASan does not support.
+run build-asan "" "-E Backend|ReferenceServices|ApplicationXerbla" \
+  -DQNL_SANITIZE=address -DQNL_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
+run build-tsan "test_runtime_facade test_runtime_internal" "-R Binding|Verbose|ServiceEntries" \
+  -DQNL_SANITIZE=thread -DQNL_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
