@@ -5,6 +5,7 @@
     gen.py services TABLE OUTDIR
     gen.py blas TABLE OUTDIR SHARDS
     gen.py blas --probe TABLE OUT
+    gen.py cblas TABLE OUTDIR SHARDS
     gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
     gen.py exports OUT NAMEFILE...
     gen.py reference OUT LAPACK_TABLE
@@ -14,10 +15,11 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import blas, exports, lapack, messages, reference, services  # noqa: E402
+from qnlgen import blas, cblas, exports, lapack, messages, reference, services  # noqa: E402
 
 COMMANDS = {
     "blas": blas.main,
+    "cblas": cblas.main,
     "lapack": lapack.main,
     "messages": messages.main,
     "services": services.main,

@@ -1,0 +1,141 @@
+// What every CBLAS body shares: the enumerations and their Fortran characters, the report
+// routines, and how a C argument becomes the address a Fortran entry reads.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "blas_gen.h"
+#include "entry.h"
+#include "frame.h"
+#include "services_gen.h"
+
+extern "C" {
+// Reports `number` for the routine `name` ("cblas_dgemm") through cdecl_xerbla.
+void cblas_report_parameter(const char* name, int32_t number) QNL_HIDDEN;
+// Reports a failed scratch allocation: the value 1000 in place of a parameter number.
+void cblas_report_no_memory(const char* name) QNL_HIDDEN;
+}
+
+namespace qnl::cblas {
+
+using blas::cdouble;
+using blas::cfloat;
+using blas::is_complex;
+
+constexpr int kRowMajor = 101, kColMajor = 102;
+constexpr int kNoTrans = 111, kTrans = 112, kConjTrans = 113;
+constexpr int kUpper = 121, kLower = 122;
+constexpr int kNonUnit = 131, kUnit = 132;
+constexpr int kLeft = 141, kRight = 142;
+constexpr int kPacked = 151, kAMatrix = 161, kBMatrix = 162;
+
+// The character a report leaves behind when the call goes on: no Fortran entry accepts it.
+inline constexpr char kUndefined[] = "?";
+
+template <class E>
+struct RealOf {
+  using type = E;
+};
+template <>
+struct RealOf<cfloat> {
+  using type = float;
+};
+template <>
+struct RealOf<cdouble> {
+  using type = double;
+};
+
+// The address a Fortran entry reads: a pointer argument stands; a value (integer, real
+// scalar, character-less enumeration) is this frame's own copy.
+template <class V>
+inline void* ref(V& v) {
+  if constexpr (std::is_pointer_v<V>)
+    return const_cast<void*>(static_cast<const void*>(v));
+  else
+    return const_cast<void*>(static_cast<const void*>(&v));
+}
+
+// Calls a Fortran entry with the addresses of its arguments; a temporary lives until the
+// call returns.
+template <class F, class... A>
+inline auto fortran(F* f, A&&... a) {
+  return f(ref(a)...);
+}
+
+// Rows of an operand stored as given (column-major), or of its transpose (row-major).
+template <class I>
+inline I rows(bool row, bool notrans, I if_notrans, I otherwise) {
+  return (notrans != row) ? if_notrans : otherwise;
+}
+
+template <class I>
+inline I max1(I v) {
+  return v > 1 ? v : 1;
+}
+
+// Reports the first failing condition of a chain: `bad(m < 0, 3) || bad(n < 0, 4)`.
+struct Checker {
+  const char* name;
+  bool operator()(bool failed, int32_t number) const {
+    if (__builtin_expect(failed, 0)) cblas_report_parameter(name, number);
+    return failed;
+  }
+};
+
+// Characters of the enumerations, column-major (row-major through the `row` tables below).
+inline const char* trans_char(int t) {
+  switch (t) {
+    case kNoTrans: return "N";
+    case kTrans: return "T";
+    case kConjTrans: return "C";
+    default: return nullptr;
+  }
+}
+inline const char* uplo_char(int u, bool row) {
+  if (u == kUpper) return row ? "L" : "U";
+  if (u == kLower) return row ? "U" : "L";
+  return nullptr;
+}
+inline const char* side_char(int s, bool row) {
+  if (s == kLeft) return row ? "R" : "L";
+  if (s == kRight) return row ? "L" : "R";
+  return nullptr;
+}
+inline const char* diag_char(int d) { return d == kNonUnit ? "N" : d == kUnit ? "U" : nullptr; }
+
+// A scalar as the body holds it: real ones by value, complex ones behind a pointer.
+template <class E, class S>
+inline E value_of(S s) {
+  if constexpr (std::is_pointer_v<S>) {
+    E v;
+    std::memcpy(&v, s, sizeof v);
+    return v;
+  } else {
+    return static_cast<E>(s);
+  }
+}
+
+template <class E>
+inline E conj(E v) {
+  if constexpr (is_complex<E>) v.im = -v.im;
+  return v;
+}
+
+template <class E>
+inline bool is_zero(E v) {
+  if constexpr (is_complex<E>)
+    return v.re == 0 && v.im == 0;
+  else
+    return v == 0;
+}
+template <class E>
+inline bool is_one(E v) {
+  if constexpr (is_complex<E>)
+    return v.re == 1 && v.im == 0;
+  else
+    return v == 1;
+}
+
+}  // namespace qnl::cblas

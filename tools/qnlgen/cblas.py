@@ -1,0 +1,190 @@
+"""cblas.sig -> the CBLAS entries: twin bodies, selectors, export names and the tests' cases.
+
+    cblas TABLE OUTDIR SHARDS   cblas_entries_<k>.cpp (SHARDS files), cblas.names, cblas_cases.h
+"""
+from dataclasses import dataclass, field
+from pathlib import Path
+
+from .common import banner, table_rows, write_if_changed
+
+CODES = set("otugsdeijarwxyvnAC")
+ELEMENT = {"s": "float", "d": "double", "c": "qnl::blas::cfloat", "z": "qnl::blas::cdouble"}
+REAL = {"s": "float", "d": "double", "c": "float", "z": "double"}
+C_ELEMENT = {"s": "float", "d": "double", "c": "void", "z": "void"}
+ENUMS = {"o": "CBLAS_LAYOUT", "t": "CBLAS_TRANSPOSE", "u": "CBLAS_UPLO", "g": "CBLAS_DIAG", "s": "CBLAS_SIDE",
+         "d": "CBLAS_IDENTIFIER", "e": "int"}
+WIDTHS = (("lp64", "int32_t"), ("ilp64", "int64_t"))
+
+
+@dataclass
+class Routine:
+    line: int
+    name: str  # without cblas_
+    letter: str  # element type letter
+    result: str
+    shape: str
+    args: list  # (name, code)
+    fortran: str = ""
+    also: str = ""
+    flags: set = field(default_factory=set)
+
+    @property
+    def export(self):
+        return "cblas_" + self.name
+
+    @property
+    def width_free(self):
+        """A routine without integers has one body: both layers lead to it."""
+        return not any(c in "ij" for _, c in self.args)
+
+    def body(self, width):
+        return f"qnl_{width}_cblas_{self.name}" if not self.width_free else f"qnl_cblas_{self.name}"
+
+
+def element_letter(prefix):
+    for p in prefix:
+        if p in "cz":
+            return p
+    return prefix[0]
+
+
+def expand(pattern, prefixes):
+    if prefixes == "-":
+        return [(pattern, pattern[0])]
+    parts = prefixes.split(",") if "," in prefixes else list(prefixes)
+    return [(pattern.replace("?", p), element_letter(p)) for p in parts]
+
+
+def load(table):
+    routines, seen = [], set()
+    for line, f in table_rows(table):
+        where = f"{table}:{line}"
+        if len(f) < 4:
+            raise SystemExit(f"{where}: malformed row")
+        pattern, prefixes, res, shape = f[:4]
+        args, flags, opts = [], set(), {}
+        for tok in f[4:]:
+            if tok.startswith("+"):
+                key, _, value = tok[1:].partition("=")
+                if value:
+                    opts[key] = value
+                else:
+                    flags.add(key)
+                continue
+            name, _, code = tok.partition(":")
+            if code not in CODES or len(code) != 1:
+                raise SystemExit(f"{where}: argument {tok} has no known code")
+            args.append((name, code))
+        if res not in ("-", "R", "d", "Z", "P"):
+            raise SystemExit(f"{where}: unknown result {res}")
+        parts = prefixes.split(",") if "," in prefixes else list(prefixes)
+        for (name, letter), prefix in zip(expand(pattern, prefixes), parts if prefixes != "-" else [""]):
+            if name in seen:
+                raise SystemExit(f"{where}: {name} listed twice")
+            seen.add(name)
+
+            def target(key, default):
+                v = opts.get(key, default)
+                return v.replace("?", prefix) if v else ""
+
+            routines.append(Routine(line, name, letter, res, shape, args, target("fortran", "" if "here" in flags
+                                                                                   else name),
+                                    target("also", ""), flags))
+    return routines
+
+
+def c_type(code, letter, width):
+    e = C_ELEMENT[letter]
+    real = REAL[letter]
+    if code in ENUMS:
+        return ENUMS[code]
+    return {
+        "i": width,
+        "j": f"const {width}*",
+        "a": real if letter in "sd" else "const void*",
+        "r": real,
+        "w": f"{real}*",
+        "x": f"const {e}*",
+        "y": f"{e}*",
+        "v": "const void*",
+        "n": "const CBLAS_TRANSPOSE*",
+        "A": f"const {e}**",
+        "C": f"{e}**",
+    }[code]
+
+
+def result_type(r):
+    return {"-": "void", "R": REAL[r.letter], "d": "double", "Z": "size_t", "P": f"{C_ELEMENT[r.letter]}*"}[r.result]
+
+
+def signature(r, width):
+    return ", ".join(f"{c_type(code, r.letter, width)} a{i}" for i, (_, code) in enumerate(r.args)) or "void"
+
+
+def traits(r, label):
+    out = [f"// {label}:{r.line} cblas_{r.name}\n", f"struct C_{r.name} {{\n",
+           f"  using E = {ELEMENT[r.letter]};\n",
+           f"  static constexpr char name[] = \"{r.export}\";\n"]
+    if r.fortran:
+        out.append(f"  static constexpr auto fortran = &qnl_body_{r.fortran};\n")
+    if r.also:
+        out.append(f"  static constexpr auto also = &qnl_body_{r.also};\n")
+    out.append("};\n")
+    return "".join(out)
+
+
+def bodies(r):
+    names = ", ".join(f"a{i}" for i in range(len(r.args)))
+    res = result_type(r)
+    widths = WIDTHS[1:] if r.width_free else WIDTHS
+    out = []
+    for w, t in widths:
+        out.append(f"extern \"C\" QNL_HIDDEN {res} {r.body(w)}({signature(r, t)}) {{\n"
+                   f"  return qnl::cblas::{r.shape}<{t}, C_{r.name}>({names});\n}}\n")
+        if "widths" in r.flags:
+            out.append(f"QNL_ALIAS({r.body(w)}, {r.export}_{w})\n")
+    # The header is the contract: the LP64 body has the type its prototype declares.
+    out.append(f"static_assert(std::is_same_v<decltype({r.export}), decltype({r.body('lp64')})>);\n")
+    return "".join(out)
+
+
+def selector(r):
+    """The export: reads the interface layer, settles it when unset, and jumps to a body."""
+    lp, ilp, sym = r.body("lp64"), r.body("ilp64"), r.export
+    return (f"QNL_CBLAS_SELECTOR({sym}, {lp}, {ilp})\n")
+
+
+def main(argv):
+    table, outdir, count = argv
+    routines = load(table)
+    out = Path(outdir)
+    label = Path(table).name
+    head = (banner(table) + "#include <cstddef>\n#include <cstdint>\n#include <type_traits>\n\n"
+            '#include "cblas.h"\n#include "cblas_bodies.h"\n\n')
+    count = int(count)
+    size = -(-len(routines) // count)
+    for k in range(count):
+        part = routines[k * size:(k + 1) * size]
+        text = [head, "namespace {\n"]
+        text += [traits(r, label) for r in part]
+        text.append("}  // namespace\n\n")
+        text += [bodies(r) + selector(r) + "\n" for r in part]
+        write_if_changed(out / f"cblas_entries_{k}.cpp", "".join(text))
+
+    names = [r.export for r in routines]
+    names += [f"{r.export}_{w}" for r in routines if "widths" in r.flags for w, _ in WIDTHS]
+    write_if_changed(out / "cblas.names", "\n".join(names) + "\n")
+    write_if_changed(out / "cblas_cases.h", cases(routines, table))
+
+
+def cases(routines, table):
+    out = [banner(table), "#pragma once\n// Every CBLAS entry, as the tests walk them.\n\n",
+           "struct CblasCase {\n  const char* name;\n  char type;\n  const char* codes;\n  const char* args;\n"
+           "  char result;\n  const char* shape;\n  const char* fortran;\n};\n\n",
+           "static const CblasCase kCblasCases[] = {\n"]
+    for r in routines:
+        codes = "".join(c for _, c in r.args)
+        out.append(f"    {{\"{r.export}\", '{r.letter}', \"{codes}\", \"{','.join(a for a, _ in r.args)}\", "
+                   f"'{r.result}', \"{r.shape}\", \"{r.fortran}\"}},\n")
+    out.append("};\n")
+    return "".join(out)
