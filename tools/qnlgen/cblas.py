@@ -178,7 +178,8 @@ def main(argv):
 
 
 def cases(routines, table):
-    out = [banner(table), "#pragma once\n// Every CBLAS entry, as the tests walk them.\n\n",
+    out = [banner(table), "#pragma once\n// Every CBLAS entry, as the tests walk them.\n#include <cstdint>\n#include <cstring>\n\n"
+           "#include \"cblas.h\"\n\n",
            "struct CblasCase {\n  const char* name;\n  char type;\n  const char* codes;\n  const char* args;\n"
            "  char result;\n  const char* shape;\n  const char* fortran;\n};\n\n",
            "static const CblasCase kCblasCases[] = {\n"]
@@ -186,5 +187,16 @@ def cases(routines, table):
         codes = "".join(c for _, c in r.args)
         out.append(f"    {{\"{r.export}\", '{r.letter}', \"{codes}\", \"{','.join(a for a, _ in r.args)}\", "
                    f"'{r.result}', \"{r.shape}\", \"{r.fortran}\"}},\n")
-    out.append("};\n")
+    out.append("};\n\n")
+    # Typed calls of every export at the width I: the harness G supplies the entry's address
+    # (g.entry), each argument by position and type (g.arg<T>(k)) and turns the result into
+    # bits (g.call).
+    out.append("template <class I, class G>\nuint64_t cblas_call(const char* name, G& g) {\n")
+    for r in routines:
+        types = [c_type(code, r.letter, "I") for _, code in r.args]
+        args = ", ".join(f"g.template arg<{t}>({k})" for k, t in enumerate(types))
+        out.append(f"  if (std::strcmp(name, \"{r.export}\") == 0) {{\n"
+                   f"    using F = {result_type(r)} (*)({', '.join(types)});\n"
+                   f"    return g.call(reinterpret_cast<F>(g.entry(name)){', ' if args else ''}{args});\n  }}\n")
+    out.append("  ADD_FAILURE() << \"no CBLAS entry \" << name;\n  return 0;\n}\n")
     return "".join(out)
