@@ -58,7 +58,8 @@ class ConjCopy {
 };
 
 // Negates the imaginary parts of `len` elements at stride |inc| in place when applied, and
-// again on destruction, so the caller's vector is restored on every way out.
+// again on destruction, so the caller's vector is restored on every way out. An increment
+// of 0 names one element, which is touched once.
 template <class E, class I>
 class Negation {
  public:
@@ -67,8 +68,8 @@ class Negation {
   Negation& operator=(const Negation&) = delete;
   void apply(void* v, I len, I inc) {
     v_ = static_cast<E*>(v);
-    len_ = len;
     step_ = inc < 0 ? -inc : inc;
+    len_ = step_ == 0 && len > 0 ? 1 : len;
     pass();
   }
   ~Negation() { pass(); }
