@@ -21,6 +21,10 @@
 
 namespace cblas_test {
 
+// The entries are looked up by name; this reference keeps the facade linked even in a test
+// that names no entry itself.
+inline void* volatile g_linked = reinterpret_cast<void*>(&cblas_dgemm);
+
 using blas_test::ILP64;
 using blas_test::Layer;
 using blas_test::LP64;
@@ -114,7 +118,11 @@ class Args {
   bool complex() const { return case_.type == 'c' || case_.type == 'z'; }
   bool single() const { return case_.type == 's' || case_.type == 'c'; }
 
-  void* entry(const char* name) const { return dlsym(RTLD_DEFAULT, name); }
+  void* entry(const char* name) const {
+    void* p = dlsym(RTLD_DEFAULT, name);
+    EXPECT_NE(p, nullptr) << name;
+    return p;
+  }
 
   template <class T>
   T arg(int k) const {
