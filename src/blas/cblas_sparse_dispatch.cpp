@@ -1,0 +1,24 @@
+// Chooses the build of the sparse level-1 loops for the running processor, once per type.
+// AVX2 gathers pay off; AVX-512 adds scatters, which measured slower than scalar stores
+// on the machines we run (bench/blas/sparse.cpp), so no AVX-512 build is kept.
+#include "cblas_sparse_loops.h"
+
+namespace qnl::cblas {
+
+template <class E, class I>
+const SparseKernels<E, I>& sparse_kernels() {
+  static const SparseKernels<E, I>* chosen =
+      __builtin_cpu_supports("avx2") ? avx2::kernels<E, I>() : baseline::kernels<E, I>();
+  return *chosen;
+}
+
+template const SparseKernels<float, int32_t>& sparse_kernels();
+template const SparseKernels<double, int32_t>& sparse_kernels();
+template const SparseKernels<blas::cfloat, int32_t>& sparse_kernels();
+template const SparseKernels<blas::cdouble, int32_t>& sparse_kernels();
+template const SparseKernels<float, int64_t>& sparse_kernels();
+template const SparseKernels<double, int64_t>& sparse_kernels();
+template const SparseKernels<blas::cfloat, int64_t>& sparse_kernels();
+template const SparseKernels<blas::cdouble, int64_t>& sparse_kernels();
+
+}  // namespace qnl::cblas
