@@ -7,6 +7,8 @@
 // prints, per routine and type, the GB/s of the library, of the scalar loop and of memcpy,
 // and the ratios library/scalar and library/memcpy. Bytes counted: values and indices read,
 // values written.
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <chrono>
 #include <complex>
@@ -15,9 +17,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <random>
+#include <string>
+#include <type_traits>
 #include <vector>
 
-#include "cblas.h"
 
 namespace {
 
@@ -93,111 +96,73 @@ char letter() {
   return 'z';
 }
 
+// The library's entry for type letter t, with the C signature F.
+template <class F>
+F* entry(char t, const char* stem) {
+  const std::string name = std::string("cblas_") + t + stem;
+  auto* f = reinterpret_cast<F*>(dlsym(RTLD_DEFAULT, name.c_str()));
+  if (!f) {
+    std::fprintf(stderr, "no %s\n", name.c_str());
+    std::exit(1);
+  }
+  return f;
+}
+
+// Complex scalars go by address, real ones by value.
 template <class E>
-auto by_kind(const E& v) {
+using Scalar = std::conditional_t<std::is_floating_point_v<E>, E, const void*>;
+template <class E>
+Scalar<E> by_kind(const E& v) {
   if constexpr (std::is_floating_point_v<E>)
     return v;
   else
-    return static_cast<const void*>(&v);
+    return &v;
 }
 
 template <class E>
 void run(int nz, int length, const std::vector<int>& indx) {
-  std::vector<E> x(nz, E(1.5)), y(length, E(0.5)), buf(length);
+  std::vector<E> x(nz, E(1.5)), y(length, E(0.5));
   const char t = letter<E>();
-  const double value_bytes = static_cast<double>(nz) * sizeof(E), index_bytes = static_cast<double>(nz) * 4;
-  // memcpy of as many bytes as the routine moves (read plus write counted once each)
-  auto copy_for = [&](double moved) {
-    const size_t n = std::min(static_cast<size_t>(moved / 2), buf.size() * sizeof(E));
+  const double values = static_cast<double>(nz) * sizeof(E), indices = static_cast<double>(nz) * 4;
+  // memcpy of as many bytes as the routine moves (what it reads and what it writes)
+  auto copy_seconds = [&](double moved) {
+    const size_t n = static_cast<size_t>(moved / 2);
     std::vector<char> src(n, 1), dst(n);
     const double s = best_seconds([&] { std::memcpy(dst.data(), src.data(), n); });
     g_sink = dst[n / 2];
     return s * moved / (2.0 * n);
   };
+  auto row = [&](const char* routine, double bytes, auto library, auto scalar) {
+    report({routine, t, bytes}, best_seconds(library), best_seconds(scalar), copy_seconds(bytes));
+  };
+  const int* ix = indx.data();
   const E a(0.25);
-  {
-    const Row r{"gthr", t, 2 * value_bytes + index_bytes};
-    double lib, loop;
-    if constexpr (std::is_same_v<E, float>)
-      lib = best_seconds([&] { cblas_sgthr(nz, y.data(), x.data(), indx.data()); });
-    else if constexpr (std::is_same_v<E, double>)
-      lib = best_seconds([&] { cblas_dgthr(nz, y.data(), x.data(), indx.data()); });
-    else if constexpr (std::is_same_v<E, std::complex<float>>)
-      lib = best_seconds([&] { cblas_cgthr(nz, y.data(), x.data(), indx.data()); });
-    else
-      lib = best_seconds([&] { cblas_zgthr(nz, y.data(), x.data(), indx.data()); });
-    loop = best_seconds([&] { gthr_loop(nz, y.data(), x.data(), indx.data()); });
-    report(r, lib, loop, copy_for(r.bytes));
-  }
-  {
-    const Row r{"sctr", t, 2 * value_bytes + index_bytes};
-    double lib;
-    if constexpr (std::is_same_v<E, float>)
-      lib = best_seconds([&] { cblas_ssctr(nz, x.data(), indx.data(), y.data()); });
-    else if constexpr (std::is_same_v<E, double>)
-      lib = best_seconds([&] { cblas_dsctr(nz, x.data(), indx.data(), y.data()); });
-    else if constexpr (std::is_same_v<E, std::complex<float>>)
-      lib = best_seconds([&] { cblas_csctr(nz, x.data(), indx.data(), y.data()); });
-    else
-      lib = best_seconds([&] { cblas_zsctr(nz, x.data(), indx.data(), y.data()); });
-    const double loop = best_seconds([&] { sctr_loop(nz, x.data(), indx.data(), y.data()); });
-    report(r, lib, loop, copy_for(r.bytes));
-  }
-  {
-    const Row r{"gthrz", t, 3 * value_bytes + index_bytes};
-    double lib;
-    if constexpr (std::is_same_v<E, float>)
-      lib = best_seconds([&] { cblas_sgthrz(nz, y.data(), x.data(), indx.data()); });
-    else if constexpr (std::is_same_v<E, double>)
-      lib = best_seconds([&] { cblas_dgthrz(nz, y.data(), x.data(), indx.data()); });
-    else if constexpr (std::is_same_v<E, std::complex<float>>)
-      lib = best_seconds([&] { cblas_cgthrz(nz, y.data(), x.data(), indx.data()); });
-    else
-      lib = best_seconds([&] { cblas_zgthrz(nz, y.data(), x.data(), indx.data()); });
-    const double loop = best_seconds([&] { gthrz_loop(nz, y.data(), x.data(), indx.data()); });
-    report(r, lib, loop, copy_for(r.bytes));
-  }
-  {
-    const Row r{"axpyi", t, 3 * value_bytes + index_bytes};
-    double lib;
-    if constexpr (std::is_same_v<E, float>)
-      lib = best_seconds([&] { cblas_saxpyi(nz, by_kind(a), x.data(), indx.data(), y.data()); });
-    else if constexpr (std::is_same_v<E, double>)
-      lib = best_seconds([&] { cblas_daxpyi(nz, by_kind(a), x.data(), indx.data(), y.data()); });
-    else if constexpr (std::is_same_v<E, std::complex<float>>)
-      lib = best_seconds([&] { cblas_caxpyi(nz, by_kind(a), x.data(), indx.data(), y.data()); });
-    else
-      lib = best_seconds([&] { cblas_zaxpyi(nz, by_kind(a), x.data(), indx.data(), y.data()); });
-    const double loop = best_seconds([&] { axpyi_loop(nz, a, x.data(), indx.data(), y.data()); });
-    report(r, lib, loop, copy_for(r.bytes));
-  }
-  {
-    const Row r{"doti", t, 2 * value_bytes + index_bytes};
-    double lib;
-    E s{};
-    if constexpr (std::is_same_v<E, float>)
-      lib = best_seconds([&] { s = cblas_sdoti(nz, x.data(), indx.data(), y.data()); });
-    else if constexpr (std::is_same_v<E, double>)
-      lib = best_seconds([&] { s = cblas_ddoti(nz, x.data(), indx.data(), y.data()); });
-    else if constexpr (std::is_same_v<E, std::complex<float>>)
-      lib = best_seconds([&] { cblas_cdotui_sub(nz, x.data(), indx.data(), y.data(), &s); });
-    else
-      lib = best_seconds([&] { cblas_zdotui_sub(nz, x.data(), indx.data(), y.data(), &s); });
-    const double loop = best_seconds([&] { s += dot_loop(nz, x.data(), indx.data(), y.data()); });
-    g_sink = std::abs(s);
-    report(r, lib, loop, copy_for(r.bytes));
-  }
+  auto* gthr = entry<void(int, const E*, E*, const int*)>(t, "gthr");
+  row("gthr", 2 * values + indices, [&] { gthr(nz, y.data(), x.data(), ix); },
+      [&] { gthr_loop(nz, y.data(), x.data(), ix); });
+  auto* sctr = entry<void(int, const E*, const int*, E*)>(t, "sctr");
+  row("sctr", 2 * values + indices, [&] { sctr(nz, x.data(), ix, y.data()); },
+      [&] { sctr_loop(nz, x.data(), ix, y.data()); });
+  auto* gthrz = entry<void(int, E*, E*, const int*)>(t, "gthrz");
+  row("gthrz", 3 * values + indices, [&] { gthrz(nz, y.data(), x.data(), ix); },
+      [&] { gthrz_loop(nz, y.data(), x.data(), ix); });
+  auto* axpyi = entry<void(int, Scalar<E>, const E*, const int*, E*)>(t, "axpyi");
+  row("axpyi", 3 * values + indices, [&] { axpyi(nz, by_kind(a), x.data(), ix, y.data()); },
+      [&] { axpyi_loop(nz, a, x.data(), ix, y.data()); });
+  E s{};
   if constexpr (std::is_floating_point_v<E>) {
-    const Row r{"roti", t, 4 * value_bytes + index_bytes};
-    const E c(0.6), s(0.8);
-    double lib;
-    if constexpr (std::is_same_v<E, float>)
-      lib = best_seconds([&] { cblas_sroti(nz, x.data(), indx.data(), y.data(), c, s); });
-    else
-      lib = best_seconds([&] { cblas_droti(nz, x.data(), indx.data(), y.data(), c, s); });
-    const double loop = best_seconds([&] { roti_loop(nz, x.data(), indx.data(), y.data(), c, s); });
-    report(r, lib, loop, copy_for(r.bytes));
+    auto* doti = entry<E(int, const E*, const int*, const E*)>(t, "doti");
+    row("doti", 2 * values + indices, [&] { s += doti(nz, x.data(), ix, y.data()); },
+        [&] { s += dot_loop(nz, x.data(), ix, y.data()); });
+    auto* roti = entry<void(int, E*, const int*, E*, E, E)>(t, "roti");
+    row("roti", 4 * values + indices, [&] { roti(nz, x.data(), ix, y.data(), E(0.6), E(0.8)); },
+        [&] { roti_loop(nz, x.data(), ix, y.data(), E(0.6), E(0.8)); });
+  } else {
+    auto* dotui = entry<void(int, const E*, const int*, const E*, E*)>(t, "dotui_sub");
+    row("dotui", 2 * values + indices, [&] { dotui(nz, x.data(), ix, y.data(), &s); },
+        [&] { s += dot_loop(nz, x.data(), ix, y.data()); });
   }
+  g_sink = std::abs(s);
 }
 
 }  // namespace

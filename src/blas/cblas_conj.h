@@ -83,4 +83,27 @@ class Negation {
   I step_ = 0;
 };
 
+// The row-major Hermitian and conjugate-transposed matrix-vector products: alpha and beta
+// conjugated in locals, a conjugate copy of x, and y negated in place for the call. The
+// copy is freed before y is negated back, on every way out.
+template <class E, class I>
+class ConjugatedMv {
+ public:
+  template <class S>
+  ConjugatedMv(S alpha, S beta, const void* x, I x_len, I incx)
+      : alpha_(conj(value_of<E>(alpha))), beta_(conj(value_of<E>(beta))), x_(x, x_len, incx) {}
+  bool failed() const { return x_.failed(); }
+  void negate_y(void* y, I n, I incy) {
+    if (n > 0) y_.apply(y, n, incy);
+  }
+  E* alpha() { return &alpha_; }
+  E* beta() { return &beta_; }
+  ConjCopy<E, I>& x() { return x_; }
+
+ private:
+  E alpha_, beta_;
+  Negation<E, I> y_;
+  ConjCopy<E, I> x_;
+};
+
 }  // namespace qnl::cblas

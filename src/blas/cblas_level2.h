@@ -62,15 +62,12 @@ inline void general_mv(int layout, int trans, I m, I n, I kl, I ku, S alpha, con
     const char* t = option(row_trans_char(trans), bad, 2);
     if (is_complex<E> && trans == kConjTrans) {
       // y = alpha A^H x + beta y on the stored A^T: conj(y) = conj(alpha) A^T conj(x) + conj(beta) conj(y)
-      E ca = conj(value_of<E>(alpha)), cb = conj(value_of<E>(beta));
-      Negation<E, I> ny;
-      ConjCopy<E, I> cx(x, m, incx);
-      if (cx.failed()) return cblas_report_no_memory(D::name);
-      if (n > 0) ny.apply(y, n, incy);
-      E* pa = &ca;
-      E* pb = &cb;
-      call(t, n, m, ku, kl, pa, cx.data(), cx.inc(), pb);
-      cx.release();
+      ConjugatedMv<E, I> cj(alpha, beta, x, m, incx);
+      if (cj.failed()) return cblas_report_no_memory(D::name);
+      cj.negate_y(y, n, incy);
+      E* pa = cj.alpha();
+      E* pb = cj.beta();
+      call(t, n, m, ku, kl, pa, cj.x().data(), cj.x().inc(), pb);
     } else {
       call(t, n, m, ku, kl, alpha, x, incx, beta);
     }
@@ -140,15 +137,10 @@ inline void hermitian_mv(int layout, int uplo, I n, S alpha, const void* x, I in
       if (!checks(bad)) call(u, alpha, x, incx, beta);
       return;
     }
-    E ca = conj(value_of<E>(alpha)), cb = conj(value_of<E>(beta));
-    Negation<E, I> ny;
-    ConjCopy<E, I> cx(x, n, incx);
-    if (cx.failed()) return cblas_report_no_memory(D::name);
-    if (n > 0) ny.apply(y, n, incy);
-    E* pa = &ca;
-    E* pb = &cb;
-    if (!checks(bad)) call(u, pa, cx.data(), cx.inc(), pb);
-    cx.release();
+    ConjugatedMv<E, I> cj(alpha, beta, x, n, incx);
+    if (cj.failed()) return cblas_report_no_memory(D::name);
+    cj.negate_y(y, n, incy);
+    if (!checks(bad)) call(u, cj.alpha(), cj.x().data(), cj.x().inc(), cj.beta());
   });
 }
 
