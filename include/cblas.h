@@ -33,7 +33,7 @@ typedef enum CBLAS_SIDE { CblasLeft = 141, CblasRight = 142 } CBLAS_SIDE;
 typedef enum CBLAS_STORAGE { CblasPacked = 151 } CBLAS_STORAGE;
 /* Which operand of a packed GEMM a buffer holds. */
 typedef enum CBLAS_IDENTIFIER { CblasAMatrix = 161, CblasBMatrix = 162 } CBLAS_IDENTIFIER;
-typedef CBLAS_LAYOUT CBLAS_ORDER; /* the older name of the layout */
+#define CBLAS_ORDER CBLAS_LAYOUT /* the older name of the layout: also "enum CBLAS_ORDER" */
 
 /* ---- level 1 */
 float cblas_sdsdot(const CBLAS_INT N, const float alpha, const float *X, const CBLAS_INT incX, const float *Y,

@@ -45,4 +45,17 @@ TEST(CblasSelector, WidthFreeRoutineSettlesToo) {
   EXPECT_EQ(seen("ddot")->ints[0], 0x100000003ll);
 }
 
+// A C program written for the standard interface compiles against the header unchanged
+// and its calls reach the Fortran entries.
+extern "C" int cblas_c_program(void);
+
+TEST(CblasHeader, StandardCProgramCompilesAndRuns) {
+  set_layer(LP64);
+  qnl_probe_set_result("qnl_blas_idamax", 5);
+  EXPECT_EQ(cblas_c_program(), 4);
+  for (const char* s : {"qnl_blas_dgemm", "qnl_blas_zdotc", "qnl_blas_dscal", "qnl_blas_dtrsv", "qnl_blas_idamax"})
+    EXPECT_EQ(qnl_probe_count_of(s), 1) << s;
+  EXPECT_TRUE(reports().empty());
+}
+
 }  // namespace
