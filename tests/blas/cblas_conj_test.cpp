@@ -26,7 +26,7 @@ Watch g_watch;
 void hook(const char* symbol, const uint64_t* w, int) {
   if (g_watch.symbol != symbol) return;
   ++g_watch.hits;
-  if (g_watch.word >= 0) {
+  if (g_watch.word >= 0 && g_watch.bytes > 0) {
     g_watch.pointer = w[g_watch.word];
     g_watch.behind.resize(g_watch.bytes / 8);
     std::memcpy(g_watch.behind.data(), reinterpret_cast<const void*>(w[g_watch.word]), g_watch.bytes);
