@@ -21,7 +21,6 @@
 #include <type_traits>
 #include <vector>
 
-
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -84,8 +83,8 @@ struct Row {
 
 void report(const Row& r, double lib, double loop, double copy) {
   const double g = 1e-9 * r.bytes;
-  std::printf("%-7s %c  %9.2f %9.2f %9.2f   %6.2f %6.2f\n", r.routine, r.type, g / lib, g / loop, g / copy,
-              loop / lib, copy / lib);
+  std::printf("%-7s %c  %9.2f %9.2f %9.2f   %6.2f %6.2f\n", r.routine, r.type, g / lib, g / loop, g / copy, loop / lib,
+              copy / lib);
 }
 
 template <class E>
@@ -138,28 +137,35 @@ void run(int nz, int length, const std::vector<int>& indx) {
   const int* ix = indx.data();
   const E a(0.25);
   auto* gthr = entry<void(int, const E*, E*, const int*)>(t, "gthr");
-  row("gthr", 2 * values + indices, [&] { gthr(nz, y.data(), x.data(), ix); },
+  row(
+      "gthr", 2 * values + indices, [&] { gthr(nz, y.data(), x.data(), ix); },
       [&] { gthr_loop(nz, y.data(), x.data(), ix); });
   auto* sctr = entry<void(int, const E*, const int*, E*)>(t, "sctr");
-  row("sctr", 2 * values + indices, [&] { sctr(nz, x.data(), ix, y.data()); },
+  row(
+      "sctr", 2 * values + indices, [&] { sctr(nz, x.data(), ix, y.data()); },
       [&] { sctr_loop(nz, x.data(), ix, y.data()); });
   auto* gthrz = entry<void(int, E*, E*, const int*)>(t, "gthrz");
-  row("gthrz", 3 * values + indices, [&] { gthrz(nz, y.data(), x.data(), ix); },
+  row(
+      "gthrz", 3 * values + indices, [&] { gthrz(nz, y.data(), x.data(), ix); },
       [&] { gthrz_loop(nz, y.data(), x.data(), ix); });
   auto* axpyi = entry<void(int, Scalar<E>, const E*, const int*, E*)>(t, "axpyi");
-  row("axpyi", 3 * values + indices, [&] { axpyi(nz, by_kind(a), x.data(), ix, y.data()); },
+  row(
+      "axpyi", 3 * values + indices, [&] { axpyi(nz, by_kind(a), x.data(), ix, y.data()); },
       [&] { axpyi_loop(nz, a, x.data(), ix, y.data()); });
   E s{};
   if constexpr (std::is_floating_point_v<E>) {
     auto* doti = entry<E(int, const E*, const int*, const E*)>(t, "doti");
-    row("doti", 2 * values + indices, [&] { s += doti(nz, x.data(), ix, y.data()); },
+    row(
+        "doti", 2 * values + indices, [&] { s += doti(nz, x.data(), ix, y.data()); },
         [&] { s += dot_loop(nz, x.data(), ix, y.data()); });
     auto* roti = entry<void(int, E*, const int*, E*, E, E)>(t, "roti");
-    row("roti", 4 * values + indices, [&] { roti(nz, x.data(), ix, y.data(), E(0.6), E(0.8)); },
+    row(
+        "roti", 4 * values + indices, [&] { roti(nz, x.data(), ix, y.data(), E(0.6), E(0.8)); },
         [&] { roti_loop(nz, x.data(), ix, y.data(), E(0.6), E(0.8)); });
   } else {
     auto* dotui = entry<void(int, const E*, const int*, const E*, E*)>(t, "dotui_sub");
-    row("dotui", 2 * values + indices, [&] { dotui(nz, x.data(), ix, y.data(), &s); },
+    row(
+        "dotui", 2 * values + indices, [&] { dotui(nz, x.data(), ix, y.data(), &s); },
         [&] { s += dot_loop(nz, x.data(), ix, y.data()); });
   }
   g_sink = std::abs(s);
@@ -177,9 +183,10 @@ int main(int argc, char** argv) {
   std::shuffle(all.begin(), all.end(), rng);
   std::vector<int> indx(all.begin(), all.begin() + std::min(nz, length));
   std::sort(indx.begin(), indx.end());
-  std::printf("nz %d of %d, LP64 indices; GB/s of library, scalar loop, memcpy; ratios library/scalar, "
-              "library/memcpy\n",
-              static_cast<int>(indx.size()), length);
+  std::printf(
+      "nz %d of %d, LP64 indices; GB/s of library, scalar loop, memcpy; ratios library/scalar, "
+      "library/memcpy\n",
+      static_cast<int>(indx.size()), length);
   std::printf("%-7s %c  %9s %9s %9s   %6s %6s\n", "routine", 't', "library", "scalar", "memcpy", "/scal", "/mcpy");
   run<float>(nz, length, indx);
   run<double>(nz, length, indx);

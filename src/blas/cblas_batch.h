@@ -19,8 +19,8 @@ inline bool scan(const Checker& bad, const T* array, int64_t groups, int32_t num
 
 template <class I, class D, class T, class P, class Q>
 inline void gemm_batch(int layout, const T* transa, const T* transb, const I* m, const I* n, const I* k,
-                       const void* alpha, P a, const I* lda, P b, const I* ldb, const void* beta, Q c,
-                       const I* ldc, I group_count, const I* group_size) {
+                       const void* alpha, P a, const I* lda, P b, const I* ldb, const void* beta, Q c, const I* ldc,
+                       I group_count, const I* group_size) {
   using E = typename D::E;
   const Checker bad{D::name};
   if (bad(layout != kColMajor && layout != kRowMajor, 1) || bad(group_count < 0, 15)) return;
@@ -35,8 +35,7 @@ inline void gemm_batch(int layout, const T* transa, const T* transb, const I* m,
   auto lda_bad = [&](I v, int64_t g) { return v < max1(rows(row, transa[g] == kNoTrans, m[g], k[g])); };
   auto ldb_bad = [&](I v, int64_t g) { return v < max1(rows(row, transb[g] == kNoTrans, k[g], n[g])); };
   auto ldc_bad = [&](I v, int64_t g) { return v < max1(row ? n[g] : m[g]); };
-  if (scan(bad, lda, groups, 9, lda_bad) || scan(bad, ldb, groups, 11, ldb_bad) ||
-      scan(bad, ldc, groups, 14, ldc_bad))
+  if (scan(bad, lda, groups, 9, lda_bad) || scan(bad, ldb, groups, 11, ldb_bad) || scan(bad, ldc, groups, 14, ldc_bad))
     return;
 
   static constexpr char kChars[] = "NTC";

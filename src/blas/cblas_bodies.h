@@ -11,6 +11,7 @@
 // arguments are saved, the layer is settled and the selector runs again; 0 jumps to the
 // LP64 body, anything else to the ILP64 body. Nothing stays on the stack, so the body gets
 // the caller's arguments, also those on the stack, untouched.
+// clang-format off
 #define QNL_CBLAS_SELECTOR(sym, lp64, ilp64)                                                  \
   asm(".text\n.globl " #sym "\n.type " #sym ",@function\n.p2align 4\n" #sym ":\n"             \
       ".Lagain_" #sym ":\n"                                                                   \
@@ -22,3 +23,4 @@
       "  leaq .Lagain_" #sym "(%rip), %r11\n"                                                 \
       "  jmp qnl_cblas_settle\n"                                                              \
       ".size " #sym ", .-" #sym "\n");
+// clang-format on

@@ -34,19 +34,6 @@ constexpr int kPacked = 151, kAMatrix = 161, kBMatrix = 162;
 // The character a report leaves behind when the call goes on: no Fortran entry accepts it.
 inline constexpr char kUndefined[] = "?";
 
-template <class E>
-struct RealOf {
-  using type = E;
-};
-template <>
-struct RealOf<cfloat> {
-  using type = float;
-};
-template <>
-struct RealOf<cdouble> {
-  using type = double;
-};
-
 // The address a Fortran entry reads: a pointer argument stands; a value (integer, real
 // scalar, character-less enumeration) is this frame's own copy.
 template <class V>
@@ -84,13 +71,17 @@ struct Checker {
   }
 };
 
-// Characters of the enumerations, column-major (row-major through the `row` tables below).
+// Fortran characters of the enumerations; `row` gives the letters of a row-major call.
 inline const char* trans_char(int t) {
   switch (t) {
-    case kNoTrans: return "N";
-    case kTrans: return "T";
-    case kConjTrans: return "C";
-    default: return nullptr;
+    case kNoTrans:
+      return "N";
+    case kTrans:
+      return "T";
+    case kConjTrans:
+      return "C";
+    default:
+      return nullptr;
   }
 }
 inline const char* uplo_char(int u, bool row) {

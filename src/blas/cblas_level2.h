@@ -33,8 +33,8 @@ inline bool gemv_quick(S alpha, S beta) {
 // ?gemv and ?gbmv (banded when `kl` and `ku` are given). Row-major checks run before the
 // option is looked at, so a bad trans there is reported last and the call still goes on.
 template <class I, class D, bool Banded, class S>
-inline void general_mv(int layout, int trans, I m, I n, I kl, I ku, S alpha, const void* a, I lda,
-                       const void* x, I incx, S beta, void* y, I incy) {
+inline void general_mv(int layout, int trans, I m, I n, I kl, I ku, S alpha, const void* a, I lda, const void* x,
+                       I incx, S beta, void* y, I incy) {
   using E = typename D::E;
   const Checker bad{D::name};
   constexpr int32_t shift = Banded ? 2 : 0;  // parameter numbers after kl, ku
@@ -77,14 +77,14 @@ inline void general_mv(int layout, int trans, I m, I n, I kl, I ku, S alpha, con
 }
 
 template <class I, class D, class S>
-inline void gemv(int layout, int trans, I m, I n, S alpha, const void* a, I lda, const void* x, I incx, S beta,
-                 void* y, I incy) {
+inline void gemv(int layout, int trans, I m, I n, S alpha, const void* a, I lda, const void* x, I incx, S beta, void* y,
+                 I incy) {
   general_mv<I, D, false>(layout, trans, m, n, I{0}, I{0}, alpha, a, lda, x, incx, beta, y, incy);
 }
 
 template <class I, class D, class S>
-inline void gbmv(int layout, int trans, I m, I n, I kl, I ku, S alpha, const void* a, I lda, const void* x,
-                 I incx, S beta, void* y, I incy) {
+inline void gbmv(int layout, int trans, I m, I n, I kl, I ku, S alpha, const void* a, I lda, const void* x, I incx,
+                 S beta, void* y, I incy) {
   general_mv<I, D, true>(layout, trans, m, n, kl, ku, alpha, a, lda, x, incx, beta, y, incy);
 }
 
@@ -95,8 +95,7 @@ inline void ger(int layout, I m, I n, S alpha, const void* x, I incx, const void
   const Checker bad{D::name};
   if (layout != kColMajor && layout != kRowMajor) return void(bad(true, 1));
   const bool row = layout == kRowMajor;
-  if (bad(m < 0, 2) || bad(n < 0, 3) || bad(lda < max1(row ? n : m), 10) || bad(incx == 0, 6) ||
-      bad(incy == 0, 8))
+  if (bad(m < 0, 2) || bad(n < 0, 3) || bad(lda < max1(row ? n : m), 10) || bad(incx == 0, 6) || bad(incy == 0, 8))
     return;
   if (row)
     fortran(D::fortran, n, m, alpha, y, incy, x, incx, a, lda);
@@ -158,8 +157,8 @@ inline void symv(int layout, int uplo, I n, S alpha, const void* a, I lda, const
 }
 
 template <class I, class D, class S>
-inline void sbmv(int layout, int uplo, I n, I k, S alpha, const void* a, I lda, const void* x, I incx, S beta,
-                 void* y, I incy) {
+inline void sbmv(int layout, int uplo, I n, I k, S alpha, const void* a, I lda, const void* x, I incx, S beta, void* y,
+                 I incy) {
   hermitian_mv<I, D>(
       layout, uplo, n, alpha, x, incx, beta, y, incy,
       [&](const Checker& bad) {
@@ -171,8 +170,7 @@ inline void sbmv(int layout, int uplo, I n, I k, S alpha, const void* a, I lda, 
 }
 
 template <class I, class D, class S>
-inline void spmv(int layout, int uplo, I n, S alpha, const void* ap, const void* x, I incx, S beta, void* y,
-                 I incy) {
+inline void spmv(int layout, int uplo, I n, S alpha, const void* ap, const void* x, I incx, S beta, void* y, I incy) {
   hermitian_mv<I, D>(
       layout, uplo, n, alpha, x, incx, beta, y, incy,
       [&](const Checker& bad) { return bad(n < 0, 3) || bad(incx == 0, 7) || bad(incy == 0, 10); },
@@ -214,8 +212,7 @@ inline void spr(int layout, int uplo, I n, S alpha, const void* x, I incx, void*
 // ?syr2, ?spr2, ?her2, ?hpr2: a row-major Hermitian update conjugates x and y and passes
 // y's copy in x's place and x's in y's.
 template <class I, class D, class Checks, class Call>
-inline void rank2(int layout, int uplo, I n, const void* x, I incx, const void* y, I incy, Checks checks,
-                  Call call) {
+inline void rank2(int layout, int uplo, I n, const void* x, I incx, const void* y, I incy, Checks checks, Call call) {
   using E = typename D::E;
   uplo_frame<D>(layout, uplo, [&](const char* u, bool row, const Checker& bad) {
     if (!(is_complex<E> && row)) {
@@ -234,8 +231,7 @@ inline void rank2(int layout, int uplo, I n, const void* x, I incx, const void* 
 }
 
 template <class I, class D, class S>
-inline void syr2(int layout, int uplo, I n, S alpha, const void* x, I incx, const void* y, I incy, void* a,
-                 I lda) {
+inline void syr2(int layout, int uplo, I n, S alpha, const void* x, I incx, const void* y, I incy, void* a, I lda) {
   rank2<I, D>(
       layout, uplo, n, x, incx, y, incy,
       [&](const Checker& bad) {
@@ -294,9 +290,7 @@ template <class I, class D>
 inline void tbmv(int layout, int uplo, int trans, int diag, I n, I k, const void* a, I lda, void* x, I incx) {
   triangular<I, D, false>(
       layout, uplo, trans, diag, n, x, incx,
-      [&](const Checker& bad) {
-        return bad(n < 0, 5) || bad(k < 0, 6) || bad(lda <= k, 8) || bad(incx == 0, 10);
-      },
+      [&](const Checker& bad) { return bad(n < 0, 5) || bad(k < 0, 6) || bad(lda <= k, 8) || bad(incx == 0, 10); },
       [&](const char* u, const char* t, const char* d) { fortran(D::fortran, u, t, d, n, k, a, lda, x, incx); });
 }
 

@@ -27,8 +27,8 @@ inline void level3_layout(int layout, const Checker& bad, Body body) {
 }
 
 template <class I, class D, class S>
-inline void gemm(int layout, int transa, int transb, I m, I n, I k, S alpha, const void* a, I lda, const void* b,
-                 I ldb, S beta, void* c, I ldc) {
+inline void gemm(int layout, int transa, int transb, I m, I n, I k, S alpha, const void* a, I lda, const void* b, I ldb,
+                 S beta, void* c, I ldc) {
   const Checker bad{D::name};
   const char* ta = trans_char(transa);
   const char* tb = trans_char(transb);
@@ -46,8 +46,8 @@ inline void gemm(int layout, int transa, int transb, I m, I n, I k, S alpha, con
 }
 
 template <class I, class D, class S>
-inline void gemmt(int layout, int uplo, int transa, int transb, I n, I k, S alpha, const void* a, I lda,
-                  const void* b, I ldb, S beta, void* c, I ldc) {
+inline void gemmt(int layout, int uplo, int transa, int transb, I n, I k, S alpha, const void* a, I lda, const void* b,
+                  I ldb, S beta, void* c, I ldc) {
   using E = typename D::E;
   constexpr TransSet set = is_complex<E> ? TransSet::NoConj : TransSet::All;
   const Checker bad{D::name};
@@ -56,8 +56,7 @@ inline void gemmt(int layout, int uplo, int transa, int transb, I n, I k, S alph
   if (bad(!uplo_char(uplo, false), 2) || bad(!ta, 3) || bad(!tb, 4) || bad(n < 0, 5) || bad(k < 0, 6)) return;
   const bool na = transa == kNoTrans, nb = transb == kNoTrans;
   level3_layout<D>(layout, bad, [&](bool row) {
-    if (bad(lda < max1(rows(row, na, n, k)), 9) || bad(ldb < max1(rows(row, nb, k, n)), 11) ||
-        bad(ldc < max1(n), 14))
+    if (bad(lda < max1(rows(row, na, n, k)), 9) || bad(ldb < max1(rows(row, nb, k, n)), 11) || bad(ldc < max1(n), 14))
       return;
     const char* u = uplo_char(uplo, row);
     if (row)
@@ -68,8 +67,8 @@ inline void gemmt(int layout, int uplo, int transa, int transb, I n, I k, S alph
 }
 
 template <class I, class D, class S>
-inline void symm(int layout, int side, int uplo, I m, I n, S alpha, const void* a, I lda, const void* b, I ldb,
-                 S beta, void* c, I ldc) {
+inline void symm(int layout, int side, int uplo, I m, I n, S alpha, const void* a, I lda, const void* b, I ldb, S beta,
+                 void* c, I ldc) {
   const Checker bad{D::name};
   if (bad(!side_char(side, false), 2) || bad(!uplo_char(uplo, false), 3) || bad(m < 0, 4) || bad(n < 0, 5)) return;
   level3_layout<D>(layout, bad, [&](bool row) {
@@ -87,10 +86,10 @@ inline void symm(int layout, int side, int uplo, I m, I n, S alpha, const void* 
 
 // ?syrk, ?herk, ?syr2k, ?her2k. Hermitian routines are the complex ones with a real beta.
 template <class D, class SB>
-constexpr bool hermitian_rank_k = is_complex<typename D::E> && std::is_arithmetic_v<SB>;
+constexpr bool hermitian_rank_k = is_complex<typename D::E>&& std::is_arithmetic_v<SB>;
 
 template <class D, class SB>
-constexpr TransSet rank_k_set = hermitian_rank_k<D, SB>  ? TransSet::NoPlain
+constexpr TransSet rank_k_set = hermitian_rank_k<D, SB>     ? TransSet::NoPlain
                                 : is_complex<typename D::E> ? TransSet::NoConj
                                                             : TransSet::All;
 
@@ -119,8 +118,7 @@ inline void rank_k(int layout, int uplo, int trans, I n, I k, I lda, const I* ld
 }
 
 template <class I, class D, class SA, class SB>
-inline void syrk(int layout, int uplo, int trans, I n, I k, SA alpha, const void* a, I lda, SB beta, void* c,
-                 I ldc) {
+inline void syrk(int layout, int uplo, int trans, I n, I k, SA alpha, const void* a, I lda, SB beta, void* c, I ldc) {
   rank_k<I, D, SB>(layout, uplo, trans, n, k, lda, nullptr, ldc, [&](const char* u, const char* t, bool) {
     fortran(D::fortran, u, t, n, k, alpha, a, lda, beta, c, ldc);
   });
@@ -143,13 +141,13 @@ inline void syr2k(int layout, int uplo, int trans, I n, I k, SA alpha, const voi
 }
 
 template <class I, class D, class S>
-inline void trmm(int layout, int side, int uplo, int trans, int diag, I m, I n, S alpha, const void* a, I lda,
-                 void* b, I ldb) {
+inline void trmm(int layout, int side, int uplo, int trans, int diag, I m, I n, S alpha, const void* a, I lda, void* b,
+                 I ldb) {
   const Checker bad{D::name};
   const char* t = trans_char(trans);
   const char* d = diag_char(diag);
-  if (bad(!side_char(side, false), 2) || bad(!uplo_char(uplo, false), 3) || bad(!t, 4) || bad(!d, 5) ||
-      bad(m < 0, 6) || bad(n < 0, 7))
+  if (bad(!side_char(side, false), 2) || bad(!uplo_char(uplo, false), 3) || bad(!t, 4) || bad(!d, 5) || bad(m < 0, 6) ||
+      bad(n < 0, 7))
     return;
   level3_layout<D>(layout, bad, [&](bool row) {
     if (bad(lda < max1(side == kLeft ? m : n), 10) || bad(ldb < max1(row ? n : m), 12)) return;
@@ -186,8 +184,7 @@ inline void gemm_pack(int layout, int identifier, int trans, I m, I n, I k, S al
                       void* dest) {
   const Checker bad{D::name};
   const char* t = trans_char(trans);
-  if (bad(!identifier_char(identifier, false), 2) || bad(!t, 3) || bad(m < 0, 4) || bad(n < 0, 5) ||
-      bad(k < 0, 6))
+  if (bad(!identifier_char(identifier, false), 2) || bad(!t, 3) || bad(m < 0, 4) || bad(n < 0, 5) || bad(k < 0, 6))
     return;
   const bool nt = trans == kNoTrans, is_a = identifier == kAMatrix;
   level3_layout<D>(layout, bad, [&](bool row) {
@@ -204,8 +201,8 @@ inline void gemm_pack(int layout, int identifier, int trans, I m, I n, I k, S al
 inline const char* compute_char(int t) { return t == kPacked ? "P" : trans_char(t); }
 
 template <class I, class D, class S>
-inline void gemm_compute(int layout, int transa, int transb, I m, I n, I k, const void* a, I lda, const void* b,
-                         I ldb, S beta, void* c, I ldc) {
+inline void gemm_compute(int layout, int transa, int transb, I m, I n, I k, const void* a, I lda, const void* b, I ldb,
+                         S beta, void* c, I ldc) {
   const Checker bad{D::name};
   const char* ta = compute_char(transa);
   const char* tb = compute_char(transb);

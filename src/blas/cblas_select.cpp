@@ -76,5 +76,4 @@ extern "C" {
 QNL_HIDDEN void cblas_report_parameter(const char* name, int32_t number) { report(name, number); }
 
 QNL_HIDDEN void cblas_report_no_memory(const char* name) { report(name, 1000); }
-
 }

@@ -20,8 +20,17 @@ struct Batch {
   // Arrays have at least one element, so that none is null unless a test makes it so.
   explicit Batch(int64_t groups, int size = 2) : Batch(groups, std::max<int64_t>(groups, 1), size) {}
   Batch(int64_t groups, int64_t len, int size)
-      : transa(len, CblasNoTrans), transb(len, CblasNoTrans), m(len, 3), n(len, 4), k(len, 5), lda(len, 5),
-        ldb(len, 5), ldc(len, 5), group_size(len, size), alpha(2 * len, 1.0), beta(2 * len, 0.0),
+      : transa(len, CblasNoTrans),
+        transb(len, CblasNoTrans),
+        m(len, 3),
+        n(len, 4),
+        k(len, 5),
+        lda(len, 5),
+        ldb(len, 5),
+        ldc(len, 5),
+        group_size(len, size),
+        alpha(2 * len, 1.0),
+        beta(2 * len, 0.0),
         count(static_cast<I>(groups)) {
     const size_t matrices = static_cast<size_t>(groups) * (size > 0 ? size : 0) + 1;
     a.assign(matrices, nullptr);
@@ -30,9 +39,9 @@ struct Batch {
   }
   void run(const char* name = "cblas_dgemm_batch", CBLAS_LAYOUT layout = CblasColMajor) {
     auto f = reinterpret_cast<Fn>(dlsym(RTLD_DEFAULT, name));
-    f(layout, ptr(transa), ptr(transb), ptr(m), ptr(n), ptr(k), alpha.data(),
-      const_cast<const double**>(a.data()), ptr(lda), const_cast<const double**>(b.data()), ptr(ldb),
-      beta.data(), c.data(), ptr(ldc), count, ptr(group_size));
+    f(layout, ptr(transa), ptr(transb), ptr(m), ptr(n), ptr(k), alpha.data(), const_cast<const double**>(a.data()),
+      ptr(lda), const_cast<const double**>(b.data()), ptr(ldb), beta.data(), c.data(), ptr(ldc), count,
+      ptr(group_size));
   }
   template <class T>
   const T* ptr(const std::vector<T>& v) const {
@@ -92,7 +101,7 @@ void chunks(Layer layer) {
   }
   g_chunks.clear();
   Batch<I> two(1025, 2);
-  two.group_size[7] = 5;  // the first chunk holds 1023 * 2 + 5 matrices
+  two.group_size[7] = 5;     // the first chunk holds 1023 * 2 + 5 matrices
   two.group_size[1024] = 0;  // not an error
   two.transa[1024] = CblasTrans;
   two.run();
@@ -138,7 +147,7 @@ TEST(CblasBatch, RowMajorExchangesPerGroup) {
   r.lda.assign(2, 5);
   r.ldb.assign(2, 4);
   r.ldc.assign(2, 4);
-  r.transa[1] = CblasTrans;  // lda against m = 3
+  r.transa[1] = CblasTrans;      // lda against m = 3
   r.transb[0] = CblasConjTrans;  // ldb against k = 5
   r.ldb[0] = 5;
   r.run("cblas_dgemm_batch", CblasRowMajor);

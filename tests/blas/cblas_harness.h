@@ -66,20 +66,32 @@ class Args {
       const bool has = o != over.end();
       const double v = has ? o->second : 0;
       switch (code) {
-        case 'o': ival_[k] = has ? static_cast<int64_t>(v) : 102; break;
+        case 'o':
+          ival_[k] = has ? static_cast<int64_t>(v) : 102;
+          break;
         case 't':
-        case 'e': ival_[k] = has ? static_cast<int64_t>(v) : 111; break;
-        case 'u': ival_[k] = has ? static_cast<int64_t>(v) : 121; break;
-        case 'g': ival_[k] = has ? static_cast<int64_t>(v) : 131; break;
-        case 's': ival_[k] = has ? static_cast<int64_t>(v) : 141; break;
-        case 'd': ival_[k] = has ? static_cast<int64_t>(v) : 161; break;
+        case 'e':
+          ival_[k] = has ? static_cast<int64_t>(v) : 111;
+          break;
+        case 'u':
+          ival_[k] = has ? static_cast<int64_t>(v) : 121;
+          break;
+        case 'g':
+          ival_[k] = has ? static_cast<int64_t>(v) : 131;
+          break;
+        case 's':
+          ival_[k] = has ? static_cast<int64_t>(v) : 141;
+          break;
+        case 'd':
+          ival_[k] = has ? static_cast<int64_t>(v) : 161;
+          break;
         case 'i': {
-          int64_t def = name.rfind("ld", 0) == 0                      ? 50
-                        : name.rfind("inc", 0) == 0                   ? 1
-                        : name == "nz"                                ? 3
-                        : name == "group_count"                       ? 1
+          int64_t def = name.rfind("ld", 0) == 0                        ? 50
+                        : name.rfind("inc", 0) == 0                     ? 1
+                        : name == "nz"                                  ? 3
+                        : name == "group_count"                         ? 1
                         : (name == "k" || name == "kl" || name == "ku") ? 1
-                                                                      : 2;
+                                                                        : 2;
           ival_[k] = has ? static_cast<int64_t>(v) : def;
           break;
         }
@@ -92,10 +104,7 @@ class Args {
           }
           break;
         case 'j': {
-          int64_t def = name == "indx"              ? -1
-                        : name.rfind("ld", 0) == 0  ? 50
-                        : name == "group_size"      ? 1
-                                                    : 2;
+          int64_t def = name == "indx" ? -1 : name.rfind("ld", 0) == 0 ? 50 : name == "group_size" ? 1 : 2;
           for (int g = 0; g < 64; ++g) ints_[k][g] = name == "indx" ? 2 * g : has ? static_cast<I>(v) : def;
           ptr_[k] = ints_[k];
           break;
@@ -218,7 +227,7 @@ class Args {
 struct Seen {
   std::string chars;
   std::vector<int64_t> ints;
-  std::vector<uint64_t> pointers;                   // the 'p' words
+  std::vector<uint64_t> pointers;                  // the 'p' words
   std::vector<std::vector<unsigned char>> behind;  // 16 bytes behind each 'p' word
 };
 

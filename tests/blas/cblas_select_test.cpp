@@ -16,8 +16,15 @@ void first_call_settles(const char* variable) {
     unsetenv("QNL_INTERFACE_LAYER");
   watch();
   // 14 arguments: the last ones and beta travel on the stack, alpha and beta in xmm registers
-  Args<I> args(cblas_case("cblas_dgemm"), {{"layout", 101}, {"m", 3}, {"n", 5}, {"k", 4}, {"lda", 4}, {"ldb", 5},
-                                           {"ldc", 6}, {"alpha", -2.5}, {"beta", 0.75}});
+  Args<I> args(cblas_case("cblas_dgemm"), {{"layout", 101},
+                                           {"m", 3},
+                                           {"n", 5},
+                                           {"k", 4},
+                                           {"lda", 4},
+                                           {"ldb", 5},
+                                           {"ldc", 6},
+                                           {"alpha", -2.5},
+                                           {"beta", 0.75}});
   args.run();
   EXPECT_TRUE(reports().empty());
   const Seen* s = seen("dgemm");

@@ -76,10 +76,10 @@ class CblasSparse : public testing::Test {
   const char t = letter<E>();
 };
 
-using Configs = testing::Types<Config<float, int32_t, 0>, Config<double, int32_t, 0>,
-                               Config<std::complex<float>, int32_t, 0>, Config<std::complex<double>, int32_t, 0>,
-                               Config<float, int64_t, 1>, Config<double, int64_t, 1>,
-                               Config<std::complex<float>, int64_t, 1>, Config<std::complex<double>, int64_t, 1>>;
+using Configs =
+    testing::Types<Config<float, int32_t, 0>, Config<double, int32_t, 0>, Config<std::complex<float>, int32_t, 0>,
+                   Config<std::complex<double>, int32_t, 0>, Config<float, int64_t, 1>, Config<double, int64_t, 1>,
+                   Config<std::complex<float>, int64_t, 1>, Config<std::complex<double>, int64_t, 1>>;
 TYPED_TEST_SUITE(CblasSparse, Configs);
 
 // Complex scalars are passed by address, real ones by value.
