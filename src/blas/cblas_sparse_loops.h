@@ -2,7 +2,7 @@
 // translation unit instantiates them with a tag type of its own (internal linkage), so no
 // build's code can stand in for another's. The loops carry no dependence between
 // iterations (the indices of a sparse vector are distinct), which lets the compiler use
-// gathers and scatters where the instruction set has them; the dot products keep several
+// gathers and scatters where the instruction set has them; the real dot products keep several
 // partial sums, since their order of accumulation is free.
 #pragma once
 #include <cstdint>
@@ -65,12 +65,24 @@ struct SparseLoops {
 
   template <bool Conj>
   static E dot(I nz, const E* __restrict x, const I* __restrict indx, const E* __restrict y) {
-    E s[4] = {};
-    I i = 0;
-    for (; i + 4 <= nz; i += 4)
-      for (int k = 0; k < 4; ++k) s[k] = add(s[k], mul(Conj ? conj(x[i + k]) : x[i + k], y[indx[i + k]]));
-    for (; i < nz; ++i) s[0] = add(s[0], mul(Conj ? conj(x[i]) : x[i], y[indx[i]]));
-    return add(add(s[0], s[1]), add(s[2], s[3]));
+    if constexpr (complex) {
+      // Real and imaginary sums kept apart: gathering whole complex pairs costs more than it
+      // saves here.
+      R re = 0, im = 0;
+      for (I i = 0; i < nz; ++i) {
+        const E a = Conj ? conj(x[i]) : x[i], b = y[indx[i]];
+        re += a.re * b.re - a.im * b.im;
+        im += a.re * b.im + a.im * b.re;
+      }
+      return {re, im};
+    } else {
+      E s[4] = {};
+      I i = 0;
+      for (; i + 4 <= nz; i += 4)
+        for (int k = 0; k < 4; ++k) s[k] = add(s[k], mul(Conj ? conj(x[i + k]) : x[i + k], y[indx[i + k]]));
+      for (; i < nz; ++i) s[0] = add(s[0], mul(Conj ? conj(x[i]) : x[i], y[indx[i]]));
+      return add(add(s[0], s[1]), add(s[2], s[3]));
+    }
   }
 
   static void gthr(I nz, const E* __restrict y, E* __restrict x, const I* __restrict indx) {
