@@ -5,6 +5,7 @@
     gen.py services TABLE OUTDIR
     gen.py blas TABLE OUTDIR SHARDS
     gen.py blas --probe TABLE OUT
+    gen.py matcopy TABLE OUTDIR             (also --probe: see qnlgen/matcopy.py)
     gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
     gen.py exports OUT NAMEFILE...
     gen.py reference OUT LAPACK_TABLE
@@ -14,11 +15,12 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import blas, exports, lapack, messages, reference, services  # noqa: E402
+from qnlgen import blas, exports, lapack, matcopy, messages, reference, services  # noqa: E402
 
 COMMANDS = {
     "blas": blas.main,
     "lapack": lapack.main,
+    "matcopy": matcopy.main,
     "messages": messages.main,
     "services": services.main,
     "exports": exports.main,
