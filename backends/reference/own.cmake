@@ -3,6 +3,7 @@
 # symbol they define is listed in handwritten.txt, which the forwarding-stub generator
 # leaves out.
 add_library(qnl_ref_own OBJECT
+  ${CMAKE_CURRENT_LIST_DIR}/own_gemm.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_lu.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_trans.cpp)
 target_include_directories(qnl_ref_own PRIVATE ${CMAKE_CURRENT_LIST_DIR} ${QNL_GEN}/blas ${QNL_LAPACK_GEN})
