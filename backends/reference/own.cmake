@@ -4,6 +4,7 @@
 # leaves out.
 add_library(qnl_ref_own OBJECT
   ${CMAKE_CURRENT_LIST_DIR}/own_gemm.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/own_lapack_ext.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_lu.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_packed.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_sparse.cpp
