@@ -8,6 +8,7 @@ add_library(qnl_ref_own OBJECT
   ${CMAKE_CURRENT_LIST_DIR}/own_lu.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_packed.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_sparse.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/own_syrdb.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_trans.cpp)
 target_include_directories(qnl_ref_own PRIVATE ${CMAKE_CURRENT_LIST_DIR} ${QNL_GEN}/blas ${QNL_LAPACK_GEN})
 add_dependencies(qnl_ref_own qnl_generated qnl_lapack_generated)

@@ -238,4 +238,77 @@ TYPED_TEST(BackendLapackExt, PartialSymmetricFactorisationReproducesTheMatrix) {
     }
 }
 
+// A = Q T Q^H with T tridiagonal from d and e, Q unitary; "U" applies the same Q to a
+// given matrix, "N" gives the same diagonals without Q, and a query asks for n kd.
+TYPED_TEST(BackendLapackExt, ReductionToTridiagonalForm) {
+  using T = TypeParam;
+  using R = Real<T>;
+  ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
+  using F = void(const char*, const char*, const int32_t*, const int32_t*, T*, const int32_t*, R*, R*, T*, T*,
+                 const int32_t*, T*, const int32_t*, int32_t*);
+  auto* f = entry<F, T>(kComplex<T> ? "%cherdb" : "%csyrdb");
+  const int32_t n = 30, kd = 4, lda = 32, ldz = 31;
+  std::vector<T> a0(static_cast<size_t>(lda * n));
+  for (long j = 0; j < n; ++j)
+    for (long i = 0; i <= j; ++i) {
+      const T v = i == j ? T(std::real(value<T>(i * 7 + j))) : value<T>(i * 7 + j);
+      a0[static_cast<size_t>(i + j * lda)] = v;
+      a0[static_cast<size_t>(j + i * lda)] = conj_if(v, true);
+    }
+  std::vector<T> work(static_cast<size_t>(n * kd));
+  int32_t query = -1, lwork = n * kd, info = -99;
+  f("V", "U", &n, &kd, nullptr, &lda, nullptr, nullptr, nullptr, nullptr, &ldz, work.data(), &query, &info);
+  EXPECT_EQ(info, 0);
+  EXPECT_EQ(std::real(work[0]), static_cast<R>(n * kd));
+  for (const char* uplo : {"U", "L"}) {
+    std::vector<T> a = a0, tau(static_cast<size_t>(n)), q(static_cast<size_t>(ldz * n));
+    std::vector<R> d(static_cast<size_t>(n)), e(static_cast<size_t>(n));
+    f("V", uplo, &n, &kd, a.data(), &lda, d.data(), e.data(), tau.data(), q.data(), &ldz, work.data(), &lwork, &info);
+    ASSERT_EQ(info, 0);
+    auto Q = [&](long i, long j) { return q[static_cast<size_t>(i + j * ldz)]; };
+    auto Tm = [&](long i, long j) -> T {
+      return i == j                 ? T(d[static_cast<size_t>(i)])
+             : std::abs(i - j) == 1 ? T(e[static_cast<size_t>(std::min(i, j))])
+                                    : T{};
+    };
+    double worst = 0, ortho = 0;
+    for (long j = 0; j < n; ++j)
+      for (long i = 0; i < n; ++i) {
+        T aq{}, qt{}, qq{};
+        for (long l = 0; l < n; ++l) {
+          aq += a0[static_cast<size_t>(i + l * lda)] * Q(l, j);
+          qt += Q(i, l) * Tm(l, j);
+          qq += conj_if(Q(l, i), true) * Q(l, j);
+        }
+        worst = std::max(worst, static_cast<double>(std::abs(aq - qt)));
+        ortho = std::max(ortho, static_cast<double>(std::abs(qq - (i == j ? T(1) : T{}))));
+      }
+    EXPECT_LE(worst, 200 * n * eps<T>()) << uplo << ": A Q = Q T";
+    EXPECT_LE(ortho, 20 * n * eps<T>()) << uplo << ": Q^H Q = I";
+
+    std::vector<T> a2 = a0, x(static_cast<size_t>(ldz * n));
+    for (size_t k = 0; k < x.size(); ++k) x[k] = value<T>(static_cast<long>(k) + 3);
+    const std::vector<T> x0 = x;
+    std::vector<R> d2(d.size()), e2(e.size());
+    f("U", uplo, &n, &kd, a2.data(), &lda, d2.data(), e2.data(), tau.data(), x.data(), &ldz, work.data(), &lwork,
+      &info);
+    ASSERT_EQ(info, 0);
+    EXPECT_EQ(d2, d);
+    EXPECT_EQ(e2, e);
+    double update = 0;
+    for (long j = 0; j < n; ++j)
+      for (long i = 0; i < n; ++i) {
+        T xq{};
+        for (long l = 0; l < n; ++l) xq += x0[static_cast<size_t>(i + l * ldz)] * Q(l, j);
+        update = std::max(update, static_cast<double>(std::abs(x[static_cast<size_t>(i + j * ldz)] - xq)));
+      }
+    EXPECT_LE(update, 400 * n * eps<T>()) << uplo << ": Z := Z Q";
+
+    std::vector<T> a3 = a0;
+    f("N", uplo, &n, &kd, a3.data(), &lda, d2.data(), e2.data(), tau.data(), nullptr, &ldz, work.data(), &lwork, &info);
+    EXPECT_EQ(info, 0);
+    EXPECT_EQ(d2, d);
+  }
+}
+
 }  // namespace
