@@ -18,27 +18,16 @@ namespace qnl_ref::own {
 using cfloat = std::complex<float>;
 using cdouble = std::complex<double>;
 
+// The element type's letter (s, d, c, z) and its real type.
 template <class T>
-struct Traits;
-template <>
-struct Traits<float> {
-  static constexpr char letter = 's';
-  using Real = float;
+struct Traits {
+  using Real = T;
+  static constexpr char letter = std::is_same_v<T, float> ? 's' : 'd';
 };
-template <>
-struct Traits<double> {
-  static constexpr char letter = 'd';
-  using Real = double;
-};
-template <>
-struct Traits<cfloat> {
-  static constexpr char letter = 'c';
-  using Real = float;
-};
-template <>
-struct Traits<cdouble> {
-  static constexpr char letter = 'z';
-  using Real = double;
+template <class R>
+struct Traits<std::complex<R>> {
+  using Real = R;
+  static constexpr char letter = std::is_same_v<R, float> ? 'c' : 'z';
 };
 template <class T>
 using Real = typename Traits<T>::Real;

@@ -12,25 +12,6 @@
 namespace ref_test {
 
 template <class T>
-struct Letter;
-template <>
-struct Letter<float> {
-  static constexpr char value = 's';
-};
-template <>
-struct Letter<double> {
-  static constexpr char value = 'd';
-};
-template <>
-struct Letter<std::complex<float>> {
-  static constexpr char value = 'c';
-};
-template <>
-struct Letter<std::complex<double>> {
-  static constexpr char value = 'z';
-};
-
-template <class T>
 struct RealOf {
   using type = T;
 };
@@ -42,6 +23,12 @@ template <class T>
 using Real = typename RealOf<T>::type;
 template <class T>
 constexpr bool kComplex = !std::is_same_v<T, Real<T>>;
+
+// The type's letter: s, d, c, z.
+template <class T>
+struct Letter {
+  static constexpr char value = std::is_same_v<Real<T>, float> ? (kComplex<T> ? 'c' : 's') : (kComplex<T> ? 'z' : 'd');
+};
 
 using AllTypes = ::testing::Types<float, double, std::complex<float>, std::complex<double>>;
 

@@ -1,41 +1,20 @@
 // Matrix copy, transposition and addition computed by the reference back-end, through the
 // facade's entries, for the four types: every result element against a plain loop over
 // the definition, the padding between columns left alone, and bad arguments reported.
-#include <dlfcn.h>
-#include <gtest/gtest.h>
-
-#include <complex>
 #include <cstdint>
-#include <cstdlib>
-#include <limits>
 #include <string>
 #include <vector>
 
+#include "reference_types.h"
+
 extern "C" int QNL_Set_Interface_Layer(int);
+
+using namespace ref_test;
 
 namespace {
 
-template <class T>
-struct Letter;
-template <>
-struct Letter<float> {
-  static constexpr char value = 's';
-};
-template <>
-struct Letter<double> {
-  static constexpr char value = 'd';
-};
-template <>
-struct Letter<std::complex<float>> {
-  static constexpr char value = 'c';
-};
-template <>
-struct Letter<std::complex<double>> {
-  static constexpr char value = 'z';
-};
-
 template <class F>
-F* entry(const std::string& stem, bool c_spelling) {
+F* named_entry(const std::string& stem, bool c_spelling) {
   std::string name = c_spelling ? "QNL_" + stem : "qnl_" + stem;
   void* p = dlsym(RTLD_DEFAULT, name.c_str());
   EXPECT_NE(p, nullptr) << name;
@@ -46,24 +25,6 @@ template <class T>
 std::string stem(const char* family, bool c_spelling) {
   const char l = Letter<T>::value;
   return std::string(1, c_spelling ? static_cast<char>(l - 32) : l) + family;
-}
-
-// Deterministic values with distinct real and imaginary parts.
-template <class T>
-T value(int k) {
-  const double re = (k * 37 % 101) / 8.0 - 6.0;
-  if constexpr (std::is_same_v<T, float> || std::is_same_v<T, double>)
-    return static_cast<T>(re);
-  else
-    return T(static_cast<typename T::value_type>(re), static_cast<typename T::value_type>((k * 53 % 97) / 4.0 - 12.0));
-}
-
-template <class T>
-T conj_if(T v, bool c) {
-  if constexpr (std::is_same_v<T, float> || std::is_same_v<T, double>)
-    return v;
-  else
-    return c ? std::conj(v) : v;
 }
 
 bool upper_is(char c, char u) { return c == u || c == u + 32; }
@@ -83,19 +44,9 @@ T op_at(const std::vector<T>& x, char order, char trans, size_t i, size_t j, siz
 }
 
 template <class T>
-struct RealOf {
-  using type = T;
-};
-template <class R>
-struct RealOf<std::complex<R>> {
-  using type = R;
-};
-
-template <class T>
 void expect_close(T got, T want, const std::string& where) {
   // Each element is one multiply and at most one add: a few units of rounding.
-  const double eps = std::numeric_limits<typename RealOf<T>::type>::epsilon();
-  ASSERT_LE(std::abs(got - want), 8 * eps * std::abs(want) + 1e-30) << where << " got " << got << " want " << want;
+  ASSERT_LE(std::abs(got - want), 8 * eps<T>() * std::abs(want) + 1e-30) << where << " got " << got << " want " << want;
 }
 
 struct CopyCase {
@@ -109,18 +60,9 @@ const CopyCase kCopyCases[] = {{'C', 'N', 5, 3},   {'C', 'T', 5, 3},   {'C', 'C'
 
 template <class T>
 class BackendTrans : public ::testing::Test {};
-using Types = ::testing::Types<float, double, std::complex<float>, std::complex<double>>;
-TYPED_TEST_SUITE(BackendTrans, Types);
+TYPED_TEST_SUITE(BackendTrans, AllTypes);
 
 const std::complex<double> kAlpha(1.5, -0.75), kBeta(-0.5, 2.0);
-
-template <class T>
-T scalar(std::complex<double> v) {
-  if constexpr (std::is_same_v<T, float> || std::is_same_v<T, double>)
-    return static_cast<T>(v.real());
-  else
-    return T(static_cast<typename T::value_type>(v.real()), static_cast<typename T::value_type>(v.imag()));
-}
 
 // Out of place, with and without minor strides, in both spellings: each result element
 // against the definition, every other element of B left as it was.
@@ -131,9 +73,9 @@ TYPED_TEST(BackendTrans, OutOfPlaceCopiesMatchTheDefinition) {
   using C1 = void(char, char, size_t, size_t, T, const T*, size_t, T*, size_t);
   using F2 = void(const char*, const char*, const int32_t*, const int32_t*, const T*, const T*, const int32_t*,
                   const int32_t*, T*, const int32_t*, const int32_t*);
-  auto* c1 = entry<C1>(stem<T>("omatcopy", true), true);
-  auto* c2 = entry<C2>(stem<T>("omatcopy2", true), true);
-  auto* f2 = entry<F2>(stem<T>("omatcopy2", false), false);
+  auto* c1 = named_entry<C1>(stem<T>("omatcopy", true), true);
+  auto* c2 = named_entry<C2>(stem<T>("omatcopy2", true), true);
+  auto* f2 = named_entry<F2>(stem<T>("omatcopy2", false), false);
   const T alpha = scalar<T>(kAlpha);
   const T sentinel = value<T>(999);
   for (const CopyCase& cc : kCopyCases) {
@@ -181,8 +123,8 @@ TYPED_TEST(BackendTrans, InPlaceCopiesMatchTheDefinition) {
   using F =
       void(const char*, const char*, const int64_t*, const int64_t*, const T*, T*, const int64_t*, const int64_t*);
   using C = void(char, char, size_t, size_t, T, T*, size_t, size_t);
-  auto* fortran = entry<F>(stem<T>("imatcopy", false), false);
-  auto* c = entry<C>(stem<T>("imatcopy", true), true);
+  auto* fortran = named_entry<F>(stem<T>("imatcopy", false), false);
+  auto* c = named_entry<C>(stem<T>("imatcopy", true), true);
   const T alpha = scalar<T>(kAlpha);
   struct InPlace {
     char order, trans;
@@ -220,7 +162,7 @@ TYPED_TEST(BackendTrans, AdditionMatchesTheDefinition) {
   using T = TypeParam;
   ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
   using C = void(char, char, char, size_t, size_t, T, const T*, size_t, T, const T*, size_t, T*, size_t);
-  auto* add = entry<C>(stem<T>("omatadd", true), true);
+  auto* add = named_entry<C>(stem<T>("omatadd", true), true);
   const T alpha = scalar<T>(kAlpha), beta = scalar<T>(kBeta);
   const char ops[] = {'N', 'T', 'C', 'R'};
   for (char order : {'C', 'r'})
@@ -260,9 +202,9 @@ TYPED_TEST(BackendTrans, BadArgumentsAreReportedAndNothingIsWritten) {
   using CA = void(char, char, char, size_t, size_t, T, const T*, size_t, T, const T*, size_t, T*, size_t);
   using F1 = void(const char*, const char*, const int32_t*, const int32_t*, const T*, const T*, const int32_t*, T*,
                   const int32_t*);
-  auto* copy = entry<C1>(stem<T>("omatcopy", true), true);
-  auto* fcopy = entry<F1>(stem<T>("omatcopy", false), false);
-  auto* add = entry<CA>(stem<T>("omatadd", true), true);
+  auto* copy = named_entry<C1>(stem<T>("omatcopy", true), true);
+  auto* fcopy = named_entry<F1>(stem<T>("omatcopy", false), false);
+  auto* add = named_entry<CA>(stem<T>("omatadd", true), true);
   const char L = static_cast<char>(Letter<T>::value - 32);
   const std::string copy_name = std::string("QNL_") + L + "OMATCOPY", add_name = std::string("QNL_") + L + "OMATADD";
   std::vector<T> a(64, value<T>(1)), b(64, value<T>(2));
