@@ -12,7 +12,6 @@
 #include <cstring>
 
 #include "backend_services.h"
-
 #include "reference.h"
 
 namespace qnl_ref {

@@ -74,19 +74,12 @@ F* openblas(char letter, const char* stem) {
 // Typed calls of the ILP64 OpenBLAS Fortran routines, each looked up once per type.
 using I = int64_t;
 
-template <class T>
+// ?gemm_, or ?gemm3m_ (complex types only) with ThreeM.
+template <class T, bool ThreeM = false>
 void gemm(char ta, char tb, I m, I n, I k, T alpha, const T* a, I lda, const T* b, I ldb, T beta, T* c, I ldc) {
   using F = void(const char*, const char*, const I*, const I*, const I*, const T*, const T*, const I*, const T*,
                  const I*, const T*, T*, const I*, size_t, size_t);
-  static F* f = openblas<F>(Traits<T>::letter, "gemm_");
-  f(&ta, &tb, &m, &n, &k, &alpha, a, &lda, b, &ldb, &beta, c, &ldc, 1, 1);
-}
-
-template <class T>
-void gemm3m(char ta, char tb, I m, I n, I k, T alpha, const T* a, I lda, const T* b, I ldb, T beta, T* c, I ldc) {
-  using F = void(const char*, const char*, const I*, const I*, const I*, const T*, const T*, const I*, const T*,
-                 const I*, const T*, T*, const I*, size_t, size_t);
-  static F* f = openblas<F>(Traits<T>::letter, "gemm3m_");
+  static F* f = openblas<F>(Traits<T>::letter, ThreeM ? "gemm3m_" : "gemm_");
   f(&ta, &tb, &m, &n, &k, &alpha, a, &lda, b, &ldb, &beta, c, &ldc, 1, 1);
 }
 
@@ -98,19 +91,12 @@ void gemv(char trans, I m, I n, T alpha, const T* a, I lda, const T* x, I incx, 
   f(&trans, &m, &n, &alpha, a, &lda, x, &incx, &beta, y, &incy, 1);
 }
 
-template <class T>
-void trmm(char side, char uplo, char ta, char diag, I m, I n, T alpha, const T* a, I lda, T* b, I ldb) {
+// ?trmm_, or ?trsm_ with Solve.
+template <class T, bool Solve>
+void triangular(char side, char uplo, char ta, char diag, I m, I n, T alpha, const T* a, I lda, T* b, I ldb) {
   using F = void(const char*, const char*, const char*, const char*, const I*, const I*, const T*, const T*, const I*,
                  T*, const I*, size_t, size_t, size_t, size_t);
-  static F* f = openblas<F>(Traits<T>::letter, "trmm_");
-  f(&side, &uplo, &ta, &diag, &m, &n, &alpha, a, &lda, b, &ldb, 1, 1, 1, 1);
-}
-
-template <class T>
-void trsm(char side, char uplo, char ta, char diag, I m, I n, T alpha, const T* a, I lda, T* b, I ldb) {
-  using F = void(const char*, const char*, const char*, const char*, const I*, const I*, const T*, const T*, const I*,
-                 T*, const I*, size_t, size_t, size_t, size_t);
-  static F* f = openblas<F>(Traits<T>::letter, "trsm_");
+  static F* f = openblas<F>(Traits<T>::letter, Solve ? "trsm_" : "trmm_");
   f(&side, &uplo, &ta, &diag, &m, &n, &alpha, a, &lda, b, &ldb, 1, 1, 1, 1);
 }
 

@@ -35,7 +35,7 @@ void gemm_batch(const char* ta, const char* tb, const void* m, const void* n, co
     const I la = int_at(lda, g, w), lb = int_at(ldb, g, w), lc = int_at(ldc, g, w);
     for (I s = 0; s < count; ++s, ++matrix) {
       if constexpr (ThreeM)
-        gemm3m<T>(ta[g], tb[g], gm, gn, gk, al[g], as[matrix], la, bs[matrix], lb, be[g], cs[matrix], lc);
+        gemm<T, true>(ta[g], tb[g], gm, gn, gk, al[g], as[matrix], la, bs[matrix], lb, be[g], cs[matrix], lc);
       else
         gemm<T>(ta[g], tb[g], gm, gn, gk, al[g], as[matrix], la, bs[matrix], lb, be[g], cs[matrix], lc);
     }

@@ -52,7 +52,7 @@ I factor_blocked(I m, I n, I nfact, T* a, I lda) {
     if (rest <= 0) continue;
     T* right = a + j + (j + jb) * lda;
     // U12 = L11^-1 A12, then the trailing matrix loses L21 U12.
-    trsm<T>('L', 'L', 'N', 'U', jb, rest, T{1}, diag, lda, right, lda);
+    triangular<T, true>('L', 'L', 'N', 'U', jb, rest, T{1}, diag, lda, right, lda);
     if (m - j - jb > 0)
       gemm<T>('N', 'N', m - j - jb, rest, jb, T{-1}, diag + jb, lda, right, lda, T{1}, right + jb, lda);
   }

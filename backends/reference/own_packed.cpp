@@ -86,8 +86,8 @@ void ptrmm(const char* side, const char* uplo, const char* ta, const char* diag,
   for (I j = 0; j < order; ++j)
     for (I i = up ? 0 : j; i < (up ? j + 1 : order); ++i)
       full[static_cast<size_t>(i + j * order)] = up ? p[i + j * (j + 1) / 2] : p[i + j * (2 * order - j - 1) / 2];
-  trmm<T>(*side, *uplo, *ta, *diag, *m, *n, *static_cast<const T*>(alpha), full.data(), order, static_cast<T*>(b),
-          *ldb);
+  triangular<T, false>(*side, *uplo, *ta, *diag, *m, *n, *static_cast<const T*>(alpha), full.data(), order,
+                       static_cast<T*>(b), *ldb);
 }
 
 }  // namespace
