@@ -100,14 +100,4 @@ void triangular(char side, char uplo, char ta, char diag, I m, I n, T alpha, con
   f(&side, &uplo, &ta, &diag, &m, &n, &alpha, a, &lda, b, &ldb, 1, 1, 1, 1);
 }
 
-// Scratch that frees itself at the end of a scope; null when the allocation failed.
-template <class T>
-struct Buffer {
-  T* data;
-  explicit Buffer(size_t n) : data(static_cast<T*>(std::malloc((n ? n : 1) * sizeof(T)))) {}
-  ~Buffer() { std::free(data); }
-  Buffer(const Buffer&) = delete;
-  Buffer& operator=(const Buffer&) = delete;
-};
-
 }  // namespace qnl_ref::own

@@ -5,6 +5,7 @@
 // i*si + j*sj, and one cache-blocked sweep serves every case.
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "backend_matcopy.h"
 #include "own.h"
@@ -163,10 +164,9 @@ void imatcopy(int32_t ordering, int32_t trans, size_t rows, size_t cols, T alpha
     return;
   }
   const I out_rows = t ? s.cols : s.rows, out_cols = t ? s.rows : s.cols;
-  Buffer<T> tmp(static_cast<size_t>(out_rows) * static_cast<size_t>(out_cols));
-  if (!tmp.data) return report(name.text, 6);
-  copy(cj, s.rows, s.cols, alpha, src, t ? View<T>{tmp.data, out_rows, 1} : View<T>{tmp.data, 1, out_rows});
-  const View<const T> from{tmp.data, 1, out_rows};
+  std::vector<T> tmp(static_cast<size_t>(out_rows) * static_cast<size_t>(out_cols));
+  copy(cj, s.rows, s.cols, alpha, src, t ? View<T>{tmp.data(), out_rows, 1} : View<T>{tmp.data(), 1, out_rows});
+  const View<const T> from{tmp.data(), 1, out_rows};
   copy(false, out_rows, out_cols, T{1}, from, View<T>{ab, 1, lb});
 }
 
