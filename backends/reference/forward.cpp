@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "backend_services.h"
+
 #include "reference.h"
 
 namespace qnl_ref {

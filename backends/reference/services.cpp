@@ -141,21 +141,11 @@ int64_t qnl_serv_mem_stat(void* nbuffers) {
 int64_t qnl_serv_peak_mem_usage(int32_t mode) {
   // 0 disables, 1 enables, 2 reports, 3 reports and resets, as the classic service does.
   switch (mode) {
-    case 0:
-      g_peak_mode = 0;
-      return 0;
-    case 1:
-      g_peak_mode = 1;
-      g_peak = g_bytes.load();
-      return 0;
-    case 2:
-      return g_peak_mode ? g_peak.load() : -1;
-    case 3: {
-      int64_t p = g_peak_mode ? g_peak.exchange(g_bytes.load()) : -1;
-      return p;
-    }
-    default:
-      return -1;
+    case 0: g_peak_mode = 0; return 0;
+    case 1: g_peak_mode = 1; g_peak = g_bytes.load(); return 0;
+    case 2: return g_peak_mode ? g_peak.load() : -1;
+    case 3: { int64_t p = g_peak_mode ? g_peak.exchange(g_bytes.load()) : -1; return p; }
+    default: return -1;
   }
 }
 int32_t qnl_serv_set_memory_limit(int32_t, uint64_t) { return 0; }
@@ -236,9 +226,7 @@ int32_t qnl_serv_set_mpi(int32_t, void*) { return 0; }
 void qnl_serv_set_exit_handler(void*) {}
 
 // hooks
-void* qnl_serv_set_xerbla(void* h) {
-  return reinterpret_cast<void*>(g_xerbla.exchange(reinterpret_cast<XerblaHook>(h)));
-}
+void* qnl_serv_set_xerbla(void* h) { return reinterpret_cast<void*>(g_xerbla.exchange(reinterpret_cast<XerblaHook>(h))); }
 void* qnl_serv_set_progress(void* h) {
   return reinterpret_cast<void*>(g_progress.exchange(reinterpret_cast<ProgressHook>(h)));
 }
