@@ -19,7 +19,10 @@ struct View {
   I si, sj;
 };
 
-constexpr I kTile = 32;  // 32x32 tiles of both operands stay in the first-level cache
+// Square tiles of 32 KiB (16 KiB for the complex double type) per operand: a tile of the
+// source and one of the result stay in the second-level cache at worst.
+template <class T>
+constexpr I kTile = sizeof(T) > 8 ? 32 : 64;
 
 template <bool Unit, class T>
 inline T& at(const View<T>& v, I i, I j) {
@@ -59,9 +62,9 @@ void sweep(I m, I n, T alpha, View<const T> a, T beta, View<const T> b, View<T> 
   }
   const bool unit = c.si == 1 && a.si == 1 && (!HasB || b.si == 1);
   if (unit) return block<T, CA, CB, HasB, true>(0, m, 0, n, alpha, a, beta, b, c);
-  for (I j = 0; j < n; j += kTile)
-    for (I i = 0; i < m; i += kTile)
-      block<T, CA, CB, HasB, false>(i, std::min(m, i + kTile), j, std::min(n, j + kTile), alpha, a, beta, b, c);
+  for (I j = 0; j < n; j += kTile<T>)
+    for (I i = 0; i < m; i += kTile<T>)
+      block<T, CA, CB, HasB, false>(i, std::min(m, i + kTile<T>), j, std::min(n, j + kTile<T>), alpha, a, beta, b, c);
 }
 
 template <class T>
@@ -151,10 +154,10 @@ void imatcopy(int32_t ordering, int32_t trans, size_t rows, size_t cols, T alpha
   if (t && la == lb && s.rows == s.cols) {
     const I n = s.rows;
     auto f = [&](T v) { return alpha * (cj ? conj(v) : v); };
-    for (I jb = 0; jb < n; jb += kTile)
-      for (I ib = 0; ib <= jb; ib += kTile)
-        for (I j = jb; j < std::min(n, jb + kTile); ++j)
-          for (I i = ib; i < std::min(ib == jb ? j + 1 : n, ib + kTile); ++i) {
+    for (I jb = 0; jb < n; jb += kTile<T>)
+      for (I ib = 0; ib <= jb; ib += kTile<T>)
+        for (I j = jb; j < std::min(n, jb + kTile<T>); ++j)
+          for (I i = ib; i < std::min(ib == jb ? j + 1 : n, ib + kTile<T>); ++i) {
             T& upper_part = ab[i + j * la];
             T& lower_part = ab[j + i * la];
             const T u = upper_part;
