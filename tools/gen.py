@@ -6,6 +6,7 @@
     gen.py blas TABLE OUTDIR SHARDS
     gen.py blas --probe TABLE OUT
     gen.py cblas TABLE OUTDIR SHARDS
+    gen.py matcopy TABLE OUTDIR             (also --probe: see qnlgen/matcopy.py)
     gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
     gen.py exports OUT NAMEFILE...
     gen.py reference OUT LAPACK_TABLE
@@ -15,12 +16,13 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import blas, cblas, exports, lapack, messages, reference, services  # noqa: E402
+from qnlgen import blas, cblas, exports, lapack, matcopy, messages, reference, services  # noqa: E402
 
 COMMANDS = {
     "blas": blas.main,
     "cblas": cblas.main,
     "lapack": lapack.main,
+    "matcopy": matcopy.main,
     "messages": messages.main,
     "services": services.main,
     "exports": exports.main,

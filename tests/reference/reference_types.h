@@ -1,0 +1,86 @@
+// Helpers of the tests that check the reference back-end's own routines against plain
+// computations: type letters, deterministic values, tolerances and entry lookup.
+#pragma once
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <complex>
+#include <limits>
+#include <string>
+#include <type_traits>
+
+namespace ref_test {
+
+template <class T>
+struct RealOf {
+  using type = T;
+};
+template <class R>
+struct RealOf<std::complex<R>> {
+  using type = R;
+};
+template <class T>
+using Real = typename RealOf<T>::type;
+template <class T>
+constexpr bool kComplex = !std::is_same_v<T, Real<T>>;
+
+// The type's letter: s, d, c, z.
+template <class T>
+struct Letter {
+  static constexpr char value = std::is_same_v<Real<T>, float> ? (kComplex<T> ? 'c' : 's') : (kComplex<T> ? 'z' : 'd');
+};
+
+using AllTypes = ::testing::Types<float, double, std::complex<float>, std::complex<double>>;
+
+// Deterministic values in [-6, 6.7] with distinct real and imaginary parts.
+template <class T>
+T value(long k) {
+  const double re = static_cast<double>(k * 37 % 101) / 8.0 - 6.0;
+  if constexpr (kComplex<T>)
+    return T(static_cast<Real<T>>(re), static_cast<Real<T>>(static_cast<double>(k * 53 % 97) / 8.0 - 6.0));
+  else
+    return static_cast<T>(re);
+}
+
+template <class T>
+T scalar(std::complex<double> v) {
+  if constexpr (kComplex<T>)
+    return T(static_cast<Real<T>>(v.real()), static_cast<Real<T>>(v.imag()));
+  else
+    return static_cast<T>(v.real());
+}
+
+template <class T>
+T conj_if(T v, bool c) {
+  if constexpr (kComplex<T>)
+    return c ? std::conj(v) : v;
+  else
+    return v;
+}
+
+template <class T>
+double eps() {
+  return std::numeric_limits<Real<T>>::epsilon();
+}
+
+// The exported entry `name` with the type letter put where `%c` stands.
+template <class F, class T>
+F* entry(const char* pattern) {
+  char name[64];
+  std::snprintf(name, sizeof name, pattern, Letter<T>::value);
+  void* p = dlsym(RTLD_DEFAULT, name);
+  EXPECT_NE(p, nullptr) << name;
+  return reinterpret_cast<F*>(p);
+}
+
+inline std::string upper(std::string s) {
+  for (char& c : s) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
+  return s;
+}
+
+// What the back-end prints for a bad parameter.
+inline std::string report(int param, const std::string& name) {
+  return "Velor QNL ERROR: Parameter " + std::to_string(param) + " was incorrect on entry to " + name + ".\n";
+}
+
+}  // namespace ref_test

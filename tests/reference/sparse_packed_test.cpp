@@ -1,0 +1,199 @@
+// Sparse level 1, GEMM with packed operands and the packed triangular multiply, computed by
+// the reference back-end and reached through the facade's Fortran entries: each against a
+// plain loop over its definition.
+#include <cstdint>
+#include <vector>
+
+#include "reference_types.h"
+
+extern "C" int QNL_Set_Interface_Layer(int);
+
+using namespace ref_test;
+
+namespace {
+
+template <class T>
+void expect_near(T got, T want, double scale, const std::string& where) {
+  ASSERT_LE(std::abs(got - want), 64 * eps<T>() * scale) << where << ": got " << got << " want " << want;
+}
+
+template <class T>
+std::vector<T> values(size_t n, long seed) {
+  std::vector<T> v(n);
+  for (size_t k = 0; k < n; ++k) v[k] = value<T>(static_cast<long>(k) * 5 + seed);
+  return v;
+}
+
+template <class T>
+class BackendSparse : public ::testing::Test {};
+TYPED_TEST_SUITE(BackendSparse, AllTypes);
+
+// 1-based positions in a vector of 40, out of order, and the empty case.
+const std::vector<int32_t> kIndices = {3, 40, 1, 17, 9, 22, 2, 31, 12, 25, 5};
+
+TYPED_TEST(BackendSparse, UpdatesGathersAndScattersByIndex) {
+  using T = TypeParam;
+  ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
+  using Axpyi = void(const int32_t*, const T*, const T*, const int32_t*, T*);
+  using Gthr = void(const int32_t*, T*, T*, const int32_t*);
+  using Sctr = void(const int32_t*, const T*, const int32_t*, T*);
+  const T a = scalar<T>({1.25, -0.5});
+  for (int32_t nz : {0, 1, static_cast<int32_t>(kIndices.size())}) {
+    const std::vector<T> x = values<T>(kIndices.size(), 1), y0 = values<T>(40, 7);
+    std::vector<T> y = y0;
+    entry<Axpyi, T>("%caxpyi")(&nz, &a, x.data(), kIndices.data(), y.data());
+    std::vector<T> want = y0;
+    for (int32_t i = 0; i < nz; ++i) want[static_cast<size_t>(kIndices[i] - 1)] += a * x[static_cast<size_t>(i)];
+    for (size_t q = 0; q < y.size(); ++q) expect_near(y[q], want[q], 20.0, "axpyi");
+
+    std::vector<T> g(kIndices.size(), T(-1)), yz = y0;
+    entry<Gthr, T>("%cgthr")(&nz, yz.data(), g.data(), kIndices.data());
+    EXPECT_EQ(yz, y0) << "gthr leaves y alone";
+    std::vector<T> gz(kIndices.size(), T(-1));
+    entry<Gthr, T>("%cgthrz_")(&nz, yz.data(), gz.data(), kIndices.data());
+    EXPECT_EQ(gz, g) << "gthrz gathers the same";
+    for (size_t q = 0; q < kIndices.size(); ++q) {
+      const bool used = static_cast<int32_t>(q) < nz;
+      EXPECT_EQ(g[q], used ? y0[static_cast<size_t>(kIndices[q] - 1)] : T(-1));
+      if (used) {
+        EXPECT_EQ(yz[static_cast<size_t>(kIndices[q] - 1)], T{}) << "gthrz zeroes what it took";
+      }
+    }
+    std::vector<T> s = y0;
+    entry<Sctr, T>("%csctr")(&nz, x.data(), kIndices.data(), s.data());
+    std::vector<T> ws = y0;
+    for (int32_t i = 0; i < nz; ++i) ws[static_cast<size_t>(kIndices[i] - 1)] = x[static_cast<size_t>(i)];
+    EXPECT_EQ(s, ws);
+  }
+}
+
+TYPED_TEST(BackendSparse, DotProductsByIndex) {
+  using T = TypeParam;
+  ASSERT_EQ(QNL_Set_Interface_Layer(1), 1);
+  const std::vector<int64_t> idx(kIndices.begin(), kIndices.end());
+  const std::vector<T> x = values<T>(idx.size(), 3), y = values<T>(40, 11);
+  for (int64_t nz : {int64_t{0}, static_cast<int64_t>(idx.size())}) {
+    for (bool conj : {false, true}) {
+      if (!kComplex<T> && conj) continue;
+      using F = T(const int64_t*, const T*, const int64_t*, const T*);
+      const char* name = !kComplex<T> ? "%cdoti" : conj ? "%cdotci" : "%cdotui";
+      const T got = entry<F, T>(name)(&nz, x.data(), idx.data(), y.data());
+      T want{};
+      for (int64_t i = 0; i < nz; ++i)
+        want += conj_if(x[static_cast<size_t>(i)], conj) * y[static_cast<size_t>(idx[static_cast<size_t>(i)] - 1)];
+      expect_near(got, want, 500.0, name);
+    }
+  }
+}
+
+template <class T>
+class BackendRealOnly : public ::testing::Test {};
+using RealTypes = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(BackendRealOnly, RealTypes);
+
+TYPED_TEST(BackendRealOnly, RotationByIndex) {
+  using T = TypeParam;
+  ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
+  using F = void(const int32_t*, T*, const int32_t*, T*, const T*, const T*);
+  const int32_t nz = static_cast<int32_t>(kIndices.size());
+  std::vector<T> x = values<T>(kIndices.size(), 2), y = values<T>(40, 9);
+  const std::vector<T> x0 = x, y0 = y;
+  const T c = T(0.6), s = T(0.8);
+  entry<F, T>("%croti")(&nz, x.data(), kIndices.data(), y.data(), &c, &s);
+  std::vector<T> wy = y0;
+  for (size_t i = 0; i < kIndices.size(); ++i) {
+    const size_t j = static_cast<size_t>(kIndices[i] - 1);
+    expect_near(x[i], c * x0[i] + s * y0[j], 10.0, "x");
+    wy[j] = c * y0[j] - s * x0[i];
+  }
+  for (size_t j = 0; j < y.size(); ++j) expect_near(y[j], wy[j], 10.0, "y");
+}
+
+// op(X)(i, j) of a column-major matrix.
+template <class T>
+T op_at(const std::vector<T>& x, long ld, char trans, long i, long j) {
+  return trans == 'N' ? x[static_cast<size_t>(i + j * ld)] : x[static_cast<size_t>(j + i * ld)];
+}
+
+// Packed operands: alpha goes in with the packing; each of A and B packed or not.
+TYPED_TEST(BackendRealOnly, ComputeWithPackedOperands) {
+  using T = TypeParam;
+  ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
+  using Alloc = void*(const char*, const int32_t*, const int32_t*, const int32_t*);
+  using Pack = void(const char*, const char*, const int32_t*, const int32_t*, const int32_t*, const T*, const T*,
+                    const int32_t*, void*);
+  using Compute = void(const char*, const char*, const int32_t*, const int32_t*, const int32_t*, const void*,
+                       const int32_t*, const void*, const int32_t*, const T*, T*, const int32_t*);
+  using Free = void(void*);
+  const int32_t m = 23, n = 17, k = 12;
+  const T alpha = T(1.5), beta = T(-0.25);
+  for (char ta : {'N', 'T'})
+    for (char tb : {'N', 'T'})
+      for (int packed = 0; packed < 4; ++packed) {
+        const bool pa = packed & 1, pb = packed & 2;
+        const int32_t lda = (ta == 'N' ? m : k) + 2, ldb = (tb == 'N' ? k : n) + 1, ldc = m + 3;
+        const std::vector<T> a = values<T>(static_cast<size_t>(lda * (ta == 'N' ? k : m)), 1);
+        const std::vector<T> b = values<T>(static_cast<size_t>(ldb * (tb == 'N' ? n : k)), 2);
+        const std::vector<T> c0 = values<T>(static_cast<size_t>(ldc * n), 3);
+        std::vector<T> c = c0;
+        void* bufa = pa ? entry<Alloc, T>("%cgemm_alloc")("A", &m, &n, &k) : nullptr;
+        void* bufb = pb ? entry<Alloc, T>("%cgemm_alloc")("B", &m, &n, &k) : nullptr;
+        if (pa) entry<Pack, T>("%cgemm_pack")("A", &ta, &m, &n, &k, &alpha, a.data(), &lda, bufa);
+        if (pb) entry<Pack, T>("%cgemm_pack")("B", &tb, &m, &n, &k, &alpha, b.data(), &ldb, bufb);
+        const char* opa = pa ? "P" : &ta;
+        const char* opb = pb ? "P" : &tb;
+        const int32_t zero = 0;  // the leading dimension of a packed operand is not read
+        entry<Compute, T>("%cgemm_compute")(opa, opb, &m, &n, &k, pa ? bufa : a.data(), pa ? &zero : &lda,
+                                            pb ? bufb : b.data(), pb ? &zero : &ldb, &beta, c.data(), &ldc);
+        const T scale = (pa ? alpha : T(1)) * (pb ? alpha : T(1));
+        for (long j = 0; j < n; ++j)
+          for (long i = 0; i < m; ++i) {
+            T sum{};
+            for (long l = 0; l < k; ++l) sum += op_at(a, lda, ta, i, l) * op_at(b, ldb, tb, l, j);
+            expect_near(c[static_cast<size_t>(i + j * ldc)], scale * sum + beta * c0[static_cast<size_t>(i + j * ldc)],
+                        300.0, std::string(1, ta) + tb + " packed " + std::to_string(packed));
+          }
+        if (pa) entry<Free, T>("%cgemm_free")(bufa);
+        if (pb) entry<Free, T>("%cgemm_free")(bufb);
+      }
+}
+
+// B = alpha op(A) B or alpha B op(A), A triangular in packed storage.
+TYPED_TEST(BackendRealOnly, PackedTriangularMultiply) {
+  using T = TypeParam;
+  ASSERT_EQ(QNL_Set_Interface_Layer(1), 1);
+  using F = void(const char*, const char*, const char*, const char*, const int64_t*, const int64_t*, const T*, const T*,
+                 const int64_t*, T*, const int64_t*);
+  const int64_t m = 13, n = 8, ldb = 15, unused = 1;
+  const T alpha = T(-0.75);
+  for (char side : {'L', 'R'})
+    for (char uplo : {'U', 'L'})
+      for (char trans : {'N', 'T'})
+        for (char diag : {'N', 'U'}) {
+          const long order = side == 'L' ? m : n;
+          const std::vector<T> ap = values<T>(static_cast<size_t>(order * (order + 1) / 2), 4);
+          // the triangle as a full matrix, from the packed layout's definition
+          auto tri = [&](long i, long j) -> T {
+            if (uplo == 'U' ? i > j : i < j) return T{};
+            if (i == j && diag == 'U') return T(1);
+            return uplo == 'U' ? ap[static_cast<size_t>(i + j * (j + 1) / 2)]
+                               : ap[static_cast<size_t>(i + j * (2 * order - j - 1) / 2)];
+          };
+          auto op = [&](long i, long j) { return trans == 'N' ? tri(i, j) : tri(j, i); };
+          const std::vector<T> b0 = values<T>(static_cast<size_t>(ldb * n), 5);
+          std::vector<T> b = b0;
+          entry<F, T>("%cptrmm")(&side, &uplo, &trans, &diag, &m, &n, &alpha, ap.data(), &unused, b.data(), &ldb);
+          for (long j = 0; j < n; ++j)
+            for (long i = 0; i < m; ++i) {
+              T sum{};
+              if (side == 'L')
+                for (long l = 0; l < m; ++l) sum += op(i, l) * b0[static_cast<size_t>(l + j * ldb)];
+              else
+                for (long l = 0; l < n; ++l) sum += b0[static_cast<size_t>(i + l * ldb)] * op(l, j);
+              expect_near(b[static_cast<size_t>(i + j * ldb)], alpha * sum, 300.0,
+                          std::string(1, side) + uplo + trans + diag);
+            }
+        }
+}
+
+}  // namespace
