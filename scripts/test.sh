@@ -16,7 +16,7 @@ run() {
   # shellcheck disable=SC2086
   (cd "$dir" && ctest -j"$jobs" --output-on-failure $filter)
 }
-run build "" ""
+run build "" "" -DQNL_TESTS=ON -DQNL_BENCH=ON
 # Real programs on libqnl_rt.so against the same programs on Debian's OpenBLAS.
 start=$SECONDS
 tests/programs/run_programs.py build
