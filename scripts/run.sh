@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The main job: build the facade and the reference back-end, then run the
-# example program through libqnl_rt.so, quiet and with QNL_VERBOSE.
+# examples through libqnl_rt.so: quiet, and with QNL_VERBOSE=1, which prints
+# one trace line per BLAS or LAPACK call.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh
@@ -10,3 +11,9 @@ echo "== services_demo (quiet)"
 build/bin/services_demo
 echo "== services_demo (QNL_THREADING_LAYER=sequential)"
 QNL_THREADING_LAYER=sequential build/bin/services_demo
+for example in linear_algebra_c linear_algebra_f; do
+  echo "== $example (quiet)"
+  build/bin/$example
+  echo "== $example (QNL_VERBOSE=1)"
+  QNL_VERBOSE=1 build/bin/$example
+done

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds everything and runs all tests: the normal build, then an ASan+UBSan
-# build of the tests on the probe back-end, and a TSan build of the runtime's
-# binding and tracing tests.
+# Builds everything and runs all tests: the normal build with the real programs
+# of tests/programs, then an ASan+UBSan build of the tests on the probe
+# back-end, and a TSan build of the runtime's binding and tracing tests.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh
@@ -16,7 +16,11 @@ run() {
   # shellcheck disable=SC2086
   (cd "$dir" && ctest -j"$jobs" --output-on-failure $filter)
 }
-run build "" ""
+run build "" "" -DQNL_TESTS=ON -DQNL_BENCH=ON
+# Real programs on libqnl_rt.so against the same programs on Debian's OpenBLAS.
+start=$SECONDS
+tests/programs/run_programs.py build
+echo "real programs: $((SECONDS - start)) s"
 # The reference back-end opens OpenBLAS with RTLD_DEEPBIND, which ASan does not support.
 run build-asan "" "-E Backend|ReferenceServices|ApplicationXerbla" \
   -DQNL_SANITIZE=address -DQNL_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug

@@ -9,7 +9,7 @@
     gen.py matcopy TABLE OUTDIR             (also --probe: see qnlgen/matcopy.py)
     gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
     gen.py exports OUT NAMEFILE...
-    gen.py reference OUT LAPACK_TABLE
+    gen.py reference OUT BLAS_TABLE LAPACK_TABLE LAPACK_EXT HANDWRITTEN LIBRARY...
 """
 import sys
 from pathlib import Path

@@ -12,13 +12,12 @@
 #include <cstring>
 
 #include "backend_services.h"
-
 #include "reference.h"
 
 namespace qnl_ref {
 namespace {
 
-void* g_libs[2];
+void* g_libs[3];
 
 void* open_library(const char* path) {
   void* h = dlopen(path, RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
@@ -26,14 +25,20 @@ void* open_library(const char* path) {
   return h;
 }
 
+// The file that holds this back-end.
+const char* own_file() {
+  Dl_info self;
+  return dladdr(reinterpret_cast<void*>(&own_file), &self) ? self.dli_fname : nullptr;
+}
+
 // The shim lives beside this library.
 void* open_shim() {
-  Dl_info self;
+  const char* file = own_file();
+  if (!file) return nullptr;
   char path[4096];
-  if (!dladdr(reinterpret_cast<void*>(&open_shim), &self) || !self.dli_fname) return nullptr;
-  const char* slash = std::strrchr(self.dli_fname, '/');
-  int dir = slash ? static_cast<int>(slash - self.dli_fname + 1) : 0;
-  std::snprintf(path, sizeof path, "%.*s%s", dir, self.dli_fname, QNL_REF_SHIM);
+  const char* slash = std::strrchr(file, '/');
+  int dir = slash ? static_cast<int>(slash - file + 1) : 0;
+  std::snprintf(path, sizeof path, "%.*s%s", dir, file, QNL_REF_SHIM);
   void* h = open_library(path);
   using SetXerbla = void (*)(void (*)(void*, void*, int32_t));
   if (auto set = reinterpret_cast<SetXerbla>(h ? dlsym(h, "qnl_shim_set_xerbla") : nullptr)) set(qnl_serv_xerbla);
@@ -43,6 +48,9 @@ void* open_shim() {
 __attribute__((constructor)) void bind_targets() {
   g_libs[kOpenBlas] = open_shim();
   g_libs[kTestMatrix] = open_library(QNL_REF_TMGLIB);
+  // Already loaded: this only yields a handle for looking up its own symbols.
+  const char* self = own_file();
+  g_libs[kSelf] = self ? dlopen(self, RTLD_NOW | RTLD_NOLOAD) : nullptr;
   for (int k = 0; k < kTargetCount; ++k)
     if (void* p = computational_symbol(kTargets[k].name, kTargets[k].library)) qnl_ref_targets[k] = p;
 }
@@ -62,6 +70,8 @@ void apply_threads(int32_t n) {
 
 extern "C" void qnl_ref_missing(int index) {
   std::fprintf(stderr, "qnl_rt reference back-end: %s is not available from %s\n", qnl_ref::kTargets[index].name,
-               qnl_ref::kTargets[index].library == qnl_ref::kTestMatrix ? QNL_REF_TMGLIB : QNL_REF_OPENBLAS);
+               qnl_ref::kTargets[index].library == qnl_ref::kTestMatrix ? QNL_REF_TMGLIB
+               : qnl_ref::kTargets[index].library == qnl_ref::kSelf     ? "this back-end"
+                                                                        : QNL_REF_OPENBLAS);
   std::abort();
 }

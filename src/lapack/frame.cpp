@@ -1,10 +1,9 @@
 // The one frame of the Fortran LAPACK entries, driven by each routine's record.
-#include "lapack_frame.h"
-
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "lapack_frame.h"
 #include "services_gen.h"
 
 namespace qnl::lapack {
@@ -152,8 +151,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
     s.passed[k] = false;
     // Fixed and logical workspaces, and arrays the options leave unreferenced,
     // are not touched by a size query: they go as null.
-    bool skip = !referenced(r, a, p, s.local) ||
-                (query && (a.cls == kFixedWork || a.cls == kLogicalWork || a.cond));
+    bool skip = !referenced(r, a, p, s.local) || (query && (a.cls == kFixedWork || a.cls == kLogicalWork || a.cond));
     if (skip) {
       s.q[k] = nullptr;
       continue;
@@ -187,7 +185,13 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
   for (int k = 0; k < r.nargs; ++k) {
     const Arg& a = r.args[k];
     if (a.cls == kOut) {
-      if (s.live[k]) *static_cast<int32_t*>(p[k]) = static_cast<int32_t>(s.local[k]);
+      // Stored only when it changed: callers pass constants for integers
+      // that the routine leaves alone (a literal LWORK of 1 in the testers'
+      // error exits), and those live in read-only memory.
+      if (s.live[k]) {
+        auto* dst = static_cast<int32_t*>(p[k]);
+        if (*dst != static_cast<int32_t>(s.local[k])) *dst = static_cast<int32_t>(s.local[k]);
+      }
       continue;
     }
     if (!is_array(a.cls) || !s.passed[k]) continue;
@@ -260,8 +264,7 @@ QNL_COLD void bind_pair(const Routine& r, Entry& e) {
 QNL_COLD int32_t read_threshold(Entry& e) {
   e.threshold.store(-2, std::memory_order_relaxed);
   char buf[10];
-  if (qnl_rt_getenv("QNL_SPFFRT_NX", buf, sizeof buf) > 0)
-    e.threshold.store(std::atoi(buf), std::memory_order_relaxed);
+  if (qnl_rt_getenv("QNL_SPFFRT_NX", buf, sizeof buf) > 0) e.threshold.store(std::atoi(buf), std::memory_order_relaxed);
   return e.threshold.load(std::memory_order_relaxed);
 }
 
@@ -300,14 +303,26 @@ void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
 }
 
 template <class After>
-void call(const Routine& r, Entry& e, int32_t m, void* fn, void* const* q, void* const* p, void* result,
-          After after) {
+void call(const Routine& r, Entry& e, int32_t m, void* fn, void* const* q, void* const* p, void* result, After after) {
   auto record = [&](char* buf) { format_line(r, p, buf); };
   if (r.result == kInteger) {
     auto* v = static_cast<int64_t*>(result);
-    *v = verbose::run(e.site, m, [&] { r.invoke(fn, q, result); after(); return *v; }, record);
+    *v = verbose::run(
+        e.site, m,
+        [&] {
+          r.invoke(fn, q, result);
+          after();
+          return *v;
+        },
+        record);
   } else {
-    verbose::run(e.site, m, [&] { r.invoke(fn, q, result); after(); }, record);
+    verbose::run(
+        e.site, m,
+        [&] {
+          r.invoke(fn, q, result);
+          after();
+        },
+        record);
   }
 }
 

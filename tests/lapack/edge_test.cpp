@@ -1,6 +1,8 @@
 // Edge cases of the LAPACK entries: scratch at 16 and 17 elements, failed
 // allocations, queries, the argument checks of the much-used routines, offload
 // routing, and the extensions' short frame.
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <string>
@@ -132,8 +134,8 @@ TEST_P(Edge, DsyevdQueryAsksOnBothLengths) {
   char jobz = 'V', uplo = 'U';
   Ints v(lp64(), {4, 4, -1, 40, 0});
   std::vector<int64_t> iwork(4, 0x0303030303030303);
-  call("dsyevd", &jobz, &uplo, v.at(0), (void*)0x1000, v.at(1), (void*)0x2000, (void*)0x3000, v.at(2),
-       iwork.data(), v.at(3), v.at(4));
+  call("dsyevd", &jobz, &uplo, v.at(0), (void*)0x1000, v.at(1), (void*)0x2000, (void*)0x3000, v.at(2), iwork.data(),
+       v.at(3), v.at(4));
   ASSERT_TRUE(seen().called);
   EXPECT_EQ(seen().scalar[7], -1);
   EXPECT_EQ(seen().scalar[9], lp64() ? -1 : 40) << "liwork";
@@ -149,8 +151,8 @@ TEST_P(Edge, DgesddQueryPassesNoIwork) {
   Ints v(lp64(), {4, 4, 4, 4, 4, -1, 0});
   std::vector<int64_t> iwork(40, 0);
   int records = qnl_probe_count();
-  call("dgesdd", &jobz, v.at(0), v.at(1), (void*)0x1000, v.at(2), (void*)0x2000, (void*)0x3000, v.at(3),
-       (void*)0x4000, v.at(4), (void*)0x5000, v.at(5), iwork.data(), v.at(6));
+  call("dgesdd", &jobz, v.at(0), v.at(1), (void*)0x1000, v.at(2), (void*)0x2000, (void*)0x3000, v.at(3), (void*)0x4000,
+       v.at(4), (void*)0x5000, v.at(5), iwork.data(), v.at(6));
   const qnl_probe::Call* rec = nullptr;
   for (int i = records; i < qnl_probe_count(); ++i)
     if (!std::strcmp(qnl_probe_call(i)->symbol, "qnl_lapack_dgesdd")) rec = qnl_probe_call(i);
@@ -180,6 +182,26 @@ TEST_P(Edge, TraceShowsTheLowHalfOfAWideValue) {
   call("dgesv", &v[0], &v[1], (void*)0x1000, &v[2], ipiv.data(), (void*)0x2000, &v[2], &v[3]);
   EXPECT_EQ(std::string(qnl_probe_verbose_line(-1)->record).substr(0, 8), "DGESV(5,");
   ASSERT_EQ(seen().lapack_symbols.size(), 1u);
+}
+
+// The testers' error exits pass literal constants, which live in read-only
+// memory, for integers that the table marks as written: an unchanged value must
+// not be stored back.
+TEST_P(Edge, AnUnchangedOutputIntegerIsNotStoredBack) {
+  if (!lp64()) GTEST_SKIP() << "the ILP64 side passes the caller's integers through";
+  void* page = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(page, MAP_FAILED);
+  auto* lwork = static_cast<int32_t*>(page);
+  *lwork = 1;
+  ASSERT_EQ(mprotect(page, 4096, PROT_READ), 0);
+  int32_t m = 0, n = 0, ld = 1, numrank = -5, liwork = 1, lrwork = 1, info = -5, iwork[2] = {0, 0};
+  call("dgesvdq_", "A", "P", "T", "A", "A", &m, &n, (void*)0x1000, &ld, (void*)0x2000, (void*)0x3000, &ld,
+       (void*)0x4000, &ld, &numrank, iwork, &liwork, (void*)0x5000, lwork, (void*)0x6000, &lrwork, &info, size_t{1},
+       size_t{1}, size_t{1}, size_t{1}, size_t{1});
+  EXPECT_EQ(*lwork, 1);
+  // Outputs that the back-end left at zero still reach the caller.
+  EXPECT_EQ(info, 0);
+  munmap(page, 4096);
 }
 
 TEST_P(Edge, IlaverStartsItsOutputsAtZero) {
@@ -272,8 +294,8 @@ TEST_P(Edge, EveryCheckedRoutineReportsItsParametersInOrder) {
 TEST_P(Edge, GesvdRejectsOverwritingWithBoth) {
   char o = 'O';
   Ints v(lp64(), {3, 3, 3, 3, 3, 100, 0});
-  call("dgesvd", &o, &o, v.at(0), v.at(1), (void*)0x1000, v.at(2), (void*)0x2000, (void*)0x3000, v.at(3),
-       (void*)0x4000, v.at(4), (void*)0x5000, v.at(5), v.at(6));
+  call("dgesvd", &o, &o, v.at(0), v.at(1), (void*)0x1000, v.at(2), (void*)0x2000, (void*)0x3000, v.at(3), (void*)0x4000,
+       v.at(4), (void*)0x5000, v.at(5), v.at(6));
   EXPECT_EQ(seen().report_number, 2);
   EXPECT_EQ(v.get(6), -2);
 }
@@ -284,8 +306,10 @@ TEST_P(Edge, BigFactorisationsGoToTheirOffloadSymbols) {
     int64_t m, n;
     const char* expect;
   };
-  const Row rows[] = {{"dgetrf", 8192, 8191, "qnl_lapack_dgetrf"}, {"dgetrf", 8192, 8192, "qnl_lapack_ao_dgetrf"},
-                      {"zgeqrf", 8191, 9000, "qnl_lapack_zgeqrf"}, {"zgeqrf", 8192, 8192, "qnl_lapack_ao_zgeqrf"},
+  const Row rows[] = {{"dgetrf", 8192, 8191, "qnl_lapack_dgetrf"},
+                      {"dgetrf", 8192, 8192, "qnl_lapack_ao_dgetrf"},
+                      {"zgeqrf", 8191, 9000, "qnl_lapack_zgeqrf"},
+                      {"zgeqrf", 8192, 8192, "qnl_lapack_ao_zgeqrf"},
                       {"dgetrf", 8191, 8192, "qnl_lapack_dgetrf"}};
   for (const Row& r : rows) {
     seen() = Seen();
@@ -314,8 +338,8 @@ TEST_P(Edge, NoPivotingLuRoutesFromFiveHundred) {
     Ints v(lp64(), {mn.first, mn.second, 1, mn.first, 0});
     call("QNL_DGETRFNPI", v.at(0), v.at(1), v.at(2), (void*)0x1000, v.at(3), v.at(4));
     ASSERT_EQ(seen().lapack_symbols.size(), 1u);
-    EXPECT_EQ(seen().lapack_symbols[0], mn.first == 500 && mn.second == 500 ? "qnl_lapack_ao_dgetrfnpi"
-                                                                              : "qnl_lapack_dgetrfnpi");
+    EXPECT_EQ(seen().lapack_symbols[0],
+              mn.first == 500 && mn.second == 500 ? "qnl_lapack_ao_dgetrfnpi" : "qnl_lapack_dgetrfnpi");
   }
   EXPECT_NE(qnl_test::exported("qnl_cgetf2npi_"), nullptr);
   EXPECT_EQ(qnl_test::exported("QNL_CGETF2NPI_"), nullptr);

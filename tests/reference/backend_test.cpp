@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 #include <cstdint>
 #include <string>
 
@@ -60,6 +61,76 @@ TEST_P(Backend, OpenBlasArgumentErrorsReachTheBackEndsHook) {
   dgesv(&n, &nrhs, nullptr, &lda, nullptr, nullptr, &lda, &info);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "Velor QNL ERROR: Parameter 1 was incorrect on entry to DGESV.\n");
   EXPECT_EQ(info, -1);
+}
+
+// Complex-valued functions: the back-end stores the value at the address it is
+// handed first, while OpenBLAS returns it in registers.
+TEST_P(Backend, ComplexResultsAreStoredThroughTheLeadingAddress) {
+  void* h = lib();
+  ASSERT_NE(h, nullptr);
+  using Zdot =
+      void (*)(std::complex<double>*, const int64_t*, const void*, const int64_t*, const void*, const int64_t*);
+  using Cdot = void (*)(std::complex<float>*, const int64_t*, const void*, const int64_t*, const void*, const int64_t*);
+  const std::complex<double> zx[2] = {{1, 2}, {3, -1}}, zy[2] = {{2, 0}, {1, 1}};
+  const std::complex<float> cx[2] = {{1, 2}, {3, -1}}, cy[2] = {{2, 0}, {1, 1}};
+  // x.y = (2+4i) + (4+2i); conj(x).y = (2-4i) + (2+4i)
+  const struct {
+    const char* symbol;
+    std::complex<double> expected;
+  } kDots[] = {
+      {"qnl_blas_zdotu", {6, 6}}, {"qnl_blas_zdotc", {4, 0}}, {"qnl_blas_cdotu", {6, 6}}, {"qnl_blas_cdotc", {4, 0}}};
+  int64_t n = 2, one = 1;
+  for (const auto& d : kDots) {
+    void* f = dlsym(h, d.symbol);
+    ASSERT_NE(f, nullptr) << d.symbol;
+    if (d.symbol[9] == 'z') {
+      std::complex<double> r{-99, -99};
+      reinterpret_cast<Zdot>(f)(&r, &n, zx, &one, zy, &one);
+      EXPECT_EQ(r, d.expected) << d.symbol;
+    } else {
+      std::complex<float> r{-99, -99};
+      reinterpret_cast<Cdot>(f)(&r, &n, cx, &one, cy, &one);
+      EXPECT_EQ(std::complex<double>(r), d.expected) << d.symbol;
+    }
+  }
+  using Zladiv = void (*)(std::complex<double>*, const std::complex<double>*, const std::complex<double>*);
+  auto zladiv = reinterpret_cast<Zladiv>(dlsym(h, "qnl_lapack_zladiv"));
+  ASSERT_NE(zladiv, nullptr);
+  std::complex<double> q, num{6, 6}, den{0, 3};
+  zladiv(&q, &num, &den);
+  EXPECT_EQ(q, std::complex<double>(2, -2));
+}
+
+// The _direct and offload twins compute what the plain symbol computes.
+TEST_P(Backend, TwinsComputeLikeThePlainRoutine) {
+  void* h = lib();
+  ASSERT_NE(h, nullptr);
+  using Dgemm =
+      void (*)(const char*, const char*, const int64_t*, const int64_t*, const int64_t*, const double*, const double*,
+               const int64_t*, const double*, const int64_t*, const double*, double*, const int64_t*, size_t, size_t);
+  using Dgetrf = void (*)(const int64_t*, const int64_t*, double*, const int64_t*, int64_t*, int64_t*);
+  for (const char* sym : {"qnl_blas_dgemm", "qnl_blas_dgemm_direct"}) {
+    auto dgemm = reinterpret_cast<Dgemm>(dlsym(h, sym));
+    ASSERT_NE(dgemm, nullptr) << sym;
+    const double a[4] = {1, 2, 3, 4}, b[4] = {5, 6, 7, 8}, alpha = 1, beta = 0;
+    double c[4] = {-1, -1, -1, -1};
+    int64_t two = 2;
+    dgemm("N", "T", &two, &two, &two, &alpha, a, &two, b, &two, &beta, c, &two, 1, 1);
+    // A B^T, column-major
+    const double expected[4] = {26, 38, 30, 44};
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(c[i], expected[i]) << sym << " element " << i;
+  }
+  for (const char* sym : {"qnl_lapack_dgetrf", "qnl_lapack_ao_dgetrf"}) {
+    auto dgetrf = reinterpret_cast<Dgetrf>(dlsym(h, sym));
+    ASSERT_NE(dgetrf, nullptr) << sym;
+    double a[4] = {1, 4, 2, 3};
+    int64_t two = 2, info = -1, ipiv[2] = {-1, -1};
+    dgetrf(&two, &two, a, &two, ipiv, &info);
+    EXPECT_EQ(info, 0) << sym;
+    EXPECT_EQ(ipiv[0], 2) << sym;
+    EXPECT_EQ(a[0], 4) << sym;
+    EXPECT_EQ(a[1], 0.25) << sym;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Layers, Backend, testing::Values("sequential", "velor_thread", "tbb_thread", "pgi_thread"));

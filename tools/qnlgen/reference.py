@@ -1,45 +1,126 @@
 """Forwarding stubs of the reference back-end.
 
-    reference OUT.cpp LAPACK_TABLE
+    reference OUT.cpp BLAS_TABLE LAPACK_TABLE LAPACK_EXT HANDWRITTEN LIBRARY...
 
-Each back-end symbol whose arguments are exactly those of a routine of the
-ILP64 OpenBLAS (or of its test-matrix library) is a one-instruction stub that
-jumps through a table; the table is filled when the back-end loads. Symbols
-that need an adapter (complex-valued functions, routines OpenBLAS lacks) are
-written by hand and left out here.
+Every back-end symbol that the facade's BLAS and LAPACK entries bind gets a
+stub here when one of the computational LIBRARYs (the ILP64 OpenBLAS, then its
+test-matrix library, in the order of qnl_ref::Library) exports the routine as
+`<name>_`:
+
+- a one-instruction stub that jumps through a table filled when the back-end
+  loads, where the arguments are exactly those of the library's routine;
+- an adapter for complex-valued functions: the facade hands a result address
+  first, while the gfortran ABI of OpenBLAS returns the value in registers.
+
+The twins (`qnl_blas_<name>_direct`, `qnl_lapack_ao_<name>`) forward to the
+same routine; when the library lacks it but the plain symbol is written by
+hand in this back-end, the twin forwards to that symbol instead. Symbols listed
+in HANDWRITTEN (one per line) are implemented in the back-end's own sources and
+never get a stub; neither does a routine that no library exports.
+
+With --missing, prints the back-end symbols left without any implementation
+instead of writing OUT.cpp.
 """
+import subprocess
 from pathlib import Path
 
-from .common import banner, table_rows, write_if_changed
+from . import blas, lapack
+from .common import banner, write_if_changed
 
-# Function results that gfortran returns through a hidden address: the facade's
-# contract differs from OpenBLAS's there, so these get adapters by hand.
-ADAPTED_RESULTS = {"c", "z", "a"}
-TEST_MATRIX = ("latm2", "latm3", "latmr")
+SELF = "self"  # a twin forwarding to a hand-written symbol of the back-end itself
+# The complex result types of the tables, as the adapters spell them.
+COMPLEX = {"qnl::blas::cfloat": "std::complex<float>", "qnl::blas::cdouble": "std::complex<double>",
+           "std::complex<float>": "std::complex<float>", "std::complex<double>": "std::complex<double>"}
 
 
-def lapack_pairs(table):
-    for _, f in table_rows(table):
-        name, result = f[0], f[1]
-        if result in ADAPTED_RESULTS:
+def exported(library):
+    """Names of the functions a shared library defines in its dynamic symbol table."""
+    out = subprocess.run(["nm", "-D", "--defined-only", library], check=True, capture_output=True, text=True)
+    return {f[2] for f in (line.split() for line in out.stdout.splitlines()) if len(f) == 3 and f[1] in "TWi"}
+
+
+def handwritten_names(path):
+    names = set()
+    for line in Path(path).read_text().splitlines():
+        line = line.split("#", 1)[0].strip()
+        if line:
+            names.add(line)
+    return names
+
+
+def backend_symbols(blas_table, lapack_table, lapack_ext):
+    """(symbol, routine name at the library, plain symbol of a twin or None, complex result type or None,
+    parameter types) for every symbol the facade's BLAS and LAPACK entries bind."""
+    routines, directs = blas.load(blas_table)
+    for r in routines:
+        cplx = r.result if r.complex_result else None
+        yield f"qnl_blas_{r.name}", r.name, None, cplx, blas.backend_params(r)
+    for d in directs:
+        r = d.base
+        yield f"qnl_blas_{d.name}", r.name, f"qnl_blas_{r.name}", None, blas.backend_params(r)
+    for r in lapack.load(lapack_table, lapack_ext):
+        cplx = lapack.RESULTS[r.result] if r.result in ("c", "z") else None
+        params = lapack.backend_params(r)
+        yield r.symbol, r.stem, None, cplx, params
+        if r.ao_symbol:
+            yield r.ao_symbol, r.stem, r.symbol, None, params
+
+
+def plan(argv):
+    blas_table, lapack_table, lapack_ext, handwritten, *libraries = argv
+    hand = handwritten_names(handwritten)
+    exports = [exported(lib) for lib in libraries]
+    stubs, missing = [], []
+    for sym, name, plain, cplx, params in backend_symbols(blas_table, lapack_table, lapack_ext):
+        if sym in hand:
             continue
-        library = 1 if name[1:] in TEST_MATRIX else 0
-        yield f"qnl_lapack_{name}", f"{name}_", library
+        target = f"{name}_"
+        library = next((k for k, names in enumerate(exports) if target in names), None)
+        if library is None and plain in hand:
+            target, library = plain, SELF
+        if library is None:
+            missing.append(sym)
+            continue
+        stubs.append((sym, target, library, cplx, params))
+    return sorted(stubs), sorted(missing), libraries
+
+
+def adapter(k, sym, cplx, params):
+    """A complex-valued function: the library returns in registers, the facade wants the value stored."""
+    ctype = COMPLEX[cplx]
+    rest = ["size_t" if t == "size_t" else "int32_t" if t == "int32_t" else "void*" for t in params[1:]]
+    decl = ", ".join(["void* result"] + [f"{t} a{i}" for i, t in enumerate(rest)])
+    call = ", ".join(f"a{i}" for i in range(len(rest)))
+    return (f"extern \"C\" QNL_REF_EXPORT void {sym}({decl}) {{\n"
+            f"  store_result<{', '.join([ctype] + rest)}>(result, {k}, {call});\n}}\n")
 
 
 def main(argv):
-    out, lapack = argv
-    pairs = sorted(lapack_pairs(lapack))
+    if argv and argv[0] == "--missing":
+        for sym in plan(argv[1:])[1]:
+            print(sym)
+        return
+    out, *rest = argv
+    stubs, _, libraries = plan(rest)
     asm = ["  .text\n"]
     data = ["  .data\n  .balign 8\n  .globl qnl_ref_targets\n  .hidden qnl_ref_targets\nqnl_ref_targets:\n"]
-    for k, (sym, _, _) in enumerate(pairs):
-        asm.append(f"  .globl {sym}\n  .type {sym},@function\n{sym}:\n  jmp *qnl_ref_targets+{8 * k}(%rip)\n"
-                   f"  .size {sym},.-{sym}\n"
-                   f"qnl_ref_missing_{k}:\n  movl ${k}, %edi\n  jmp qnl_ref_missing\n")
+    adapters, names = [], []
+    for k, (sym, target, library, cplx, params) in enumerate(stubs):
+        if cplx:
+            adapters.append(adapter(k, sym, cplx, params))
+        else:
+            asm.append(f"  .globl {sym}\n  .type {sym},@function\n{sym}:\n  jmp *qnl_ref_targets+{8 * k}(%rip)\n"
+                       f"  .size {sym},.-{sym}\n")
+        # Until the loader fills the slot, it leads to a report naming the routine.
+        asm.append(f"qnl_ref_missing_{k}:\n  movl ${k}, %edi\n  jmp qnl_ref_missing\n")
         data.append(f"  .quad qnl_ref_missing_{k}\n")
-    names = "".join(f"    {{\"{target}\", {lib}}},\n" for _, target, lib in pairs)
-    text = (banner(lapack) + '#include "forward.h"\n\n'
-            f"namespace qnl_ref {{\nconst Target kTargets[] = {{\n{names}}};\n"
-            f"const int kTargetCount = {len(pairs)};\n}}  // namespace qnl_ref\n\n"
-            'asm(R"(\n' + "".join(asm) + "".join(data) + '  .text\n)");\n')
+        lib = "kSelf" if library == SELF else str(library)
+        names.append(f"    {{\"{target}\", {lib}}},\n")
+    sources = " ".join(Path(p).name for p in rest[:4])
+    text = (banner(sources) + f"// computational libraries: {' '.join(libraries)}\n"
+            "#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n#include \"forward.h\"\n\n"
+            f"namespace qnl_ref {{\nconst Target kTargets[] = {{\n{''.join(names)}}};\n"
+            f"const int kTargetCount = {len(stubs)};\n}}  // namespace qnl_ref\n\n"
+            "using qnl_ref::store_result;\n\n" + "".join(adapters) +
+            '\nasm(R"(\n' + "".join(asm) + "".join(data) + '  .text\n)");\n')
     write_if_changed(out, text)

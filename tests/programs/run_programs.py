@@ -1,0 +1,149 @@
+#!/usr/bin/env python3
+"""Runs the real programs of programs.tbl twice each: on libqnl_rt.so with the
+reference back-end, and on Debian's own OpenBLAS. The facade passes a program
+when both runs count the same passes and the same failures and end alike.
+
+    run_programs.py BUILD_DIR [NAME...]
+
+The facade is reached through links named as the programs' sonames, in a
+folder of their own: the facade finds its back-ends beside the file the links
+lead to. Exits 1 if any program differs.
+"""
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import time
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+DEBIAN = Path("/usr/lib/x86_64-linux-gnu")
+# The sonames the programs need, LP64 and ILP64 (ldd of the programs).
+SONAMES = ["libblas.so.3", "liblapack.so.3", "libcblas.so.3", "libblas64.so.3", "liblapack64.so.3"]
+# Debian's serial OpenBLAS builds: the same code the reference back-end forwards to.
+STOCK_PATH = f"{DEBIAN}/openblas-serial:{DEBIAN}/openblas64-serial"
+
+
+def rows(table):
+    for line in Path(table).read_text().splitlines():
+        line = line.split("#", 1)[0].strip()
+        if not line:
+            continue
+        name, letters, parser, needs, command = line.split(None, 4)
+        for letter in ([""] if letters == "-" else list(letters)):
+            yield name.replace("?", letter), parser, needs, command.replace("?", letter)
+
+
+def count_blas1(text):
+    return text.count("----- PASS -----"), len(re.findall(r"FAIL", text))
+
+
+def count_blas23(text):
+    lines = text.splitlines()
+    return sum("PASSED" in s for s in lines), sum("FAILED" in s or "FATAL" in s for s in lines)
+
+
+def count_lapack(text):
+    passed = failed = 0
+    for line in text.splitlines():
+        if m := re.search(r"\(\s*(\d+) tests run\)", line):
+            passed += int(m.group(1))
+        elif m := re.search(r"(\d+) out of\s+(\d+) tests failed", line):
+            failed += int(m.group(1))
+            passed += int(m.group(2)) - int(m.group(1))
+        elif "passed the tests of the error exits" in line:
+            passed += 1
+        elif "illegal" in line.lower() or " INFO" in line or "failed the tests of the error exits" in line:
+            failed += 1
+    return passed, failed
+
+
+def count_marks(text):
+    lines = text.splitlines()
+    return sum(s.startswith("PASS") for s in lines), sum(s.startswith("FAIL") for s in lines)
+
+
+def count_pytest(text):
+    summary = [s for s in text.splitlines() if re.search(r"\d+ (passed|failed)", s)]
+    last = summary[-1] if summary else ""
+
+    def n(word):
+        m = re.search(rf"(\d+) {word}", last)
+        return int(m.group(1)) if m else 0
+    return n("passed"), n("failed") + n("error")
+
+
+PARSERS = {"blas1": count_blas1, "blas23": count_blas23, "lapack": count_lapack, "marks": count_marks,
+           "pytest": count_pytest}
+
+
+def run(command, env):
+    """Runs one program in a scratch folder; returns (exit code, everything it wrote, seconds)."""
+    with tempfile.TemporaryDirectory(prefix="qnl-program-") as work:
+        start = time.monotonic()
+        p = subprocess.run(["bash", "-c", command], cwd=work, env=env, capture_output=True, text=True,
+                           errors="replace", timeout=1800)
+        seconds = time.monotonic() - start
+        # The Netlib testers write their summaries to files named in their input.
+        files = "".join(f.read_text(errors="replace") for f in sorted(Path(work).glob("*.out")))
+        return p.returncode, p.stdout + p.stderr + files, seconds
+
+
+def main(argv):
+    build = Path(argv[0]).resolve()
+    only = set(argv[1:])
+    facade = build / "lib" / "libqnl_rt.so"
+    links = build / "programs" / "links"
+    links.mkdir(parents=True, exist_ok=True)
+    for soname in SONAMES:
+        link = links / soname
+        if link.is_symlink() or link.exists():
+            link.unlink()
+        link.symlink_to(facade)
+    exported = set(subprocess.run(["nm", "-D", "--defined-only", "--format=just-symbols", str(facade)],
+                                  check=True, capture_output=True, text=True).stdout.split())
+
+    base = dict(os.environ)
+    base.update(BLAS_TESTS=str(DEBIAN / "blas"), LAPACK_TESTS=str(DEBIAN / "lapack"),
+                PROGRAMS=str(build / "programs"), PYTHON="/usr/bin/python3", OMP_NUM_THREADS="1",
+                # The CBLAS testers read this data symbol of the reference CBLAS at start-up.
+                LD_PRELOAD=str(build / "programs" / "libqnl_row_major_strg.so"))
+    for var in ("QNL_VERBOSE", "QNL_INTERFACE_LAYER", "QNL_THREADING_LAYER"):
+        base.pop(var, None)
+    # The sequential layer runs on the serial OpenBLAS build, as the stock run does.
+    on_facade = dict(base, LD_LIBRARY_PATH=str(links), QNL_THREADING_LAYER="sequential")
+    on_stock = dict(base, LD_LIBRARY_PATH=STOCK_PATH)
+
+    jobs, waiting = [], []
+    for name, parser, needs, command in rows(HERE / "programs.tbl"):
+        if only and name not in only:
+            continue
+        if needs != "-" and needs not in exported:
+            waiting.append((name, needs))
+            continue
+        jobs.append((name, parser, command))
+    start = time.monotonic()
+    with ThreadPoolExecutor(max_workers=os.cpu_count() or 2) as pool:
+        runs = [(job, pool.submit(run, job[2], on_facade), pool.submit(run, job[2], on_stock)) for job in jobs]
+        differing = 0
+        print(f"{'program':<14} {'facade passed/failed':>22} {'OpenBLAS passed/failed':>24}  seconds")
+        for (name, parser, _), ours, theirs in runs:
+            rc, text, seconds = ours.result()
+            src, stext, sseconds = theirs.result()
+            got, want = PARSERS[parser](text), PARSERS[parser](stext)
+            same = got == want and rc == src and want[0] > 0
+            differing += not same
+            print(f"{name:<14} {got[0]:>15} / {got[1]:<4} {want[0]:>17} / {want[1]:<4}  {seconds:6.1f} {sseconds:6.1f}"
+                  f"{'' if same else f'  DIFFERS (exit {rc} vs {src})'}", flush=True)
+            if not same:
+                print("---- output on libqnl_rt.so (last 40 lines):\n" + "\n".join(text.splitlines()[-40:]))
+    for name, needs in waiting:
+        print(f"{name:<14} waiting: libqnl_rt.so does not export {needs} yet")
+    print(f"{len(jobs)} programs in {time.monotonic() - start:.1f} s, {differing} differing, {len(waiting)} waiting")
+    return 1 if differing else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
