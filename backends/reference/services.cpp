@@ -1,6 +1,7 @@
 // Service symbols of the reference back-end: scratch memory, clocks, thread
 // counts, version, verbose mode and printing, and the error hooks.
 #include <dlfcn.h>
+#include <link.h>
 
 #include <atomic>
 #include <cctype>
@@ -11,6 +12,7 @@
 #include <thread>
 
 #include "backend_services.h"
+#include "forward.h"
 #include "reference.h"
 
 namespace qnl_ref {
@@ -71,16 +73,94 @@ void release_block(void* p) {
 
 using AppXerbla = void (*)(const char*, const int64_t*, size_t);
 
-// An xerbla_ that the application defines itself takes the place of the
-// facade's export of that name in the process's scope: then the two spellings
-// of the facade's hook no longer resolve to one address.
+// The file of the object that holds an address, or null.
+const char* object_of(const void* address) {
+  Dl_info info;
+  return address && dladdr(address, &info) ? info.dli_fname : nullptr;
+}
+
+struct XerblaSearch {
+  const char* ours[5];  // objects whose xerbla_ is the library's, never the application's
+  void* found;
+};
+
+bool is_ours(const XerblaSearch& s, const char* file) {
+  for (const char* o : s.ours)
+    if (o && std::strcmp(o, file) == 0) return true;
+  return false;
+}
+
+int visit_object(dl_phdr_info* object, size_t, void* data) {
+  auto& s = *static_cast<XerblaSearch*>(data);
+  const char* file = object->dlpi_name && object->dlpi_name[0] ? object->dlpi_name : nullptr;
+  void* h = dlopen(file, RTLD_NOW | RTLD_NOLOAD);
+  if (!h) return 0;
+  void* lower = dlsym(h, "xerbla_");
+  void* upper = dlsym(h, "XERBLA");
+  const char* holder = object_of(lower);
+  // The executable's handle searches the global scope, whose first definition is
+  // the executable's own if it has one; any other object must hold the
+  // definition itself rather than reach it among its dependencies.
+  const bool own_definition = holder && (!file || std::strcmp(holder, file) == 0);
+  // The facade's hook has its spellings as one body; an application's has not.
+  if (own_definition && lower != upper && !is_ours(s, holder)) s.found = lower;
+  dlclose(h);
+  return s.found != nullptr;
+}
+
+// An xerbla_ that the application defines itself, in the executable or in a
+// module loaded with RTLD_LOCAL (as Python extensions are), takes the place of
+// the facade's hook: the dynamic linker would have bound the BLAS's own calls
+// to it. The first such definition in load order wins.
 AppXerbla application_xerbla() {
   static const AppXerbla app = [] {
-    void* lower = dlsym(RTLD_DEFAULT, "xerbla_");
-    void* upper = dlsym(RTLD_DEFAULT, "XERBLA");
-    return lower && upper && lower != upper ? reinterpret_cast<AppXerbla>(lower) : nullptr;
+    XerblaSearch s{{object_of(reinterpret_cast<void*>(&object_of)), object_of(computational_symbol("xerbla_")),
+                    object_of(computational_symbol("dgemm_")), object_of(computational_symbol("xerbla_", kTestMatrix)),
+                    object_of(computational_symbol("dlatm1_", kTestMatrix))},
+                   nullptr};
+    dl_iterate_phdr(visit_object, &s);
+    return reinterpret_cast<AppXerbla>(s.found);
   }();
   return app;
+}
+
+using AppCblasXerbla = void (*)(int, const char*, const char*, ...);
+
+// The facade exports no cblas_xerbla, so one found in the process is the
+// application's (the CBLAS testers check their error exits through it).
+AppCblasXerbla application_cblas_xerbla() {
+  static const AppCblasXerbla app = reinterpret_cast<AppCblasXerbla>(dlsym(RTLD_DEFAULT, "cblas_xerbla"));
+  return app;
+}
+
+// Programs written for the reference CBLAS read its flag RowMajorStrg in their
+// cblas_xerbla: while it is set, they expect the number a row-major call reports
+// to be that of the argument in the exchanged column-major call, and map it back.
+// The C layer reports the caller's own positions, so for those programs the
+// number is exchanged here first; each rule is its own inverse.
+struct RowMajorExchange {
+  const char* routine;  // part of the C name, first match wins
+  int pairs[2][2];
+};
+constexpr RowMajorExchange kRowMajorExchanges[] = {
+    {"gemm", {{4, 5}, {9, 11}}}, {"symm", {{4, 5}, {0, 0}}}, {"hemm", {{4, 5}, {0, 0}}},
+    {"trmm", {{6, 7}, {0, 0}}},  {"trsm", {{6, 7}, {0, 0}}}, {"gemv", {{3, 4}, {0, 0}}},
+    {"gbmv", {{3, 4}, {5, 6}}},  {"ger", {{2, 3}, {6, 8}}},  {"her2k", {{0, 0}, {0, 0}}},
+    {"her2", {{6, 8}, {0, 0}}},  {"hpr2", {{6, 8}, {0, 0}}},
+};
+
+int row_major_number(const char* routine, int info) {
+  static const int* const flag = static_cast<const int*>(dlsym(RTLD_DEFAULT, "RowMajorStrg"));
+  if (!flag || *flag == 0) return info;
+  for (const RowMajorExchange& e : kRowMajorExchanges) {
+    if (!std::strstr(routine, e.routine)) continue;
+    for (const auto& pair : e.pairs) {
+      if (info == pair[0]) return pair[1];
+      if (info == pair[1]) return pair[0];
+    }
+    return info;
+  }
+  return info;
 }
 
 double monotonic_seconds() {
@@ -243,6 +323,14 @@ void qnl_serv_default_xerbla(void* name, void* info, int32_t len) {
 }
 void qnl_serv_xerbla(void* name, void* info, int32_t len) {
   if (XerblaHook h = g_xerbla.load()) return h(static_cast<const char*>(name), static_cast<const int32_t*>(info), len);
+  const char* s = static_cast<const char*>(name);
+  if (AppCblasXerbla app = application_cblas_xerbla(); app && len > 6 && std::strncmp(s, "cblas_", 6) == 0) {
+    // A report of the C layer goes to the application's cblas_xerbla under the
+    // routine's C name, as a C string.
+    char routine[64];
+    std::snprintf(routine, sizeof routine, "%.*s", trimmed_length(s, len), s);
+    return app(row_major_number(routine, *static_cast<const int32_t*>(info)), routine, "");
+  }
   if (AppXerbla app = application_xerbla()) {
     // The application's own Fortran xerbla_: its INTEGER may be 32 or 64 bits
     // wide, and a sign-extended 64-bit copy reads right either way.

@@ -36,6 +36,38 @@ def rows(table):
             yield name.replace("?", letter), parser, needs, command.replace("?", letter)
 
 
+def deliberate(table):
+    """Program name -> [(routine, set of complaints)] from deliberate.tbl."""
+    found = {}
+    for line in Path(table).read_text().splitlines():
+        line = line.split("#", 1)[0].strip()
+        if not line:
+            continue
+        name, letters, routine, complaint = line.split(None, 3)
+        for letter in ([""] if letters == "-" else list(letters)):
+            found.setdefault(name.replace("?", letter), []).append(
+                (routine.replace("?", letter), complaint.replace("?", letter)))
+    return found
+
+
+def accept_deliberate(text, expected):
+    """The output with each routine's error-exit failure turned into a pass where
+    the routine's complaints are exactly the expected ones; the accepted ones."""
+    accepted = []
+    lines = text.splitlines()
+    for routine in sorted({r for r, _ in expected}):
+        want = {c for r, c in expected if r == routine}
+        complaints = {s.strip(" *") for s in lines if s.strip().startswith("*****") and routine in s
+                      and "ERROR-EXITS" not in s}
+        if complaints != want:
+            continue
+        failed = f"{routine} FAILED THE TESTS OF ERROR-EXITS"
+        lines = [s.replace(failed, f"{routine} PASSED THE TESTS OF ERROR-EXITS") for s in lines
+                 if s.strip(" *") not in want]
+        accepted.append(routine)
+    return "\n".join(lines), accepted
+
+
 def count_blas1(text):
     return text.count("----- PASS -----"), len(re.findall(r"FAIL", text))
 
@@ -116,6 +148,7 @@ def main(argv):
     on_facade = dict(base, LD_LIBRARY_PATH=str(links), QNL_THREADING_LAYER="sequential")
     on_stock = dict(base, LD_LIBRARY_PATH=STOCK_PATH)
 
+    allowed = deliberate(HERE / "deliberate.tbl")
     jobs, waiting = [], []
     for name, parser, needs, command in rows(HERE / "programs.tbl"):
         if only and name not in only:
@@ -132,11 +165,13 @@ def main(argv):
         for (name, parser, _), ours, theirs in runs:
             rc, text, seconds = ours.result()
             src, stext, sseconds = theirs.result()
+            text, accepted = accept_deliberate(text, allowed.get(name, []))
             got, want = PARSERS[parser](text), PARSERS[parser](stext)
             same = got == want and rc == src and want[0] > 0
             differing += not same
             print(f"{name:<14} {got[0]:>15} / {got[1]:<4} {want[0]:>17} / {want[1]:<4}  {seconds:6.1f} {sseconds:6.1f}"
-                  f"{'' if same else f'  DIFFERS (exit {rc} vs {src})'}", flush=True)
+                  f"{'' if same else f'  DIFFERS (exit {rc} vs {src})'}"
+                  f"{'  (by design: ' + ', '.join(accepted) + ')' if accepted else ''}", flush=True)
             if not same:
                 print("---- output on libqnl_rt.so (last 40 lines):\n" + "\n".join(text.splitlines()[-40:]))
     for name, needs in waiting:
