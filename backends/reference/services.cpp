@@ -80,13 +80,18 @@ const char* object_of(const void* address) {
 }
 
 struct XerblaSearch {
-  const char* ours[5];  // objects whose xerbla_ is the library's, never the application's
+  const char* shim;  // takes OpenBLAS's reports for this back-end
   void* found;
 };
 
-bool is_ours(const XerblaSearch& s, const char* file) {
-  for (const char* o : s.ours)
-    if (o && std::strcmp(o, file) == 0) return true;
+// A BLAS or LAPACK library (an OpenBLAS build, whoever loaded it) defines dgemm_
+// or dgetrf_ beside its xerbla_; an application that links them does not.
+bool is_blas_library(void* handle, const char* file) {
+  static const char* const kRoutines[] = {"dgemm_", "dgetrf_"};
+  for (const char* routine : kRoutines) {
+    const char* holder = object_of(dlsym(handle, routine));
+    if (holder && std::strcmp(holder, file) == 0) return true;
+  }
   return false;
 }
 
@@ -103,7 +108,8 @@ int visit_object(dl_phdr_info* object, size_t, void* data) {
   // definition itself rather than reach it among its dependencies.
   const bool own_definition = holder && (!file || std::strcmp(holder, file) == 0);
   // The facade's hook has its spellings as one body; an application's has not.
-  if (own_definition && lower != upper && !is_ours(s, holder)) s.found = lower;
+  if (own_definition && lower != upper && !(s.shim && std::strcmp(s.shim, holder) == 0) && !is_blas_library(h, holder))
+    s.found = lower;
   dlclose(h);
   return s.found != nullptr;
 }
@@ -114,10 +120,7 @@ int visit_object(dl_phdr_info* object, size_t, void* data) {
 // to it. The first such definition in load order wins.
 AppXerbla application_xerbla() {
   static const AppXerbla app = [] {
-    XerblaSearch s{{object_of(reinterpret_cast<void*>(&object_of)), object_of(computational_symbol("xerbla_")),
-                    object_of(computational_symbol("dgemm_")), object_of(computational_symbol("xerbla_", kTestMatrix)),
-                    object_of(computational_symbol("dlatm1_", kTestMatrix))},
-                   nullptr};
+    XerblaSearch s{object_of(computational_symbol("xerbla_")), nullptr};
     dl_iterate_phdr(visit_object, &s);
     return reinterpret_cast<AppXerbla>(s.found);
   }();
@@ -143,10 +146,9 @@ struct RowMajorExchange {
   int pairs[2][2];
 };
 constexpr RowMajorExchange kRowMajorExchanges[] = {
-    {"gemm", {{4, 5}, {9, 11}}}, {"symm", {{4, 5}, {0, 0}}}, {"hemm", {{4, 5}, {0, 0}}},
-    {"trmm", {{6, 7}, {0, 0}}},  {"trsm", {{6, 7}, {0, 0}}}, {"gemv", {{3, 4}, {0, 0}}},
-    {"gbmv", {{3, 4}, {5, 6}}},  {"ger", {{2, 3}, {6, 8}}},  {"her2k", {{0, 0}, {0, 0}}},
-    {"her2", {{6, 8}, {0, 0}}},  {"hpr2", {{6, 8}, {0, 0}}},
+    {"gemm", {{4, 5}, {9, 11}}}, {"symm", {{4, 5}, {0, 0}}}, {"hemm", {{4, 5}, {0, 0}}}, {"trmm", {{6, 7}, {0, 0}}},
+    {"trsm", {{6, 7}, {0, 0}}},  {"gemv", {{3, 4}, {0, 0}}}, {"gbmv", {{3, 4}, {5, 6}}}, {"ger", {{2, 3}, {6, 8}}},
+    {"her2k", {{0, 0}, {0, 0}}}, {"her2", {{6, 8}, {0, 0}}}, {"hpr2", {{6, 8}, {0, 0}}},
 };
 
 int row_major_number(const char* routine, int info) {
@@ -221,11 +223,21 @@ int64_t qnl_serv_mem_stat(void* nbuffers) {
 int64_t qnl_serv_peak_mem_usage(int32_t mode) {
   // 0 disables, 1 enables, 2 reports, 3 reports and resets, as the classic service does.
   switch (mode) {
-    case 0: g_peak_mode = 0; return 0;
-    case 1: g_peak_mode = 1; g_peak = g_bytes.load(); return 0;
-    case 2: return g_peak_mode ? g_peak.load() : -1;
-    case 3: { int64_t p = g_peak_mode ? g_peak.exchange(g_bytes.load()) : -1; return p; }
-    default: return -1;
+    case 0:
+      g_peak_mode = 0;
+      return 0;
+    case 1:
+      g_peak_mode = 1;
+      g_peak = g_bytes.load();
+      return 0;
+    case 2:
+      return g_peak_mode ? g_peak.load() : -1;
+    case 3: {
+      int64_t p = g_peak_mode ? g_peak.exchange(g_bytes.load()) : -1;
+      return p;
+    }
+    default:
+      return -1;
   }
 }
 int32_t qnl_serv_set_memory_limit(int32_t, uint64_t) { return 0; }
@@ -306,7 +318,9 @@ int32_t qnl_serv_set_mpi(int32_t, void*) { return 0; }
 void qnl_serv_set_exit_handler(void*) {}
 
 // hooks
-void* qnl_serv_set_xerbla(void* h) { return reinterpret_cast<void*>(g_xerbla.exchange(reinterpret_cast<XerblaHook>(h))); }
+void* qnl_serv_set_xerbla(void* h) {
+  return reinterpret_cast<void*>(g_xerbla.exchange(reinterpret_cast<XerblaHook>(h)));
+}
 void* qnl_serv_set_progress(void* h) {
   return reinterpret_cast<void*>(g_progress.exchange(reinterpret_cast<ProgressHook>(h)));
 }
