@@ -21,6 +21,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "element_type.h"
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -87,14 +89,6 @@ void report(const Row& r, double lib, double loop, double copy) {
               copy / lib);
 }
 
-template <class E>
-char letter() {
-  if constexpr (std::is_same_v<E, float>) return 's';
-  if constexpr (std::is_same_v<E, double>) return 'd';
-  if constexpr (std::is_same_v<E, std::complex<float>>) return 'c';
-  return 'z';
-}
-
 // The library's entry for type letter t, with the C signature F.
 template <class F>
 F* entry(char t, const char* stem) {
@@ -121,7 +115,7 @@ Scalar<E> by_kind(const E& v) {
 template <class E>
 void run(int nz, int length, const std::vector<int>& indx) {
   std::vector<E> x(nz, E(1.5)), y(length, E(0.5));
-  const char t = letter<E>();
+  const char t = qnl_test::kLetter<E>;
   const double values = static_cast<double>(nz) * sizeof(E), indices = static_cast<double>(nz) * 4;
   // memcpy of as many bytes as the routine moves (what it reads and what it writes)
   auto copy_seconds = [&](double moved) {

@@ -26,18 +26,31 @@ inline void level3_layout(int layout, const Checker& bad, Body body) {
     bad(true, 1);
 }
 
-template <class I, class D, class S>
-inline void gemm(int layout, int transa, int transb, I m, I n, I k, S alpha, const void* a, I lda, const void* b, I ldb,
-                 S beta, void* c, I ldc) {
+// The checks of the GEMM forms: options, sizes, then the layout's leading dimensions,
+// numbered from `lda_number` on (the compute form has no alpha, so its numbers are one
+// lower). An operand marked packed has no leading dimension to check. `call` gets the
+// Fortran characters and whether the problem is row-major.
+template <class I, class D, class Call>
+inline void gemm_checked(int layout, int transa, int transb, const char* ta, const char* tb, I m, I n, I k, I lda,
+                         I ldb, I ldc, int lda_number, Call call) {
   const Checker bad{D::name};
-  const char* ta = trans_char(transa);
-  const char* tb = trans_char(transb);
   if (bad(!ta, 2) || bad(!tb, 3) || bad(m < 0, 4) || bad(n < 0, 5) || bad(k < 0, 6)) return;
   const bool na = transa == kNoTrans, nb = transb == kNoTrans;
   level3_layout<D>(layout, bad, [&](bool row) {
-    if (bad(lda < max1(rows(row, na, m, k)), 9) || bad(ldb < max1(rows(row, nb, k, n)), 11) ||
-        bad(ldc < max1(row ? n : m), 14))
+    if ((transa != kPacked && bad(lda < max1(rows(row, na, m, k)), lda_number)) ||
+        (transb != kPacked && bad(ldb < max1(rows(row, nb, k, n)), lda_number + 2)) ||
+        bad(ldc < max1(row ? n : m), lda_number + 5))
       return;
+    call(row);
+  });
+}
+
+template <class I, class D, class S>
+inline void gemm(int layout, int transa, int transb, I m, I n, I k, S alpha, const void* a, I lda, const void* b, I ldb,
+                 S beta, void* c, I ldc) {
+  const char* ta = trans_char(transa);
+  const char* tb = trans_char(transb);
+  gemm_checked<I, D>(layout, transa, transb, ta, tb, m, n, k, lda, ldb, ldc, 9, [&](bool row) {
     if (row)
       fortran(D::fortran, tb, ta, n, m, k, alpha, b, ldb, a, lda, beta, c, ldc);
     else
@@ -203,16 +216,9 @@ inline const char* compute_char(int t) { return t == kPacked ? "P" : trans_char(
 template <class I, class D, class S>
 inline void gemm_compute(int layout, int transa, int transb, I m, I n, I k, const void* a, I lda, const void* b, I ldb,
                          S beta, void* c, I ldc) {
-  const Checker bad{D::name};
   const char* ta = compute_char(transa);
   const char* tb = compute_char(transb);
-  if (bad(!ta, 2) || bad(!tb, 3) || bad(m < 0, 4) || bad(n < 0, 5) || bad(k < 0, 6)) return;
-  const bool na = transa == kNoTrans, nb = transb == kNoTrans;
-  level3_layout<D>(layout, bad, [&](bool row) {
-    // An operand already packed has no leading dimension to check.
-    if ((transa != kPacked && bad(lda < max1(rows(row, na, m, k)), 8)) ||
-        (transb != kPacked && bad(ldb < max1(rows(row, nb, k, n)), 10)) || bad(ldc < max1(row ? n : m), 13))
-      return;
+  gemm_checked<I, D>(layout, transa, transb, ta, tb, m, n, k, lda, ldb, ldc, 8, [&](bool row) {
     if (row)
       fortran(D::fortran, tb, ta, n, m, k, b, ldb, a, lda, beta, c, ldc);
     else

@@ -49,7 +49,7 @@ using Overrides = std::map<std::string, double>;
 
 // Arguments of one call. Defaults pass every check: column-major, NoTrans, Upper, NonUnit,
 // Left, matrix A; sizes 2, band widths 1, leading dimensions 50, increments 1; scalars
-// 1 + position / 8 (with an imaginary part 0.5 when complex); arrays point into buffers of
+// 1 + position / 8 (with 0.5 as imaginary component when complex); arrays point into buffers of
 // their own.
 template <class I>
 class Args {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cblas_harness.h"
+#include "element_type.h"
 
 namespace {
 
@@ -19,26 +20,9 @@ struct Config {
   static constexpr int layer = Layer_;
 };
 
-template <class E>
-constexpr bool kComplex = !std::is_floating_point_v<E>;
-template <class E>
-struct RealOf {
-  using type = E;
-};
-template <class R>
-struct RealOf<std::complex<R>> {
-  using type = R;
-};
-template <class E>
-using Real = typename RealOf<E>::type;
-
-template <class E>
-char letter() {
-  if constexpr (std::is_same_v<E, float>) return 's';
-  if constexpr (std::is_same_v<E, double>) return 'd';
-  if constexpr (std::is_same_v<E, std::complex<float>>) return 'c';
-  return 'z';
-}
+using qnl_test::kComplex;
+using qnl_test::kLetter;
+using qnl_test::Real;
 
 template <class F>
 F* entry(char t, const char* stem) {
@@ -73,7 +57,7 @@ class CblasSparse : public testing::Test {
 
   std::vector<I> indx;
   std::vector<E> x, y;
-  const char t = letter<E>();
+  const char t = kLetter<E>;
 };
 
 using Configs =

@@ -206,7 +206,7 @@ TYPED_TEST(BackendMixed, RealTimesComplexMatrix) {
   ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
   using F = void(const char*, const char*, const int32_t*, const int32_t*, const int32_t*, const C*, const R*,
                  const int32_t*, const C*, const int32_t*, const C*, C*, const int32_t*);
-  auto* f = entry<F, C>(Letter<C>::value == 'c' ? "scgemm" : "dzgemm");
+  auto* f = entry<F, C>(kLetter<C> == 'c' ? "scgemm" : "dzgemm");
   for (char ta : {'N', 'T', 'C'})
     for (char tb : {'N', 'T', 'C'})
       for (bool zero_beta : {false, true}) {
@@ -232,7 +232,7 @@ TYPED_TEST(BackendMixed, RealTimesComplexVector) {
   ASSERT_EQ(QNL_Set_Interface_Layer(1), 1);
   using F = void(const char*, const int64_t*, const int64_t*, const C*, const R*, const int64_t*, const C*,
                  const int64_t*, const C*, C*, const int64_t*);
-  auto* f = entry<F, C>(Letter<C>::value == 'c' ? "scgemv_" : "dzgemv_");
+  auto* f = entry<F, C>(kLetter<C> == 'c' ? "scgemv_" : "dzgemv_");
   const int64_t m = 14, n = 6, lda = 16;
   const Matrix<R> a(m, n, lda - m, 8);
   for (char trans : {'N', 'T'})

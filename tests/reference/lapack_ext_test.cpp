@@ -115,7 +115,7 @@ TYPED_TEST(BackendLapackExt, TridiagonalZeroPivotAndBadOptions) {
   EXPECT_EQ(info, 3);
   std::vector<T> b(8, T(1));
   const int32_t two = 2, ldb = 4, small = 3;
-  const std::string name = upper(std::string(1, Letter<T>::value) + "DTTRSB");
+  const std::string name = upper(std::string(1, kLetter<T>) + "DTTRSB");
   struct Bad {
     const char* trans;
     const int32_t* ldb;
@@ -195,7 +195,7 @@ TYPED_TEST(BackendLapackExt, PackedTriangleBadArguments) {
   std::vector<T> ap(16, T(5)), a(16, T(6));
   for (const char* pattern : {"qnl_%ctppack", "qnl_%ctpunpack"}) {
     char name[32];
-    std::snprintf(name, sizeof name, pattern, Letter<T>::value);
+    std::snprintf(name, sizeof name, pattern, kLetter<T>);
     for (const Bad& b : bad) {
       int32_t info = 0;
       testing::internal::CaptureStdout();

@@ -108,7 +108,7 @@ TYPED_TEST(BackendLu, BadArgumentsSetInfoAndReport) {
   std::vector<T> a(32, T(7));
   for (const char* pattern : {"qnl_%cgetrfnpi", "qnl_%cgetf2npi"}) {
     char name[32];
-    std::snprintf(name, sizeof name, pattern, Letter<T>::value);
+    std::snprintf(name, sizeof name, pattern, kLetter<T>);
     for (const Bad& b : bad) {
       int32_t info = 0;
       testing::internal::CaptureStdout();

@@ -9,26 +9,13 @@
 #include <string>
 #include <type_traits>
 
+#include "element_type.h"
+
 namespace ref_test {
 
-template <class T>
-struct RealOf {
-  using type = T;
-};
-template <class R>
-struct RealOf<std::complex<R>> {
-  using type = R;
-};
-template <class T>
-using Real = typename RealOf<T>::type;
-template <class T>
-constexpr bool kComplex = !std::is_same_v<T, Real<T>>;
-
-// The type's letter: s, d, c, z.
-template <class T>
-struct Letter {
-  static constexpr char value = std::is_same_v<Real<T>, float> ? (kComplex<T> ? 'c' : 's') : (kComplex<T> ? 'z' : 'd');
-};
+using qnl_test::kComplex;
+using qnl_test::kLetter;
+using qnl_test::Real;
 
 using AllTypes = ::testing::Types<float, double, std::complex<float>, std::complex<double>>;
 
@@ -67,7 +54,7 @@ double eps() {
 template <class F, class T>
 F* entry(const char* pattern) {
   char name[64];
-  std::snprintf(name, sizeof name, pattern, Letter<T>::value);
+  std::snprintf(name, sizeof name, pattern, kLetter<T>);
   void* p = dlsym(RTLD_DEFAULT, name);
   EXPECT_NE(p, nullptr) << name;
   return reinterpret_cast<F*>(p);

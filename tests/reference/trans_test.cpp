@@ -23,7 +23,7 @@ F* named_entry(const std::string& stem, bool c_spelling) {
 
 template <class T>
 std::string stem(const char* family, bool c_spelling) {
-  const char l = Letter<T>::value;
+  const char l = kLetter<T>;
   return std::string(1, c_spelling ? static_cast<char>(l - 32) : l) + family;
 }
 
@@ -205,7 +205,7 @@ TYPED_TEST(BackendTrans, BadArgumentsAreReportedAndNothingIsWritten) {
   auto* copy = named_entry<C1>(stem<T>("omatcopy", true), true);
   auto* fcopy = named_entry<F1>(stem<T>("omatcopy", false), false);
   auto* add = named_entry<CA>(stem<T>("omatadd", true), true);
-  const char L = static_cast<char>(Letter<T>::value - 32);
+  const char L = static_cast<char>(kLetter<T> - 32);
   const std::string copy_name = std::string("QNL_") + L + "OMATCOPY", add_name = std::string("QNL_") + L + "OMATADD";
   std::vector<T> a(64, value<T>(1)), b(64, value<T>(2));
   const T one = scalar<T>(1.0);
