@@ -23,7 +23,14 @@ struct QnlRuntimeState {
 extern QnlRuntimeState qnl_rt_state QNL_HIDDEN;
 }
 
+// A Fortran integer at the interface layer's width, 32 bits under LP64 and 64 under
+// ILP64: the by-reference bodies take its address and read it at the layer in force.
+struct QnlLayerInt;
+
 namespace qnl {
+
+// The address a frame reads, whatever type the body's prototype gives it.
+inline void* vp(const void* p) { return const_cast<void*>(p); }
 
 using RuntimeState = QnlRuntimeState;
 inline RuntimeState& g_state = qnl_rt_state;

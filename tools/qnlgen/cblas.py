@@ -151,7 +151,7 @@ def bodies(r):
 def selector(r):
     """The export: reads the interface layer, settles it when unset, and jumps to a body."""
     lp, ilp, sym = r.body("lp64"), r.body("ilp64"), r.export
-    return (f"QNL_CBLAS_SELECTOR({sym}, {lp}, {ilp})\n")
+    return (f"QNL_C_SELECTOR({sym}, {lp}, {ilp})\n")
 
 
 def main(argv):

@@ -203,7 +203,8 @@ def shard(items, count):
 
 
 def entry_source(family, part):
-    text = [banner(family.label), family.head]
+    # Each shard sees the prototypes of its own bodies: a definition that strays fails to build.
+    text = [banner(family.label), family.head, f'#include "{family.name}_gen.h"\n\n']
     preludes = [e.prelude for e in part if e.prelude]
     if preludes:
         # Traits stay in an unnamed namespace; the bodies are extern "C" and hidden.

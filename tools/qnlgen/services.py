@@ -111,7 +111,7 @@ def family(tables):
                 for sym, (res, params) in sorted(backend_symbols(rows).items())]
     return Family(
         "services", table, items, backends,
-        head='#include <cstdint>\n#include "entry.h"\n#include "services_gen.h"\n\n',
+        head='#include <cstdint>\n#include "entry.h"\n',
         header_head="#include <cstdint>\n\n#include \"entry.h\"\n\n"
                     "// Hidden bodies of the service entries, for the library's own frames.\n",
         header_tail=custom,
