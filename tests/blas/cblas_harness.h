@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "blas_cases.h"
+#include "blas_cases.inc"
 #include "blas_harness.h"
 #include "cblas_cases.h"
 #include "probe_backend.h"
