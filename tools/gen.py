@@ -17,8 +17,8 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 
 from qnlgen import blas, cblas, exports, lapack, matcopy, messages, model, reference, services  # noqa: E402
 
-FAMILIES = {"services": services, "matcopy": matcopy, "blas": blas}
-OLD = {"cblas": cblas, "lapack": lapack}
+FAMILIES = {"services": services, "matcopy": matcopy, "blas": blas, "cblas": cblas}
+OLD = {"lapack": lapack}
 
 
 def family(argv):

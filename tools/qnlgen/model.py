@@ -31,9 +31,12 @@ The bodies are compiled into the facade, the names exported, the stand-ins built
 every probe back-end and the cases generated for the tests; nothing else changes.
 
 An entry whose parameters have the `twin` width rule gets two bodies, one per interface
-layer (`qnl_lp64_<name>`, `qnl_ilp64_<name>`; "{I}" in a parameter's C type is the
-layer's integer), and each exported spelling is a C-layer selector (src/runtime/
-c_select.h) that jumps to the body of the layer in force.
+layer (`qnl_lp64_<name>`, `qnl_ilp64_<name>` for a `symbol` qnl_<name>; "{I}" in a
+parameter's C type and in the call is the layer's integer). With `selector` set, each
+exported spelling is a C-layer selector (QNL_C_SELECTOR, src/runtime/c_select.h, which
+the family's sources must include) that settles the interface layer on first use and
+jumps to the body of the layer in force, every argument register untouched; an entry
+without twin parameters has one body that both layers reach. See cblas.py.
 """
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -103,6 +106,7 @@ class Entry:
     before: str = ""       # file-scope code ahead of the body
     after: str = ""        # file-scope code after the aliases (twins: before the selectors)
     symbol: str = None
+    selector: bool = False  # the exports are C-layer selectors (also without twin bodies)
     hidden: bool = True    # generated here; False for a hand-written body
     header: bool = True    # declared in <name>_gen.h
     width_exports: bool = False  # twins: the bodies are also exported as <export>_lp64/_ilp64
@@ -117,11 +121,18 @@ class Entry:
         return any(p.width == TWIN for p in self.params)
 
     def twin_body(self, width):
-        return self.body.replace("qnl_", f"qnl_{width}_", 1)
+        """The body of a layer: its own for a twin, the one body otherwise."""
+        return self.body.replace("qnl_", f"qnl_{width}_", 1) if self.twin else self.body
+
+    def bodies(self):
+        """(symbol, layer's integer, layer or None) of each body."""
+        if self.twin:
+            return [(self.twin_body(w), integer, w) for w, integer in WIDTHS]
+        return [(self.body, "int64_t", None)]
 
     def names(self):
         out = list(self.exports)
-        if self.twin and self.width_exports:
+        if self.width_exports:
             out += [f"{e}_{w}" for e in self.exports for w, _ in WIDTHS]
         return out
 
@@ -134,29 +145,24 @@ class Entry:
                          for k, p in enumerate(self.params))
 
     def definitions(self):
-        """The body (or twin bodies), their aliases and selectors."""
+        """The body (or twin bodies), their aliases, and the selectors of a C layer."""
         out = [self.before]
-        if not self.twin:
-            out.append(f"extern \"C\" QNL_HIDDEN {self.result} {self.body}({self.prototype()}) {{\n{self.call}}}\n")
-            out += [f"QNL_ALIAS({self.body}, {s})\n" for s in self.exports]
-            out.append(self.after)
-        else:
-            for width, integer in WIDTHS:
-                sym = self.twin_body(width)
-                out.append(f"extern \"C\" QNL_HIDDEN {self.result} {sym}({self.prototype(integer)}) {{\n"
-                           f"{self.call.replace('{I}', integer)}}}\n")
-                if self.width_exports:
-                    out += [f"QNL_ALIAS({sym}, {s}_{width})\n" for s in self.exports]
-            out.append(self.after)
+        for sym, integer, width in self.bodies():
+            out.append(f"extern \"C\" QNL_HIDDEN {self.result} {sym}({self.prototype(integer)}) {{\n"
+                       f"{self.call.replace('{I}', integer)}}}\n")
+            if self.width_exports and width:
+                out += [f"QNL_ALIAS({sym}, {s}_{width})\n" for s in self.exports]
+            if not self.selector:
+                out += [f"QNL_ALIAS({sym}, {s})\n" for s in self.exports]
+        out.append(self.after)
+        if self.selector:
             out += [f"QNL_C_SELECTOR({s}, {self.twin_body('lp64')}, {self.twin_body('ilp64')})\n"
                     for s in self.exports]
         return "".join(out) + "\n"
 
     def declarations(self):
-        if not self.twin:
-            return [f"extern \"C\" QNL_HIDDEN {self.result} {self.body}({self.prototype(named=False)});\n"]
-        return [f"extern \"C\" QNL_HIDDEN {self.result} {self.twin_body(w)}({self.prototype(i, named=False)});\n"
-                for w, i in WIDTHS]
+        return [f"extern \"C\" QNL_HIDDEN {self.result} {sym}({self.prototype(integer, named=False)});\n"
+                for sym, integer, _ in self.bodies()]
 
 
 @dataclass
