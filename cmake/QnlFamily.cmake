@@ -1,11 +1,14 @@
 # One call per family of entries (see tools/qnlgen/model.py):
 #
 #   qnl_family(NAME <name> TABLES <table>... [SHARDS <n>] [DIR <folder>]
+#              [SOURCES <file>...] [INCLUDES <folder>...]
 #              [PROBE [PROBE_SHARDS <n>] [PROBE_SKIP <file>]] [CASES])
 #
 # generates, in DIR (default ${QNL_GEN}/<name>), the SHARDS entry sources that the
 # facade compiles, <name>_gen.h (typed prototypes of the hidden bodies),
-# backend_<name>.h and <name>.names (merged into the version script). PROBE gives
+# backend_<name>.h and <name>.names (merged into the version script). SOURCES are the
+# family's hand-written sources (its frame), compiled into the facade with INCLUDES
+# (and DIR) on the include path. PROBE gives
 # every probe back-end the family's stand-ins (PROBE_SKIP: symbols written by hand
 # there), CASES gives the tests <name>_cases.inc. Call it from src/ (or a file src/
 # includes): the facade's targets live there.
@@ -21,7 +24,7 @@ function(qnl_shard_files out dir stem count)
 endfunction()
 
 function(qnl_family)
-  cmake_parse_arguments(F "PROBE;CASES" "NAME;SHARDS;DIR;PROBE_SHARDS;PROBE_SKIP" "TABLES" ${ARGN})
+  cmake_parse_arguments(F "PROBE;CASES" "NAME;SHARDS;DIR;PROBE_SHARDS;PROBE_SKIP" "TABLES;SOURCES;INCLUDES" ${ARGN})
   if(NOT F_NAME OR NOT F_TABLES OR F_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "qnl_family: NAME and TABLES are required (${F_UNPARSED_ARGUMENTS})")
   endif()
@@ -43,9 +46,17 @@ function(qnl_family)
     DEPENDS ${F_TABLES} ${QNL_GENERATOR} ${QNL_GENERATOR_SOURCES}
     COMMENT "Generating the ${name} entries")
   set_property(GLOBAL APPEND PROPERTY QNL_FAMILIES ${name})
-  set_property(GLOBAL APPEND PROPERTY QNL_FAMILY_SOURCES ${sources})
+  set(own)
+  foreach(file IN LISTS F_SOURCES F_INCLUDES)
+    get_filename_component(file ${file} ABSOLUTE BASE_DIR ${CMAKE_CURRENT_SOURCE_DIR})
+    list(APPEND own ${file})
+  endforeach()
+  list(LENGTH F_SOURCES count)
+  list(SUBLIST own 0 ${count} own_sources)
+  list(SUBLIST own ${count} -1 own_includes)
+  set_property(GLOBAL APPEND PROPERTY QNL_FAMILY_SOURCES ${sources} ${own_sources})
   set_property(GLOBAL APPEND PROPERTY QNL_FAMILY_OUTPUTS ${outputs})
-  set_property(GLOBAL APPEND PROPERTY QNL_FAMILY_DIRS ${F_DIR})
+  set_property(GLOBAL APPEND PROPERTY QNL_FAMILY_DIRS ${F_DIR} ${own_includes})
   set_property(GLOBAL APPEND PROPERTY QNL_EXPORT_LISTS ${F_DIR}/${name}.names)
   set_property(GLOBAL PROPERTY QNL_FAMILY_${name}_TABLES ${F_TABLES})
   if(F_PROBE)

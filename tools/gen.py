@@ -17,8 +17,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 
 from qnlgen import blas, cblas, exports, lapack, matcopy, messages, model, reference, services  # noqa: E402
 
-FAMILIES = {"services": services, "matcopy": matcopy, "blas": blas, "cblas": cblas}
-OLD = {"lapack": lapack}
+FAMILIES = {"services": services, "matcopy": matcopy, "blas": blas, "cblas": cblas, "lapack": lapack}
 
 
 def family(argv):
@@ -48,7 +47,6 @@ COMMANDS = {
     "exports": exports.main,
     "reference": reference.main,
 }
-COMMANDS.update({name: module.main for name, module in OLD.items()})
 
 if __name__ == "__main__":
     if len(sys.argv) < 2 or sys.argv[1] not in COMMANDS:
