@@ -67,8 +67,9 @@ VOCABULARY = """\
 # LAPACK integer arrays take two- and three-letter words (io ii iio iw ix lw: see
 # lapack.sig); the services spell sized forms as words (i32 u64 f64 ptr ptr* i32v).
 # Result letters:
-#   -  none   i int32   l int64   s float   d double   c complex float
-#   z  complex double   a character   p pointer
+#   -  none   s float   d double   c complex float   z complex double
+#   i  integer: int32 (services), a Fortran INTEGER of the layer's width (LAPACK)
+#   l  64-bit integer (a LOGICAL function in LAPACK)   a character   p pointer
 #   R  real type of the prefix   T element type of the prefix
 #   P  pointer to the element type   Z CBLAS_INDEX (size_t)
 """
