@@ -8,21 +8,25 @@
     gen.py exports OUT NAMEFILE...
     gen.py reference OUT BLAS_TABLE LAPACK_TABLE LAPACK_EXT HANDWRITTEN LIBRARY...
 
-A family NAME is a module of qnlgen listed in FAMILIES; see qnlgen/model.py.
+A family NAME is the module qnlgen/NAME.py; see qnlgen/model.py.
 """
+import importlib
 import sys
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import blas, cblas, exports, lapack, matcopy, messages, model, reference, services  # noqa: E402
+from qnlgen import exports, messages, model, reference  # noqa: E402
 
-FAMILIES = {"services": services, "matcopy": matcopy, "blas": blas, "cblas": cblas, "lapack": lapack}
+
+def load(name, tables):
+    """The family that the parser module qnlgen/<name>.py reads from its tables."""
+    return importlib.import_module(f"qnlgen.{name}").family(tables)
 
 
 def family(argv):
     name, outdir, shards, *tables = argv
-    model.generate(FAMILIES[name].family(tables), outdir, shards)
+    model.generate(load(name, tables), outdir, shards)
 
 
 def probe(argv):
@@ -31,12 +35,12 @@ def probe(argv):
     if tables[:1] == ["--skip"]:
         skip = set(Path(tables[1]).read_text().split())
         tables = tables[2:]
-    model.generate_probe(FAMILIES[name].family(tables), outdir, shards, skip)
+    model.generate_probe(load(name, tables), outdir, shards, skip)
 
 
 def cases(argv):
     name, out, *tables = argv
-    model.generate_cases(FAMILIES[name].family(tables), out)
+    model.generate_cases(load(name, tables), out)
 
 
 COMMANDS = {

@@ -21,14 +21,33 @@ from here:
     <name>_cases.inc         the tests' cases (when the call says CASES)
 
 To add a family: write the table with the letters of VOCABULARY below, write the module
-(register it in tools/gen.py's FAMILIES), and call in src/CMakeLists.txt (or a cmake file
-it includes)
+tools/qnlgen/<name>.py (tools/gen.py finds it by the family's name), and call in
+src/CMakeLists.txt (or a cmake file it includes)
 
     qnl_family(NAME lapacke TABLES ${CMAKE_CURRENT_SOURCE_DIR}/lapacke/lapacke.sig
-               SHARDS 2 DIR ${QNL_GEN}/lapacke PROBE CASES)
+               SHARDS 2 SOURCES lapacke/lapacke_frame.cpp INCLUDES lapacke PROBE CASES)
 
-The bodies are compiled into the facade, the names exported, the stand-ins built into
-every probe back-end and the cases generated for the tests; nothing else changes.
+The bodies and SOURCES are compiled into the facade, the names exported, the stand-ins
+built into every probe back-end and the cases generated for the tests (a test includes
+"<name>_cases.inc"); nothing else changes. The family's sources include its own hidden
+header; other families' bodies are reached through theirs (blas_gen.h, lapack_gen.h).
+
+The smallest module (see matcopy.py, services.py):
+
+    def family(tables):
+        table, = tables
+        rows = ...                                    # parse with common.table_rows
+        entries = [Entry(name, "void", [Param("n", "const QnlLayerInt*", "i", "ref", WIDE), ...],
+                         exports=[name, name + "_"], call="  return frame<D_x>(qnl::vp(a0));\n",
+                         prelude="struct D_x {...};\n") for ... in rows]
+        backends = [Backend("qnl_x_" + name, "void", ["const int64_t*"]) for ...]
+        return Family("x", table, entries, backends, head='#include "x_frame.h"\n',
+                      cases=lambda: "...")
+
+A body's parameters are a0, a1, ... (Param.cname overrides); the call gets them by those
+names. Entries, back-end symbols and stand-ins are spread over the CMake call's SHARDS
+(PROBE_SHARDS) files, at most MAX_SHARD each: the generator stops with a message when
+the count is too small.
 
 An entry whose parameters have the `twin` width rule gets two bodies, one per interface
 layer (`qnl_lp64_<name>`, `qnl_ilp64_<name>` for a `symbol` qnl_<name>; "{I}" in a
@@ -45,7 +64,7 @@ from .common import banner, write_if_changed
 
 MAX_SHARD = 500  # entries in one generated source at most
 
-VOCABULARY = """\
+# VOCABULARY
 # Argument letters, the same in every table:
 #   c  character option (Fortran: by reference, a hidden length 1 at the back-end;
 #      C: a char by value)
@@ -72,7 +91,8 @@ VOCABULARY = """\
 #   l  64-bit integer (a LOGICAL function in LAPACK)   a character   p pointer
 #   R  real type of the prefix   T element type of the prefix
 #   P  pointer to the element type   Z CBLAS_INDEX (size_t)
-"""
+LETTERS = set("cionarwxjeyvfpLTUGSDKNAC")
+WORDS = {"io", "ii", "iio", "iw", "ix", "lw", "i32", "u64", "f64", "ptr", "ptr*", "i32v"}
 
 # width rules of a parameter
 WIDE = "widen"     # read at the layer's width, widened into a 64-bit local
@@ -90,6 +110,10 @@ class Param:
     passing: str = "ref"   # "ref" (an address) or "value"
     width: str = ""        # one of the width rules, "" when the width is fixed
     cname: str = None      # name in the prototype: a<k> unless given ("" for none)
+
+    def __post_init__(self):
+        if self.role not in LETTERS and self.role not in WORDS:
+            raise SystemExit(f"parameter {self.name}: {self.role} is not a letter of the vocabulary")
 
     def typed(self, integer="int64_t"):
         return self.ctype.replace("{I}", integer)
@@ -269,7 +293,3 @@ def generate_probe(family, outdir, shards, skip=()):
 
 def generate_cases(family, out):
     write_if_changed(out, banner(family.label) + (family.cases() if family.cases else ""))
-
-
-def c_bool(v):
-    return "true" if v else "false"
