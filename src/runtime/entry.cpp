@@ -2,10 +2,6 @@
 // unbound entries.
 #include "entry.h"
 
-#if defined(__SANITIZE_THREAD__)
-#include <thread>
-#endif
-
 #include "loader.h"
 #include "messages.h"
 #include "platform.h"
@@ -17,7 +13,6 @@ RuntimeState g_state;
 
 namespace {
 
-std::atomic<int32_t> g_bind_lock{0};
 using ExitHandler = void (*)(int32_t);
 std::atomic<ExitHandler> g_exit_handler{nullptr};
 
@@ -31,7 +26,7 @@ void* library_symbol(void* lib, const char* symbol) {
 // The core and cluster-core roads: load once into `handle`, report a failure.
 void* resolve_side_library(void*& handle, const char* file, bool then_threading_layer) {
   if (!handle) {
-    handle = loader::search_library(file);
+    handle = loader::g_search.load(file);
     if (!handle) {
       qnl_rt_print_message(0, 1, 1, file);
       qnl_rt_exit(2);
@@ -85,21 +80,8 @@ using namespace qnl;
 
 extern "C" {
 
-void qnl_rt_bind_lock() {
-  // Spins at full speed: a load under the lock is short and rare.
-  for (;;) {
-    int32_t expected = 0;
-    if (g_bind_lock.compare_exchange_weak(expected, 1, std::memory_order_acquire)) return;
-#if defined(__SANITIZE_THREAD__)
-    // Only in the thread-sanitizer build: its runtime guards every atomic of one
-    // word with a mutex of its own, and waiters spinning at full speed can starve
-    // the holder's releasing store on it for minutes.
-    std::this_thread::yield();
-#endif
-  }
-}
-
-void qnl_rt_bind_unlock() { g_bind_lock.store(0, std::memory_order_release); }
+void qnl_rt_bind_lock() { loader::g_search.lock.lock(); }
+void qnl_rt_bind_unlock() { loader::g_search.lock.unlock(); }
 
 void* qnl_rt_resolve(const char* symbol) {
   if (!loader::threading_handle()) qnl_rt_load_threading_layer();
