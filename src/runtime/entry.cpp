@@ -18,7 +18,7 @@ std::atomic<ExitHandler> g_exit_handler{nullptr};
 
 void* library_symbol(void* lib, const char* symbol) {
   if (void* p = plat::find_symbol(lib, symbol)) return p;
-  qnl_rt_print_message(0, 3, 1, symbol);
+  qnl_rt_print_message(0, row::kFunctionLoad, 1, symbol);
   qnl_rt_exit(2);
   return nullptr;
 }
@@ -28,12 +28,12 @@ void* resolve_side_library(void*& handle, const char* file, bool then_threading_
   if (!handle) {
     handle = loader::g_search.load(file);
     if (!handle) {
-      qnl_rt_print_message(0, 1, 1, file);
+      qnl_rt_print_message(0, row::kCannotLoad, 1, file);
       qnl_rt_exit(2);
     } else if (then_threading_layer && !loader::threading_handle()) {
       qnl_rt_load_threading_layer();
       if (!loader::threading_handle()) {
-        qnl_rt_print_message(0, 1, 1, loader::threading_file_name());
+        qnl_rt_print_message(0, row::kCannotLoad, 1, loader::threading_file_name());
         qnl_rt_exit(2);
       }
     }
@@ -87,7 +87,7 @@ void* qnl_rt_resolve(const char* symbol) {
   if (!loader::threading_handle()) qnl_rt_load_threading_layer();
   void* lib = loader::threading_handle();
   if (!lib) {
-    qnl_rt_print_message(0, 1, 1, loader::threading_file_name());
+    qnl_rt_print_message(0, row::kCannotLoad, 1, loader::threading_file_name());
     qnl_rt_exit(2);
     return nullptr;
   }

@@ -55,7 +55,7 @@ void LibrarySearch::fill(const void* address) {
   bool module_ok = fill_directory(module_dir_, plat::module_file_name(address, module_dir_, kPathSize));
   bool exe_ok = fill_directory(exe_dir_, plat::executable_file_name(exe_dir_, kPathSize));
   if (!module_ok || !exe_ok) {
-    qnl_rt_print_message(0, 1, 1, "<qnl-loader>");
+    qnl_rt_print_message(0, row::kCannotLoad, 1, "<qnl-loader>");
     qnl_rt_exit(2);
   }
 }
