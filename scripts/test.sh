@@ -10,7 +10,7 @@ jobs=$(nproc)
 run() {
   local dir=$1 targets=$2 filter=$3
   shift 3
-  cmake -S . -B "$dir" -G Ninja "$@" >/dev/null
+  cmake -S . -B "$dir" -G Ninja -DQNL_WERROR=ON "$@" >/dev/null
   # shellcheck disable=SC2086
   cmake --build "$dir" ${targets:+--target $targets}
   # shellcheck disable=SC2086
@@ -21,6 +21,8 @@ run build "" "" -DQNL_TESTS=ON -DQNL_BENCH=ON
 start=$SECONDS
 tests/programs/run_programs.py build
 echo "real programs: $((SECONDS - start)) s"
+# The installed tree, used by a separate project through find_package and pkg-config.
+tests/consumer/run.sh build
 # The reference back-end opens OpenBLAS with RTLD_DEEPBIND, which ASan does not support.
 run build-asan "" "-E Backend|ReferenceServices|ApplicationXerbla" \
   -DQNL_SANITIZE=address -DQNL_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
