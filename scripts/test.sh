@@ -13,12 +13,13 @@ if command -v ccache >/dev/null; then
   if [[ ${CI:-} == true ]]; then export CCACHE_DIR=${CCACHE_DIR:-$PWD/build/.ccache}; fi
 fi
 begin=$SECONDS
-# stage NAME COMMAND...: runs the command and prints how long it took.
+# stage NAME COMMAND...: runs the command and prints its wall and processor time
+# (on a shared machine the processor time is the steadier measure).
 stage() {
-  local name=$1 start=$SECONDS
+  local TIMEFORMAT="== $1: %0R s wall, %0U s user, %0S s sys"
   shift
-  "$@"
-  echo "== $name: $((SECONDS - start)) s (total $((SECONDS - begin)) s)"
+  time "$@"
+  echo "== total so far: $((SECONDS - begin)) s" >&2
 }
 # run BUILD_DIR "TARGETS" "CTEST ARGS" [cmake args...]
 run() {
