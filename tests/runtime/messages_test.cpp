@@ -47,7 +47,7 @@ TEST(BuiltIn, RowsAreNumberedWithKnownSeveritiesAndSafeFormats) {
     EXPECT_TRUE(kRows[i].severity == 1 || kRows[i].severity == 2 || kRows[i].severity == 4);
     for (const char* p = std::strchr(kRows[i].text, '%'); p; p = std::strchr(p + 1, '%')) {
       p += 1 + std::strspn(p + 1, "-+ #0123456789.");  // flags, width, precision
-      p += std::strspn(p, "hlLjzt");                     // length
+      p += std::strspn(p, "hlLjzt");                   // length
       EXPECT_TRUE(*p && std::strchr("diouxXeEfgGcs%", *p)) << kRows[i].text;
     }
   }
