@@ -186,6 +186,8 @@ using namespace qnl_ref::own;
     Mixed<R>::gemv_(tr, m, n, al, a, lda, x, incx, be, y, incy);                                                      \
   }
 
+// The back-end symbols: exported, while the rest of the library stays hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 QNL_BATCH_SYMBOL(sgemm_batch, float, false)
 QNL_BATCH_SYMBOL(dgemm_batch, double, false)
@@ -204,3 +206,4 @@ QNL_GEMMT_SYMBOL(z, cdouble)
 QNL_MIXED_SYMBOLS(scgemm, scgemv, float)
 QNL_MIXED_SYMBOLS(dzgemm, dzgemv, double)
 }
+#pragma GCC visibility pop

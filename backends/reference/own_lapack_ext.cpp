@@ -169,9 +169,12 @@ using namespace qnl_ref::own;
   void qnl_lapack_##t##spffrtx(void* ap, const I* n, const I* ncolm, void*, void*) { spffrt<T>(ap, n, ncolm); }        \
   void qnl_lapack_ao_##t##spffrtx(void* ap, const I* n, const I* ncolm, void*, void*) { spffrt<T>(ap, n, ncolm); }
 
+// The back-end symbols: exported, while the rest of the library stays hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 QNL_LAPACK_EXT_SYMBOLS(s, float)
 QNL_LAPACK_EXT_SYMBOLS(d, double)
 QNL_LAPACK_EXT_SYMBOLS(c, cfloat)
 QNL_LAPACK_EXT_SYMBOLS(z, cdouble)
 }
+#pragma GCC visibility pop

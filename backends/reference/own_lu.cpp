@@ -101,9 +101,12 @@ using namespace qnl_ref::own;
     getrfnpi<T>(m, n, f, a, l, i);                                                                  \
   }
 
+// The back-end symbols: exported, while the rest of the library stays hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 QNL_LU_SYMBOLS(s, float)
 QNL_LU_SYMBOLS(d, double)
 QNL_LU_SYMBOLS(c, cfloat)
 QNL_LU_SYMBOLS(z, cdouble)
 }
+#pragma GCC visibility pop

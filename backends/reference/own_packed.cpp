@@ -115,7 +115,10 @@ using namespace qnl_ref::own;
     ptrmm<T>(side, uplo, ta, diag, m, n, alpha, ap, b, ldb);                                                           \
   }
 
+// The back-end symbols: exported, while the rest of the library stays hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 QNL_PACKED_SYMBOLS(s, float)
 QNL_PACKED_SYMBOLS(d, double)
 }
+#pragma GCC visibility pop

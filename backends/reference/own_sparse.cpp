@@ -74,6 +74,8 @@ using namespace qnl_ref::own;
   void qnl_blas_##t##gthrz(const I* nz, void* y, void* x, const I* indx) { gthr<T, true>(nz, y, x, indx); }        \
   void qnl_blas_##t##sctr(const I* nz, void* x, const I* indx, void* y) { sctr<T>(nz, x, indx, y); }
 
+// The back-end symbols: exported, while the rest of the library stays hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 QNL_SPARSE_SYMBOLS(s, float)
 QNL_SPARSE_SYMBOLS(d, double)
@@ -101,3 +103,4 @@ void qnl_blas_droti(const I* nz, void* x, const I* indx, void* y, void* c, void*
   roti<double>(nz, x, indx, y, c, s);
 }
 }
+#pragma GCC visibility pop

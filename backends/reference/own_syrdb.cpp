@@ -74,9 +74,12 @@ using namespace qnl_ref::own;
     Reduction<T>::run(jobz, uplo, n, kd, a, lda, d, e, tau, z, ldz, work, lwork, info);                               \
   }
 
+// The back-end symbols: exported, while the rest of the library stays hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 QNL_SYRDB_SYMBOL(ssyrdb, float)
 QNL_SYRDB_SYMBOL(dsyrdb, double)
 QNL_SYRDB_SYMBOL(cherdb, cfloat)
 QNL_SYRDB_SYMBOL(zherdb, cdouble)
 }
+#pragma GCC visibility pop

@@ -238,9 +238,12 @@ using namespace qnl_ref::own;
                ldb, static_cast<T*>(cc), ldc);                                                                         \
   }
 
+// The back-end symbols: exported, while the rest of the library stays hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 QNL_TRANS_SYMBOLS(s, float, float)
 QNL_TRANS_SYMBOLS(d, double, double)
 QNL_TRANS_SYMBOLS(c, qnl_trans_cfloat, cfloat)
 QNL_TRANS_SYMBOLS(z, qnl_trans_cdouble, cdouble)
 }
+#pragma GCC visibility pop

@@ -191,6 +191,8 @@ int32_t max_threads() {
 
 using namespace qnl_ref;
 
+// The back-end symbols: exported, while the rest of the library stays hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 
 // memory
@@ -388,3 +390,4 @@ int32_t qnl_serv_mic_set_resource_limit(double) { return -1; }
 int32_t qnl_serv_mic_set_offload_report(int32_t) { return -1; }
 
 }  // extern "C"
+#pragma GCC visibility pop

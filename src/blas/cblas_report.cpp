@@ -3,23 +3,17 @@
 #include <cstdint>
 
 #include "entry.h"
+#include "report.h"
 #include "services_gen.h"
-
-namespace {
-
-// The routine's name and the number, widened to 64 bits, to the error hook.
-void report(const char* name, int64_t number) {
-  int64_t cell = number;
-  size_t length = 0;
-  while (length < 4096 && name[length] != '\0') ++length;
-  qnl_body_cdecl_xerbla(const_cast<char*>(name), &cell, static_cast<int32_t>(length));
-}
-
-}  // namespace
 
 extern "C" {
 
-QNL_HIDDEN void cblas_report_parameter(const char* name, int32_t number) { report(name, number); }
+// The number goes to the error routine widened to 64 bits.
+QNL_HIDDEN void cblas_report_parameter(const char* name, int32_t number) {
+  qnl::report(name, qnl::name_length(name), int64_t{number});
+}
 
-QNL_HIDDEN void cblas_report_no_memory(const char* name) { report(name, 1000); }
+QNL_HIDDEN void cblas_report_no_memory(const char* name) {
+  qnl::report(name, qnl::name_length(name), int64_t{qnl::kReportCblasNoMemory});
+}
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "entry.h"
+#include "report.h"
 #include "services_gen.h"
 
 namespace qnl::blas::check {
@@ -27,13 +28,6 @@ inline I get(const void* p) {
 template <class I>
 inline I max1(I v) {
   return v > 1 ? v : 1;
-}
-
-template <class I, class D>
-QNL_COLD I report(I info) {
-  I cell = info;
-  qnl_body_cdecl_xerbla(const_cast<char*>(D::field), &cell, D::field_len);
-  return 1;
 }
 
 template <class I>
@@ -64,7 +58,7 @@ inline bool side_ok(const void* a) {
   return one_of<I>(a, "L", "R");
 }
 
-#define QNL_FAIL(n) return report<I, D>(n)
+#define QNL_FAIL(n) return (qnl::report(D::field, D::field_len, static_cast<I>(n)), I{1})
 
 // transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc (gemm, gemm3m, dzgemm, scgemm)
 template <class I, class D>

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "entry.h"
+#include "report.h"
 #include "services_gen.h"
 #include "verbose.h"
 
@@ -102,13 +103,6 @@ inline void widen(int64_t* w, std::index_sequence<K...>, P... a) {
   ((D::roles[K] == 'i' ? void(w[K] = *static_cast<const int32_t*>(a)) : void()), ...);
 }
 
-// A failed scratch allocation: message row 1089 reported under the routine's bare name.
-template <class D>
-QNL_COLD void report_no_memory() {
-  int32_t cell = 1089;
-  qnl_body_cdecl_xerbla(const_cast<char*>(D::name), &cell, D::name_len);
-}
-
 // The sparse level-1 index copy on LP64: 8 bytes per index (at least one), aligned to
 // 128, each index sign-extended. Null when the allocation failed and was reported.
 template <class D>
@@ -116,7 +110,7 @@ QNL_COLD int64_t* copy_indices(int64_t nz, const void* indices) {
   auto* copy = static_cast<int64_t*>(
       qnl_body_qnl_serv_iface_allocate(8 * static_cast<uint64_t>(nz > 1 ? nz : 1), 128));
   if (copy == nullptr) {
-    report_no_memory<D>();
+    qnl::report(D::name, D::name_len, int32_t{kReportNoWorkMemory});  // under the routine's bare name
     return nullptr;
   }
   const auto* src = static_cast<const int32_t*>(indices);

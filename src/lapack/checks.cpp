@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "lapack_frame.h"
+#include "report.h"
 #include "services_gen.h"
 
 namespace qnl::lapack {
@@ -27,7 +28,7 @@ struct Args {
   bool either(int k, char c, char d) const { return is(k, c) || is(k, d); }
   int fail(int k) const {
     *static_cast<I*>(a[r.info]) = static_cast<I>(-k);
-    report(r.name, k);
+    report(r.name, name_length(r.name), int64_t{k});
     return 1;
   }
   bool complex() const { return r.name[0] == 'C' || r.name[0] == 'Z'; }

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "lapack_frame.h"
+#include "report.h"
 #include "services_gen.h"
 
 namespace qnl::lapack {
@@ -106,12 +107,7 @@ void release(Marshal& s) {
 
 QNL_COLD void out_of_memory(const Routine& r, void* const* caller, Marshal& s) {
   release(s);
-  char name[40];
-  std::strncpy(name, r.name, sizeof name - 1);
-  name[sizeof name - 1] = '\0';
-  // 1089: the catalogue's "not enough work memory" text, which names the routine.
-  int64_t code = 1089;
-  qnl_body_cdecl_xerbla(name, &code, static_cast<int32_t>(std::strlen(name)));
+  report(r.name, name_length(r.name), int64_t{kReportNoWorkMemory});
   if (r.info >= 0) *static_cast<int32_t*>(caller[r.info]) = -1023;
 }
 
@@ -363,13 +359,6 @@ __attribute__((noinline)) void enter_short(const Routine& r, Entry& e, void* con
 }
 
 }  // namespace
-
-void report(const char* name, int64_t number) {
-  char local[40];
-  std::strncpy(local, name, sizeof local - 1);
-  local[sizeof local - 1] = '\0';
-  qnl_body_cdecl_xerbla(local, &number, static_cast<int32_t>(std::strlen(local)));
-}
 
 void enter(const Routine& r, Entry& e, void* const* p, void* result) {
   int lay = layer();

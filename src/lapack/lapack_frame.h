@@ -114,9 +114,6 @@ struct Any {
 // routine returns through one; `result` receives a value result.
 void enter(const Routine& r, Entry& e, void* const* args, void* result) QNL_HIDDEN;
 
-// Reports a bad argument `number` of the routine through cdecl_xerbla.
-QNL_COLD void report(const char* name, int64_t number) QNL_HIDDEN;
-
 // The checks of the pre-checked routines (checks.cpp).
 extern const CheckPair kCheck_getrf, kCheck_potrf, kCheck_geqrf, kCheck_gelqf, kCheck_geqlf, kCheck_gebrd,
     kCheck_gehrd, kCheck_orghr, kCheck_sytrd, kCheck_sygst, kCheck_syrdb, kCheck_syevd, kCheck_heevd,

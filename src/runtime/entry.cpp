@@ -2,10 +2,6 @@
 // unbound entries.
 #include "entry.h"
 
-#if defined(__SANITIZE_THREAD__)
-#include <thread>
-#endif
-
 #include "loader.h"
 #include "messages.h"
 #include "platform.h"
@@ -17,13 +13,12 @@ namespace qnl {
 
 namespace {
 
-std::atomic<int32_t> g_bind_lock{0};
 using ExitHandler = void (*)(int32_t);
 std::atomic<ExitHandler> g_exit_handler{nullptr};
 
 void* library_symbol(void* lib, const char* symbol) {
   if (void* p = plat::find_symbol(lib, symbol)) return p;
-  qnl_rt_print_message(0, 3, 1, symbol);
+  qnl_rt_print_message(0, row::kFunctionLoad, 1, symbol);
   qnl_rt_exit(2);
   return nullptr;
 }
@@ -31,14 +26,14 @@ void* library_symbol(void* lib, const char* symbol) {
 // The core and cluster-core roads: load once into `handle`, report a failure.
 void* resolve_side_library(void*& handle, const char* file, bool then_threading_layer) {
   if (!handle) {
-    handle = loader::search_library(file);
+    handle = loader::g_search.load(file);
     if (!handle) {
-      qnl_rt_print_message(0, 1, 1, file);
+      qnl_rt_print_message(0, row::kCannotLoad, 1, file);
       qnl_rt_exit(2);
     } else if (then_threading_layer && !loader::threading_handle()) {
       qnl_rt_load_threading_layer();
       if (!loader::threading_handle()) {
-        qnl_rt_print_message(0, 1, 1, loader::threading_file_name());
+        qnl_rt_print_message(0, row::kCannotLoad, 1, loader::threading_file_name());
         qnl_rt_exit(2);
       }
     }
@@ -85,27 +80,14 @@ using namespace qnl;
 
 extern "C" {
 
-void qnl_rt_bind_lock() {
-  // Spins at full speed: a load under the lock is short and rare.
-  for (;;) {
-    int32_t expected = 0;
-    if (g_bind_lock.compare_exchange_weak(expected, 1, std::memory_order_acquire)) return;
-#if defined(__SANITIZE_THREAD__)
-    // Only in the thread-sanitizer build: its runtime guards every atomic of one
-    // word with a mutex of its own, and waiters spinning at full speed can starve
-    // the holder's releasing store on it for minutes.
-    std::this_thread::yield();
-#endif
-  }
-}
-
-void qnl_rt_bind_unlock() { g_bind_lock.store(0, std::memory_order_release); }
+void qnl_rt_bind_lock() { loader::g_search.lock.lock(); }
+void qnl_rt_bind_unlock() { loader::g_search.lock.unlock(); }
 
 void* qnl_rt_resolve(const char* symbol) {
   if (!loader::threading_handle()) qnl_rt_load_threading_layer();
   void* lib = loader::threading_handle();
   if (!lib) {
-    qnl_rt_print_message(0, 1, 1, loader::threading_file_name());
+    qnl_rt_print_message(0, row::kCannotLoad, 1, loader::threading_file_name());
     qnl_rt_exit(2);
     return nullptr;
   }

@@ -3,14 +3,14 @@
 #include <cstring>
 #include <iterator>
 
-#include "messages.h"
 #include "platform.h"
 
 namespace qnl::loader {
+
+LibrarySearch g_search;
+
 namespace {
 
-char g_module_dir[kPathSize];
-char g_exe_dir[kPathSize];
 std::atomic<void*> g_threading_handle{nullptr};
 // The filter mode of qnl_rt_getenv. Nothing in the facade writes it, so every
 // variable passes; the filter stays as a mechanism.
@@ -18,37 +18,6 @@ int32_t g_env_mode = 0;
 
 int32_t load_value(const int32_t& v) { return __atomic_load_n(&v, __ATOMIC_RELAXED); }
 void store_value(int32_t& v, int32_t x) { __atomic_store_n(&v, x, __ATOMIC_RELAXED); }
-
-// Fills `dir` from a file name getter: the path up to and including its last
-// separator. Returns false when the path is unavailable or 260 bytes or longer.
-bool fill_directory(char* dir, int (*get)(char*, int)) {
-  int n = get(dir, kPathSize);
-  if (n <= 0 || n >= kPathSize) return false;
-  dir[n] = '\0';
-  char* sep = std::strrchr(dir, '/');
-  if (sep && n < kPathSize - 1) sep[1] = '\0';
-  return true;
-}
-
-void fill_directories() {
-  bool module_ok = fill_directory(g_module_dir, plat::module_file_name);
-  bool exe_ok = fill_directory(g_exe_dir, plat::executable_file_name);
-  if (!module_ok || !exe_ok) {
-    qnl_rt_print_message(0, 1, 1, "<qnl-loader>");
-    qnl_rt_exit(2);
-  }
-}
-
-bool has_separator(const char* file) { return std::strchr(file, '/') || std::strchr(file, '\\'); }
-
-void* load_from(const char* dir, const char* file) {
-  char path[kPathSize] = {};
-  size_t d = std::strlen(dir), f = std::strlen(file);
-  if (d + f >= sizeof path) return nullptr;  // too long for the buffer: a failed attempt
-  std::memcpy(path, dir, d);
-  std::memcpy(path + d, file, f + 1);
-  return plat::load_library(path);
-}
 
 // Reads a layer variable into `word` as the first word of its text: leading
 // blanks and quotes are skipped and the word ends at the next one. A text of
@@ -94,20 +63,6 @@ const char* threading_file(int layer) {
 
 const char* threading_file_name() { return threading_file(load_value(g_state.threading_layer)); }
 void* threading_handle() { return g_threading_handle.load(std::memory_order_acquire); }
-const char* module_directory() { return g_module_dir; }
-const char* executable_directory() { return g_exe_dir; }
-
-void* search_library(const char* file) {
-  if (!has_separator(file)) {
-    if (void* h = load_from(g_module_dir, file)) return h;
-  }
-  size_t m = std::strlen(g_module_dir);
-  if (m == std::strlen(g_exe_dir) && std::memcmp(g_module_dir, g_exe_dir, m) == 0) return nullptr;
-  // A name with a path of its own is never loaded.
-  if (has_separator(file)) return nullptr;
-  return load_from(g_exe_dir, file);
-}
-
 int read_interface_variable() {
   static const Spelling spellings[] = {{"ILP64", 1}, {"ilp64", 1}};
   return match("QNL_INTERFACE_LAYER", spellings, std::size(spellings));
@@ -137,7 +92,8 @@ int qnl_rt_interface_layer_init() {
 }
 
 void qnl_rt_load_threading_layer() {
-  if (!g_module_dir[0]) fill_directories();
+  // The directories are those of the file that holds this function.
+  if (!g_search.filled()) g_search.fill(reinterpret_cast<const void*>(&qnl_rt_load_threading_layer));
   if (load_value(g_state.threading_layer) == -1) store_value(g_state.threading_layer, read_threading_variable());
   const char* file = threading_file(load_value(g_state.threading_layer));
   if (!file) {
@@ -145,7 +101,7 @@ void qnl_rt_load_threading_layer() {
     store_value(g_state.threading_layer, 0);
     file = threading_file(0);
   }
-  g_threading_handle.store(search_library(file), std::memory_order_release);
+  g_threading_handle.store(g_search.load(file), std::memory_order_release);
 }
 
 int qnl_rt_getenv(const char* name, char* buffer, int size) {

@@ -1,10 +1,10 @@
 // Layer choice and the search for back-end library files.
 #pragma once
 #include "entry.h"
+#include "search.h"
 
 namespace qnl::loader {
 
-constexpr int kPathSize = 260;  // bytes of a directory or path buffer, NUL included
 constexpr int kLayerVarSize = 32;
 
 inline constexpr const char kCoreFile[] = "libqnl_core.so";
@@ -16,16 +16,13 @@ const char* threading_file(int layer) QNL_HIDDEN;
 const char* threading_file_name() QNL_HIDDEN;
 void* threading_handle() QNL_HIDDEN;
 
-// Loads `file` from the module directory, else from the executable directory.
-void* search_library(const char* file) QNL_HIDDEN;
+// The search of the threading layer and the two core libraries; its lock is
+// the binding lock.
+extern LibrarySearch g_search QNL_HIDDEN;
 
 // Parses the text of QNL_INTERFACE_LAYER / QNL_THREADING_LAYER.
 int read_interface_variable() QNL_HIDDEN;
 int read_threading_variable() QNL_HIDDEN;
-
-// The directory buffers, for tests and the kernel-library loader.
-const char* module_directory() QNL_HIDDEN;
-const char* executable_directory() QNL_HIDDEN;
 
 // The filter mode of qnl_rt_getenv (zero: every variable passes).
 int32_t& env_mode() QNL_HIDDEN;

@@ -21,6 +21,13 @@ inline constexpr const char kCatalogueFile[] = "qnl_msg.cat";
 
 }  // namespace qnl::messages
 
+// The rows the runtime itself raises.
+namespace qnl::row {
+constexpr int32_t kCannotLoad = 1;       // "... Cannot load %s."
+constexpr int32_t kFunctionLoad = 3;     // "... Error on loading function %s."
+constexpr int32_t kNoWorkMemory = 1089;  // "... Not enough work memory in function %s"
+}  // namespace qnl::row
+
 extern "C" {
 const char* qnl_rt_message_text(int id, int nargs, ...) QNL_HIDDEN;
 int qnl_rt_print_message(int kind, int id, int nargs, ...) QNL_HIDDEN;

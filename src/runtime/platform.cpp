@@ -40,13 +40,13 @@ int resolved_path(const char* path, char* buf, int size) {
 
 }  // namespace
 
-int module_file_name(char* buf, int size) {
+int executable_file_name(char* buf, int size) { return resolved_path("/proc/self/exe", buf, size); }
+
+int module_file_name(const void* address, char* buf, int size) {
   Dl_info info;
-  if (!dladdr(reinterpret_cast<void*>(&module_file_name), &info) || !info.dli_fname) return 0;
+  if (!dladdr(address, &info) || !info.dli_fname) return executable_file_name(buf, size);
   return resolved_path(info.dli_fname, buf, size);
 }
-
-int executable_file_name(char* buf, int size) { return resolved_path("/proc/self/exe", buf, size); }
 
 int get_environment(const char* name, char* buf, int size) {
   const char* v = getenv(name);

@@ -11,10 +11,11 @@ void* load_library(const char* path);
 // Finds a symbol by exact name; null when absent or when `lib` is null.
 void* find_symbol(void* lib, const char* name);
 
-// Full path of the file that holds this library (links resolved) and of the
-// executable. Each returns the length written, `size` or more when the path did
-// not fit, and 0 on failure.
-int module_file_name(char* buf, int size);
+// Full path of the loaded file that holds `address` (links resolved) and of the
+// executable. An address that no loaded file holds names the executable, as a
+// module handle that cannot be found names the process image. Each returns the
+// length written, `size` or more when the path did not fit, and 0 on failure.
+int module_file_name(const void* address, char* buf, int size);
 int executable_file_name(char* buf, int size);
 
 // Reads an environment variable with the classic length contract: the length

@@ -71,7 +71,7 @@ INSTANTIATE_TEST_SUITE_P(
                     LayerCase{"SEQ", "sequential"}, LayerCase{"seq", "sequential"}, LayerCase{"Seq", "velor_thread"},
                     LayerCase{"TBB", "tbb_thread"}, LayerCase{"tbb", "tbb_thread"},
                     LayerCase{"  \"'seq' x", "sequential"}, LayerCase{"seq x", "sequential"},
-                    LayerCase{"\tseq", "velor_thread"}, LayerCase{"INTEL", "velor_thread"},
+                    LayerCase{"\tseq", "velor_thread"}, LayerCase{"ZORBLAT", "velor_thread"},
                     // 31 characters still count, 32 make the text empty
                     LayerCase{"seq                            ", "sequential"},
                     LayerCase{"seq                             ", "velor_thread"}));

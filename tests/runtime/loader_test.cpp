@@ -92,8 +92,8 @@ TEST(Search, DirectoriesEndInASeparatorAndAreResolved) {
   char exe[PATH_MAX];
   ASSERT_NE(realpath("/proc/self/exe", exe), nullptr);
   *(std::strrchr(exe, '/') + 1) = '\0';
-  EXPECT_STREQ(loader::module_directory(), exe);
-  EXPECT_STREQ(loader::executable_directory(), exe);
+  EXPECT_STREQ(loader::g_search.module_directory(), exe);
+  EXPECT_STREQ(loader::g_search.executable_directory(), exe);
   EXPECT_NE(loader::threading_handle(), nullptr);
 }
 
@@ -107,8 +107,35 @@ TEST(Search, EqualDirectoriesMakeOneAttempt) {
 TEST(Search, ANameWithAPathIsNeverLoaded) {
   qnl_rt_load_threading_layer();
   g_loads.clear();
-  EXPECT_EQ(loader::search_library("./libqnl_sequential.so"), nullptr);
+  EXPECT_EQ(loader::g_search.load("./libqnl_sequential.so"), nullptr);
   EXPECT_TRUE(g_loads.empty());
+}
+
+// A second loader's search: its directories follow the address it is given,
+// and neither its buffers nor its lock are those of the threading layer's.
+TEST(Search, ASecondSearchHasItsOwnDirectoriesAndLock) {
+  LibrarySearch own;
+  own.fill(reinterpret_cast<const void*>(&std::strlen));  // the C library's folder
+  Dl_info info;
+  ASSERT_NE(dladdr(reinterpret_cast<const void*>(&std::strlen), &info), 0);
+  char libc[PATH_MAX];
+  ASSERT_NE(realpath(info.dli_fname, libc), nullptr);
+  *(std::strrchr(libc, '/') + 1) = '\0';
+  EXPECT_STREQ(own.module_directory(), libc);
+  EXPECT_FALSE(loader::g_search.filled());
+  // Not in the C library's folder: found in the executable's, the second place.
+  ASSERT_NE(own.load("libqnl_sequential.so"), nullptr);
+  EXPECT_EQ(g_loads, (std::vector<std::string>{"libqnl_sequential.so", "libqnl_sequential.so"}));
+
+  loader::g_search.lock.lock();
+  own.lock.lock();  // would spin for ever on a shared word
+  own.lock.unlock();
+  loader::g_search.lock.unlock();
+
+  // An address no loaded file holds names the executable's folder.
+  LibrarySearch nowhere;
+  nowhere.fill(reinterpret_cast<const void*>(16));
+  EXPECT_STREQ(nowhere.module_directory(), nowhere.executable_directory());
 }
 
 // The executable is copied into a folder whose path is 260 bytes or longer and

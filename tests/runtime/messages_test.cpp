@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -36,26 +37,25 @@ class Localised : public testing::Test {
   fs::path dir_;
 };
 
-TEST(BuiltIn, RowsAreNumberedAndCarryTheirSeverities) {
-  int by_severity[5] = {};
+// Rows are found by number, severities are the three the catalogue knows, and every
+// text is one a printf-style formatter may take: directives of the few kinds the
+// facade's callers pass, nothing that writes through an argument.
+TEST(BuiltIn, RowsAreNumberedWithKnownSeveritiesAndSafeFormats) {
   for (int i = 0; i < qnl::messages::kRowCount; ++i) {
+    SCOPED_TRACE(i);
     ASSERT_EQ(kRows[i].number, static_cast<uint32_t>(i));
-    ASSERT_LE(kRows[i].severity, 4u);
-    ++by_severity[kRows[i].severity];
+    EXPECT_TRUE(kRows[i].severity == 1 || kRows[i].severity == 2 || kRows[i].severity == 4);
+    for (const char* p = std::strchr(kRows[i].text, '%'); p; p = std::strchr(p + 1, '%')) {
+      p += 1 + std::strspn(p + 1, "-+ #0123456789.");  // flags, width, precision
+      p += std::strspn(p, "hlLjzt");                   // length
+      EXPECT_TRUE(*p && std::strchr("diouxXeEfgGcs%", *p)) << kRows[i].text;
+    }
   }
-  EXPECT_EQ(by_severity[4], 1374);
-  EXPECT_EQ(by_severity[2], 3);
-  EXPECT_EQ(by_severity[1], 37);
-  EXPECT_STREQ(kRows[0].text, "\n");
-  EXPECT_STREQ(kRows[1089].text, "Velor QNL INTERNAL ERROR: Not enough work memory in function %s");
-  EXPECT_STREQ(kRows[1413].text, "Velor QNL Extended Eigensolvers Error: Matrix B is not positive definite.");
-  EXPECT_EQ(kRows[761].severity, 2u);
-  EXPECT_EQ(kRows[1063].severity, 4u);
+  EXPECT_STREQ(kRows[0].text, "\n");  // an escaped line feed in the table
 }
 
 TEST(BuiltIn, TextOfZeroIsEmptyAndFormattingIsBounded) {
   EXPECT_STREQ(qnl_rt_message_text(0, 0), "");
-  EXPECT_STREQ(qnl_rt_message_text(761, 0), "Velor QNL DFTI SUCCESS: No error");
   EXPECT_STREQ(qnl_rt_message_text(1, 0), "Velor QNL FATAL ERROR: Cannot load %s.");
   EXPECT_STREQ(qnl_rt_message_text(1, 1, "x.so"), "Velor QNL FATAL ERROR: Cannot load x.so.");
   std::string big(600, 'a');

@@ -56,7 +56,7 @@ TEST(ReferenceServices, XerblaPrintsTheTrimmedNameAndAHandlerCatchesChecks) {
   EXPECT_TRUE(seen.empty());
 }
 
-TEST(ReferenceServices, SequentialLayerReportsOneThread) {
+TEST(ReferenceServices, SequentialLayerStartsAtOneThreadAndReportsASetCount) {
   QNL_Set_Threading_Layer(QNL_THREADING_SEQUENTIAL);
   EXPECT_EQ(QNL_Get_Max_Threads(), 1);
   QNL_Set_Num_Threads(3);
