@@ -2,9 +2,8 @@
 // unbound entries.
 #include "entry.h"
 
-#if defined(__SANITIZE_THREAD__)
-#include <thread>
-#endif
+#include <pthread.h>
+#include <sched.h>
 
 #include "loader.h"
 #include "messages.h"
@@ -18,6 +17,9 @@ RuntimeState g_state;
 namespace {
 
 std::atomic<int32_t> g_bind_lock{0};
+// Whether this thread holds the binding lock: the exit path lets go of it
+// around the handler, which may leave by longjmp and never come back.
+thread_local bool t_holds_lock = false;
 using ExitHandler = void (*)(int32_t);
 std::atomic<ExitHandler> g_exit_handler{nullptr};
 
@@ -86,20 +88,34 @@ using namespace qnl;
 extern "C" {
 
 void qnl_rt_bind_lock() {
-  // Spins at full speed: a load under the lock is short and rare.
-  for (;;) {
+  // A child forked while another thread held the lock has only the copy of a
+  // held word and no holder to release it: the child starts with it free.
+  static const bool fork_handled = pthread_atfork(nullptr, nullptr, [] {
+    g_bind_lock.store(0, std::memory_order_relaxed);
+    t_holds_lock = false;
+  }) == 0;
+  (void)fork_handled;
+  // Waiters back off: a short burst of pause instructions, then they give the
+  // processor away, so that the thread that is loading a library keeps a core
+  // when more threads wait than there are cores.
+  for (unsigned spins = 0;; ++spins) {
     int32_t expected = 0;
-    if (g_bind_lock.compare_exchange_weak(expected, 1, std::memory_order_acquire)) return;
-#if defined(__SANITIZE_THREAD__)
-    // Only in the thread-sanitizer build: its runtime guards every atomic of one
-    // word with a mutex of its own, and waiters spinning at full speed can starve
-    // the holder's releasing store on it for minutes.
-    std::this_thread::yield();
-#endif
+    if (g_bind_lock.load(std::memory_order_relaxed) == 0 &&
+        g_bind_lock.compare_exchange_weak(expected, 1, std::memory_order_acquire)) {
+      t_holds_lock = true;
+      return;
+    }
+    if (spins < 64)
+      __builtin_ia32_pause();
+    else
+      sched_yield();
   }
 }
 
-void qnl_rt_bind_unlock() { g_bind_lock.store(0, std::memory_order_release); }
+void qnl_rt_bind_unlock() {
+  t_holds_lock = false;
+  g_bind_lock.store(0, std::memory_order_release);
+}
 
 void* qnl_rt_resolve(const char* symbol) {
   if (!loader::threading_handle()) qnl_rt_load_threading_layer();
@@ -121,8 +137,15 @@ void* qnl_rt_resolve_cdft(const char* symbol) {
 }
 
 void qnl_rt_exit(int code) {
-  if (ExitHandler h = g_exit_handler.load(std::memory_order_relaxed)) return h(code);
-  plat::terminate_process(code);
+  ExitHandler h = g_exit_handler.load(std::memory_order_relaxed);
+  if (!h) plat::terminate_process(code);
+  // The handler runs without the binding lock: one that leaves by longjmp must
+  // not leave the lock held for ever. If it returns, the lock is taken again,
+  // so the binding that called this path releases it as before.
+  bool held = t_holds_lock;
+  if (held) qnl_rt_bind_unlock();
+  h(code);
+  if (held) qnl_rt_bind_lock();
 }
 
 // The exit handler must be in force before any back-end exists, so this entry
