@@ -13,6 +13,9 @@ namespace {
 
 constexpr int64_t kHigh = INT64_MAX;
 constexpr int64_t kLow = INT64_MIN;
+// Marks a scratch element the back-end has not written: no 64-bit value a
+// routine stores for a 32-bit caller can be it.
+constexpr int64_t kUnwritten = INT64_MIN + 0x5A5A;
 
 // Lengths saturate rather than wrap: an absurd length must fail to allocate,
 // never come out small.
@@ -133,6 +136,7 @@ void widen_array(int64_t* buf, const int32_t* src, int64_t n) {
   // the back-end rejects before it reads the array.
   int64_t got = static_cast<int64_t>(plat::copy_readable(half, src, bytes) / sizeof(int32_t));
   for (int64_t i = 0; i < got; ++i) buf[i] = half[i];
+  for (int64_t i = got; i < n; ++i) buf[i] = kUnwritten;
 }
 
 // Widens the scalars and prepares the integer arrays. False when scratch could
@@ -194,7 +198,14 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
     s.length[k] = n;
     s.passed[k] = true;
     s.q[k] = buf;
-    if (a.cls == kPivIn || a.cls == kInOut) widen_array(buf, static_cast<const int32_t*>(p[k]), n);
+    if (a.cls == kPivIn || a.cls == kInOut) {
+      widen_array(buf, static_cast<const int32_t*>(p[k]), n);
+    } else if (a.cls == kPivOut || a.cls == kLogicalWork) {
+      // The documented length is an upper bound: dsyevr writes isuppz only
+      // when it computes all eigenvalues, and scipy passes an empty array
+      // otherwise. Only what the routine wrote goes back.
+      for (int64_t i = 0; i < n; ++i) buf[i] = kUnwritten;
+    }
   }
   return true;
 }
@@ -235,7 +246,8 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
           int64_t keep = evaluate(r.program + a.keep, s.local);
           n = keep < n ? keep : n;
         }
-        for (int64_t i = 0; i < n; ++i) dst[i] = static_cast<int32_t>(buf[i]);
+        for (int64_t i = 0; i < n; ++i)
+          if (buf[i] != kUnwritten) dst[i] = static_cast<int32_t>(buf[i]);
         break;
       default:
         break;
