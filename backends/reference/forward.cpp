@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <unistd.h>
+
 #include "backend_services.h"
 #include "reference.h"
 
@@ -45,7 +47,21 @@ void* open_shim() {
   return h;
 }
 
+// OpenMP workers that busy-wait between parallel regions take the cores from
+// one another when the machine is shared, and a run of small LAPACK calls, a
+// few regions each, then waits again and again for workers that are not
+// running: by default they sleep instead. A user who set any OpenMP variable
+// keeps the OpenMP runtime's own defaults. Read when the runtime loads, so
+// this only counts before the OpenMP build is opened.
+void passive_openmp_by_default() {
+  if (std::strcmp(QNL_REF_SHIM, "libqnl_openblas_openmp.so") != 0) return;
+  for (char** e = environ; *e; ++e)
+    if (!std::strncmp(*e, "OMP_", 4) || !std::strncmp(*e, "GOMP_", 5)) return;
+  setenv("OMP_WAIT_POLICY", "passive", 0);
+}
+
 __attribute__((constructor)) void bind_targets() {
+  passive_openmp_by_default();
   g_libs[kOpenBlas] = open_shim();
   g_libs[kTestMatrix] = open_library(QNL_REF_TMGLIB);
   // Already loaded: this only yields a handle for looking up its own symbols.

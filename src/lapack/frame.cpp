@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "lapack_frame.h"
+#include "platform.h"
 #include "report.h"
 #include "services_gen.h"
 
@@ -13,6 +14,9 @@ namespace {
 
 constexpr int64_t kHigh = INT64_MAX;
 constexpr int64_t kLow = INT64_MIN;
+// Marks a scratch element the back-end has not written: no 64-bit value a
+// routine stores for a 32-bit caller can be it.
+constexpr int64_t kUnwritten = INT64_MIN + 0x5A5A;
 
 // Lengths saturate rather than wrap: an absurd length must fail to allocate,
 // never come out small.
@@ -111,6 +115,26 @@ QNL_COLD void out_of_memory(const Routine& r, void* const* caller, Marshal& s) {
   if (r.info >= 0) *static_cast<int32_t*>(caller[r.info]) = -1023;
 }
 
+// Sign-extends the caller's n elements into the scratch. A length beyond the
+// frame is read only as far as the caller's memory goes: a call with a length
+// that its own arguments reject (dgetrs with n = 2^20 and lda = 1) names more
+// elements than the caller has, and stock LAPACK rejects it before reading.
+void widen_array(int64_t* buf, const int32_t* src, int64_t n) {
+  if (n <= kFrameElements) {
+    for (int64_t i = 0; i < n; ++i) buf[i] = src[i];
+    return;
+  }
+  // The 32-bit copy goes into the upper half of the scratch and is widened
+  // from the front: element i is read before any store reaches it.
+  auto* half = reinterpret_cast<int32_t*>(buf) + n;
+  size_t bytes = static_cast<size_t>(n) * sizeof(int32_t);
+  // What lies beyond the caller's memory stays unwritten: such a call is one
+  // the back-end rejects before it reads the array.
+  int64_t got = static_cast<int64_t>(plat::copy_readable(half, src, bytes) / sizeof(int32_t));
+  for (int64_t i = 0; i < got; ++i) buf[i] = half[i];
+  for (int64_t i = got; i < n; ++i) buf[i] = kUnwritten;
+}
+
 // Widens the scalars and prepares the integer arrays. False when scratch could
 // not be had; that has been reported.
 bool widen(const Routine& r, void* const* p, Marshal& s) {
@@ -145,9 +169,11 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
     const Arg& a = r.args[k];
     if (!is_array(a.cls)) continue;
     s.passed[k] = false;
-    // Fixed and logical workspaces, and arrays the options leave unreferenced,
-    // are not touched by a size query: they go as null.
-    bool skip = !referenced(r, a, p, s.local) || (query && (a.cls == kFixedWork || a.cls == kLogicalWork || a.cond));
+    // Arrays the options leave unreferenced, and on a size query all but the
+    // workspace that answers it, go as null.
+    // A size query touches nothing but the size answers, as stock LAPACK does:
+    // callers pass one element for the other integer arrays on a query.
+    bool skip = !referenced(r, a, p, s.local) || (query && a.cls != kQueryWork);
     if (skip) {
       s.q[k] = nullptr;
       continue;
@@ -169,8 +195,12 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
     s.passed[k] = true;
     s.q[k] = buf;
     if (a.cls == kPivIn || a.cls == kInOut) {
-      const int32_t* src = static_cast<const int32_t*>(p[k]);
-      for (int64_t i = 0; i < n; ++i) buf[i] = src[i];
+      widen_array(buf, static_cast<const int32_t*>(p[k]), n);
+    } else if (a.cls == kPivOut || a.cls == kLogicalWork) {
+      // The documented length is an upper bound: dsyevr writes isuppz only
+      // when it computes all eigenvalues, and scipy passes an empty array
+      // otherwise. Only what the routine wrote goes back.
+      for (int64_t i = 0; i < n; ++i) buf[i] = kUnwritten;
     }
   }
   return true;
@@ -178,19 +208,24 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
 
 // Stores the outputs' low halves to the caller and frees the scratch.
 void narrow(const Routine& r, void* const* p, Marshal& s) {
+  // A call the back-end rejected has written no array, and its lengths are
+  // the rejected arguments: the caller's arrays are left alone, as stock
+  // LAPACK leaves them, rather than copied back at the length they name.
+  bool rejected = r.info >= 0 && static_cast<int32_t>(s.local[r.info]) < 0;
   for (int k = 0; k < r.nargs; ++k) {
     const Arg& a = r.args[k];
     if (a.cls == kOut) {
-      // Stored only when it changed: callers pass constants for integers
-      // that the routine leaves alone (a literal LWORK of 1 in the testers'
-      // error exits), and those live in read-only memory.
+      // info is always written by the routine and always stored. Other
+      // outputs are stored only when they changed: callers pass constants for
+      // integers that the routine leaves alone (a literal LWORK of 1 in the
+      // testers' error exits), and those live in read-only memory.
       if (s.live[k]) {
         auto* dst = static_cast<int32_t*>(p[k]);
-        if (*dst != static_cast<int32_t>(s.local[k])) *dst = static_cast<int32_t>(s.local[k]);
+        if (k == r.info || *dst != static_cast<int32_t>(s.local[k])) *dst = static_cast<int32_t>(s.local[k]);
       }
       continue;
     }
-    if (!is_array(a.cls) || !s.passed[k]) continue;
+    if (!is_array(a.cls) || !s.passed[k] || rejected) continue;
     const int64_t* buf = static_cast<const int64_t*>(s.q[k]);
     int32_t* dst = static_cast<int32_t*>(p[k]);
     int64_t n = s.length[k];
@@ -207,7 +242,8 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
           int64_t keep = evaluate(r.program + a.keep, s.local);
           n = keep < n ? keep : n;
         }
-        for (int64_t i = 0; i < n; ++i) dst[i] = static_cast<int32_t>(buf[i]);
+        for (int64_t i = 0; i < n; ++i)
+          if (buf[i] != kUnwritten) dst[i] = static_cast<int32_t>(buf[i]);
         break;
       default:
         break;

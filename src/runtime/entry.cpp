@@ -2,6 +2,8 @@
 // unbound entries.
 #include "entry.h"
 
+#include <pthread.h>
+
 #include "loader.h"
 #include "messages.h"
 #include "platform.h"
@@ -13,6 +15,9 @@ namespace qnl {
 
 namespace {
 
+// Whether this thread holds the binding lock: the exit path lets go of it
+// around the handler, which may leave by longjmp and never come back.
+thread_local bool t_holds_lock = false;
 using ExitHandler = void (*)(int32_t);
 std::atomic<ExitHandler> g_exit_handler{nullptr};
 
@@ -80,8 +85,22 @@ using namespace qnl;
 
 extern "C" {
 
-void qnl_rt_bind_lock() { loader::g_search.lock.lock(); }
-void qnl_rt_bind_unlock() { loader::g_search.lock.unlock(); }
+void qnl_rt_bind_lock() {
+  // A child forked while another thread held the lock has only the copy of a
+  // held word and no holder to release it: the child starts with it free.
+  static const bool fork_handled = pthread_atfork(nullptr, nullptr, [] {
+    loader::g_search.lock.reset();
+    t_holds_lock = false;
+  }) == 0;
+  (void)fork_handled;
+  loader::g_search.lock.lock();
+  t_holds_lock = true;
+}
+
+void qnl_rt_bind_unlock() {
+  t_holds_lock = false;
+  loader::g_search.lock.unlock();
+}
 
 void* qnl_rt_resolve(const char* symbol) {
   if (!loader::threading_handle()) qnl_rt_load_threading_layer();
@@ -103,8 +122,15 @@ void* qnl_rt_resolve_cdft(const char* symbol) {
 }
 
 void qnl_rt_exit(int code) {
-  if (ExitHandler h = g_exit_handler.load(std::memory_order_relaxed)) return h(code);
-  plat::terminate_process(code);
+  ExitHandler h = g_exit_handler.load(std::memory_order_relaxed);
+  if (!h) plat::terminate_process(code);
+  // The handler runs without the binding lock: one that leaves by longjmp must
+  // not leave the lock held for ever. If it returns, the lock is taken again,
+  // so the binding that called this path releases it as before.
+  bool held = t_holds_lock;
+  if (held) qnl_rt_bind_unlock();
+  h(code);
+  if (held) qnl_rt_bind_lock();
 }
 
 // The exit handler must be in force before any back-end exists, so this entry

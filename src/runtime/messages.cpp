@@ -5,6 +5,10 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "platform.h"
 
 namespace qnl::messages {
@@ -12,50 +16,103 @@ namespace {
 
 // A localised catalogue is a text file of lines "<id + 0x80000000 in hex> <text>".
 // A line is taken only when it ends in CR LF; that pair is not part of the text.
+// The file is kept as read and a row is found when it is asked for.
 struct Catalogue {
-  struct Entry {
-    uint32_t key;
-    char* text;  // with its line end, as read
-  };
-  Entry* entries = nullptr;
-  size_t count = 0;
+  char* text = nullptr;
+  size_t size = 0;
 };
+
+// Far above any real catalogue (the whole table translated is ~150 KB); a
+// bigger file is not a catalogue and is not read.
+constexpr off_t kCatalogueCap = 8 << 20;
 
 Catalogue* g_catalogue = nullptr;
 char g_localised[kBufferSize];
 char g_text_buffer[kBufferSize];
 char g_print_buffer[kBufferSize];
 
+// Opens a catalogue: a regular file only (never a FIFO that would block or a
+// device that never ends), non-blocking, and within the size cap.
 Catalogue* open_catalogue(const char* path) {
-  FILE* f = std::fopen(path, "rb");
-  if (!f) return nullptr;
-  auto* cat = static_cast<Catalogue*>(std::calloc(1, sizeof(Catalogue)));
-  char* line = nullptr;
-  size_t cap = 0;
-  ssize_t n;
-  while ((n = getline(&line, &cap, f)) > 0) {
-    char* end;
-    unsigned long key = std::strtoul(line, &end, 16);
-    if (end == line || *end != ' ') continue;
-    auto* grown = static_cast<Catalogue::Entry*>(std::realloc(cat->entries, (cat->count + 1) * sizeof(Catalogue::Entry)));
-    if (!grown) break;
-    cat->entries = grown;
-    cat->entries[cat->count++] = {static_cast<uint32_t>(key), strdup(end + 1)};
+  int fd = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+  if (fd < 0) return nullptr;
+  struct stat st;
+  Catalogue* cat = nullptr;
+  if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size <= kCatalogueCap) {
+    size_t want = static_cast<size_t>(st.st_size), got = 0;
+    char* text = static_cast<char*>(std::malloc(want + 1));
+    ssize_t n = 1;
+    while (text && got < want && (n = read(fd, text + got, want - got)) > 0) got += static_cast<size_t>(n);
+    if (text && n >= 0) {
+      cat = static_cast<Catalogue*>(std::calloc(1, sizeof(Catalogue)));
+      if (cat) *cat = {text, got};
+    }
+    if (!cat) std::free(text);
   }
-  std::free(line);
-  std::fclose(f);
+  close(fd);
   return cat;
 }
 
+// The key of a row in its one documented form: exactly eight hex digits and a
+// blank. Anything else (a sign, a prefix, more digits) is not a row.
+bool row_key(const char* p, const char* end, uint32_t* key) {
+  if (end - p < 9 || p[8] != ' ') return false;
+  uint32_t v = 0;
+  for (int i = 0; i < 8; ++i) {
+    char c = p[i];
+    int d = c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
+    if (d < 0) return false;
+    v = v << 4 | static_cast<uint32_t>(d);
+  }
+  *key = v;
+  return true;
+}
+
 // The catalogue's text for `key`, the way a message resource hands it out: the
-// length of the text, 0 when the row is absent.
+// length of the text with its line end, 0 when the row is absent.
 size_t catalogue_text(const Catalogue* cat, uint32_t key, const char** text) {
-  for (size_t i = 0; i < cat->count; ++i)
-    if (cat->entries[i].key == key) {
-      *text = cat->entries[i].text;
-      return std::strlen(*text);
+  const char* end = cat->text + cat->size;
+  for (const char* line = cat->text; line < end;) {
+    const char* nl = static_cast<const char*>(std::memchr(line, '\n', static_cast<size_t>(end - line)));
+    const char* next = nl ? nl + 1 : end;
+    uint32_t k;
+    if (row_key(line, next, &k) && k == key) {
+      *text = line + 9;
+      return static_cast<size_t>(next - *text);
     }
+    line = next;
+  }
   return 0;
+}
+
+// The next conversion directive of a format from `p`, "%%" skipped: its start
+// and length, or false at the end of the text.
+bool next_directive(const char*& p, const char** start, size_t* len) {
+  while ((p = std::strchr(p, '%'))) {
+    const char* d = p++;
+    while (*p && std::strchr("0123456789.*$ +-#'hlqjztL", *p)) ++p;
+    if (*p) ++p;  // the conversion itself
+    if (p - d == 2 && d[1] == '%') continue;
+    *start = d;
+    *len = static_cast<size_t>(p - d);
+    return true;
+  }
+  return false;
+}
+
+// A localised text is used as a format only when its conversion directives are
+// those of the built-in row, in the same order: the arguments are the built-in
+// row's, and a directive they do not match would read or write through them.
+bool same_directives(const char* localised, const char* builtin) {
+  const char *a = localised, *b = builtin;
+  for (;;) {
+    const char *da, *db;
+    size_t la, lb;
+    bool more_a = next_directive(a, &da, &la), more_b = next_directive(b, &db, &lb);
+    if (more_a != more_b) return false;
+    if (!more_a) return true;
+    if (la != lb || std::memcmp(da, db, la) != 0) return false;
+  }
 }
 
 const char* lookup(int id) {
@@ -77,7 +134,7 @@ const char* lookup(int id) {
     size_t keep = n - 2 < kBufferSize - 1 ? n - 2 : kBufferSize - 1;
     std::memcpy(g_localised, local, keep);
     g_localised[keep] = '\0';
-    text = g_localised;
+    if (same_directives(g_localised, text)) text = g_localised;
   }
   return text;
 }

@@ -26,6 +26,10 @@ int get_environment(const char* name, char* buf, int size);
 // The name of the locale that picks the folder of the localised catalogue.
 const char* message_locale();
 
+// Copies `bytes` from `src` as far as that memory can be read, stopping at the
+// first page that cannot, without a fault. Returns the number of bytes copied.
+size_t copy_readable(void* dst, const void* src, size_t bytes);
+
 // Ends the process at once with `code`: no atexit functions, no stream flush.
 [[noreturn]] void terminate_process(int code);
 

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #if defined(__SANITIZE_THREAD__)
-#include <thread>
+#include <sched.h>
 #endif
 
 #include "messages.h"
@@ -36,20 +36,24 @@ void* load_from(const char* dir, const char* file) {
 }  // namespace
 
 void SpinLock::lock() {
-  // Spins at full speed: a load under the lock is short and rare.
-  for (;;) {
+  // Waiters back off: a short burst of pause instructions, then they give the
+  // processor away, so that the thread that is loading a library keeps a core
+  // when more threads wait than there are cores.
+  for (unsigned spins = 0;; ++spins) {
     int32_t expected = 0;
-    if (word_.compare_exchange_weak(expected, 1, std::memory_order_acquire)) return;
-#if defined(__SANITIZE_THREAD__)
-    // Only in the thread-sanitizer build: its runtime guards every atomic of one
-    // word with a mutex of its own, and waiters spinning at full speed can starve
-    // the holder's releasing store on it for minutes.
-    std::this_thread::yield();
-#endif
+    if (word_.load(std::memory_order_relaxed) == 0 &&
+        word_.compare_exchange_weak(expected, 1, std::memory_order_acquire))
+      return;
+    if (spins < 64)
+      __builtin_ia32_pause();
+    else
+      sched_yield();
   }
 }
 
 void SpinLock::unlock() { word_.store(0, std::memory_order_release); }
+
+void SpinLock::reset() { word_.store(0, std::memory_order_relaxed); }
 
 void LibrarySearch::fill(const void* address) {
   bool module_ok = fill_directory(module_dir_, plat::module_file_name(address, module_dir_, kPathSize));

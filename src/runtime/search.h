@@ -16,6 +16,8 @@ class SpinLock {
  public:
   void lock() QNL_HIDDEN;
   void unlock() QNL_HIDDEN;
+  // Frees the word whoever holds it: for a child process, where no holder survives the fork.
+  void reset() QNL_HIDDEN;
 
  private:
   std::atomic<int32_t> word_{0};

@@ -94,8 +94,7 @@ TEST(Binding, MissingLibraryIsLookedForInBothDirectories) {
   static int attempts = 0;
   static jmp_buf back;
   setenv("QNL_THREADING_LAYER", "PGI", 1);
-  // Leaves the failed binding without ending the process (the lock stays held:
-  // this test binds nothing after it).
+  // Leaves the failed binding without ending the process.
   if (setjmp(back) == 0)
     exported_as<void(void*)>("QNL_Set_Exit_Handler")(reinterpret_cast<void*>(+[](int) {
       attempts = g_loads_of_pgi.load();
@@ -144,6 +143,37 @@ TEST(ExitHandler, AThinEntryCallsAReturningHandlerTwice) {
         exported_as<int()>("QNL_Get_Dynamic")();
       },
       testing::ExitedWithCode(42), "^Velor QNL FATAL ERROR: Error on loading function qnl_serv_get_dynamic.\nhandler 2\nhandler 2\n$");
+}
+
+// An application survives a load failure by leaving its handler with longjmp:
+// every later first call must be able to bind (and fail again) rather than
+// find the binding lock still held.
+jmp_buf g_back;
+int g_left = 0;
+
+void bind_three_after_a_failed_first() {
+  qnl_test::stdout_to_stderr();
+  alarm(20);  // a first call that spins for ever ends here
+  setenv("QNL_THREADING_LAYER", "PGI", 1);
+  // Setting the handler is itself the first binding, and fails.
+  if (setjmp(g_back) == 0)
+    exported_as<void(void*)>("QNL_Set_Exit_Handler")(reinterpret_cast<void*>(+[](int) { longjmp(g_back, 1); }));
+  else
+    ++g_left;
+  static const char* const entries[] = {"QNL_Get_Max_Threads", "QNL_Get_Dynamic", "QNL_Get_Max_Threads"};
+  static int i;
+  for (i = 0; i < 3; ++i) {
+    if (setjmp(g_back) == 0)
+      exported_as<int()>(entries[i])();
+    else
+      ++g_left;
+  }
+  std::fprintf(stderr, "left %d times\n", g_left);
+  std::exit(0);
+}
+
+TEST(ExitHandler, LeavingByLongjmpLeavesTheLockFree) {
+  EXPECT_EXIT(bind_three_after_a_failed_first(), testing::ExitedWithCode(0), "left 4 times\n$");
 }
 
 }  // namespace

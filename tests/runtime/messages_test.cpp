@@ -1,5 +1,6 @@
 // The catalogue: built-in rows, the localised file and its fallbacks, printing.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -10,6 +11,7 @@
 #include <string>
 
 #include "messages.h"
+#include "test_util.h"
 
 namespace {
 
@@ -85,8 +87,72 @@ TEST_F(Localised, ARowEndingInCrLfReplacesTheBuiltInText) {
 }
 
 TEST_F(Localised, AnEmptyLocalisedTextIsStillATextOfItsOwn) {
-  use("80000001 \r\n");
-  EXPECT_EQ(print(1, "a.so"), "\n");
+  use("800002F9 \r\n");  // row 761, which has no directive
+  EXPECT_EQ(print(761, "a.so"), "\n");
+}
+
+// A localised row is a format only when its directives are the built-in row's,
+// in the same order; a key is exactly eight hex digits and a blank.
+struct Row {
+  const char* line;
+  bool localised;  // whether row 1 prints the localised text
+};
+
+class HostileRows : public Localised, public testing::WithParamInterface<Row> {};
+
+TEST_P(HostileRows, OnlyAMatchingRowReplacesTheBuiltInText) {
+  use(GetParam().line);
+  std::string out = print(1, "a.so");
+  EXPECT_EQ(out, GetParam().localised ? out.substr(0, 6) == "Lokal " ? out : "(localised)"
+                                      : "Velor QNL FATAL ERROR: Cannot load a.so.\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Catalogue, HostileRows,
+    testing::Values(Row{"80000001 Lokal %s.\r\n", true}, Row{"80000001 Lokal 100%% %s.\r\n", true},
+                    Row{"80000001 Lokal %n%n\r\n", false}, Row{"80000001 Lokal %s%n\r\n", false},
+                    Row{"80000001 Lokal %s%s%s%s%s%s%s%s\r\n", false}, Row{"80000001 Lokal %d\r\n", false},
+                    Row{"80000001 Lokal %1$s\r\n", false}, Row{"80000001 Lokal %-300s\r\n", false},
+                    Row{"80000001 Lokal\r\n", false}, Row{"180000001 Lokal %s\r\n", false},
+                    Row{"-7FFFFFFF Lokal %s\r\n", false}, Row{"0x80000001 Lokal %s\r\n", false},
+                    Row{" 80000001 Lokal %s\r\n", false}, Row{"80000001\tLokal %s\r\n", false},
+                    Row{"8000001 Lokal %s\r\n", false}));
+
+// Files that are not catalogues: the built-in text, at once and without
+// reading them (a FIFO would block for ever, a device never ends). In a child,
+// so that a hang ends as a failure.
+class NotACatalogue : public Localised, public testing::WithParamInterface<const char*> {};
+
+TEST_P(NotACatalogue, IsNotRead) {
+  use("");
+  fs::path cat = dir_ / "xx_TEST" / "qnl_msg.cat";
+  std::string kind = GetParam();
+  if (kind == "fifo") {
+    ASSERT_EQ(mkfifo(cat.c_str(), 0600), 0);
+  }
+  if (kind == "zero" || kind == "urandom") fs::create_symlink("/dev/" + kind, cat);
+  if (kind == "oversized") {
+    // 9 MB with row 1 at its head: far more than any catalogue, so not one.
+    std::ofstream(cat, std::ios::binary) << "80000001 Lokal %s\r\n";
+    fs::resize_file(cat, 9u << 20);
+  }
+  EXPECT_EXIT(
+      {
+        qnl_test::stdout_to_stderr();
+        alarm(20);
+        qnl_rt_print_message(0, 1, 1, "a.so");
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "^Velor QNL FATAL ERROR: Cannot load a.so.\n$");
+}
+
+INSTANTIATE_TEST_SUITE_P(Catalogue, NotACatalogue, testing::Values("fifo", "zero", "urandom", "oversized"));
+
+TEST_F(Localised, ARowIsFoundAmongManyWithoutHoldingThemAll) {
+  std::string text;
+  for (int i = 0; i < 100000; ++i) text += "8000FFFF filler row\r\n";
+  use(text + "80000001 Lokal %s.\r\n");
+  EXPECT_EQ(print(1, "a.so"), "Lokal a.so.\n");
 }
 
 }  // namespace

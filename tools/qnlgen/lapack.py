@@ -606,7 +606,7 @@ def case(r):
         per = []
         for lets, caller, v, after, query in configs:
             holds = cond_holds(a, v, lets) if a.cond else True
-            if a.cls in ARRAYS and query and (a.cls in ("ix", "lw") or a.cond):
+            if a.cls in ARRAYS and query and a.cls != "iw":
                 holds = False
             length = keep = 0
             if a.length is not None:
