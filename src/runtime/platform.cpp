@@ -90,7 +90,8 @@ int module_file_name(const void* address, char* buf, int size) {
   if (mapped_file(address, path, sizeof path)) return resolved_path(path, buf, size);
   // Without a map of loaded files, only an absolute record can be trusted.
   Dl_info info;
-  if (!dladdr(address, &info) || !info.dli_fname || info.dli_fname[0] != '/') return 0;
+  if (!dladdr(address, &info) || !info.dli_fname) return executable_file_name(buf, size);
+  if (info.dli_fname[0] != '/') return 0;
   return resolved_path(info.dli_fname, buf, size);
 }
 

@@ -1,10 +1,8 @@
 #include "search.h"
 
-#include <cstring>
-
-#if defined(__SANITIZE_THREAD__)
 #include <sched.h>
-#endif
+
+#include <cstring>
 
 #include "messages.h"
 #include "platform.h"

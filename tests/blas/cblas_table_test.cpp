@@ -134,9 +134,9 @@ Mirror mirror(const CblasCase& c, Overrides row) {
 }
 
 // The values of each option argument, by its code letter.
-const std::map<char, std::vector<int>> kOptionValues = {{'t', {111, 112, 113}}, {'e', {111, 112, 113, 151}},
-                                                        {'u', {121, 122}},      {'g', {131, 132}},
-                                                        {'s', {141, 142}},      {'d', {161, 162}}};
+const std::map<char, std::vector<int>> kOptionValues = {{'T', {111, 112, 113}}, {'K', {111, 112, 113, 151}},
+                                                        {'U', {121, 122}},      {'G', {131, 132}},
+                                                        {'S', {141, 142}},      {'D', {161, 162}}};
 
 // Every combination of the option arguments' values, beside distinct sizes and strides.
 std::vector<Overrides> option_combinations(const CblasCase& c) {
@@ -179,7 +179,7 @@ void row_major_mirrors_column_major(Layer layer) {
   watch();
   int compared = 0;
   for (const auto& c : kCblasCases) {
-    if (computed_here(c) || batch(c) || c.codes[0] != 'o') continue;
+    if (computed_here(c) || batch(c) || c.codes[0] != 'L') continue;
     for (Overrides row : option_combinations(c)) {
       Mirror m = mirror(c, row);
       if (m.conjugates) {  // a conjugated vector arrives as a packed copy: increment 1

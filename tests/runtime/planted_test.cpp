@@ -18,8 +18,8 @@ TEST(ModuleFolder, IsNotReadAgainstANewWorkingDirectory) {
   fs::remove_all(t);
   for (const char* d : {"lib", "run/a", "evil/lib", "evil/p/q"}) fs::create_directories(t / d);
   // The real library, reached through a link; a planted tree beside it.
-  fs::create_symlink(fs::path(QNL_PROBE_DIR) / "libqnl_rt.so", t / "lib" / "libqnl_rt.so");
-  fs::copy_file(QNL_PLANTED, t / "evil/lib/libqnl_rt.so");
+  fs::create_symlink(fs::path(QNL_PROBE_DIR) / "libqnl_rt.so.0", t / "lib" / "libqnl_rt.so.0");
+  fs::copy_file(QNL_PLANTED, t / "evil/lib/libqnl_rt.so.0");
   fs::copy_file(QNL_PLANTED, t / "evil/lib/libqnl_velor_thread.so");
   std::string cmd = "cd '" + (t / "run/a").string() + "' && LD_LIBRARY_PATH=../../lib QNL_THREADING_LAYER= '" +
                     QNL_PLANTED_MAIN + "' ../../evil/p/q 2>&1";
