@@ -126,7 +126,7 @@ class Entry:
     params: list
     exports: list          # exported spellings, aliases of the body (selectors for twins)
     call: str = ""         # statements of the body; "{I}" is the layer's integer in twins
-    source: str = ""       # "table:line", for the comment ahead of the body
+    source: str = ""       # "table:line" of the row, for the family's comments and messages
     prelude: str = ""      # code for the shard's unnamed namespace
     before: str = ""       # file-scope code ahead of the body
     after: str = ""        # file-scope code after the aliases (twins: before the selectors)
