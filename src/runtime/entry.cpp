@@ -20,6 +20,12 @@ std::atomic<int32_t> g_bind_lock{0};
 // Whether this thread holds the binding lock: the exit path lets go of it
 // around the handler, which may leave by longjmp and never come back.
 thread_local bool t_holds_lock = false;
+// A child forked while another thread held the lock has only the copy of a
+// held word and no holder to release it: the child starts with it free.
+void free_in_child() {
+  g_bind_lock.store(0, std::memory_order_relaxed);
+  t_holds_lock = false;
+}
 using ExitHandler = void (*)(int32_t);
 std::atomic<ExitHandler> g_exit_handler{nullptr};
 
@@ -88,12 +94,7 @@ using namespace qnl;
 extern "C" {
 
 void qnl_rt_bind_lock() {
-  // A child forked while another thread held the lock has only the copy of a
-  // held word and no holder to release it: the child starts with it free.
-  static const bool fork_handled = pthread_atfork(nullptr, nullptr, [] {
-    g_bind_lock.store(0, std::memory_order_relaxed);
-    t_holds_lock = false;
-  }) == 0;
+  static const bool fork_handled = pthread_atfork(nullptr, nullptr, free_in_child) == 0;
   (void)fork_handled;
   // Waiters back off: a short burst of pause instructions, then they give the
   // processor away, so that the thread that is loading a library keeps a core

@@ -28,7 +28,8 @@ constexpr int64_t kAnswer = static_cast<int64_t>(0x5A5A5A5A00000077ull);
 void stock_hook(const char* symbol, const uint64_t* w, int n) {
   if (!std::strcmp(symbol, "qnl_serv_lsame")) {
     char a = *reinterpret_cast<const char*>(w[0]), b = *reinterpret_cast<const char*>(w[1]);
-    qnl_probe_set_result(symbol, std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b)));
+    qnl_probe_set_result(symbol,
+                         std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b)));
     return;
   }
   const Case* c = g_stock.c;
