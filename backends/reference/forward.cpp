@@ -6,12 +6,11 @@
 #include "forward.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-
-#include <unistd.h>
 
 #include "backend_services.h"
 #include "reference.h"

@@ -17,6 +17,7 @@ constexpr int64_t kLow = INT64_MIN;
 // Marks a scratch element the back-end has not written: no 64-bit value a
 // routine stores for a 32-bit caller can be it.
 constexpr int64_t kUnwritten = INT64_MIN + 0x5A5A;
+constexpr int64_t kMarked = int64_t{1} << 20;
 
 // Lengths saturate rather than wrap: an absurd length must fail to allocate,
 // never come out small.
@@ -132,7 +133,7 @@ void widen_array(int64_t* buf, const int32_t* src, int64_t n) {
   // the back-end rejects before it reads the array.
   int64_t got = static_cast<int64_t>(plat::copy_readable(half, src, bytes) / sizeof(int32_t));
   for (int64_t i = 0; i < got; ++i) buf[i] = half[i];
-  for (int64_t i = got; i < n; ++i) buf[i] = kUnwritten;
+  for (int64_t i = got; i < n && i < kMarked; ++i) buf[i] = kUnwritten;
 }
 
 // Widens the scalars and prepares the integer arrays. False when scratch could
@@ -169,11 +170,12 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
     const Arg& a = r.args[k];
     if (!is_array(a.cls)) continue;
     s.passed[k] = false;
-    // Arrays the options leave unreferenced, and on a size query all but the
-    // workspace that answers it, go as null.
-    // A size query touches nothing but the size answers, as stock LAPACK does:
-    // callers pass one element for the other integer arrays on a query.
-    bool skip = !referenced(r, a, p, s.local) || (query && a.cls != kQueryWork);
+    // Arrays the options leave unreferenced go as null, and so on a size query
+    // do all that the routine writes, but for the workspace that answers it: a
+    // query writes nothing but the size answers, as stock LAPACK does, and
+    // callers pass one element for those arrays on a query. Arrays read only
+    // are still passed: ?trsen counts its select flags to answer a query.
+    bool skip = !referenced(r, a, p, s.local) || (query && a.cls != kQueryWork && a.cls != kPivIn);
     if (skip) {
       s.q[k] = nullptr;
       continue;
@@ -199,8 +201,10 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
     } else if (a.cls == kPivOut || a.cls == kLogicalWork) {
       // The documented length is an upper bound: dsyevr writes isuppz only
       // when it computes all eigenvalues, and scipy passes an empty array
-      // otherwise. Only what the routine wrote goes back.
-      for (int64_t i = 0; i < n; ++i) buf[i] = kUnwritten;
+      // otherwise. Only what the routine wrote goes back. Marking stops at
+      // kMarked elements, so that an absurd length of a rejected call costs
+      // no more; no array that long is left partly unwritten by a valid call.
+      for (int64_t i = 0; i < n && i < kMarked; ++i) buf[i] = kUnwritten;
     }
   }
   return true;

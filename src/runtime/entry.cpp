@@ -18,6 +18,12 @@ namespace {
 // Whether this thread holds the binding lock: the exit path lets go of it
 // around the handler, which may leave by longjmp and never come back.
 thread_local bool t_holds_lock = false;
+// A child forked while another thread held the lock has only the copy of a
+// held word and no holder to release it: the child starts with it free.
+void free_in_child() {
+  loader::g_search.lock.reset();
+  t_holds_lock = false;
+}
 using ExitHandler = void (*)(int32_t);
 std::atomic<ExitHandler> g_exit_handler{nullptr};
 
@@ -86,12 +92,7 @@ using namespace qnl;
 extern "C" {
 
 void qnl_rt_bind_lock() {
-  // A child forked while another thread held the lock has only the copy of a
-  // held word and no holder to release it: the child starts with it free.
-  static const bool fork_handled = pthread_atfork(nullptr, nullptr, [] {
-    loader::g_search.lock.reset();
-    t_holds_lock = false;
-  }) == 0;
+  static const bool fork_handled = pthread_atfork(nullptr, nullptr, free_in_child) == 0;
   (void)fork_handled;
   loader::g_search.lock.lock();
   t_holds_lock = true;

@@ -6,9 +6,9 @@
 #include <limits.h>
 #include <stdint.h>
 #include <stdio.h>
-#include <sys/uio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <initializer_list>
@@ -68,8 +68,8 @@ bool mapped_file(const void* addr, char* path, size_t size) {
       line[len] = '\0';
       unsigned long lo = 0, hi = 0;
       int name = 0;
-      if (!skipping && sscanf(line, "%lx-%lx %*s %*s %*s %*s %n", &lo, &hi, &name) >= 2 && name > 0 &&
-          want >= lo && want < hi && line[name] == '/') {
+      if (!skipping && sscanf(line, "%lx-%lx %*s %*s %*s %*s %n", &lo, &hi, &name) >= 2 && name > 0 && want >= lo &&
+          want < hi && line[name] == '/') {
         found = strlen(line + name) < size;
         if (found) strcpy(path, line + name);
       }

@@ -28,7 +28,8 @@ constexpr int64_t kAnswer = static_cast<int64_t>(0x5A5A5A5A00000077ull);
 void stock_hook(const char* symbol, const uint64_t* w, int n) {
   if (!std::strcmp(symbol, "qnl_serv_lsame")) {
     char a = *reinterpret_cast<const char*>(w[0]), b = *reinterpret_cast<const char*>(w[1]);
-    qnl_probe_set_result(symbol, std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b)));
+    qnl_probe_set_result(symbol,
+                         std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b)));
     return;
   }
   const Case* c = g_stock.c;
@@ -68,7 +69,9 @@ struct Guarded {
 };
 
 // scipy's *_lwork wrappers pass one integer for ipiv, isuppz, jpvt and the like
-// on a query: the entry must write the size answer and nothing else.
+// on a query: the entry must write the size answer and nothing else. Arrays
+// the routine only reads keep their full length (?trsen counts its select
+// flags to answer a query).
 TEST_P(Hostile, EveryQueryTouchesOnlyItsSizeAnswers) {
   int queries = 0;
   for (int i = 0; i < kCaseCount; ++i) {
@@ -78,7 +81,7 @@ TEST_P(Hostile, EveryQueryTouchesOnlyItsSizeAnswers) {
     Call call(c, kQuery, lp64());
     std::vector<Guarded> arrays(c.nargs);
     for (int k = 0; k < c.nargs; ++k)
-      if (is_array(c.args[k])) {
+      if (is_array(c.args[k]) && std::strcmp(c.args[k].cls, "ii")) {
         // LP64: the caller's 32-bit element, then a guard half.
         arrays[k].cells[1] = lp64() ? static_cast<int64_t>(0x6B6B6B6B00000000ull | 0x1234u) : 0x1234;
         call.ptrs[k] = arrays[k].cells.data() + 1;
@@ -86,7 +89,7 @@ TEST_P(Hostile, EveryQueryTouchesOnlyItsSizeAnswers) {
     g_stock = {&c, true, 0, false};
     call.run(c.name);
     for (int k = 0; k < c.nargs; ++k) {
-      if (!is_array(c.args[k])) continue;
+      if (!is_array(c.args[k]) || !std::strcmp(c.args[k].cls, "ii")) continue;
       const std::vector<int64_t>& g = arrays[k].cells;
       EXPECT_EQ(g[0], kGuard) << "before argument " << k;
       EXPECT_EQ(g[2], kGuard) << "after argument " << k;

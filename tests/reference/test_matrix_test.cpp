@@ -55,8 +55,8 @@ Generated generate(void* lib) {
   g.a.assign(lda * n, -7);
   const int model = 3, moder = 3;
   from<Latmr>(lib, "dlatmr_")(&m, &n, "U", seed, "N", d.data(), &mode, &cond, &dmax, "T", "B", dl.data(), &model,
-                             &condl, dr.data(), &moder, &condr, "L", ipivot.data(), &kl, &ku, &sparse, &anorm, "N",
-                             g.a.data(), &lda, iwork.data(), &g.info, 1, 1, 1, 1, 1, 1);
+                              &condl, dr.data(), &moder, &condr, "L", ipivot.data(), &kl, &ku, &sparse, &anorm, "N",
+                              g.a.data(), &lda, iwork.data(), &g.info, 1, 1, 1, 1, 1, 1);
   for (int i = 1; i <= m; ++i)
     for (int j = 1; j <= n; ++j) {
       int isub = 0, jsub = 0;

@@ -1,4 +1,6 @@
 // The catalogue: built-in rows, the localised file and its fallbacks, printing.
+#include "messages.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,7 +12,6 @@
 #include <fstream>
 #include <string>
 
-#include "messages.h"
 #include "test_util.h"
 
 namespace {
@@ -107,16 +108,15 @@ TEST_P(HostileRows, OnlyAMatchingRowReplacesTheBuiltInText) {
                                       : "Velor QNL FATAL ERROR: Cannot load a.so.\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Catalogue, HostileRows,
-    testing::Values(Row{"80000001 Lokal %s.\r\n", true}, Row{"80000001 Lokal 100%% %s.\r\n", true},
-                    Row{"80000001 Lokal %n%n\r\n", false}, Row{"80000001 Lokal %s%n\r\n", false},
-                    Row{"80000001 Lokal %s%s%s%s%s%s%s%s\r\n", false}, Row{"80000001 Lokal %d\r\n", false},
-                    Row{"80000001 Lokal %1$s\r\n", false}, Row{"80000001 Lokal %-300s\r\n", false},
-                    Row{"80000001 Lokal\r\n", false}, Row{"180000001 Lokal %s\r\n", false},
-                    Row{"-7FFFFFFF Lokal %s\r\n", false}, Row{"0x80000001 Lokal %s\r\n", false},
-                    Row{" 80000001 Lokal %s\r\n", false}, Row{"80000001\tLokal %s\r\n", false},
-                    Row{"8000001 Lokal %s\r\n", false}));
+INSTANTIATE_TEST_SUITE_P(Catalogue, HostileRows,
+                         testing::Values(Row{"80000001 Lokal %s.\r\n", true}, Row{"80000001 Lokal 100%% %s.\r\n", true},
+                                         Row{"80000001 Lokal %n%n\r\n", false}, Row{"80000001 Lokal %s%n\r\n", false},
+                                         Row{"80000001 Lokal %s%s%s%s%s%s%s%s\r\n", false},
+                                         Row{"80000001 Lokal %d\r\n", false}, Row{"80000001 Lokal %1$s\r\n", false},
+                                         Row{"80000001 Lokal %-300s\r\n", false}, Row{"80000001 Lokal\r\n", false},
+                                         Row{"180000001 Lokal %s\r\n", false}, Row{"-7FFFFFFF Lokal %s\r\n", false},
+                                         Row{"0x80000001 Lokal %s\r\n", false}, Row{" 80000001 Lokal %s\r\n", false},
+                                         Row{"80000001\tLokal %s\r\n", false}, Row{"8000001 Lokal %s\r\n", false}));
 
 // Files that are not catalogues: the built-in text, at once and without
 // reading them (a FIFO would block for ever, a device never ends). In a child,

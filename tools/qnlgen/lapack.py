@@ -606,7 +606,7 @@ def case(r):
         per = []
         for lets, caller, v, after, query in configs:
             holds = cond_holds(a, v, lets) if a.cond else True
-            if a.cls in ARRAYS and query and a.cls != "iw":
+            if a.cls in ARRAYS and query and a.cls not in ("iw", "ii"):
                 holds = False
             length = keep = 0
             if a.length is not None:
