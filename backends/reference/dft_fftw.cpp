@@ -1,0 +1,94 @@
+// Opens Debian's FFTW3 in a link-map namespace of its own (dlmopen). The facade
+// exports fftw_* too, and when a program reaches it through a link named
+// libfftw3.so.3 the dynamic linker already knows the facade by that name: a
+// plain dlopen, even with RTLD_DEEPBIND, would hand FFTW's threads library the
+// facade as its libfftw3.so.3. In a namespace of its own FFTW's calls only ever
+// find FFTW.
+#include "dft_fftw.h"
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "reference.h"
+
+namespace qnl_ref::dft {
+namespace {
+
+// The build of FFTW that matches this threading layer.
+#if QNL_REF_THREADED
+#ifndef QNL_REF_FFTW_THREADS
+#define QNL_REF_FFTW_THREADS "threads"
+#endif
+constexpr const char* kDoubleLib = "libfftw3_" QNL_REF_FFTW_THREADS ".so.3";
+constexpr const char* kFloatLib = "libfftw3f_" QNL_REF_FFTW_THREADS ".so.3";
+#else
+constexpr const char* kDoubleLib = "libfftw3.so.3";
+constexpr const char* kFloatLib = "libfftw3f.so.3";
+#endif
+
+Lmid_t g_namespace = LM_ID_NEWLM;
+
+void* open_in_namespace(const char* file) {
+  void* h = dlmopen(g_namespace, file, RTLD_NOW | RTLD_LOCAL);
+  if (!h) {
+    std::fprintf(stderr, "qnl_rt reference back-end: cannot open %s: %s\n", file, dlerror());
+    std::abort();
+  }
+  if (g_namespace == LM_ID_NEWLM) dlinfo(h, RTLD_DI_LMID, &g_namespace);
+  return h;
+}
+
+template <class F>
+void find(void* h, const char* prefix, const char* stem, F& fn, bool required = true) {
+  char name[96];
+  std::snprintf(name, sizeof name, "%s%s", prefix, stem);
+  fn = reinterpret_cast<F>(dlsym(h, name));
+  if (!fn && required) {
+    std::fprintf(stderr, "qnl_rt reference back-end: FFTW has no %s\n", name);
+    std::abort();
+  }
+}
+
+template <class R>
+Fftw<R> load(const char* file, const char* prefix) {
+  std::lock_guard<std::mutex> hold(planner_lock());
+  void* h = open_in_namespace(file);
+  Fftw<R> f{};
+  find(h, prefix, "plan_guru64_dft", f.guru64_dft);
+  find(h, prefix, "plan_guru64_split_dft", f.guru64_split_dft);
+  find(h, prefix, "plan_guru64_dft_r2c", f.guru64_r2c);
+  find(h, prefix, "plan_guru64_dft_c2r", f.guru64_c2r);
+  find(h, prefix, "execute_dft", f.execute_dft);
+  find(h, prefix, "execute_split_dft", f.execute_split_dft);
+  find(h, prefix, "execute_dft_r2c", f.execute_r2c);
+  find(h, prefix, "execute_dft_c2r", f.execute_c2r);
+  find(h, prefix, "destroy_plan", f.destroy);
+  find(h, prefix, "alignment_of", f.alignment_of);
+  find(h, prefix, "version", f.version);
+  int (*init_threads)() = nullptr;
+  find(h, prefix, "init_threads", init_threads, false);
+  find(h, prefix, "plan_with_nthreads", f.plan_with_nthreads, false);
+  if (init_threads) init_threads();
+  return f;
+}
+
+}  // namespace
+
+std::mutex& planner_lock() {
+  static std::mutex m;
+  return m;
+}
+
+const Fftw<double>& fftw_double() {
+  static const Fftw<double> f = load<double>(kDoubleLib, "fftw_");
+  return f;
+}
+const Fftw<float>& fftw_float() {
+  static const Fftw<float> f = load<float>(kFloatLib, "fftwf_");
+  return f;
+}
+
+}  // namespace qnl_ref::dft
