@@ -18,16 +18,21 @@ namespace qnl_ref::dft {
 namespace {
 
 // The build of FFTW that matches this threading layer.
-#if QNL_REF_THREADED
+// By full path: a search by name would follow LD_LIBRARY_PATH, which may hold
+// links of FFTW's names that lead to the facade. The plain library goes first,
+// so that the threads build's need of libfftw3.so.3 is met by it.
+#ifndef QNL_REF_FFTW_DIR
+#define QNL_REF_FFTW_DIR "/usr/lib/x86_64-linux-gnu"
+#endif
 #ifndef QNL_REF_FFTW_THREADS
 #define QNL_REF_FFTW_THREADS "threads"
 #endif
-constexpr const char* kDoubleLib = "libfftw3_" QNL_REF_FFTW_THREADS ".so.3";
-constexpr const char* kFloatLib = "libfftw3f_" QNL_REF_FFTW_THREADS ".so.3";
-#else
-constexpr const char* kDoubleLib = "libfftw3.so.3";
-constexpr const char* kFloatLib = "libfftw3f.so.3";
-#endif
+constexpr const char* kDoubleLibs[] = {QNL_REF_FFTW_DIR "/libfftw3.so.3",
+                                       QNL_REF_THREADED ? QNL_REF_FFTW_DIR "/libfftw3_" QNL_REF_FFTW_THREADS ".so.3"
+                                                        : nullptr};
+constexpr const char* kFloatLibs[] = {QNL_REF_FFTW_DIR "/libfftw3f.so.3",
+                                      QNL_REF_THREADED ? QNL_REF_FFTW_DIR "/libfftw3f_" QNL_REF_FFTW_THREADS ".so.3"
+                                                       : nullptr};
 
 Lmid_t g_namespace = LM_ID_NEWLM;
 
@@ -53,9 +58,10 @@ void find(void* h, const char* prefix, const char* stem, F& fn, bool required = 
 }
 
 template <class R>
-Fftw<R> load(const char* file, const char* prefix) {
+Fftw<R> load(const char* const (&files)[2], const char* prefix) {
   std::lock_guard<std::mutex> hold(planner_lock());
-  void* h = open_in_namespace(file);
+  void* h = open_in_namespace(files[0]);
+  if (files[1]) h = open_in_namespace(files[1]);
   Fftw<R> f{};
   find(h, prefix, "plan_guru64_dft", f.guru64_dft);
   find(h, prefix, "plan_guru64_split_dft", f.guru64_split_dft);
@@ -83,11 +89,11 @@ std::mutex& planner_lock() {
 }
 
 const Fftw<double>& fftw_double() {
-  static const Fftw<double> f = load<double>(kDoubleLib, "fftw_");
+  static const Fftw<double> f = load<double>(kDoubleLibs, "fftw_");
   return f;
 }
 const Fftw<float>& fftw_float() {
-  static const Fftw<float> f = load<float>(kFloatLib, "fftwf_");
+  static const Fftw<float> f = load<float>(kFloatLibs, "fftwf_");
   return f;
 }
 

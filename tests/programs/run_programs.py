@@ -21,7 +21,9 @@ from pathlib import Path
 HERE = Path(__file__).resolve().parent
 DEBIAN = Path("/usr/lib/x86_64-linux-gnu")
 # The sonames the programs need, LP64 and ILP64 (ldd of the programs).
-SONAMES = ["libblas.so.3", "liblapack.so.3", "libcblas.so.3", "libblas64.so.3", "liblapack64.so.3"]
+SONAMES = ["libblas.so.3", "liblapack.so.3", "libcblas.so.3", "libblas64.so.3", "liblapack64.so.3",
+           "libfftw3.so.3", "libfftw3f.so.3", "libfftw3_omp.so.3", "libfftw3f_omp.so.3", "libfftw3_threads.so.3",
+           "libfftw3f_threads.so.3"]
 # Debian's serial OpenBLAS builds: the same code the reference back-end forwards to.
 STOCK_PATH = f"{DEBIAN}/openblas-serial:{DEBIAN}/openblas64-serial"
 
@@ -139,7 +141,7 @@ def main(argv):
 
     base = dict(os.environ)
     base.update(BLAS_TESTS=str(DEBIAN / "blas"), LAPACK_TESTS=str(DEBIAN / "lapack"),
-                PROGRAMS=str(build / "programs"), PYTHON="/usr/bin/python3", OMP_NUM_THREADS="1",
+                PROGRAMS=str(build / "programs"), PROGRAM_SOURCES=str(HERE), PYTHON="/usr/bin/python3", OMP_NUM_THREADS="1",
                 # The CBLAS testers read this data symbol of the reference CBLAS at start-up.
                 LD_PRELOAD=str(build / "programs" / "libqnl_row_major_strg.so"))
     for var in ("QNL_VERBOSE", "QNL_INTERFACE_LAYER", "QNL_THREADING_LAYER"):
