@@ -109,7 +109,13 @@ def count_pytest(text):
     return n("passed"), n("failed") + n("error")
 
 
-PARSERS = {"blas1": count_blas1, "blas23": count_blas23, "lapack": count_lapack, "marks": count_marks,
+def count_wisdom(text):
+    lines = text.splitlines()
+    return (sum(s.startswith("Planning transform:") for s in lines),
+            sum(bool(re.search(r"(?i)\b(error|abort|fail)", s)) for s in lines))
+
+
+PARSERS = {"wisdom": count_wisdom, "blas1": count_blas1, "blas23": count_blas23, "lapack": count_lapack, "marks": count_marks,
            "pytest": count_pytest}
 
 
