@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <complex>
+#include <type_traits>
 #include <random>
 #include <vector>
 
@@ -15,28 +16,27 @@ namespace {
 
 using LC = std::complex<long double>;
 
-// The direct transform of a dense row-major array of `shape`.
-std::vector<LC> direct(const std::vector<LC>& x, const std::vector<int>& shape, int sign) {
-  size_t total = x.size();
-  std::vector<LC> y(total);
-  std::vector<int> kk(shape.size()), jj(shape.size());
+// The direct transform of a dense row-major array of `shape`: along each axis
+// in turn, every output element the plain sum over that axis with exact
+// twiddles (index products reduced modulo n before the angle is taken).
+std::vector<LC> direct(std::vector<LC> x, const std::vector<int>& shape, int sign) {
   const long double two_pi = 2 * acosl(-1.0L);
-  for (size_t k = 0; k < total; ++k) {
-    size_t r = k;
-    for (int d = static_cast<int>(shape.size()) - 1; d >= 0; --d) kk[d] = r % shape[d], r /= shape[d];
-    LC sum = 0;
-    for (size_t j = 0; j < total; ++j) {
-      size_t q = j;
-      long double phase = 0;
-      for (int d = static_cast<int>(shape.size()) - 1; d >= 0; --d) {
-        jj[d] = q % shape[d], q /= shape[d];
-        phase += static_cast<long double>((static_cast<long long>(jj[d]) * kk[d]) % shape[d]) / shape[d];
-      }
-      sum += x[j] * std::polar(1.0L, sign * two_pi * phase);
-    }
-    y[k] = sum;
+  size_t inner = x.size();
+  for (int n : shape) {
+    size_t outer = x.size() / inner;
+    inner /= n;
+    std::vector<LC> w(n), y(x.size());
+    for (int k = 0; k < n; ++k) w[k] = std::polar(1.0L, sign * two_pi * k / n);
+    for (size_t o = 0; o < outer; ++o)
+      for (size_t i = 0; i < inner; ++i)
+        for (int k = 0; k < n; ++k) {
+          LC sum = 0;
+          for (int j = 0; j < n; ++j) sum += x[(o * n + j) * inner + i] * w[(static_cast<long long>(j) * k) % n];
+          y[(o * n + k) * inner + i] = sum;
+        }
+    x.swap(y);
   }
-  return y;
+  return x;
 }
 
 // One precision of the interface.
@@ -107,8 +107,7 @@ void complex_case(const std::vector<int>& shape, bool inplace, unsigned seed) {
   EXPECT_LT(error(direct(x, shape, -1), [&](size_t i) { return LC(res[2 * i], res[2 * i + 1]); }), A::tol)
       << "forward, n[0]=" << shape[0] << " rank " << shape.size();
   A::execute(bwd);
-  EXPECT_LT(error(x, [&](size_t i) { return LC(in[2 * i], in[2 * i + 1]) / static_cast<long double>(total); }),
-            A::tol)
+  EXPECT_LT(error(x, [&](size_t i) { return LC(in[2 * i], in[2 * i + 1]) / static_cast<long double>(total); }), A::tol)
       << "round trip, n[0]=" << shape[0];
   A::destroy(fwd);
   A::destroy(bwd);
@@ -120,7 +119,7 @@ TYPED_TEST(Dft, ComplexEverySizeToSixtyFourAndPrimes) {
 }
 
 TYPED_TEST(Dft, ComplexMultiDimensional) {
-  for (auto shape : std::vector<std::vector<int>>{{8, 6}, {5, 7, 3}, {4, 3, 2, 5}, {1, 9}, {8, 8, 4}})
+  for (auto shape : std::vector<std::vector<int>>{{8, 6}, {5, 7, 3}, {4, 3, 2, 5}, {1, 9}, {16, 16, 4}})
     for (bool inplace : {false, true}) complex_case<TypeParam>(shape, inplace, 7);
 }
 
@@ -144,7 +143,8 @@ TYPED_TEST(Dft, PowersOfTwoSampled) {
     for (size_t bin : {size_t{0}, size_t{1}, n / 3, n / 2, n - 1}) {
       LC sum = 0;
       for (size_t j = 0; j < n; ++j) sum += x[j] * std::polar(1.0L, -2 * acosl(-1.0L) * ((j * bin) % n) / n);
-      EXPECT_LT(std::abs(sum - LC(a[2 * bin], a[2 * bin + 1])) / sqrtl(norm), A::tol * 8) << "n=2^" << k << " bin " << bin;
+      EXPECT_LT(std::abs(sum - LC(a[2 * bin], a[2 * bin + 1])) / sqrtl(norm), A::tol * 8)
+          << "n=2^" << k << " bin " << bin;
     }
     A::execute(bwd);
     EXPECT_LT(error(x, [&](size_t i) { return LC(a[2 * i], a[2 * i + 1]) / static_cast<long double>(n); }), A::tol * 8);

@@ -42,8 +42,11 @@ TEST(DftiCreate, RefusalsLeaveANullHandle) {
     int dimension;
     enum DFTI_CONFIG_VALUE precision, domain;
     long want;
-  } rows[] = {{0, DFTI_DOUBLE, DFTI_COMPLEX, 2}, {8, DFTI_DOUBLE, DFTI_COMPLEX, 2}, {2, DFTI_DOUBLE, DFTI_COMPLEX, 3},
-              {1, DFTI_COMPLEX, DFTI_COMPLEX, 2}, {1, DFTI_DOUBLE, DFTI_SINGLE, 2}};
+  } rows[] = {{0, DFTI_DOUBLE, DFTI_COMPLEX, 2},
+              {8, DFTI_DOUBLE, DFTI_COMPLEX, 2},
+              {2, DFTI_DOUBLE, DFTI_COMPLEX, 3},
+              {1, DFTI_COMPLEX, DFTI_COMPLEX, 2},
+              {1, DFTI_DOUBLE, DFTI_SINGLE, 2}};
   for (const Row& r : rows) {
     DFTI_DESCRIPTOR_HANDLE h = reinterpret_cast<DFTI_DESCRIPTOR_HANDLE>(const_cast<Row*>(&r));
     // Dimension 1 takes a length of 8, others a null lengths pointer.
@@ -67,19 +70,32 @@ TEST(DftiSetValue, StatusAndCommitStateTable) {
     long want;
     bool uncommits;
   } rows[] = {
-      {DFTI_PRECISION, DFTI_SINGLE, 3, true},    {DFTI_FORWARD_DOMAIN, DFTI_REAL, 3, true},
-      {DFTI_LENGTHS, 0, 3, false},               {DFTI_DIMENSION, 0, 3, false},
-      {6, 0, 3, false},                          {16, 0, 3, false},
-      {24, 0, 3, false},                         {29, 0, 3, false},
-      {DFTI_VERSION, 0, 3, false},               {DFTI_COMPLEX_STORAGE, DFTI_COMPLEX_REAL, 6, true},
-      {DFTI_COMPLEX_STORAGE, DFTI_REAL_COMPLEX, 6, true}, {DFTI_COMPLEX_STORAGE, 77, 3, true},
-      {DFTI_REAL_STORAGE, DFTI_REAL_COMPLEX, 6, true},    {DFTI_REAL_STORAGE, DFTI_REAL_REAL, 0, true},
-      {DFTI_CONJUGATE_EVEN_STORAGE, DFTI_REAL_REAL, 6, true}, {DFTI_PLACEMENT, 45, 3, true},
-      {DFTI_PLACEMENT, DFTI_NOT_INPLACE, 0, true}, {DFTI_ORDERING, 50, 6, true},
-      {DFTI_ORDERING, DFTI_BACKWARD_SCRAMBLED, 0, true}, {DFTI_WORKSPACE, DFTI_AVOID, 0, true},
-      {DFTI_WORKSPACE, 53, 3, true},             {DFTI_PACKED_FORMAT, 58, 3, true},
-      {DFTI_TRANSPOSE, DFTI_ALLOW, 3, true},     {DFTI_COMMIT_STATUS, DFTI_COMMITTED, 3, true},
-      {DFTI_DESTROY_INPUT, DFTI_ALLOW, 0, true}, {DFTI_DESTROY_INPUT, 53, 3, true},
+      {DFTI_PRECISION, DFTI_SINGLE, 3, true},
+      {DFTI_FORWARD_DOMAIN, DFTI_REAL, 3, true},
+      {DFTI_LENGTHS, 0, 3, false},
+      {DFTI_DIMENSION, 0, 3, false},
+      {6, 0, 3, false},
+      {16, 0, 3, false},
+      {24, 0, 3, false},
+      {29, 0, 3, false},
+      {DFTI_VERSION, 0, 3, false},
+      {DFTI_COMPLEX_STORAGE, DFTI_COMPLEX_REAL, 6, true},
+      {DFTI_COMPLEX_STORAGE, DFTI_REAL_COMPLEX, 6, true},
+      {DFTI_COMPLEX_STORAGE, 77, 3, true},
+      {DFTI_REAL_STORAGE, DFTI_REAL_COMPLEX, 6, true},
+      {DFTI_REAL_STORAGE, DFTI_REAL_REAL, 0, true},
+      {DFTI_CONJUGATE_EVEN_STORAGE, DFTI_REAL_REAL, 6, true},
+      {DFTI_PLACEMENT, 45, 3, true},
+      {DFTI_PLACEMENT, DFTI_NOT_INPLACE, 0, true},
+      {DFTI_ORDERING, 50, 6, true},
+      {DFTI_ORDERING, DFTI_BACKWARD_SCRAMBLED, 0, true},
+      {DFTI_WORKSPACE, DFTI_AVOID, 0, true},
+      {DFTI_WORKSPACE, 53, 3, true},
+      {DFTI_PACKED_FORMAT, 58, 3, true},
+      {DFTI_TRANSPOSE, DFTI_ALLOW, 3, true},
+      {DFTI_COMMIT_STATUS, DFTI_COMMITTED, 3, true},
+      {DFTI_DESTROY_INPUT, DFTI_ALLOW, 0, true},
+      {DFTI_DESTROY_INPUT, 53, 3, true},
       {DFTI_NUMBER_OF_USER_THREADS, 4, 0, true},
   };
   for (const Row& r : rows) {
@@ -249,8 +265,8 @@ TEST(FftwPlanners, ImpossibleShapesGiveNullPlans) {
   EXPECT_EQ(fftw_plan_guru_dft(1, &dim, 1, &skew_batch, a.data(), a.data(), FFTW_FORWARD, FFTW_ESTIMATE), nullptr);
   // In-place real plans do not compare the two sides' strides.
   fftw_iodim real_dim{8, 1, 1};
-  fftw_plan r2c = fftw_plan_guru_dft_r2c(1, &real_dim, 0, nullptr, reinterpret_cast<double*>(a.data()), a.data(),
-                                         FFTW_ESTIMATE);
+  fftw_plan r2c =
+      fftw_plan_guru_dft_r2c(1, &real_dim, 0, nullptr, reinterpret_cast<double*>(a.data()), a.data(), FFTW_ESTIMATE);
   EXPECT_NE(r2c, nullptr);
   fftw_destroy_plan(r2c);
   fftw_iodim64 too_long{int64_t{1} << 31, 1, 1};
