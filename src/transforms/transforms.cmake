@@ -29,5 +29,6 @@ function(qnl_transforms_names out)
   file(CONFIGURE OUTPUT ${out} CONTENT "${text}\n")
 endfunction()
 qnl_transforms_names(${QNL_GEN}/transforms/transforms.names)
+list(APPEND QNL_EXPORT_LISTS ${QNL_GEN}/transforms/transforms.names)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${QNL_TRANSFORMS_DIR}/dfti_fortran.def
   ${QNL_TRANSFORMS_DIR}/fftw3/api.inc)

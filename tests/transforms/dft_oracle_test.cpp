@@ -6,8 +6,8 @@
 
 #include <cmath>
 #include <complex>
-#include <type_traits>
 #include <random>
+#include <type_traits>
 #include <vector>
 
 #include "fftw3.h"
