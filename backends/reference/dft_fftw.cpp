@@ -27,12 +27,12 @@ namespace {
 #ifndef QNL_REF_FFTW_THREADS
 #define QNL_REF_FFTW_THREADS "threads"
 #endif
-constexpr const char* kDoubleLibs[] = {QNL_REF_FFTW_DIR "/libfftw3.so.3",
-                                       QNL_REF_THREADED ? QNL_REF_FFTW_DIR "/libfftw3_" QNL_REF_FFTW_THREADS ".so.3"
-                                                        : nullptr};
-constexpr const char* kFloatLibs[] = {QNL_REF_FFTW_DIR "/libfftw3f.so.3",
-                                      QNL_REF_THREADED ? QNL_REF_FFTW_DIR "/libfftw3f_" QNL_REF_FFTW_THREADS ".so.3"
-                                                       : nullptr};
+constexpr const char* kDoubleLibs[] = {QNL_REF_FFTW_DIR "/libfftw3.so.3", QNL_REF_THREADED ? QNL_REF_FFTW_DIR
+                                                                              "/libfftw3_" QNL_REF_FFTW_THREADS ".so.3"
+                                                                                           : nullptr};
+constexpr const char* kFloatLibs[] = {QNL_REF_FFTW_DIR "/libfftw3f.so.3", QNL_REF_THREADED ? QNL_REF_FFTW_DIR
+                                                                              "/libfftw3f_" QNL_REF_FFTW_THREADS ".so.3"
+                                                                                           : nullptr};
 
 Lmid_t g_namespace = LM_ID_NEWLM;
 
@@ -72,7 +72,11 @@ Fftw<R> load(const char* const (&files)[2], const char* prefix) {
   find(h, prefix, "execute_dft_r2c", f.execute_r2c);
   find(h, prefix, "execute_dft_c2r", f.execute_c2r);
   find(h, prefix, "destroy_plan", f.destroy);
-  find(h, prefix, "alignment_of", f.alignment_of);
+  int (*alignment_of)(R*) = nullptr;
+  find(h, prefix, "alignment_of", alignment_of);
+  uintptr_t modulus = 1;
+  while (modulus < 4096 && alignment_of(reinterpret_cast<R*>(modulus)) != 0) modulus <<= 1;
+  f.alignment_mask = modulus - 1;
   find(h, prefix, "version", f.version);
   int (*init_threads)() = nullptr;
   find(h, prefix, "init_threads", init_threads, false);

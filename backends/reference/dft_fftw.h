@@ -24,7 +24,9 @@ struct Fftw {
   void (*execute_r2c)(Plan, R*, R*);
   void (*execute_c2r)(Plan, R*, R*);
   void (*destroy)(Plan);
-  int (*alignment_of)(R*);
+  // Arrays share a plan's SIMD alignment when these address bits agree
+  // (FFTW's alignment_of, measured once at load).
+  uintptr_t alignment_mask;
   void (*plan_with_nthreads)(int);  // null without a threads build
   const char* version;
 };
