@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <vector>
 
 #include "dft_fftw.h"
 #include "dfti_record.h"
@@ -42,6 +43,8 @@ enum : int32_t {
   kOrdered = 48,
   kAllow = 51,
   kCcs = 54,
+  kPack = 55,
+  kPerm = 56,
   kCce = 57,
 };
 
@@ -75,6 +78,9 @@ bool single(const Core* c) { return c->head.precision == kSingle; }
 bool real_domain(const Core* c) { return c->head.forward_domain == kReal; }
 bool split(const Core* c) { return !real_domain(c) && c->head.complex_storage == kRealReal; }
 bool inplace(const Core* c) { return c->head.placement == kInplace; }
+// Conjugate-even data as real numbers (CCS, PACK or PERM): computed through a
+// scratch half spectrum and laid out from there.
+bool packed(const Core* c) { return real_domain(c) && c->head.conjugate_even_storage == kComplexReal; }
 int64_t half(const Core* c) { return c->s.lengths[0] / 2 + 1; }
 
 void uncommit(Core* c) {
@@ -160,6 +166,16 @@ void* make_plan(const Core* c, bool forward, int variant) {
   std::lock_guard<std::mutex> hold(planner_lock());
   if (f.plan_with_nthreads)
     f.plan_with_nthreads(c->s.thread_limit > 0 ? static_cast<int>(c->s.thread_limit) : max_threads());
+  if (packed(c)) {
+    // One dimension; the half spectrum lies dense in the scratch, h apart.
+    int64_t h = half(c);
+    if (forward) {
+      IoDim dim{c->s.lengths[0], is[1], 1}, scratch_batch{c->s.transforms, c->s.in_distance, h};
+      return f.guru64_r2c(1, &dim, 1, &scratch_batch, in, placeholder<R>(1), flags);
+    }
+    IoDim dim{c->s.lengths[0], 1, os[1]}, scratch_batch{c->s.transforms, h, c->s.out_distance};
+    return f.guru64_c2r(1, &dim, 1, &scratch_batch, placeholder<R>(1), in, flags);
+  }
   if (!real_domain(c)) {
     if (split(c)) {
       R* ii = placeholder<R>(2);
@@ -267,6 +283,61 @@ int32_t compute(Record* d, void* a, void* b, void* x, void* y) {
   return kOk;
 }
 
+// Where the real and imaginary parts of z[k] stand in a packed layout of n
+// reals (-1: not stored, known to be zero).
+struct PackedPlace {
+  int64_t re, im;
+};
+PackedPlace packed_place(int32_t format, int64_t n, int64_t k) {
+  if (format == kCcs) return {2 * k, 2 * k + 1};
+  if (k == 0) return {0, -1};
+  if (format == kPerm && n % 2 == 0) return k == n / 2 ? PackedPlace{1, -1} : PackedPlace{2 * k, 2 * k + 1};
+  return {2 * k - 1, 2 * k < n ? 2 * k : -1};  // PACK, and PERM of odd n
+}
+
+template <class R, bool Forward>
+int32_t compute_packed(Record* d, void* a, void* b, void*, void*) {
+  Core* c = core(d);
+  const Fftw<R>& f = lib<R>();
+  const int64_t* is = c->s.is[Forward];
+  const int64_t* os = c->s.os[Forward];
+  const int64_t n = c->s.lengths[0], h = half(c), howmany = c->s.transforms;
+  R* in = static_cast<R*>(a) + is[0];
+  R* out = static_cast<R*>(inplace(c) ? a : b) + os[0];
+  thread_local std::vector<R> scratch;
+  scratch.resize(static_cast<size_t>(2 * h * howmany));
+  R* z = scratch.data();
+  int variant = aligned(f, Forward ? in : out) && aligned(f, z) ? 0 : 1;
+  void* plan = plan_for<R>(c, Forward, variant);
+  if (!plan) return kUnimplemented;
+  const int32_t format = d->packed_format;
+  if (Forward) {
+    f.execute_r2c(plan, in, z);
+    R scale = static_cast<R>(c->s.forward_scale);
+    for (int64_t t = 0; t < howmany; ++t)
+      for (int64_t k = 0; k < h; ++k) {
+        PackedPlace at = packed_place(format, n, k);
+        R* dst = out + t * c->s.out_distance;
+        const R* src = z + 2 * (t * h + k);
+        if (at.re >= 0 && at.re < n + 2) dst[at.re * os[1]] = src[0] * scale;
+        if (at.im >= 0 && at.im < n + 2) dst[at.im * os[1]] = src[1] * scale;
+      }
+    return kOk;
+  }
+  for (int64_t t = 0; t < howmany; ++t)
+    for (int64_t k = 0; k < h; ++k) {
+      PackedPlace at = packed_place(format, n, k);
+      const R* src = in + t * c->s.in_distance;
+      R* dst = z + 2 * (t * h + k);
+      dst[0] = at.re >= 0 ? src[at.re * is[1]] : R(0);
+      dst[1] = at.im >= 0 ? src[at.im * is[1]] : R(0);
+    }
+  f.execute_c2r(plan, z, out);
+  if (c->s.backward_scale != 1.0)
+    scale_side<R>(out, 1, 1, &c->s.lengths[0], os, howmany, c->s.out_distance, static_cast<R>(c->s.backward_scale));
+  return kOk;
+}
+
 template <class R>
 int32_t commit_as(Core* c) {
   drop_plans<R>(c);
@@ -275,8 +346,8 @@ int32_t commit_as(Core* c) {
     drop_plans<R>(c);
     return kInconsistent;
   }
-  c->head.compute_forward = &compute<R, true>;
-  c->head.compute_backward = &compute<R, false>;
+  c->head.compute_forward = packed(c) ? &compute_packed<R, true> : &compute<R, true>;
+  c->head.compute_backward = packed(c) ? &compute_packed<R, false> : &compute<R, false>;
   return kOk;
 }
 
@@ -287,11 +358,11 @@ int32_t op_commit(Record* d) {
   if (d->magic != kMagic) return 5;
   uncommit(c);
   if (real_domain(c)) {
-    // Conjugate-even data as complex numbers; in one dimension the CCS layout
-    // of real numbers is the same thing.
-    bool cce = d->conjugate_even_storage == kComplexComplex;
-    bool ccs_1d = d->conjugate_even_storage == kComplexReal && d->packed_format == kCcs && d->rank == 1;
-    if (!(cce || ccs_1d)) return kUnimplemented;
+    // Complex conjugate-even data in the CCE layout; real ones in CCS, PACK or
+    // PERM, one dimension only here.
+    bool complex_storage = d->conjugate_even_storage == kComplexComplex;
+    if (complex_storage != (d->packed_format == kCce)) return kInconsistent;
+    if (!complex_storage && d->rank != 1) return kUnimplemented;
   }
   if (c->s.transforms < 1) return kInvalid;
   d->buffer_count = (inplace(c) ? 1 : 2) * (split(c) ? 2 : 1);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "fftw3.h"
+#include "qnl_dfti.h"
 
 namespace {
 
@@ -241,6 +242,62 @@ TYPED_TEST(Dft, SplitArrays) {
   A::execute(q);
   EXPECT_LT(error(x, [&](size_t i) { return LC(ri[i], ii[i]) / static_cast<long double>(n0 * n1); }), A::tol);
   A::destroy(q);
+}
+
+}  // namespace
+
+namespace {
+
+// Real conjugate-even layouts through the descriptor interface: where the
+// real and imaginary parts of z[k] must land, written out per format.
+std::vector<long double> expected_layout(int format, const std::vector<LC>& z, int n) {
+  int h = n / 2 + 1;
+  std::vector<long double> v(format == DFTI_CCS_FORMAT ? 2 * h : n, 0);
+  for (int k = 0; k < h; ++k) {
+    if (format == DFTI_CCS_FORMAT) {
+      v[2 * k] = z[k].real();
+      v[2 * k + 1] = z[k].imag();
+    } else if (k == 0) {
+      v[0] = z[0].real();
+    } else if (format == DFTI_PERM_FORMAT && n % 2 == 0) {
+      if (k == n / 2) {
+        v[1] = z[k].real();
+      } else {
+        v[2 * k] = z[k].real();
+        v[2 * k + 1] = z[k].imag();
+      }
+    } else {
+      v[2 * k - 1] = z[k].real();
+      if (2 * k < n) v[2 * k] = z[k].imag();
+    }
+  }
+  return v;
+}
+
+TYPED_TEST(Dft, RealPackedFormatsThroughDescriptors) {
+  const auto precision = std::is_same<TypeParam, double>::value ? DFTI_DOUBLE : DFTI_SINGLE;
+  for (int format : {DFTI_CCS_FORMAT, DFTI_PACK_FORMAT, DFTI_PERM_FORMAT})
+    for (int n : {1, 2, 5, 8, 15, 16}) {
+      auto x = random_data(n, n + format, true);
+      auto want = expected_layout(format, direct(x, {n}, -1), n);
+      DFTI_DESCRIPTOR_HANDLE h = nullptr;
+      ASSERT_EQ(DftiCreateDescriptor(&h, precision, DFTI_REAL, 1, n), 0);
+      ASSERT_EQ(DftiSetValue(h, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_REAL), 0);
+      ASSERT_EQ(DftiSetValue(h, DFTI_PACKED_FORMAT, format), 0);
+      ASSERT_EQ(DftiSetValue(h, DFTI_PLACEMENT, DFTI_NOT_INPLACE), 0);
+      ASSERT_EQ(DftiSetValue(h, DFTI_BACKWARD_SCALE, 1.0 / n), 0);
+      ASSERT_EQ(DftiCommitDescriptor(h), 0);
+      std::vector<TypeParam> in(n), spec(want.size() + 2, -7), back(n);
+      for (int i = 0; i < n; ++i) in[i] = static_cast<TypeParam>(x[i].real());
+      ASSERT_EQ(DftiComputeForward(h, in.data(), spec.data()), 0);
+      long double worst = 0;
+      for (size_t i = 0; i < want.size(); ++i) worst = std::max(worst, fabsl(want[i] - spec[i]));
+      EXPECT_LT(static_cast<double>(worst) / std::sqrt(n), Api<TypeParam>::tol * 10) << format << " n=" << n;
+      EXPECT_EQ(spec[want.size()], -7) << "wrote past the layout";
+      ASSERT_EQ(DftiComputeBackward(h, spec.data(), back.data()), 0);
+      for (int i = 0; i < n; ++i) EXPECT_NEAR(back[i], in[i], Api<TypeParam>::tol * 10) << format << " n=" << n;
+      DftiFreeDescriptor(&h);
+    }
 }
 
 }  // namespace

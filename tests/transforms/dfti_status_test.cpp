@@ -109,6 +109,16 @@ TEST(DftiSetValue, StatusAndCommitStateTable) {
   ASSERT_EQ(DftiCreateDescriptor(&real.h, DFTI_DOUBLE, DFTI_REAL, 1, 16), 0);
   EXPECT_EQ(DftiSetValue(real.h, DFTI_ORDERING, DFTI_BACKWARD_SCRAMBLED), 6);
   EXPECT_EQ(DftiSetValue(nullptr, DFTI_PLACEMENT, DFTI_INPLACE), 5);
+  // Conjugate-even settings the core refuses at commit: complex storage in a
+  // real-number format, and the real-number formats beyond one dimension.
+  ASSERT_EQ(DftiSetValue(real.h, DFTI_PACKED_FORMAT, DFTI_PACK_FORMAT), 0);
+  EXPECT_EQ(DftiCommitDescriptor(real.h), 3);
+  Desc plane;
+  QNL_DFTI_INT n2[] = {4, 6};
+  ASSERT_EQ(DftiCreateDescriptor(&plane.h, DFTI_DOUBLE, DFTI_REAL, 2, n2), 0);
+  ASSERT_EQ(DftiSetValue(plane.h, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_REAL), 0);
+  ASSERT_EQ(DftiSetValue(plane.h, DFTI_PACKED_FORMAT, DFTI_CCS_FORMAT), 0);
+  EXPECT_EQ(DftiCommitDescriptor(plane.h), 6);
   int destroy = 0;
   ASSERT_EQ(DftiSetValue(real.h, DFTI_DESTROY_INPUT, DFTI_ALLOW), 0);
   EXPECT_EQ(DftiGetValue(real.h, DFTI_DESTROY_INPUT, &destroy), 0);
