@@ -11,6 +11,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
+#include <vector>
 
 #include "reference.h"
 
@@ -24,15 +26,24 @@ namespace {
 #ifndef QNL_REF_FFTW_DIR
 #define QNL_REF_FFTW_DIR "/usr/lib/x86_64-linux-gnu"
 #endif
-#ifndef QNL_REF_FFTW_THREADS
-#define QNL_REF_FFTW_THREADS "threads"
-#endif
-constexpr const char* kDoubleLibs[] = {QNL_REF_FFTW_DIR "/libfftw3.so.3", QNL_REF_THREADED ? QNL_REF_FFTW_DIR
-                                                                              "/libfftw3_" QNL_REF_FFTW_THREADS ".so.3"
-                                                                                           : nullptr};
-constexpr const char* kFloatLibs[] = {QNL_REF_FFTW_DIR "/libfftw3f.so.3", QNL_REF_THREADED ? QNL_REF_FFTW_DIR
-                                                                              "/libfftw3f_" QNL_REF_FFTW_THREADS ".so.3"
-                                                                                           : nullptr};
+// Threaded layers take FFTW's threads build, whose parallel loops run on
+// threads of this namespace (run_jobs): threads started by the C library of
+// FFTW's namespace are unknown to this one's, and FFTW's OpenMP build was seen
+// to leave the process's heap corrupt at exit.
+#define QNL_REF_FFTW_LIB(stem) QNL_REF_FFTW_DIR "/" stem ".so.3"
+constexpr const char* kDoubleLibs[] = {QNL_REF_FFTW_LIB("libfftw3"),
+                                       QNL_REF_THREADED ? QNL_REF_FFTW_LIB("libfftw3_threads") : nullptr};
+constexpr const char* kFloatLibs[] = {QNL_REF_FFTW_LIB("libfftw3f"),
+                                      QNL_REF_THREADED ? QNL_REF_FFTW_LIB("libfftw3f_threads") : nullptr};
+
+// FFTW's parallel loop: jobs 1.. on threads of ours, job 0 on the caller.
+void run_jobs(void* (*work)(char*), char* jobs, size_t size, int count, void*) {
+  std::vector<std::thread> helpers;
+  helpers.reserve(count > 1 ? count - 1 : 0);
+  for (int j = 1; j < count; ++j) helpers.emplace_back([=] { work(jobs + size * j); });
+  if (count > 0) work(jobs);
+  for (auto& t : helpers) t.join();
+}
 
 Lmid_t g_namespace = LM_ID_NEWLM;
 
@@ -79,9 +90,16 @@ Fftw<R> load(const char* const (&files)[2], const char* prefix) {
   f.alignment_mask = modulus - 1;
   find(h, prefix, "version", f.version);
   int (*init_threads)() = nullptr;
+  void (*set_callback)(void (*)(void* (*)(char*), char*, size_t, int, void*), void*) = nullptr;
   find(h, prefix, "init_threads", init_threads, false);
+  find(h, prefix, "threads_set_callback", set_callback, false);
   find(h, prefix, "plan_with_nthreads", f.plan_with_nthreads, false);
-  if (init_threads) init_threads();
+  if (init_threads && set_callback) {
+    init_threads();
+    set_callback(run_jobs, nullptr);
+  } else {
+    f.plan_with_nthreads = nullptr;
+  }
   return f;
 }
 
