@@ -42,15 +42,11 @@ Direct open_direct() {
   return d;
 }
 
-// Best of several rounds, seconds per call.
+// Seconds per call of one round.
 double per_call(const std::function<void()>& call, long calls) {
-  double best = 1e30;
-  for (int round = 0; round < 5; ++round) {
-    auto t0 = std::chrono::steady_clock::now();
-    for (long i = 0; i < calls; ++i) call();
-    best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count() / calls);
-  }
-  return best;
+  auto t0 = std::chrono::steady_clock::now();
+  for (long i = 0; i < calls; ++i) call();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count() / calls;
 }
 
 struct Case {
@@ -87,8 +83,12 @@ int main(int argc, char** argv) {
       std::printf("%-18s could not plan\n", c.name);
       continue;
     }
-    double td = per_call([&] { d.execute(direct); }, calls);
-    double tf = per_call([&] { fftw_execute(facade); }, calls);
+    // Rounds alternate between the two, so that a busy machine slows both alike; best of each.
+    double td = 1e30, tf = 1e30;
+    for (int round = 0; round < 7; ++round) {
+      td = std::min(td, per_call([&] { d.execute(direct); }, calls));
+      tf = std::min(tf, per_call([&] { fftw_execute(facade); }, calls));
+    }
     std::printf("%-18s %12.3f %12.3f %8.3f\n", c.name, td * 1e6, tf * 1e6, td / tf);
     if (c.n[0] == 16 && rank == 1) std::printf("%-18s %12.1f ns per call\n", "  overhead", (tf - td) * 1e9);
     d.destroy(direct);
