@@ -87,9 +87,9 @@ double error(const std::vector<LC>& want, Get got) {
 }
 
 template <class R>
-class Dft : public ::testing::Test {};
+class BackendDft : public ::testing::Test {};
 using Precisions = ::testing::Types<double, float>;
-TYPED_TEST_SUITE(Dft, Precisions);
+TYPED_TEST_SUITE(BackendDft, Precisions);
 
 template <class R>
 void complex_case(const std::vector<int>& shape, bool inplace, unsigned seed) {
@@ -115,19 +115,19 @@ void complex_case(const std::vector<int>& shape, bool inplace, unsigned seed) {
   A::destroy(bwd);
 }
 
-TYPED_TEST(Dft, ComplexEverySizeToSixtyFourAndPrimes) {
+TYPED_TEST(BackendDft, ComplexEverySizeToSixtyFourAndPrimes) {
   for (int n = 1; n <= 64; ++n) complex_case<TypeParam>({n}, n % 2 == 0, n);
   for (int n : {97, 257, 1009}) complex_case<TypeParam>({n}, false, n);
 }
 
-TYPED_TEST(Dft, ComplexMultiDimensional) {
+TYPED_TEST(BackendDft, ComplexMultiDimensional) {
   for (auto shape : std::vector<std::vector<int>>{{8, 6}, {5, 7, 3}, {4, 3, 2, 5}, {1, 9}, {16, 16, 4}})
     for (bool inplace : {false, true}) complex_case<TypeParam>(shape, inplace, 7);
 }
 
 // Powers of two up to 2^20: every output checked would cost n^2, so a few
 // bins are checked against their direct sums, and the round trip in full.
-TYPED_TEST(Dft, PowersOfTwoSampled) {
+TYPED_TEST(BackendDft, PowersOfTwoSampled) {
   using A = Api<TypeParam>;
   for (int k : {7, 11, 14, 17, 20}) {
     size_t n = size_t{1} << k;
@@ -190,7 +190,7 @@ void real_case(const std::vector<int>& shape, bool inplace) {
   A::destroy(bwd);
 }
 
-TYPED_TEST(Dft, RealEverySizeAndMultiDimensional) {
+TYPED_TEST(BackendDft, RealEverySizeAndMultiDimensional) {
   for (int n = 1; n <= 64; ++n) real_case<TypeParam>({n}, n % 3 == 0);
   for (auto shape : std::vector<std::vector<int>>{{6, 8}, {5, 7}, {3, 4, 10}, {2, 3, 5, 9}})
     for (bool inplace : {false, true}) real_case<TypeParam>(shape, inplace);
@@ -198,7 +198,7 @@ TYPED_TEST(Dft, RealEverySizeAndMultiDimensional) {
 
 // howmany transforms of length n, input every `stride` elements, `dist` apart;
 // output packed differently, through new-array execution.
-TYPED_TEST(Dft, BatchedStridedNewArray) {
+TYPED_TEST(BackendDft, BatchedStridedNewArray) {
   using A = Api<TypeParam>;
   const int n = 12, howmany = 5, istride = 3, idist = n * istride + 1, ostride = 2, odist = n * ostride;
   auto x = random_data(size_t{howmany} * idist, 11);
@@ -225,7 +225,7 @@ TYPED_TEST(Dft, BatchedStridedNewArray) {
 }
 
 // Split arrays: forward directly, backward by exchanging real and imaginary parts.
-TYPED_TEST(Dft, SplitArrays) {
+TYPED_TEST(BackendDft, SplitArrays) {
   using A = Api<TypeParam>;
   const int n0 = 6, n1 = 10;
   auto x = random_data(n0 * n1, 5);
@@ -275,7 +275,7 @@ std::vector<long double> expected_layout(int format, const std::vector<LC>& z, i
   return v;
 }
 
-TYPED_TEST(Dft, RealPackedFormatsThroughDescriptors) {
+TYPED_TEST(BackendDft, RealPackedFormatsThroughDescriptors) {
   const auto precision = std::is_same<TypeParam, double>::value ? DFTI_DOUBLE : DFTI_SINGLE;
   for (int format : {DFTI_CCS_FORMAT, DFTI_PACK_FORMAT, DFTI_PERM_FORMAT})
     for (int n : {1, 2, 5, 8, 15, 16}) {
@@ -308,7 +308,7 @@ namespace {
 // One plan, new arrays from several threads at once: each result is its own
 // input's transform. Misaligned arrays take the back-end's second plan, made
 // by whichever thread comes first.
-TEST(DftThreads, NewArrayExecutionFromManyThreads) {
+TEST(BackendDftThreads, NewArrayExecutionFromManyThreads) {
   const int n = 48, threads = 4;
   std::vector<fftw_complex> plan_in(n), plan_out(n);
   fftw_plan p = fftw_plan_dft_1d(n, plan_in.data(), plan_out.data(), FFTW_FORWARD, FFTW_ESTIMATE);

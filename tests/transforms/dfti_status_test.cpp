@@ -37,7 +37,7 @@ long status_of(DFTI_DESCRIPTOR_HANDLE h) {
   return v;
 }
 
-TEST(DftiCreate, RefusalsLeaveANullHandle) {
+TEST(BackendDftiCreate, RefusalsLeaveANullHandle) {
   struct Row {
     int dimension;
     enum DFTI_CONFIG_VALUE precision, domain;
@@ -64,7 +64,7 @@ TEST(DftiCreate, RefusalsLeaveANullHandle) {
 }
 
 // Each setting on a committed descriptor: its status, and whether it uncommits.
-TEST(DftiSetValue, StatusAndCommitStateTable) {
+TEST(BackendDftiSetValue, StatusAndCommitStateTable) {
   struct Row {
     int param, value;
     long want;
@@ -125,7 +125,7 @@ TEST(DftiSetValue, StatusAndCommitStateTable) {
   EXPECT_EQ(destroy, DFTI_ALLOW);
 }
 
-TEST(DftiCompute, NullUncommittedAndBufferCount) {
+TEST(BackendDftiCompute, NullUncommittedAndBufferCount) {
   std::vector<std::complex<double>> x(16), y(16);
   EXPECT_EQ(DftiComputeForward(nullptr, x.data()), 5);
   Desc d;
@@ -151,7 +151,7 @@ TEST(DftiCompute, NullUncommittedAndBufferCount) {
   EXPECT_EQ(DftiCommitDescriptor(nullptr), 5);
 }
 
-TEST(DftiGetValue, VersionNameLengthsStrides) {
+TEST(BackendDftiGetValue, VersionNameLengthsStrides) {
   char version[DFTI_VERSION_LENGTH];
   EXPECT_EQ(DftiGetValue(nullptr, DFTI_VERSION, version), 0);
   EXPECT_GT(std::strlen(version), 0u);
@@ -202,7 +202,7 @@ TEST(DftiGetValue, VersionNameLengthsStrides) {
   EXPECT_EQ(wide, 3);
 }
 
-TEST(DftiErrors, MessagesClassesFreeCopy) {
+TEST(BackendDftiErrors, MessagesClassesFreeCopy) {
   EXPECT_STREQ(DftiErrorMessage(0), "Velor QNL DFTI SUCCESS: No error");
   EXPECT_STREQ(DftiErrorMessage(5), "Velor QNL DFTI ERROR: Descriptor is uncommitted or corrupted");
   EXPECT_STREQ(DftiErrorMessage(4), DftiErrorMessage(-1));
@@ -237,7 +237,7 @@ TEST(DftiErrors, MessagesClassesFreeCopy) {
   d.h = nullptr;
 }
 
-TEST(DftiFortran, CreateEntries) {
+TEST(BackendDftiFortran, CreateEntries) {
   DFTI_DESCRIPTOR_HANDLE h = nullptr;
   double nan = std::nan(""), prec = 36.0;
   int domain = DFTI_COMPLEX, one = 1, n = 8;
@@ -255,7 +255,7 @@ TEST(DftiFortran, CreateEntries) {
 
 // ---- FFTW3 planners: refusals are null plans --------------------------------
 
-TEST(FftwPlanners, ImpossibleShapesGiveNullPlans) {
+TEST(BackendFftwPlanners, ImpossibleShapesGiveNullPlans) {
   std::vector<fftw_complex> a(64), b(64);
   int n8[8] = {2, 2, 2, 2, 2, 2, 2, 2};
   EXPECT_EQ(fftw_plan_dft(8, n8, a.data(), b.data(), FFTW_FORWARD, FFTW_ESTIMATE), nullptr);
@@ -291,7 +291,7 @@ TEST(FftwPlanners, ImpossibleShapesGiveNullPlans) {
   fftw_execute_dft(nullptr, a.data(), b.data());
 }
 
-TEST(FftwPlanners, OnlyMinusOneIsForwardAndTheAllocatorIsReplaceable) {
+TEST(BackendFftwPlanners, OnlyMinusOneIsForwardAndTheAllocatorIsReplaceable) {
   for (int sign : {-1, 1, 0, 7}) {
     std::vector<fftw_complex> a(8), b(8);
     a[1][0] = 1;

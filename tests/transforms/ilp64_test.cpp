@@ -11,7 +11,7 @@
 
 static_assert(sizeof(QNL_DFTI_INT) == 8, "built for the 64-bit layer");
 
-TEST(DftiIlp64, WideValuesPassUnnarrowed) {
+TEST(BackendDftiIlp64, WideValuesPassUnnarrowed) {
   DFTI_DESCRIPTOR_HANDLE h = nullptr;
   QNL_DFTI_INT n[] = {2, 65536, 65536};
   ASSERT_EQ(DftiCreateDescriptor(&h, DFTI_DOUBLE, DFTI_COMPLEX, 3, n), 0);
@@ -28,7 +28,7 @@ TEST(DftiIlp64, WideValuesPassUnnarrowed) {
   EXPECT_EQ(DftiErrorClass(0x100000003L, 3), 0);
 }
 
-TEST(DftiIlp64, PlansComputeWithWideLists) {
+TEST(BackendDftiIlp64, PlansComputeWithWideLists) {
   const int n0 = 6, n1 = 5;
   std::vector<std::complex<double>> a(n0 * n1), b(n0 * n1);
   a[1 * n1 + 2] = 1;
