@@ -14,3 +14,7 @@ target_include_directories(qnl_ref_own PRIVATE ${CMAKE_CURRENT_LIST_DIR} ${QNL_G
 target_compile_options(qnl_ref_own PRIVATE -fvisibility=hidden -fvisibility-inlines-hidden)
 add_dependencies(qnl_ref_own qnl_generated)
 set(REF_OWN_OBJECTS $<TARGET_OBJECTS:qnl_ref_own>)
+
+# The DFT core: FFTW in a namespace of its own, one build per threading layer
+# (the FFTW build it opens depends on the layer), so it is compiled with the layer's sources.
+set(REF_DFT_SOURCES ${CMAKE_CURRENT_LIST_DIR}/dft_core.cpp ${CMAKE_CURRENT_LIST_DIR}/dft_fftw.cpp)

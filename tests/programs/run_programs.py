@@ -25,7 +25,9 @@ from pathlib import Path
 HERE = Path(__file__).resolve().parent
 DEBIAN = Path("/usr/lib/x86_64-linux-gnu")
 # The sonames the programs need, LP64 and ILP64 (ldd of the programs).
-SONAMES = ["libblas.so.3", "liblapack.so.3", "libcblas.so.3", "libblas64.so.3", "liblapack64.so.3"]
+SONAMES = ["libblas.so.3", "liblapack.so.3", "libcblas.so.3", "libblas64.so.3", "liblapack64.so.3",
+           "libfftw3.so.3", "libfftw3f.so.3", "libfftw3_omp.so.3", "libfftw3f_omp.so.3", "libfftw3_threads.so.3",
+           "libfftw3f_threads.so.3"]
 # Debian's serial OpenBLAS builds: the same code the reference back-end forwards to.
 STOCK_PATH = f"{DEBIAN}/openblas-serial:{DEBIAN}/openblas64-serial"
 
@@ -117,7 +119,13 @@ def count_pytest(text):
     return n("passed"), n("failed") + n("error")
 
 
-PARSERS = {"blas1": count_blas1, "blas23": count_blas23, "lapack": count_lapack, "marks": count_marks,
+def count_wisdom(text):
+    lines = text.splitlines()
+    return (sum(s.startswith("Planning transform:") for s in lines),
+            sum(bool(re.search(r"(?i)\b(error|abort|fail)", s)) for s in lines))
+
+
+PARSERS = {"wisdom": count_wisdom, "blas1": count_blas1, "blas23": count_blas23, "lapack": count_lapack, "marks": count_marks,
            "pytest": count_pytest}
 
 
@@ -154,7 +162,7 @@ def main(argv):
 
     base = dict(os.environ)
     base.update(BLAS_TESTS=str(DEBIAN / "blas"), LAPACK_TESTS=str(DEBIAN / "lapack"),
-                PROGRAMS=str(build / "programs"), PYTHON="/usr/bin/python3", OMP_NUM_THREADS="1",
+                PROGRAMS=str(build / "programs"), PROGRAM_SOURCES=str(HERE), PYTHON="/usr/bin/python3", OMP_NUM_THREADS="1",
                 # The CBLAS testers read this data symbol of the reference CBLAS at start-up.
                 LD_PRELOAD=str(build / "programs" / "libqnl_row_major_strg.so"))
     for var in ("QNL_VERBOSE", "QNL_INTERFACE_LAYER", "QNL_THREADING_LAYER"):

@@ -1,0 +1,337 @@
+// Transforms through libqnl_rt.so's FFTW3 interface on the reference back-end,
+// against a direct O(n^2) DFT in long double: complex and real, 1-D to 4-D,
+// batched and strided, split arrays, both precisions; forward then backward
+// gives n times the input.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <random>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+#include "fftw3.h"
+#include "qnl_dfti.h"
+
+namespace {
+
+using LC = std::complex<long double>;
+
+// The direct transform of a dense row-major array of `shape`: along each axis
+// in turn, every output element the plain sum over that axis with exact
+// twiddles (index products reduced modulo n before the angle is taken).
+std::vector<LC> direct(std::vector<LC> x, const std::vector<int>& shape, int sign) {
+  const long double two_pi = 2 * acosl(-1.0L);
+  size_t inner = x.size();
+  for (int n : shape) {
+    size_t outer = x.size() / inner;
+    inner /= n;
+    std::vector<LC> w(n), y(x.size());
+    for (int k = 0; k < n; ++k) w[k] = std::polar(1.0L, sign * two_pi * k / n);
+    for (size_t o = 0; o < outer; ++o)
+      for (size_t i = 0; i < inner; ++i)
+        for (int k = 0; k < n; ++k) {
+          LC sum = 0;
+          for (int j = 0; j < n; ++j) sum += x[(o * n + j) * inner + i] * w[(static_cast<long long>(j) * k) % n];
+          y[(o * n + k) * inner + i] = sum;
+        }
+    x.swap(y);
+  }
+  return x;
+}
+
+// One precision of the interface.
+template <class R>
+struct Api;
+template <>
+struct Api<double> {
+  using C = fftw_complex;
+  using Plan = fftw_plan;
+  static constexpr double tol = 1e-11;
+  static constexpr auto dft = fftw_plan_dft, many = fftw_plan_many_dft;
+  static constexpr auto r2c = fftw_plan_dft_r2c, c2r = fftw_plan_dft_c2r;
+  static constexpr auto split = fftw_plan_guru_split_dft;
+  static constexpr auto execute = fftw_execute, destroy = fftw_destroy_plan;
+  static constexpr auto execute_dft = fftw_execute_dft;
+};
+template <>
+struct Api<float> {
+  using C = fftwf_complex;
+  using Plan = fftwf_plan;
+  static constexpr double tol = 2e-5;
+  static constexpr auto dft = fftwf_plan_dft, many = fftwf_plan_many_dft;
+  static constexpr auto r2c = fftwf_plan_dft_r2c, c2r = fftwf_plan_dft_c2r;
+  static constexpr auto split = fftwf_plan_guru_split_dft;
+  static constexpr auto execute = fftwf_execute, destroy = fftwf_destroy_plan;
+  static constexpr auto execute_dft = fftwf_execute_dft;
+};
+
+std::vector<LC> random_data(size_t n, unsigned seed, bool real = false) {
+  std::mt19937 gen(seed);
+  std::uniform_real_distribution<double> u(-1, 1);
+  std::vector<LC> v(n);
+  for (auto& z : v) z = LC(u(gen), real ? 0.0 : u(gen));
+  return v;
+}
+
+// Largest difference relative to the largest magnitude of the reference.
+template <class Get>
+double error(const std::vector<LC>& want, Get got) {
+  long double scale = 1e-30L, worst = 0;
+  for (size_t i = 0; i < want.size(); ++i) {
+    scale = std::max(scale, std::abs(want[i]));
+    worst = std::max(worst, std::abs(want[i] - got(i)));
+  }
+  return static_cast<double>(worst / scale);
+}
+
+template <class R>
+class BackendDft : public ::testing::Test {};
+using Precisions = ::testing::Types<double, float>;
+TYPED_TEST_SUITE(BackendDft, Precisions);
+
+template <class R>
+void complex_case(const std::vector<int>& shape, bool inplace, unsigned seed) {
+  using A = Api<R>;
+  size_t total = 1;
+  for (int n : shape) total *= n;
+  auto x = random_data(total, seed);
+  std::vector<R> in(2 * total), out(2 * total);
+  for (size_t i = 0; i < total; ++i) in[2 * i] = x[i].real(), in[2 * i + 1] = x[i].imag();
+  auto* pin = reinterpret_cast<typename A::C*>(in.data());
+  auto* pout = inplace ? pin : reinterpret_cast<typename A::C*>(out.data());
+  R* res = inplace ? in.data() : out.data();
+  auto fwd = A::dft(static_cast<int>(shape.size()), shape.data(), pin, pout, FFTW_FORWARD, FFTW_ESTIMATE);
+  auto bwd = A::dft(static_cast<int>(shape.size()), shape.data(), pout, pin, FFTW_BACKWARD, FFTW_ESTIMATE);
+  ASSERT_TRUE(fwd && bwd);
+  A::execute(fwd);
+  EXPECT_LT(error(direct(x, shape, -1), [&](size_t i) { return LC(res[2 * i], res[2 * i + 1]); }), A::tol)
+      << "forward, n[0]=" << shape[0] << " rank " << shape.size();
+  A::execute(bwd);
+  EXPECT_LT(error(x, [&](size_t i) { return LC(in[2 * i], in[2 * i + 1]) / static_cast<long double>(total); }), A::tol)
+      << "round trip, n[0]=" << shape[0];
+  A::destroy(fwd);
+  A::destroy(bwd);
+}
+
+TYPED_TEST(BackendDft, ComplexEverySizeToSixtyFourAndPrimes) {
+  for (int n = 1; n <= 64; ++n) complex_case<TypeParam>({n}, n % 2 == 0, n);
+  for (int n : {97, 257, 1009}) complex_case<TypeParam>({n}, false, n);
+}
+
+TYPED_TEST(BackendDft, ComplexMultiDimensional) {
+  for (auto shape : std::vector<std::vector<int>>{{8, 6}, {5, 7, 3}, {4, 3, 2, 5}, {1, 9}, {16, 16, 4}})
+    for (bool inplace : {false, true}) complex_case<TypeParam>(shape, inplace, 7);
+}
+
+// Powers of two up to 2^20: every output checked would cost n^2, so a few
+// bins are checked against their direct sums, and the round trip in full.
+TYPED_TEST(BackendDft, PowersOfTwoSampled) {
+  using A = Api<TypeParam>;
+  for (int k : {7, 11, 14, 17, 20}) {
+    size_t n = size_t{1} << k;
+    auto x = random_data(n, k);
+    std::vector<TypeParam> a(2 * n);
+    for (size_t i = 0; i < n; ++i) a[2 * i] = x[i].real(), a[2 * i + 1] = x[i].imag();
+    auto* p = reinterpret_cast<typename A::C*>(a.data());
+    int len = static_cast<int>(n);
+    auto fwd = A::dft(1, &len, p, p, FFTW_FORWARD, FFTW_ESTIMATE);
+    auto bwd = A::dft(1, &len, p, p, FFTW_BACKWARD, FFTW_ESTIMATE);
+    ASSERT_TRUE(fwd && bwd);
+    A::execute(fwd);
+    long double norm = 0;
+    for (auto& z : x) norm += std::norm(z);
+    for (size_t bin : {size_t{0}, size_t{1}, n / 3, n / 2, n - 1}) {
+      LC sum = 0;
+      for (size_t j = 0; j < n; ++j) sum += x[j] * std::polar(1.0L, -2 * acosl(-1.0L) * ((j * bin) % n) / n);
+      EXPECT_LT(std::abs(sum - LC(a[2 * bin], a[2 * bin + 1])) / sqrtl(norm), A::tol * 8)
+          << "n=2^" << k << " bin " << bin;
+    }
+    A::execute(bwd);
+    EXPECT_LT(error(x, [&](size_t i) { return LC(a[2 * i], a[2 * i + 1]) / static_cast<long double>(n); }), A::tol * 8);
+    A::destroy(fwd);
+    A::destroy(bwd);
+  }
+}
+
+// Real input: the half spectrum of r2c against the complex oracle, then c2r back.
+template <class R>
+void real_case(const std::vector<int>& shape, bool inplace) {
+  using A = Api<R>;
+  int rank = static_cast<int>(shape.size());
+  int last = shape.back(), h = last / 2 + 1;
+  size_t outer = 1;
+  for (int d = 0; d + 1 < rank; ++d) outer *= shape[d];
+  int real_row = inplace ? 2 * h : last;
+  auto x = random_data(outer * last, 3 * last + rank, true);
+  std::vector<R> real(outer * real_row + 2), spec(outer * h * 2 + 2);
+  for (size_t r = 0; r < outer; ++r)
+    for (int j = 0; j < last; ++j) real[r * real_row + j] = static_cast<R>(x[r * last + j].real());
+  R* sp = inplace ? real.data() : spec.data();
+  auto* cp = reinterpret_cast<typename A::C*>(sp);
+  auto fwd = A::r2c(rank, shape.data(), real.data(), cp, FFTW_ESTIMATE);
+  auto bwd = A::c2r(rank, shape.data(), cp, real.data(), FFTW_ESTIMATE);
+  ASSERT_TRUE(fwd && bwd);
+  A::execute(fwd);
+  auto want = direct(x, shape, -1);
+  std::vector<LC> half;
+  for (size_t r = 0; r < outer; ++r)
+    for (int j = 0; j < h; ++j) half.push_back(want[r * last + j]);
+  EXPECT_LT(error(half, [&](size_t i) { return LC(sp[2 * i], sp[2 * i + 1]); }), A::tol) << "r2c n=" << last;
+  A::execute(bwd);
+  EXPECT_LT(error(x,
+                  [&](size_t i) {
+                    return LC(real[(i / last) * real_row + i % last] / static_cast<long double>(x.size()), 0);
+                  }),
+            A::tol)
+      << "c2r n=" << last;
+  A::destroy(fwd);
+  A::destroy(bwd);
+}
+
+TYPED_TEST(BackendDft, RealEverySizeAndMultiDimensional) {
+  for (int n = 1; n <= 64; ++n) real_case<TypeParam>({n}, n % 3 == 0);
+  for (auto shape : std::vector<std::vector<int>>{{6, 8}, {5, 7}, {3, 4, 10}, {2, 3, 5, 9}})
+    for (bool inplace : {false, true}) real_case<TypeParam>(shape, inplace);
+}
+
+// howmany transforms of length n, input every `stride` elements, `dist` apart;
+// output packed differently, through new-array execution.
+TYPED_TEST(BackendDft, BatchedStridedNewArray) {
+  using A = Api<TypeParam>;
+  const int n = 12, howmany = 5, istride = 3, idist = n * istride + 1, ostride = 2, odist = n * ostride;
+  auto x = random_data(size_t{howmany} * idist, 11);
+  std::vector<TypeParam> in(2 * howmany * idist), out(2 * howmany * odist, 0), plan_in(in.size()), plan_out(out.size());
+  for (size_t i = 0; i < x.size(); ++i) in[2 * i] = x[i].real(), in[2 * i + 1] = x[i].imag();
+  auto C = [](std::vector<TypeParam>& v) { return reinterpret_cast<typename A::C*>(v.data()); };
+  auto p = A::many(1, &n, howmany, C(plan_in), nullptr, istride, idist, C(plan_out), nullptr, ostride, odist,
+                   FFTW_FORWARD, FFTW_ESTIMATE);
+  ASSERT_TRUE(p);
+  A::execute_dft(p, C(in), C(out));
+  for (int b = 0; b < howmany; ++b) {
+    std::vector<LC> one(n);
+    for (int j = 0; j < n; ++j) one[j] = x[b * idist + j * istride];
+    auto want = direct(one, {n}, -1);
+    EXPECT_LT(error(want,
+                    [&](size_t k) {
+                      size_t at = 2 * (b * odist + k * ostride);
+                      return LC(out[at], out[at + 1]);
+                    }),
+              A::tol)
+        << "batch " << b;
+  }
+  A::destroy(p);
+}
+
+// Split arrays: forward directly, backward by exchanging real and imaginary parts.
+TYPED_TEST(BackendDft, SplitArrays) {
+  using A = Api<TypeParam>;
+  const int n0 = 6, n1 = 10;
+  auto x = random_data(n0 * n1, 5);
+  std::vector<TypeParam> ri(n0 * n1), ii(n0 * n1), ro(n0 * n1), io(n0 * n1);
+  for (int i = 0; i < n0 * n1; ++i) ri[i] = x[i].real(), ii[i] = x[i].imag();
+  typename std::conditional<std::is_same<TypeParam, double>::value, fftw_iodim, fftwf_iodim>::type dims[2] = {
+      {n0, n1, n1}, {n1, 1, 1}};
+  auto p = A::split(2, dims, 0, nullptr, ri.data(), ii.data(), ro.data(), io.data(), FFTW_ESTIMATE);
+  ASSERT_TRUE(p);
+  A::execute(p);
+  EXPECT_LT(error(direct(x, {n0, n1}, -1), [&](size_t i) { return LC(ro[i], io[i]); }), A::tol);
+  A::destroy(p);
+  auto q = A::split(2, dims, 0, nullptr, io.data(), ro.data(), ii.data(), ri.data(), FFTW_ESTIMATE);
+  ASSERT_TRUE(q);
+  A::execute(q);
+  EXPECT_LT(error(x, [&](size_t i) { return LC(ri[i], ii[i]) / static_cast<long double>(n0 * n1); }), A::tol);
+  A::destroy(q);
+}
+
+}  // namespace
+
+namespace {
+
+// Real conjugate-even layouts through the descriptor interface: where the
+// real and imaginary parts of z[k] must land, written out per format.
+std::vector<long double> expected_layout(int format, const std::vector<LC>& z, int n) {
+  int h = n / 2 + 1;
+  std::vector<long double> v(format == DFTI_CCS_FORMAT ? 2 * h : n, 0);
+  for (int k = 0; k < h; ++k) {
+    if (format == DFTI_CCS_FORMAT) {
+      v[2 * k] = z[k].real();
+      v[2 * k + 1] = z[k].imag();
+    } else if (k == 0) {
+      v[0] = z[0].real();
+    } else if (format == DFTI_PERM_FORMAT && n % 2 == 0) {
+      if (k == n / 2) {
+        v[1] = z[k].real();
+      } else {
+        v[2 * k] = z[k].real();
+        v[2 * k + 1] = z[k].imag();
+      }
+    } else {
+      v[2 * k - 1] = z[k].real();
+      if (2 * k < n) v[2 * k] = z[k].imag();
+    }
+  }
+  return v;
+}
+
+TYPED_TEST(BackendDft, RealPackedFormatsThroughDescriptors) {
+  const auto precision = std::is_same<TypeParam, double>::value ? DFTI_DOUBLE : DFTI_SINGLE;
+  for (int format : {DFTI_CCS_FORMAT, DFTI_PACK_FORMAT, DFTI_PERM_FORMAT})
+    for (int n : {1, 2, 5, 8, 15, 16}) {
+      auto x = random_data(n, n + format, true);
+      auto want = expected_layout(format, direct(x, {n}, -1), n);
+      DFTI_DESCRIPTOR_HANDLE h = nullptr;
+      ASSERT_EQ(DftiCreateDescriptor(&h, precision, DFTI_REAL, 1, n), 0);
+      ASSERT_EQ(DftiSetValue(h, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_REAL), 0);
+      ASSERT_EQ(DftiSetValue(h, DFTI_PACKED_FORMAT, format), 0);
+      ASSERT_EQ(DftiSetValue(h, DFTI_PLACEMENT, DFTI_NOT_INPLACE), 0);
+      ASSERT_EQ(DftiSetValue(h, DFTI_BACKWARD_SCALE, 1.0 / n), 0);
+      ASSERT_EQ(DftiCommitDescriptor(h), 0);
+      std::vector<TypeParam> in(n), spec(want.size() + 2, -7), back(n);
+      for (int i = 0; i < n; ++i) in[i] = static_cast<TypeParam>(x[i].real());
+      ASSERT_EQ(DftiComputeForward(h, in.data(), spec.data()), 0);
+      long double worst = 0;
+      for (size_t i = 0; i < want.size(); ++i) worst = std::max(worst, fabsl(want[i] - spec[i]));
+      EXPECT_LT(static_cast<double>(worst) / std::sqrt(n), Api<TypeParam>::tol * 10) << format << " n=" << n;
+      EXPECT_EQ(spec[want.size()], -7) << "wrote past the layout";
+      ASSERT_EQ(DftiComputeBackward(h, spec.data(), back.data()), 0);
+      for (int i = 0; i < n; ++i) EXPECT_NEAR(back[i], in[i], Api<TypeParam>::tol * 10) << format << " n=" << n;
+      DftiFreeDescriptor(&h);
+    }
+}
+
+}  // namespace
+
+namespace {
+
+// One plan, new arrays from several threads at once: each result is its own
+// input's transform. Misaligned arrays take the back-end's second plan, made
+// by whichever thread comes first.
+TEST(BackendDftThreads, NewArrayExecutionFromManyThreads) {
+  const int n = 48, threads = 4;
+  std::vector<fftw_complex> plan_in(n), plan_out(n);
+  fftw_plan p = fftw_plan_dft_1d(n, plan_in.data(), plan_out.data(), FFTW_FORWARD, FFTW_ESTIMATE);
+  ASSERT_NE(p, nullptr);
+  std::vector<std::vector<double>> in(threads), out(threads);
+  std::vector<double> errors(threads);
+  std::vector<std::thread> pool;
+  for (int t = 0; t < threads; ++t)
+    pool.emplace_back([&, t] {
+      auto x = random_data(n, 100 + t);
+      in[t].assign(2 * n + 1, 0);
+      out[t].assign(2 * n + 1, 0);
+      // Odd threads use arrays one double off the usual alignment.
+      double* a = in[t].data() + (t % 2);
+      double* b = out[t].data() + (t % 2);
+      for (int i = 0; i < n; ++i) a[2 * i] = x[i].real(), a[2 * i + 1] = x[i].imag();
+      for (int round = 0; round < 50; ++round)
+        fftw_execute_dft(p, reinterpret_cast<fftw_complex*>(a), reinterpret_cast<fftw_complex*>(b));
+      errors[t] = error(direct(x, {n}, -1), [&](size_t k) { return LC(b[2 * k], b[2 * k + 1]); });
+    });
+  for (auto& t : pool) t.join();
+  for (int t = 0; t < threads; ++t) EXPECT_LT(errors[t], 1e-12) << "thread " << t;
+  fftw_destroy_plan(p);
+}
+
+}  // namespace
