@@ -362,13 +362,24 @@ int32_t qnl_serv_pardiso_pivot(void* a, void* b, void* eps) {
   if (PivotHook h = g_pivot.load()) return h(a, b, eps);
   return qnl_serv_default_pardiso_pivot(a, b, eps);
 }
-// Case-insensitive compare of two first letters, in ASCII as the C locale has it, with no
-// branch and no library call: the argument checkers of the facade ask this on every call.
-// Equal bytes match; otherwise both bytes must give the same letter with bit 5 set.
+}  // extern "C"
+
+namespace {
+// Each byte's upper-case letter in ASCII, as the C locale's toupper gives it.
+struct UpperTable {
+  unsigned char up[256];
+  constexpr UpperTable() : up() {
+    for (int c = 0; c < 256; ++c) up[c] = static_cast<unsigned char>(c >= 'a' && c <= 'z' ? c - 32 : c);
+  }
+};
+constexpr UpperTable kUpper;
+}  // namespace
+
+extern "C" {
+// Case-insensitive compare of two first letters with no branch and no library call:
+// the argument checkers of the facade ask this on every call of a routine with options.
 int32_t qnl_serv_lsame(void* a, void* b, int32_t, int32_t) {
-  const uint32_t x = *static_cast<unsigned char*>(a), y = *static_cast<unsigned char*>(b);
-  const uint32_t lx = x | 0x20;
-  return (x == y) | ((lx == (y | 0x20)) & (lx - 'a' < 26u));
+  return kUpper.up[*static_cast<unsigned char*>(a)] == kUpper.up[*static_cast<unsigned char*>(b)];
 }
 
 // offload control: no offload devices exist behind this back-end
