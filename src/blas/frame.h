@@ -238,6 +238,14 @@ inline F* quiet_slot() {
   return reinterpret_cast<F*>(D::slot.get());
 }
 
+// The checker of the active width, inlined (QNL_CHECKER) with all it calls but the letter
+// compare and the report: called, it would save and restore the registers the entry keeps
+// anyway, and take its arguments a second time.
+template <class D, class I, class... P>
+__attribute__((always_inline)) inline bool rejects(P... a) {
+  return D::template check<I>(a...) != 0;
+}
+
 // The two tests of the quiet road, each a compare with the value where it lies. A plain
 // load and test would cost one instruction more each, and these tests are most of what a
 // bound call of a short routine pays.
@@ -288,11 +296,11 @@ inline typename D::Result enter(P... a) {
       if (!D::checked || __builtin_expect(quiet_slot<D, F>() != nullptr, 1)) {
         if (!layer_is_lp64()) {
           if constexpr (D::checked)
-            if (__builtin_expect(D::template check<int64_t>(a...) != 0, 0)) return refuse<D>(0, a...);
+            if (__builtin_expect(rejects<D, int64_t>(a...), 0)) return refuse<D>(0, a...);
           return quiet_call<D>(std::make_index_sequence<N>{}, quiet_slot<D, F>(), 1, nullptr, a...);
         }
         if constexpr (D::checked)
-          if (__builtin_expect(D::template check<int32_t>(a...) != 0, 0)) return refuse<D>(0, a...);
+          if (__builtin_expect(rejects<D, int32_t>(a...), 0)) return refuse<D>(0, a...);
         int64_t w[N];
         widen<D>(w, std::make_index_sequence<N>{}, a...);
         return quiet_call<D>(std::make_index_sequence<N>{}, quiet_slot<D, F>(), 0, w, a...);
