@@ -7,10 +7,10 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <atomic>
 
 #include "backend_services.h"
 #include "reference.h"

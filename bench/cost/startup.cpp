@@ -84,9 +84,9 @@ int main(int argc, char** argv) {
     return 1;
   }
   const double m0 = quantile(t[0], 0.5), m1 = quantile(t[1], 0.5);
-  std::printf("start to first ddot, %d starts each: facade %.2f ms [%.2f..%.2f], direct %.2f ms [%.2f..%.2f], "
-              "ratio %.2f\n",
-              k, m0, quantile(t[0], 0.25), quantile(t[0], 0.75), m1, quantile(t[1], 0.25), quantile(t[1], 0.75),
-              m0 / m1);
+  std::printf(
+      "start to first ddot, %d starts each: facade %.2f ms [%.2f..%.2f], direct %.2f ms [%.2f..%.2f], "
+      "ratio %.2f\n",
+      k, m0, quantile(t[0], 0.25), quantile(t[0], 0.75), m1, quantile(t[1], 0.25), quantile(t[1], 0.75), m0 / m1);
   return 0;
 }

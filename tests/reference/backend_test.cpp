@@ -144,10 +144,12 @@ TEST_P(Backend, ForwardedSymbolsAreTheLibraryRoutinesThemselves) {
     ASSERT_NE(f, nullptr) << sym;
     Dl_info where;
     ASSERT_NE(dladdr(f, &where), 0) << sym;
-    EXPECT_NE(std::string(where.dli_fname).find("libopenblas64"), std::string::npos) << sym << " in " << where.dli_fname;
+    EXPECT_NE(std::string(where.dli_fname).find("libopenblas64"), std::string::npos)
+        << sym << " in " << where.dli_fname;
     ASSERT_NE(where.dli_sname, nullptr) << sym;
     std::string routine = std::string(sym).substr(std::string(sym).find('_', 4) + 1);
-    if (routine.size() > 7 && routine.compare(routine.size() - 7, 7, "_direct") == 0) routine.resize(routine.size() - 7);
+    if (routine.size() > 7 && routine.compare(routine.size() - 7, 7, "_direct") == 0)
+      routine.resize(routine.size() - 7);
     EXPECT_EQ(std::string(where.dli_sname), routine + "_") << sym;
   }
 }
