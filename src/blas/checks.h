@@ -72,7 +72,7 @@ QNL_CHECKER bool side_ok(const void* a) {
 // transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc (gemm, gemm3m, dzgemm, scgemm)
 template <class I, class D>
 QNL_CHECKER I gemm(void* ta, void* tb, void* m, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*,
-              void*, void* ldc) {
+                   void*, void* ldc) {
   const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
   const I M = get<I>(m), N = get<I>(n), K = get<I>(k);
   const I nrowa = nota ? M : K, nrowb = notb ? K : N;
@@ -89,8 +89,8 @@ QNL_CHECKER I gemm(void* ta, void* tb, void* m, void* n, void* k, void*, void*, 
 
 // uplo, transa, transb, n, k, alpha, a, lda, b, ldb, beta, c, ldc
 template <class I, class D>
-QNL_CHECKER I gemmt(void* uplo, void* ta, void* tb, void* n, void* k, void*, void*, void* lda, void*, void* ldb,
-               void*, void*, void* ldc) {
+QNL_CHECKER I gemmt(void* uplo, void* ta, void* tb, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*,
+                    void*, void* ldc) {
   const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
   const I N = get<I>(n), K = get<I>(k);
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
@@ -107,7 +107,7 @@ QNL_CHECKER I gemmt(void* uplo, void* ta, void* tb, void* n, void* k, void*, voi
 // trans, m, n, alpha, a, lda, x, incx, beta, y, incy
 template <class I, class D>
 QNL_CHECKER I gemv(void* trans, void* m, void* n, void*, void*, void* lda, void*, void* incx, void*, void*,
-              void* incy) {
+                   void* incy) {
   if (!trans_ok<I, D>(trans)) QNL_FAIL(1);
   if (get<I>(m) < 0) QNL_FAIL(2);
   if (get<I>(n) < 0) QNL_FAIL(3);
@@ -119,8 +119,8 @@ QNL_CHECKER I gemv(void* trans, void* m, void* n, void*, void*, void* lda, void*
 
 // trans, m, n, kl, ku, alpha, a, lda, x, incx, beta, y, incy
 template <class I, class D>
-QNL_CHECKER I gbmv(void* trans, void* m, void* n, void* kl, void* ku, void*, void*, void* lda, void*, void* incx,
-              void*, void*, void* incy) {
+QNL_CHECKER I gbmv(void* trans, void* m, void* n, void* kl, void* ku, void*, void*, void* lda, void*, void* incx, void*,
+                   void*, void* incy) {
   if (!trans_ok<I, D>(trans)) QNL_FAIL(1);
   if (get<I>(m) < 0) QNL_FAIL(2);
   if (get<I>(n) < 0) QNL_FAIL(3);
@@ -145,8 +145,7 @@ QNL_CHECKER I symv(void* uplo, void* n, void*, void*, void* lda, void*, void* in
 
 // uplo, n, k, alpha, a, lda, x, incx, beta, y, incy (sbmv, hbmv)
 template <class I, class D>
-QNL_CHECKER I sbmv(void* uplo, void* n, void* k, void*, void*, void* lda, void*, void* incx, void*, void*,
-              void* incy) {
+QNL_CHECKER I sbmv(void* uplo, void* n, void* k, void*, void*, void* lda, void*, void* incx, void*, void*, void* incy) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(k) < 0) QNL_FAIL(3);
@@ -256,7 +255,7 @@ QNL_CHECKER I spr2(void* uplo, void* n, void*, void*, void* incx, void*, void* i
 // side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc (symm, hemm)
 template <class I, class D>
 QNL_CHECKER I symm(void* side, void* uplo, void* m, void* n, void*, void*, void* lda, void*, void* ldb, void*, void*,
-              void* ldc) {
+                   void* ldc) {
   const I M = get<I>(m), N = get<I>(n);
   const I nrowa = same<I>(side, "L") ? M : N;
   if (!side_ok<I>(side)) QNL_FAIL(1);
@@ -286,7 +285,7 @@ QNL_CHECKER I syrk(void* uplo, void* trans, void* n, void* k, void*, void*, void
 // uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc (syr2k, her2k)
 template <class I, class D>
 QNL_CHECKER I syr2k(void* uplo, void* trans, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*, void*,
-               void* ldc) {
+                    void* ldc) {
   const I N = get<I>(n), K = get<I>(k);
   const I nrowa = same<I>(trans, "N") ? N : K;
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
@@ -303,7 +302,7 @@ QNL_CHECKER I syr2k(void* uplo, void* trans, void* n, void* k, void*, void*, voi
 // its triangle being packed)
 template <class I, class D, bool Packed = false>
 QNL_CHECKER I trmm(void* side, void* uplo, void* ta, void* diag, void* m, void* n, void*, void*, void* lda, void*,
-              void* ldb) {
+                   void* ldb) {
   const I M = get<I>(m), N = get<I>(n);
   const I nrowa = same<I>(side, "L") ? M : N;
   if (!side_ok<I>(side)) QNL_FAIL(1);
@@ -318,14 +317,14 @@ QNL_CHECKER I trmm(void* side, void* uplo, void* ta, void* diag, void* m, void* 
 }
 template <class I, class D>
 QNL_CHECKER I ptrmm(void* side, void* uplo, void* ta, void* diag, void* m, void* n, void* alpha, void* a, void* lda,
-               void* b, void* ldb) {
+                    void* b, void* ldb) {
   return trmm<I, D, true>(side, uplo, ta, diag, m, n, alpha, a, lda, b, ldb);
 }
 
 // m, n, alpha, a, lda, x1, incx1, x2, incx2, beta, y1, incy1, y2, incy2 (gem2vu, gem2vc)
 template <class I, class D>
 QNL_CHECKER I gem2v(void* m, void* n, void*, void*, void* lda, void*, void* incx1, void*, void* incx2, void*, void*,
-               void* incy1, void*, void* incy2) {
+                    void* incy1, void*, void* incy2) {
   if (get<I>(m) < 0) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(lda) < max1(get<I>(m))) QNL_FAIL(5);
@@ -340,8 +339,8 @@ QNL_CHECKER I gem2v(void* m, void* n, void*, void*, void* lda, void*, void* incx
 // groups before the next parameter, so a bad option in a later group outranks a bad size
 // in an earlier one; the report carries no group number.
 template <class I, class D>
-QNL_COLD I gemm_batch(void* ta, void* tb, void* m, void* n, void* k, void*, void*, void* lda, void*, void* ldb,
-                      void*, void*, void* ldc, void* group_count, void* group_size) {
+QNL_COLD I gemm_batch(void* ta, void* tb, void* m, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*,
+                      void*, void* ldc, void* group_count, void* group_size) {
   const I groups = get<I>(group_count);
   if (groups < 0) QNL_FAIL(14);
   const char* TA = static_cast<const char*>(ta);
@@ -400,8 +399,8 @@ QNL_COLD I gemm_pack(void* id, void* trans, void* m, void* n, void* k, void*, vo
 // transa, transb, m, n, k, a, lda, b, ldb, beta, c, ldc: "P" marks an operand that is
 // already packed, whose leading dimension is then not looked at.
 template <class I, class D>
-QNL_COLD I gemm_compute(void* ta, void* tb, void* m, void* n, void* k, void*, void* lda, void*, void* ldb, void*,
-                        void*, void* ldc) {
+QNL_COLD I gemm_compute(void* ta, void* tb, void* m, void* n, void* k, void*, void* lda, void*, void* ldb, void*, void*,
+                        void* ldc) {
   const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
   const bool packa = !nota && same<I>(ta, "P"), packb = !notb && same<I>(tb, "P");
   if (!nota && !packa && !same<I>(ta, "C") && !same<I>(ta, "T")) QNL_FAIL(1);

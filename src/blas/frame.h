@@ -38,9 +38,9 @@ struct Backend;
 template <class D, size_t... I, size_t... L>
 struct Backend<D, std::index_sequence<I...>, std::index_sequence<L...>> {
   using R = typename D::Result;
-  using type = std::conditional_t<
-      is_complex<R>, void(void*, Arg<I>..., Len<L>...),
-      std::conditional_t<D::batch, R(Arg<I>..., int32_t, Len<L>...), R(Arg<I>..., Len<L>...)>>;
+  using type =
+      std::conditional_t<is_complex<R>, void(void*, Arg<I>..., Len<L>...),
+                         std::conditional_t<D::batch, R(Arg<I>..., int32_t, Len<L>...), R(Arg<I>..., Len<L>...)>>;
 
   // Hidden lengths are the constant 1 whatever the caller passed: only first letters count.
   static auto call(type* f, void* result, int32_t layer_word, Arg<I>... v) {
@@ -113,8 +113,7 @@ QNL_COLD void report_no_memory() {
 // 128, each index sign-extended. Null when the allocation failed and was reported.
 template <class D>
 QNL_COLD int64_t* copy_indices(int64_t nz, const void* indices) {
-  auto* copy = static_cast<int64_t*>(
-      qnl_body_qnl_serv_iface_allocate(8 * static_cast<uint64_t>(nz > 1 ? nz : 1), 128));
+  auto* copy = static_cast<int64_t*>(qnl_body_qnl_serv_iface_allocate(8 * static_cast<uint64_t>(nz > 1 ? nz : 1), 128));
   if (copy == nullptr) {
     report_no_memory<D>();
     return nullptr;
@@ -150,8 +149,7 @@ QNL_COLD typename D::Result traced(int32_t m, F* f, int layer, int64_t* w, int64
   if constexpr (is_complex<R>) {
     R result{};
     auto call = [&] { invoke<D>(std::make_index_sequence<N>{}, f, &result, layer, w, idx, a...); };
-    verbose::traced(D::site, m, call,
-                    [&](char* buf) { record<D>(buf, &result, std::make_index_sequence<N>{}, a...); });
+    verbose::traced(D::site, m, call, [&](char* buf) { record<D>(buf, &result, std::make_index_sequence<N>{}, a...); });
     return result;
   } else {
     auto call = [&] { return invoke<D>(std::make_index_sequence<N>{}, f, nullptr, layer, w, idx, a...); };

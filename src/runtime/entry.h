@@ -8,8 +8,7 @@
 #define QNL_HIDDEN __attribute__((visibility("hidden")))
 #define QNL_COLD __attribute__((cold, noinline))
 // Exports `name` as a second symbol of `body`: the same code and the same slot.
-#define QNL_ALIAS(body, name) \
-  extern "C" decltype(body) name __attribute__((alias(#body), visibility("default")));
+#define QNL_ALIAS(body, name) extern "C" decltype(body) name __attribute__((alias(#body), visibility("default")));
 
 namespace qnl {
 
