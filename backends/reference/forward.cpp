@@ -1,5 +1,5 @@
-// Opens the ILP64 OpenBLAS build that matches this threading layer, and its
-// test-matrix library, each in a scope of its own: with RTLD_DEEPBIND their
+// Opens the ILP64 OpenBLAS build that matches this threading layer, and on
+// demand its test-matrix library, each in a scope of its own: with RTLD_DEEPBIND their
 // internal calls (LAPACK calling dgemm_) stay inside them and never land on the
 // facade's exports, which read 32-bit integers under LP64. OpenBLAS comes in
 // through a small shim that sits first in its scope and takes its xerbla_ calls.
@@ -8,6 +8,7 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -18,7 +19,7 @@
 namespace qnl_ref {
 namespace {
 
-void* g_libs[3];
+void* g_libs[3];  // the test-matrix entry stays empty: see test_matrix_library
 
 void* open_library(const char* path) {
   void* h = dlopen(path, RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
@@ -59,21 +60,49 @@ void passive_openmp_by_default() {
   setenv("OMP_WAIT_POLICY", "passive", 0);
 }
 
-__attribute__((constructor)) void bind_targets() {
+// OpenBLAS comes in with the back-end: nearly every first call needs it. No
+// routine is looked up here; each is found when the facade asks for it.
+__attribute__((constructor)) void open_libraries() {
   passive_openmp_by_default();
   g_libs[kOpenBlas] = open_shim();
-  g_libs[kTestMatrix] = open_library(QNL_REF_TMGLIB);
   // Already loaded: this only yields a handle for looking up its own symbols.
   const char* self = own_file();
   g_libs[kSelf] = self ? dlopen(self, RTLD_NOW | RTLD_NOLOAD) : nullptr;
-  for (int k = 0; k < kTargetCount; ++k)
-    if (void* p = computational_symbol(kTargets[k].name, kTargets[k].library)) qnl_ref_targets[k] = p;
+  if (kTargetCount > kMaxTargets) {
+    std::fprintf(stderr, "qnl_rt reference back-end: %d targets, room for %d\n", kTargetCount, kMaxTargets);
+    std::abort();
+  }
+}
+
+// Few programs need the test-matrix library, and opening it costs start-up
+// time: it waits for its first routine. No lock of ours: resolvers run inside
+// the dynamic linker's lock, so waiting here for another thread's dlopen could
+// deadlock. Racing openers get the same handle; a failed open is tried again.
+std::atomic<void*> g_test_matrix{nullptr};
+void* test_matrix_library() {
+  void* h = g_test_matrix.load(std::memory_order_acquire);
+  if (!h) {
+    h = open_library(QNL_REF_TMGLIB);
+    g_test_matrix.store(h, std::memory_order_release);
+  }
+  return h;
 }
 
 }  // namespace
 
+std::atomic<void*> g_bound[kMaxTargets];
+
 void* computational_symbol(const char* name, int library) {
-  return g_libs[library] ? dlsym(g_libs[library], name) : nullptr;
+  void* lib = library == kTestMatrix ? test_matrix_library() : g_libs[library];
+  return lib ? dlsym(lib, name) : nullptr;
+}
+
+void* bind(int k) {
+  void* p = computational_symbol(kTargets[k].name, kTargets[k].library);
+  if (!p) p = qnl_ref_targets[k];
+  // Racing binders store the same address.
+  g_bound[k].store(p, std::memory_order_relaxed);
+  return p;
 }
 
 void apply_threads(int32_t n) {
@@ -82,6 +111,8 @@ void apply_threads(int32_t n) {
 }
 
 }  // namespace qnl_ref
+
+extern "C" void* qnl_ref_resolve(int index) { return qnl_ref::target(index); }
 
 extern "C" void qnl_ref_missing(int index) {
   std::fprintf(stderr, "qnl_rt reference back-end: %s is not available from %s\n", qnl_ref::kTargets[index].name,

@@ -4,7 +4,6 @@
 #include <link.h>
 
 #include <atomic>
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -365,8 +364,24 @@ int32_t qnl_serv_pardiso_pivot(void* a, void* b, void* eps) {
   if (PivotHook h = g_pivot.load()) return h(a, b, eps);
   return qnl_serv_default_pardiso_pivot(a, b, eps);
 }
+}  // extern "C"
+
+namespace {
+// Each byte's upper-case letter in ASCII, as the C locale's toupper gives it.
+struct UpperTable {
+  unsigned char up[256];
+  constexpr UpperTable() : up() {
+    for (int c = 0; c < 256; ++c) up[c] = static_cast<unsigned char>(c >= 'a' && c <= 'z' ? c - 32 : c);
+  }
+};
+constexpr UpperTable kUpper;
+}  // namespace
+
+extern "C" {
+// Case-insensitive compare of two first letters with no branch and no library call:
+// the argument checkers of the facade ask this on every call of a routine with options.
 int32_t qnl_serv_lsame(void* a, void* b, int32_t, int32_t) {
-  return std::toupper(*static_cast<unsigned char*>(a)) == std::toupper(*static_cast<unsigned char*>(b));
+  return kUpper.up[*static_cast<unsigned char*>(a)] == kUpper.up[*static_cast<unsigned char*>(b)];
 }
 
 // offload control: no offload devices exist behind this back-end

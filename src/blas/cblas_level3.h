@@ -16,14 +16,15 @@ inline const char* trans_in(int t, TransSet set) {
   return trans_char(t);
 }
 
+// 101 or 102 chooses the row-major or the column-major bounds; anything else reports
+// parameter 1. The body has one call site, so it is inlined.
 template <class D, class Body>
 inline void level3_layout(int layout, const Checker& bad, Body body) {
-  if (layout == kColMajor)
-    body(false);
-  else if (layout == kRowMajor)
-    body(true);
-  else
+  if (layout != kColMajor && layout != kRowMajor) {
     bad(true, 1);
+    return;
+  }
+  body(layout == kRowMajor);
 }
 
 // The checks of the GEMM forms: options, sizes, then the layout's leading dimensions,
@@ -51,10 +52,10 @@ inline void gemm(int layout, int transa, int transb, I m, I n, I k, S alpha, con
   const char* ta = trans_char(transa);
   const char* tb = trans_char(transb);
   gemm_checked<I, D>(layout, transa, transb, ta, tb, m, n, k, lda, ldb, ldc, 9, [&](bool row) {
-    if (row)
-      fortran(D::fortran, tb, ta, n, m, k, alpha, b, ldb, a, lda, beta, c, ldc);
-    else
-      fortran(D::fortran, ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
+    // Row-major: B and A exchanged with their options and leading dimensions, m with n.
+    // One call with the operands chosen, rather than two calls.
+    fortran(D::fortran, row ? tb : ta, row ? ta : tb, row ? n : m, row ? m : n, k, alpha, row ? b : a, row ? ldb : lda,
+            row ? a : b, row ? lda : ldb, beta, c, ldc);
   });
 }
 

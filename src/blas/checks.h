@@ -10,34 +10,37 @@
 #include "report.h"
 #include "services_gen.h"
 
+// Checkers are inlined into the quiet road of their entry (frame.h, `rejects`).
+#define QNL_CHECKER inline __attribute__((always_inline))
+
 namespace qnl::blas::check {
 
 // qnl_serv_lsame with lengths 1, 1 against a one-letter constant. The ILP64 twin takes the
 // whole 64-bit result register as its truth value, the LP64 twin the low 32 bits.
 template <class I>
-inline bool same(const void* a, const char* letter) {
+QNL_CHECKER bool same(const void* a, const char* letter) {
   using Lsame = I (*)(void*, void*, int32_t, int32_t);
   auto fn = reinterpret_cast<Lsame>(reinterpret_cast<void*>(&qnl_body_qnl_serv_lsame));
   return fn(const_cast<void*>(a), const_cast<char*>(letter), 1, 1) != 0;
 }
 
 template <class I>
-inline I get(const void* p) {
+QNL_CHECKER I get(const void* p) {
   return *static_cast<const I*>(p);
 }
 template <class I>
-inline I max1(I v) {
+QNL_CHECKER I max1(I v) {
   return v > 1 ? v : 1;
 }
 
 template <class I>
-inline bool one_of(const void* a, const char* l1, const char* l2) {
+QNL_CHECKER bool one_of(const void* a, const char* l1, const char* l2) {
   return same<I>(a, l1) || same<I>(a, l2);
 }
 
 // A transposition option: "N", then the letters the routine admits beyond it (D::trans).
 template <class I, class D>
-inline bool trans_ok(const void* a) {
+QNL_CHECKER bool trans_ok(const void* a) {
   if (same<I>(a, "N")) return true;
   for (const char* t = D::trans; *t; ++t) {
     if (*t == 'T' && same<I>(a, "T")) return true;
@@ -46,15 +49,15 @@ inline bool trans_ok(const void* a) {
   return false;
 }
 template <class I>
-inline bool uplo_ok(const void* a) {
+QNL_CHECKER bool uplo_ok(const void* a) {
   return one_of<I>(a, "U", "L");
 }
 template <class I>
-inline bool diag_ok(const void* a) {
+QNL_CHECKER bool diag_ok(const void* a) {
   return one_of<I>(a, "U", "N");
 }
 template <class I>
-inline bool side_ok(const void* a) {
+QNL_CHECKER bool side_ok(const void* a) {
   return one_of<I>(a, "L", "R");
 }
 
@@ -62,8 +65,8 @@ inline bool side_ok(const void* a) {
 
 // transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc (gemm, gemm3m, dzgemm, scgemm)
 template <class I, class D>
-inline I gemm(void* ta, void* tb, void* m, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*,
-              void*, void* ldc) {
+QNL_CHECKER I gemm(void* ta, void* tb, void* m, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*,
+                   void*, void* ldc) {
   const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
   const I M = get<I>(m), N = get<I>(n), K = get<I>(k);
   const I nrowa = nota ? M : K, nrowb = notb ? K : N;
@@ -80,8 +83,8 @@ inline I gemm(void* ta, void* tb, void* m, void* n, void* k, void*, void*, void*
 
 // uplo, transa, transb, n, k, alpha, a, lda, b, ldb, beta, c, ldc
 template <class I, class D>
-inline I gemmt(void* uplo, void* ta, void* tb, void* n, void* k, void*, void*, void* lda, void*, void* ldb,
-               void*, void*, void* ldc) {
+QNL_CHECKER I gemmt(void* uplo, void* ta, void* tb, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*,
+                    void*, void* ldc) {
   const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
   const I N = get<I>(n), K = get<I>(k);
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
@@ -97,8 +100,8 @@ inline I gemmt(void* uplo, void* ta, void* tb, void* n, void* k, void*, void*, v
 
 // trans, m, n, alpha, a, lda, x, incx, beta, y, incy
 template <class I, class D>
-inline I gemv(void* trans, void* m, void* n, void*, void*, void* lda, void*, void* incx, void*, void*,
-              void* incy) {
+QNL_CHECKER I gemv(void* trans, void* m, void* n, void*, void*, void* lda, void*, void* incx, void*, void*,
+                   void* incy) {
   if (!trans_ok<I, D>(trans)) QNL_FAIL(1);
   if (get<I>(m) < 0) QNL_FAIL(2);
   if (get<I>(n) < 0) QNL_FAIL(3);
@@ -110,8 +113,8 @@ inline I gemv(void* trans, void* m, void* n, void*, void*, void* lda, void*, voi
 
 // trans, m, n, kl, ku, alpha, a, lda, x, incx, beta, y, incy
 template <class I, class D>
-inline I gbmv(void* trans, void* m, void* n, void* kl, void* ku, void*, void*, void* lda, void*, void* incx,
-              void*, void*, void* incy) {
+QNL_CHECKER I gbmv(void* trans, void* m, void* n, void* kl, void* ku, void*, void*, void* lda, void*, void* incx, void*,
+                   void*, void* incy) {
   if (!trans_ok<I, D>(trans)) QNL_FAIL(1);
   if (get<I>(m) < 0) QNL_FAIL(2);
   if (get<I>(n) < 0) QNL_FAIL(3);
@@ -125,7 +128,7 @@ inline I gbmv(void* trans, void* m, void* n, void* kl, void* ku, void*, void*, v
 
 // uplo, n, alpha, a, lda, x, incx, beta, y, incy (symv, hemv)
 template <class I, class D>
-inline I symv(void* uplo, void* n, void*, void*, void* lda, void*, void* incx, void*, void*, void* incy) {
+QNL_CHECKER I symv(void* uplo, void* n, void*, void*, void* lda, void*, void* incx, void*, void*, void* incy) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(lda) < max1(get<I>(n))) QNL_FAIL(5);
@@ -136,8 +139,7 @@ inline I symv(void* uplo, void* n, void*, void*, void* lda, void*, void* incx, v
 
 // uplo, n, k, alpha, a, lda, x, incx, beta, y, incy (sbmv, hbmv)
 template <class I, class D>
-inline I sbmv(void* uplo, void* n, void* k, void*, void*, void* lda, void*, void* incx, void*, void*,
-              void* incy) {
+QNL_CHECKER I sbmv(void* uplo, void* n, void* k, void*, void*, void* lda, void*, void* incx, void*, void*, void* incy) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(k) < 0) QNL_FAIL(3);
@@ -149,7 +151,7 @@ inline I sbmv(void* uplo, void* n, void* k, void*, void*, void* lda, void*, void
 
 // uplo, n, alpha, ap, x, incx, beta, y, incy (spmv, hpmv)
 template <class I, class D>
-inline I spmv(void* uplo, void* n, void*, void*, void*, void* incx, void*, void*, void* incy) {
+QNL_CHECKER I spmv(void* uplo, void* n, void*, void*, void*, void* incx, void*, void*, void* incy) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(6);
@@ -159,7 +161,7 @@ inline I spmv(void* uplo, void* n, void*, void*, void*, void* incx, void*, void*
 
 // uplo, trans, diag, n, a, lda, x, incx (trmv, trsv)
 template <class I, class D>
-inline I trmv(void* uplo, void* trans, void* diag, void* n, void*, void* lda, void*, void* incx) {
+QNL_CHECKER I trmv(void* uplo, void* trans, void* diag, void* n, void*, void* lda, void*, void* incx) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (!trans_ok<I, D>(trans)) QNL_FAIL(2);
   if (!diag_ok<I>(diag)) QNL_FAIL(3);
@@ -171,7 +173,7 @@ inline I trmv(void* uplo, void* trans, void* diag, void* n, void*, void* lda, vo
 
 // uplo, trans, diag, n, k, a, lda, x, incx (tbmv, tbsv)
 template <class I, class D>
-inline I tbmv(void* uplo, void* trans, void* diag, void* n, void* k, void*, void* lda, void*, void* incx) {
+QNL_CHECKER I tbmv(void* uplo, void* trans, void* diag, void* n, void* k, void*, void* lda, void*, void* incx) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (!trans_ok<I, D>(trans)) QNL_FAIL(2);
   if (!diag_ok<I>(diag)) QNL_FAIL(3);
@@ -184,7 +186,7 @@ inline I tbmv(void* uplo, void* trans, void* diag, void* n, void* k, void*, void
 
 // uplo, trans, diag, n, ap, x, incx (tpmv, tpsv)
 template <class I, class D>
-inline I tpmv(void* uplo, void* trans, void* diag, void* n, void*, void*, void* incx) {
+QNL_CHECKER I tpmv(void* uplo, void* trans, void* diag, void* n, void*, void*, void* incx) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (!trans_ok<I, D>(trans)) QNL_FAIL(2);
   if (!diag_ok<I>(diag)) QNL_FAIL(3);
@@ -195,7 +197,7 @@ inline I tpmv(void* uplo, void* trans, void* diag, void* n, void*, void*, void* 
 
 // m, n, alpha, x, incx, y, incy, a, lda (ger, geru, gerc): no option letter, no lsame
 template <class I, class D>
-inline I ger(void* m, void* n, void*, void*, void* incx, void*, void* incy, void*, void* lda) {
+QNL_CHECKER I ger(void* m, void* n, void*, void*, void* incx, void*, void* incy, void*, void* lda) {
   if (get<I>(m) < 0) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -206,7 +208,7 @@ inline I ger(void* m, void* n, void*, void*, void* incx, void*, void* incy, void
 
 // uplo, n, alpha, x, incx, a, lda (syr, her)
 template <class I, class D>
-inline I syr(void* uplo, void* n, void*, void*, void* incx, void*, void* lda) {
+QNL_CHECKER I syr(void* uplo, void* n, void*, void*, void* incx, void*, void* lda) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -216,7 +218,7 @@ inline I syr(void* uplo, void* n, void*, void*, void* incx, void*, void* lda) {
 
 // uplo, n, alpha, x, incx, ap (spr, hpr)
 template <class I, class D>
-inline I spr(void* uplo, void* n, void*, void*, void* incx, void*) {
+QNL_CHECKER I spr(void* uplo, void* n, void*, void*, void* incx, void*) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -225,7 +227,7 @@ inline I spr(void* uplo, void* n, void*, void*, void* incx, void*) {
 
 // uplo, n, alpha, x, incx, y, incy, a, lda (syr2, her2)
 template <class I, class D>
-inline I syr2(void* uplo, void* n, void*, void*, void* incx, void*, void* incy, void*, void* lda) {
+QNL_CHECKER I syr2(void* uplo, void* n, void*, void*, void* incx, void*, void* incy, void*, void* lda) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -236,7 +238,7 @@ inline I syr2(void* uplo, void* n, void*, void*, void* incx, void*, void* incy, 
 
 // uplo, n, alpha, x, incx, y, incy, ap (spr2, hpr2)
 template <class I, class D>
-inline I spr2(void* uplo, void* n, void*, void*, void* incx, void*, void* incy, void*) {
+QNL_CHECKER I spr2(void* uplo, void* n, void*, void*, void* incx, void*, void* incy, void*) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -246,8 +248,8 @@ inline I spr2(void* uplo, void* n, void*, void*, void* incx, void*, void* incy, 
 
 // side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc (symm, hemm)
 template <class I, class D>
-inline I symm(void* side, void* uplo, void* m, void* n, void*, void*, void* lda, void*, void* ldb, void*, void*,
-              void* ldc) {
+QNL_CHECKER I symm(void* side, void* uplo, void* m, void* n, void*, void*, void* lda, void*, void* ldb, void*, void*,
+                   void* ldc) {
   const I M = get<I>(m), N = get<I>(n);
   const I nrowa = same<I>(side, "L") ? M : N;
   if (!side_ok<I>(side)) QNL_FAIL(1);
@@ -262,7 +264,7 @@ inline I symm(void* side, void* uplo, void* m, void* n, void*, void*, void* lda,
 
 // uplo, trans, n, k, alpha, a, lda, beta, c, ldc (syrk, herk)
 template <class I, class D>
-inline I syrk(void* uplo, void* trans, void* n, void* k, void*, void*, void* lda, void*, void*, void* ldc) {
+QNL_CHECKER I syrk(void* uplo, void* trans, void* n, void* k, void*, void*, void* lda, void*, void*, void* ldc) {
   const I N = get<I>(n), K = get<I>(k);
   const I nrowa = same<I>(trans, "N") ? N : K;
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
@@ -276,8 +278,8 @@ inline I syrk(void* uplo, void* trans, void* n, void* k, void*, void*, void* lda
 
 // uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc (syr2k, her2k)
 template <class I, class D>
-inline I syr2k(void* uplo, void* trans, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*, void*,
-               void* ldc) {
+QNL_CHECKER I syr2k(void* uplo, void* trans, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*, void*,
+                    void* ldc) {
   const I N = get<I>(n), K = get<I>(k);
   const I nrowa = same<I>(trans, "N") ? N : K;
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
@@ -293,8 +295,8 @@ inline I syr2k(void* uplo, void* trans, void* n, void* k, void*, void*, void* ld
 // side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb (trmm, trsm; ptrmm skips lda,
 // its triangle being packed)
 template <class I, class D, bool Packed = false>
-inline I trmm(void* side, void* uplo, void* ta, void* diag, void* m, void* n, void*, void*, void* lda, void*,
-              void* ldb) {
+QNL_CHECKER I trmm(void* side, void* uplo, void* ta, void* diag, void* m, void* n, void*, void*, void* lda, void*,
+                   void* ldb) {
   const I M = get<I>(m), N = get<I>(n);
   const I nrowa = same<I>(side, "L") ? M : N;
   if (!side_ok<I>(side)) QNL_FAIL(1);
@@ -308,15 +310,15 @@ inline I trmm(void* side, void* uplo, void* ta, void* diag, void* m, void* n, vo
   return 0;
 }
 template <class I, class D>
-inline I ptrmm(void* side, void* uplo, void* ta, void* diag, void* m, void* n, void* alpha, void* a, void* lda,
-               void* b, void* ldb) {
+QNL_CHECKER I ptrmm(void* side, void* uplo, void* ta, void* diag, void* m, void* n, void* alpha, void* a, void* lda,
+                    void* b, void* ldb) {
   return trmm<I, D, true>(side, uplo, ta, diag, m, n, alpha, a, lda, b, ldb);
 }
 
 // m, n, alpha, a, lda, x1, incx1, x2, incx2, beta, y1, incy1, y2, incy2 (gem2vu, gem2vc)
 template <class I, class D>
-inline I gem2v(void* m, void* n, void*, void*, void* lda, void*, void* incx1, void*, void* incx2, void*, void*,
-               void* incy1, void*, void* incy2) {
+QNL_CHECKER I gem2v(void* m, void* n, void*, void*, void* lda, void*, void* incx1, void*, void* incx2, void*, void*,
+                    void* incy1, void*, void* incy2) {
   if (get<I>(m) < 0) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(lda) < max1(get<I>(m))) QNL_FAIL(5);
@@ -331,8 +333,8 @@ inline I gem2v(void* m, void* n, void*, void*, void* lda, void*, void* incx1, vo
 // groups before the next parameter, so a bad option in a later group outranks a bad size
 // in an earlier one; the report carries no group number.
 template <class I, class D>
-QNL_COLD I gemm_batch(void* ta, void* tb, void* m, void* n, void* k, void*, void*, void* lda, void*, void* ldb,
-                      void*, void*, void* ldc, void* group_count, void* group_size) {
+QNL_COLD I gemm_batch(void* ta, void* tb, void* m, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*,
+                      void*, void* ldc, void* group_count, void* group_size) {
   const I groups = get<I>(group_count);
   if (groups < 0) QNL_FAIL(14);
   const char* TA = static_cast<const char*>(ta);
@@ -391,8 +393,8 @@ QNL_COLD I gemm_pack(void* id, void* trans, void* m, void* n, void* k, void*, vo
 // transa, transb, m, n, k, a, lda, b, ldb, beta, c, ldc: "P" marks an operand that is
 // already packed, whose leading dimension is then not looked at.
 template <class I, class D>
-QNL_COLD I gemm_compute(void* ta, void* tb, void* m, void* n, void* k, void*, void* lda, void*, void* ldb, void*,
-                        void*, void* ldc) {
+QNL_COLD I gemm_compute(void* ta, void* tb, void* m, void* n, void* k, void*, void* lda, void*, void* ldb, void*, void*,
+                        void* ldc) {
   const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
   const bool packa = !nota && same<I>(ta, "P"), packb = !notb && same<I>(tb, "P");
   if (!nota && !packa && !same<I>(ta, "C") && !same<I>(ta, "T")) QNL_FAIL(1);

@@ -39,9 +39,9 @@ struct Backend;
 template <class D, size_t... I, size_t... L>
 struct Backend<D, std::index_sequence<I...>, std::index_sequence<L...>> {
   using R = typename D::Result;
-  using type = std::conditional_t<
-      is_complex<R>, void(void*, Arg<I>..., Len<L>...),
-      std::conditional_t<D::batch, R(Arg<I>..., int32_t, Len<L>...), R(Arg<I>..., Len<L>...)>>;
+  using type =
+      std::conditional_t<is_complex<R>, void(void*, Arg<I>..., Len<L>...),
+                         std::conditional_t<D::batch, R(Arg<I>..., int32_t, Len<L>...), R(Arg<I>..., Len<L>...)>>;
 
   // Hidden lengths are the constant 1 whatever the caller passed: only first letters count.
   static auto call(type* f, void* result, int32_t layer_word, Arg<I>... v) {
@@ -107,8 +107,7 @@ inline void widen(int64_t* w, std::index_sequence<K...>, P... a) {
 // 128, each index sign-extended. Null when the allocation failed and was reported.
 template <class D>
 QNL_COLD int64_t* copy_indices(int64_t nz, const void* indices) {
-  auto* copy = static_cast<int64_t*>(
-      qnl_body_qnl_serv_iface_allocate(8 * static_cast<uint64_t>(nz > 1 ? nz : 1), 128));
+  auto* copy = static_cast<int64_t*>(qnl_body_qnl_serv_iface_allocate(8 * static_cast<uint64_t>(nz > 1 ? nz : 1), 128));
   if (copy == nullptr) {
     qnl::report(D::name, D::name_len, int32_t{kReportNoWorkMemory});  // under the routine's bare name
     return nullptr;
@@ -144,8 +143,7 @@ QNL_COLD typename D::Result traced(int32_t m, F* f, int layer, int64_t* w, int64
   if constexpr (is_complex<R>) {
     R result{};
     auto call = [&] { invoke<D>(std::make_index_sequence<N>{}, f, &result, layer, w, idx, a...); };
-    verbose::traced(D::site, m, call,
-                    [&](char* buf) { record<D>(buf, &result, std::make_index_sequence<N>{}, a...); });
+    verbose::traced(D::site, m, call, [&](char* buf) { record<D>(buf, &result, std::make_index_sequence<N>{}, a...); });
     return result;
   } else {
     auto call = [&] { return invoke<D>(std::make_index_sequence<N>{}, f, nullptr, layer, w, idx, a...); };
@@ -232,6 +230,31 @@ inline F* quiet_slot() {
   return reinterpret_cast<F*>(D::slot.get());
 }
 
+// The checker of the active width, inlined (QNL_CHECKER) with all it calls but the letter
+// compare and the report: called, it would save and restore the registers the entry keeps
+// anyway, and take its arguments a second time.
+template <class D, class I, class... P>
+__attribute__((always_inline)) inline bool rejects(P... a) {
+  return D::template check<I>(a...) != 0;
+}
+
+// The two tests of the quiet road, each a compare with the value where it lies. A plain
+// load and test would cost one instruction more each, and these tests are most of what a
+// bound call of a short routine pays.
+inline bool mode_is_zero(const verbose::Site& site) {
+  const int32_t* cell = site.cell.load(std::memory_order_acquire);
+  asm goto("cmpl $0, %0\n\tjne %l[other]" : : "m"(*cell) : "cc" : other);
+  return true;
+other:
+  return false;
+}
+inline bool layer_is_lp64() {
+  asm goto("cmpl $0, %0\n\tjne %l[other]" : : "m"(g_state.interface_layer) : "cc" : other);
+  return true;
+other:
+  return false;
+}
+
 template <class D, size_t... K, class F, class... P>
 inline typename D::Result quiet_call(std::index_sequence<K...> seq, F* f, int layer, int64_t* w, P... a) {
   using R = typename D::Result;
@@ -244,10 +267,13 @@ inline typename D::Result quiet_call(std::index_sequence<K...> seq, F* f, int la
   }
 }
 
-// The common case up front: layer settled, verbose off, slot bound. The road is the
-// frame's own with every test already answered, and nothing of it is kept across a call,
-// so the back-end is reached by a jump where the arguments allow. Anything else, and the
-// sparse routines with their scratch copy, take the whole frame out of line.
+// The common case up front: verbose off, slot bound. The road is the frame's own with
+// every test already answered, and nothing of it is kept across a call, so the back-end
+// is reached by a jump where the arguments allow. The mode is tested first: a cell is
+// stored only by a call that settled the interface layer before it, so a mode of 0 read
+// through the cell means the layer is settled, and the one remaining test chooses the
+// width (any value but 0 is ILP64, as in the frame). Anything else, and the sparse
+// routines with their scratch copy, take the whole frame out of line.
 template <class D, class... P>
 inline typename D::Result enter(P... a) {
   constexpr size_t N = sizeof...(P);
@@ -255,25 +281,21 @@ inline typename D::Result enter(P... a) {
   if constexpr (D::index_arg >= 0) {
     return frame<D>(a...);
   } else {
-    const int layer = interface_layer();
-    // Acquire: the slot is read after the cell, never ahead of it.
-    const int32_t m = *D::site.cell.load(std::memory_order_acquire);
-    // One test each for "ILP64 and quiet" and "LP64 and quiet".
-    if (__builtin_expect(((layer ^ 1) | m) == 0, 1)) {
-      F* f = quiet_slot<D, F>();
-      if (!D::checked || __builtin_expect(f != nullptr, 1)) {
+    // Acquire: the slot and the layer are read after the cell, never ahead of it.
+    // Neither value is kept: each is compared where it lies, and each road loads the slot
+    // for itself, so the ILP64 road of an unchecked entry is three tests and a jump.
+    if (__builtin_expect(mode_is_zero(D::site), 1)) {
+      if (!D::checked || __builtin_expect(quiet_slot<D, F>() != nullptr, 1)) {
+        if (!layer_is_lp64()) {
+          if constexpr (D::checked)
+            if (__builtin_expect(rejects<D, int64_t>(a...), 0)) return refuse<D>(0, a...);
+          return quiet_call<D>(std::make_index_sequence<N>{}, quiet_slot<D, F>(), 1, nullptr, a...);
+        }
         if constexpr (D::checked)
-          if (__builtin_expect(D::template check<int64_t>(a...) != 0, 0)) return refuse<D>(m, a...);
-        return quiet_call<D>(std::make_index_sequence<N>{}, f, layer, nullptr, a...);
-      }
-    } else if (__builtin_expect((layer | m) == 0, 1)) {
-      F* f = quiet_slot<D, F>();
-      if (!D::checked || __builtin_expect(f != nullptr, 1)) {
-        if constexpr (D::checked)
-          if (__builtin_expect(D::template check<int32_t>(a...) != 0, 0)) return refuse<D>(m, a...);
+          if (__builtin_expect(rejects<D, int32_t>(a...), 0)) return refuse<D>(0, a...);
         int64_t w[N];
         widen<D>(w, std::make_index_sequence<N>{}, a...);
-        return quiet_call<D>(std::make_index_sequence<N>{}, f, layer, w, a...);
+        return quiet_call<D>(std::make_index_sequence<N>{}, quiet_slot<D, F>(), 0, w, a...);
       }
     }
     return frame_cold<D>(a...);

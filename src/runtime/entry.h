@@ -53,18 +53,22 @@ QNL_COLD void* bind_family_cdft(Slot& slot, const char* symbol) QNL_HIDDEN;
 QNL_COLD int settle_interface_layer() QNL_HIDDEN;
 
 // A thin entry: `forward` reads any by-reference arguments and calls the bound
-// address. The unbound road is a separate function, so the bound one keeps no
-// registers of its own: a load, a test, the argument moves and the jump.
-template <class F, class Forward>
-QNL_COLD auto thin_unbound(Slot& slot, const char* symbol, Forward forward) {
-  return forward(reinterpret_cast<F*>(bind_thin(slot, symbol)));
-}
-
+// address. The bound road is a load, a test, the argument moves and the jump. The
+// unbound road calls qnl_rt_bind_thin_keeping (thin_bind.cpp), which keeps every
+// argument register itself, so the compiler sees no call and the bound road saves
+// nothing. The call steps over the red zone, which this frame may be using.
 template <class F, class Forward>
 inline auto thin(Slot& slot, const char* symbol, Forward forward) {
   void* p = slot.get();
-  if (__builtin_expect(p != nullptr, 1)) return forward(reinterpret_cast<F*>(p));
-  return thin_unbound<F>(slot, symbol, forward);
+  if (__builtin_expect(p == nullptr, 0)) {
+    register Slot* r10 asm("r10") = &slot;
+    register const char* r11 asm("r11") = symbol;
+    asm volatile("lea -128(%%rsp), %%rsp\n\tcall qnl_rt_bind_thin_keeping\n\tlea 128(%%rsp), %%rsp"
+                 : "=a"(p), "+r"(r10), "+r"(r11)
+                 :
+                 : "memory", "cc");
+  }
+  return forward(reinterpret_cast<F*>(p));
 }
 
 // Bound address of a family entry; the caller goes through it even when empty.

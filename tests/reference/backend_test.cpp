@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cmath>
 #include <complex>
 #include <cstdint>
@@ -131,6 +132,43 @@ TEST_P(Backend, TwinsComputeLikeThePlainRoutine) {
     EXPECT_EQ(a[0], 4) << sym;
     EXPECT_EQ(a[1], 0.25) << sym;
   }
+}
+
+// A forwarded symbol resolves to the library's own routine: a slot bound to it
+// calls OpenBLAS with no step in between.
+TEST_P(Backend, ForwardedSymbolsAreTheLibraryRoutinesThemselves) {
+  void* h = lib();
+  ASSERT_NE(h, nullptr);
+  for (const char* sym : {"qnl_blas_ddot", "qnl_blas_dgemm", "qnl_blas_dgemm_direct", "qnl_lapack_dgesv"}) {
+    void* f = dlsym(h, sym);
+    ASSERT_NE(f, nullptr) << sym;
+    Dl_info where;
+    ASSERT_NE(dladdr(f, &where), 0) << sym;
+    EXPECT_NE(std::string(where.dli_fname).find("libopenblas64"), std::string::npos)
+        << sym << " in " << where.dli_fname;
+    ASSERT_NE(where.dli_sname, nullptr) << sym;
+    std::string routine = std::string(sym).substr(std::string(sym).find('_', 4) + 1);
+    if (routine.size() > 7 && routine.compare(routine.size() - 7, 7, "_direct") == 0)
+      routine.resize(routine.size() - 7);
+    EXPECT_EQ(std::string(where.dli_sname), routine + "_") << sym;
+  }
+}
+
+// The back-end's letter compare against the C library's in the C locale, for every
+// pair of bytes; lengths do not count.
+TEST_P(Backend, LsameAgreesWithTheCLocaleForEveryPairOfBytes) {
+  void* h = lib();
+  ASSERT_NE(h, nullptr);
+  auto lsame = reinterpret_cast<int32_t (*)(const char*, const char*, int32_t, int32_t)>(dlsym(h, "qnl_serv_lsame"));
+  ASSERT_NE(lsame, nullptr);
+  int wrong = 0;
+  for (int a = 0; a < 256; ++a)
+    for (int b = 0; b < 256; ++b) {
+      const char x = static_cast<char>(a), y = static_cast<char>(b);
+      const int expected = std::toupper(a) == std::toupper(b);
+      if (lsame(&x, &y, 7, 0) != expected && ++wrong < 5) ADD_FAILURE() << a << " " << b;
+    }
+  EXPECT_EQ(wrong, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Layers, Backend, testing::Values("sequential", "velor_thread", "tbb_thread", "pgi_thread"));

@@ -7,8 +7,10 @@ stub here when one of the computational LIBRARYs (the ILP64 OpenBLAS, then its
 test-matrix library, in the order of qnl_ref::Library) exports the routine as
 `<name>_`:
 
-- a one-instruction stub that jumps through a table filled when the back-end
-  loads, where the arguments are exactly those of the library's routine;
+- an indirect function (IFUNC) where the arguments are exactly those of the
+  library's routine: its resolver (qnl_ref_resolve, run when the facade looks
+  the symbol up) returns the routine's own address, so the facade's slot leads
+  straight into the library and nothing is looked up before it is needed;
 - an adapter for complex-valued functions: the facade hands a result address
   first, while the gfortran ABI of OpenBLAS returns the value in registers.
 
@@ -96,9 +98,9 @@ def main(argv):
         if cplx:
             adapters.append(adapter(k, sym, cplx, params))
         else:
-            asm.append(f"  .globl {sym}\n  .type {sym},@function\n{sym}:\n  jmp *qnl_ref_targets+{8 * k}(%rip)\n"
-                       f"  .size {sym},.-{sym}\n")
-        # Until the loader fills the slot, it leads to a report naming the routine.
+            asm.append(f"  .globl {sym}\n  .type {sym},@gnu_indirect_function\n{sym}:\n  movl ${k}, %edi\n"
+                       f"  jmp qnl_ref_resolve\n  .size {sym},.-{sym}\n")
+        # A routine that no library has resolves to a report naming it.
         asm.append(f"qnl_ref_missing_{k}:\n  movl ${k}, %edi\n  jmp qnl_ref_missing\n")
         data.append(f"  .quad qnl_ref_missing_{k}\n")
         lib = "kSelf" if library == SELF else str(library)
