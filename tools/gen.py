@@ -8,6 +8,7 @@
     gen.py cblas TABLE OUTDIR SHARDS
     gen.py matcopy TABLE OUTDIR             (also --probe: see qnlgen/matcopy.py)
     gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
+    gen.py lapacke TABLE LAPACK_SIG LAPACK_EXT UTILS_H LAPACKE_H OUTDIR SHARDS
     gen.py exports OUT NAMEFILE...
     gen.py reference OUT BLAS_TABLE LAPACK_TABLE LAPACK_EXT HANDWRITTEN LIBRARY...
 """
@@ -16,12 +17,13 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import blas, cblas, exports, lapack, matcopy, messages, reference, services  # noqa: E402
+from qnlgen import blas, cblas, exports, lapack, lapacke, matcopy, messages, reference, services  # noqa: E402
 
 COMMANDS = {
     "blas": blas.main,
     "cblas": cblas.main,
     "lapack": lapack.main,
+    "lapacke": lapacke.main,
     "matcopy": matcopy.main,
     "messages": messages.main,
     "services": services.main,

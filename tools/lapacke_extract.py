@@ -164,8 +164,6 @@ def classify(base, hi, wk, docs, lapack_h):
     work_len = {}
     for n, t in wk[1][1:]:
         n = n.lower()
-        if n in work_len:
-            continue
         p = doc.param(n)
         if t == "char":
             tokens.append(f"{n}:c")
@@ -336,7 +334,8 @@ def main():
             "# name result [+flags] : arg ...   (the arguments of LAPACKE_<name>_work after the layout)\n"
             "# result: i lapack_int, s float, d double; - not generated (see +skip=reason)\n"
             "# arg: c char | i integer | r@T! scalar by value, NaN-checked | s@T scalar output | o integer output\n"
-            "#      e character by address | I integer array | f callback | W[len]@T workspace sized by a query | F[expr]@T fixed workspace\n"
+            "#      e character by address | I integer array | f callback | W[len]@T workspace sized by a query (len: its\n"
+            "#      length argument, absent from the high level) | F[expr]@T fixed workspace\n"
             "#      v[len]@T vector | ge[rows,cols,ld] sy[uplo,n,ld] tr[uplo,diag,n,ld] gb[m,n,kl,ku,ld]\n"
             "#      sb[uplo,n,kd,ld] tb[uplo,diag,n,kd,ld] sp[uplo,n] tp[uplo,diag,n] pf[transr,uplo,n]\n"
             "#      tf[transr,uplo,diag,n] matrices; /i /o /io direction; ! NaN-checked by the high level\n"
@@ -346,7 +345,8 @@ def main():
         f.write(head + "\n".join(rows) + "\n")
     decls = [decl(n, *protos[n]) for n in protos]
     replace_region(OUR_HEADER, decls, "")
-    kit = [decl(n, *utils[n]) for n in utils]
+    # The trapezoidal shape of later LAPACKE versions is not part of this kit.
+    kit = [decl(n, *utils[n]) for n in utils if not re.match(r"LAPACKE_[sdcz]tz_", n)]
     replace_region(OUR_UTILS, kit, "")
     print(f"{len(rows)} routines, {len(rows) - skipped} in the template, {skipped} skipped; "
           f"{len(decls)} declarations, {len(kit)} kit declarations")
