@@ -9,6 +9,7 @@
     gen.py matcopy TABLE OUTDIR             (also --probe: see qnlgen/matcopy.py)
     gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
     gen.py lapacke TABLE LAPACK_SIG LAPACK_EXT UTILS_H LAPACKE_H OUTDIR SHARDS
+    gen.py lapacke-diff TABLE OUT
     gen.py exports OUT NAMEFILE...
     gen.py reference OUT BLAS_TABLE LAPACK_TABLE LAPACK_EXT HANDWRITTEN LIBRARY...
 """
@@ -17,13 +18,14 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import blas, cblas, exports, lapack, lapacke, matcopy, messages, reference, services  # noqa: E402
+from qnlgen import blas, cblas, exports, lapack, lapacke, lapacke_diff, matcopy, messages, reference, services  # noqa: E402
 
 COMMANDS = {
     "blas": blas.main,
     "cblas": cblas.main,
     "lapack": lapack.main,
     "lapacke": lapacke.main,
+    "lapacke-diff": lapacke_diff.main,
     "matcopy": matcopy.main,
     "messages": messages.main,
     "services": services.main,
