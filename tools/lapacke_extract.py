@@ -60,6 +60,14 @@ MAIN = {"a", "af", "ab", "afb", "ap", "afp", "arf", "b", "bb", "bp", "bf"}
 SQUARE_GE_NAN = {"syevd", "heevd", "syevd_2stage", "heevd_2stage", "sygv", "sygvd", "sygv_2stage",
                  "hegv", "hegvd", "hegv_2stage"}
 SQUARE_SY_NAN = {"syev", "heev", "syev_2stage", "heev_2stage"}
+# Routines whose C interface does more than the template; left to hand-written code.
+IRREGULAR = {
+    "sytrf_aa_2stage": "row-major checks tb's length", "hetrf_aa_2stage": "row-major checks tb's length",
+    "sysv_aa_2stage": "row-major checks tb's length", "hesv_aa_2stage": "row-major checks tb's length",
+    "orcsd": "matrices copied only when their job letter asks", "uncsd": "matrices copied only when their job letter asks",
+    "orcsd2by1": "matrices copied only when their job letter asks",
+    "uncsd2by1": "matrices copied only when their job letter asks",
+}
 WORK_RE = re.compile(r"^(\w*work)$")
 
 
@@ -136,7 +144,8 @@ def check(e, names, what):
 def classify(base, hi, wk, docs, lapack_h):
     """One table row for LAPACKE_<base>, or raise Skip."""
     name = base[1:] if base[0] in "sdcz" else base
-    letter = base[0]
+    if name in IRREGULAR:
+        raise Skip(IRREGULAR[name])
     doc = docs.get(base)
     if not doc:
         raise Skip("no Fortran documentation")
@@ -207,8 +216,17 @@ def classify(base, hi, wk, docs, lapack_h):
         if not ext:
             tokens.append(f"{n}:s@{ty}")
             continue
-        intent = "i" if const.get(n) else ("io" if re.search(r"on\s+entry", p.text, re.I) else "o")
-        nan = "!" if intent != "o" else ""
+        # Read only when lapack.h has it const; written only when the text tells what it holds
+        # on exit and nothing on entry; otherwise both. The NaN gate reads what is documented
+        # as read: const, or described "on entry".
+        entry = re.search(r"on\s+entry", p.text, re.I)
+        if const.get(n):
+            intent = "i"
+        elif not entry and re.search(r"on\s+exit|\boutput\b|contains|returns", p.text, re.I):
+            intent = "o"
+        else:
+            intent = "io"
+        nan = "!" if const.get(n) or entry else ""
         ld = f"ld{n}" if f"ld{n}" in lds else None
         if ld is None and len(ext) == 2 and ext[0].startswith("ld") and ext[0] in lds:
             ld = ext[0]
@@ -266,8 +284,16 @@ def classify(base, hi, wk, docs, lapack_h):
                 raise Skip(f"{n}: shape {shape} with a leading dimension")
             continue
         shape = FAMILY_SHAPE.get(fam)
-        if n in MAIN and shape in ("sp", "tp", "pf", "tf"):
-            nn = "n"
+        # Packed and RFP arrays are told by their names too (the conversion routines).
+        if n in ("ap", "afp", "bp") and "uplo" in names:
+            shape = "tp" if shape == "tp" else "sp"
+        elif n == "arf" and "transr" in names:
+            shape = "tf" if shape == "tf" else "pf"
+        if (n in MAIN or n in ("ap", "afp", "bp", "arf")) and shape in ("sp", "tp", "pf", "tf"):
+            m = re.fullmatch(r"\(?(\w+)\*\(\1\+1\)/2\)?", ext[0]) if len(ext) == 1 else None
+            if not m or m.group(1) not in ints or re.search(r"if\s+side", p.text, re.I):
+                raise Skip(f"{n}: packed order not documented as one argument")
+            nn = m.group(1)
             uplo = "uplo"
             if shape in ("tp", "tf"):
                 diag = "diag" if "diag" in names else "'n'"

@@ -10,7 +10,7 @@
 #      tf[transr,uplo,diag,n] matrices; /i /o /io direction; ! NaN-checked by the high level
 #      (!sy / !ge: checked as that shape instead of the copy's)
 # +nocopy: row-major calls translate arguments and copy nothing
-cbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@s/io! phi:v[q-1]@s/o u1:ge[p,p,ldu1]@c/io! ldu1:i u2:ge[m-p,m-p,ldu2]@c/io! ldu2:i v1t:ge[q,q,ldv1t]@c/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@c/io! ldv2t:i b11d:v[q]@s/o b11e:v[q-1]@s/o b12d:v[q]@s/o b12e:v[q-1]@s/o b21d:v[q]@s/o b21e:v[q-1]@s/o b22d:v[q]@s/o b22e:v[q-1]@s/o rwork:W[lrwork]@s lrwork:i
+cbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@s/io! phi:v[q-1]@s/io u1:ge[p,p,ldu1]@c/io! ldu1:i u2:ge[m-p,m-p,ldu2]@c/io! ldu2:i v1t:ge[q,q,ldv1t]@c/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@c/io! ldv2t:i b11d:v[q]@s/o b11e:v[q-1]@s/o b12d:v[q]@s/o b12e:v[q-1]@s/o b21d:v[q]@s/o b21e:v[q-1]@s/o b22d:v[q]@s/o b22e:v[q-1]@s/o rwork:W[lrwork]@s lrwork:i
 cbdsqr - +skip=arguments_differ_from_the_Fortran_routine : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 cgbbrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
 cgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@c/i! ldab:i ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c rwork:F[n]@s
@@ -24,8 +24,8 @@ cgbsvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimensi
 cgbtrf i : m:i n:i kl:i ku:i ab:gb[m,n,kl,kl+ku,ldab]@c/io! ldab:i ipiv:I
 cgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@c/i! ldab:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 cgebak i : job:c side:c n:i ilo:i ihi:i scale:v[n]@s/i! m:i v:ge[n,m,ldv]@c/io! ldv:i
-cgebal i : job:c n:i a:ge[n,n,lda]@c/io! lda:i ilo:o ihi:o scale:v[n]@s/o
-cgebrd i : m:i n:i a:ge[m,n,lda]@c/io! lda:i d:v[min(m,n)]@s/o e:v[min(m,n)-1]@s/o tauq:v[min(m,n)]@c/o taup:v[min(m,n)]@c/o work:W[lwork]@c lwork:i
+cgebal i : job:c n:i a:ge[n,n,lda]@c/io! lda:i ilo:o ihi:o scale:v[n]@s/io
+cgebrd i : m:i n:i a:ge[m,n,lda]@c/io! lda:i d:v[min(m,n)]@s/io e:v[min(m,n)-1]@s/io tauq:v[min(m,n)]@c/io taup:v[min(m,n)]@c/io work:W[lwork]@c lwork:i
 cgecon i : norm:c n:i a:ge[n,n,lda]@c/i! lda:i anorm:r@s! rcond:s@s work:F[2*n]@c rwork:F[2*n]@s
 cgeequ i : m:i n:i a:ge[m,n,lda]@c/i! lda:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
 cgeequb i : m:i n:i a:ge[m,n,lda]@c/i! lda:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
@@ -33,31 +33,31 @@ cgees - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort sele
 cgeesx - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select sense n a lda sdim w vs ldvs rconde rcondv work lwork rwork bwork
 cgeev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda w vl ldvl vr ldvr work lwork rwork
 cgeevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda w vl ldvl vr ldvr ilo ihi scale abnrm rconde rcondv work lwork rwork
-cgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@c/io! lda:i tau:v[n-1]@c/o work:W[lwork]@c lwork:i
+cgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@c/io! lda:i tau:v[n-1]@c/io work:W[lwork]@c lwork:i
 cgejsv - +skip=arguments_differ_from_the_Fortran_routine : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
 cgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
-cgelq2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/o work:F[m]@c
-cgelqf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/o work:W[lwork]@c lwork:i
+cgelq2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:F[m]@c
+cgelqf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:W[lwork]@c lwork:i
 cgels i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@c/io! lda:i b:ge[max(m,n),nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 cgelsd - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
-cgelss i : m:i n:i nrhs:i a:ge[m,n,lda]@c/io! lda:i b:ge[max(m,n),nrhs,ldb]@c/io! ldb:i s:v[min(m,n)]@s/o rcond:r@s! rank:o work:W[lwork]@c lwork:i rwork:F[5*min(m,n)]@s
+cgelss i : m:i n:i nrhs:i a:ge[m,n,lda]@c/io! lda:i b:ge[max(m,n),nrhs,ldb]@c/io! ldb:i s:v[min(m,n)]@s/io rcond:r@s! rank:o work:W[lwork]@c lwork:i rwork:F[5*min(m,n)]@s
 cgelsy i : m:i n:i nrhs:i a:ge[m,n,lda]@c/io! lda:i b:ge[max(m,n),nrhs,ldb]@c/io! ldb:i jpvt:I rcond:r@s! rank:o work:W[lwork]@c lwork:i rwork:F[2*n]@s
 cgemlq - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
 cgemqr - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
 cgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
-cgeqlf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/o work:W[lwork]@c lwork:i
-cgeqp3 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i jpvt:I tau:v[min(m,n)]@c/o work:W[lwork]@c lwork:i rwork:F[2*n]@s
+cgeqlf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:W[lwork]@c lwork:i
+cgeqp3 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i jpvt:I tau:v[min(m,n)]@c/io work:W[lwork]@c lwork:i rwork:F[2*n]@s
 cgeqpf - +skip=no_Fortran_documentation : m n a lda jpvt tau work rwork
 cgeqr - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
-cgeqr2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/o work:F[n]@c
-cgeqrf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/o work:W[lwork]@c lwork:i
-cgeqrfp i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/o work:W[lwork]@c lwork:i
-cgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@c/io! lda:i t:ge[nb,min(m,n),ldt]@c/o ldt:i work:F[nb*n]@c
-cgeqrt2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i t:ge[n,n,ldt]@c/o ldt:i
-cgeqrt3 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i t:ge[n,n,ldt]@c/o ldt:i
-cgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@c/i! lda:i af:ge[n,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cgeqr2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:F[n]@c
+cgeqrf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:W[lwork]@c lwork:i
+cgeqrfp i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:W[lwork]@c lwork:i
+cgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@c/io! lda:i t:ge[nb,min(m,n),ldt]@c/io ldt:i work:F[nb*n]@c
+cgeqrt2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i t:ge[n,n,ldt]@c/io ldt:i
+cgeqrt3 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i t:ge[n,n,ldt]@c/io ldt:i
+cgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@c/i! lda:i af:ge[n,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cgerfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
-cgerqf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/o work:W[lwork]@c lwork:i
+cgerqf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:W[lwork]@c lwork:i
 cgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork rwork iwork
 cgesv i : n:i nrhs:i a:ge[n,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 cgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork rwork
@@ -81,26 +81,26 @@ cggesx - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvs
 cggev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alpha beta vl ldvl vr ldvr work lwork rwork
 cggev3 - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alpha beta vl ldvl vr ldvr work lwork rwork
 cggevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda b ldb alpha beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork rwork iwork bwork
-cggglm i : n:i m:i p:i a:ge[n,m,lda]@c/io! lda:i b:ge[n,p,ldb]@c/io! ldb:i d:v[n]@c/io! x:v[m]@c/o y:v[p]@c/o work:W[lwork]@c lwork:i
+cggglm i : n:i m:i p:i a:ge[n,m,lda]@c/io! lda:i b:ge[n,p,ldb]@c/io! ldb:i d:v[n]@c/io! x:v[m]@c/io y:v[p]@c/o work:W[lwork]@c lwork:i
 cgghd3 - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz work lwork
 cgghrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz
 cgglse i : m:i n:i p:i a:ge[m,n,lda]@c/io! lda:i b:ge[p,n,ldb]@c/io! ldb:i c:v[m]@c/io! d:v[p]@c/io! x:v[n]@c/o work:W[lwork]@c lwork:i
-cggqrf i : n:i m:i p:i a:ge[n,m,lda]@c/io! lda:i taua:v[min(n,m)]@c/o b:ge[n,p,ldb]@c/io! ldb:i taub:v[min(n,p)]@c/o work:W[lwork]@c lwork:i
-cggrqf i : m:i p:i n:i a:ge[m,n,lda]@c/io! lda:i taua:v[min(m,n)]@c/o b:ge[p,n,ldb]@c/io! ldb:i taub:v[min(p,n)]@c/o work:W[lwork]@c lwork:i
+cggqrf i : n:i m:i p:i a:ge[n,m,lda]@c/io! lda:i taua:v[min(n,m)]@c/io b:ge[n,p,ldb]@c/io! ldb:i taub:v[min(n,p)]@c/io work:W[lwork]@c lwork:i
+cggrqf i : m:i p:i n:i a:ge[m,n,lda]@c/io! lda:i taua:v[min(m,n)]@c/io b:ge[p,n,ldb]@c/io! ldb:i taub:v[min(p,n)]@c/io work:W[lwork]@c lwork:i
 cggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work rwork iwork
 cggsvd3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work lwork rwork iwork
 cggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work
 cggsvp3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work lwork
 cgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work
-cgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! dlf:v[n-1]@c/i! df:v[n]@c/i! duf:v[n-1]@c/i! du2:v[n-2]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! dlf:v[n-1]@c/i! df:v[n]@c/i! duf:v[n-1]@c/i! du2:v[n-2]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cgtsv i : n:i nrhs:i dl:v[n-1]@c/io! d:v[n]@c/io! du:v[n-1]@c/io! b:ge[n,nrhs,ldb]@c/io! ldb:i
-cgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! dlf:v[n-1]@c/io! df:v[n]@c/io! duf:v[n-1]@c/io! du2:v[n-2]@c/io! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! dlf:v[n-1]@c/io! df:v[n]@c/io! duf:v[n-1]@c/io! du2:v[n-2]@c/io! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cgttrf - +skip=no_layout_argument : dl d du du2 ipiv
 cgttrs i : trans:c n:i nrhs:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! du2:v[n-2]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
-chbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/o z:ge[n,n,ldz]@c/o ldz:i work:F[n]@c rwork:F[max(1,3*n-2)]@s
-chbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/o z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
-chbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/o z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
-chbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/o z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+chbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:F[n]@c rwork:F[max(1,3*n-2)]@s
+chbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
+chbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+chbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
 chbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work rwork iwork ifail
 chbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
 chbgst - +skip=x:_rows_not_documented_as_a_plain_bound_on_ldx : vect uplo n ka kb ab ldab bb ldbb x ldx work rwork
@@ -111,32 +111,32 @@ chbtrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect uplo n kd a
 checon i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 checon_3 i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i e:v[n]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 cheequb i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i s:v[n]@s/o scond:s@s amax:s@s work:F[2*n]@c
-cheev i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!sy lda:i w:v[n]@s/o work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
-cheev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!sy lda:i w:v[n]@s/o work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
-cheevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i w:v[n]@s/o work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
-cheevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i w:v[n]@s/o work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+cheev i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!sy lda:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
+cheev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!sy lda:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
+cheevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+cheevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
 cheevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork rwork lrwork iwork liwork
 cheevr_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork rwork lrwork iwork liwork
 cheevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
 cheevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
 chegst i : itype:i uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i b:sy[uplo,n,ldb]@c/i! ldb:i
-chegv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/o work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
-chegv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/o work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
-chegvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/o work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+chegv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
+chegv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
+chegvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
 chegvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n a lda b ldb vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
-cherfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cherfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cherfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 chesv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 chesv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
-chesv_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i tb:v[ltb]@c/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
+chesv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 chesv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i e:v[n]@c/o ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
-chesvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:W[lwork]@c lwork:i rwork:F[n]@s
+chesvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:W[lwork]@c lwork:i rwork:F[n]@s
 chesvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cheswapr i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i i1:i i2:i
-chetrd i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i d:v[n]@s/o e:v[n-1]@s/o tau:v[n-1]@c/o work:W[lwork]@c lwork:i
+chetrd i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i d:v[n]@s/io e:v[n-1]@s/io tau:v[n-1]@c/io work:W[lwork]@c lwork:i
 chetrf i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:W[lwork]@c lwork:i
 chetrf_aa i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:W[lwork]@c lwork:i
-chetrf_aa_2stage i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i tb:v[ltb]@c/o ltb:i ipiv:I ipiv2:I work:W[lwork]@c lwork:i
+chetrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
 chetrf_rk i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i e:v[n]@c/o ipiv:I work:W[lwork]@c lwork:i
 chetrf_rook i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:W[lwork]@c lwork:i
 chetri i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:F[n]@c
@@ -147,27 +147,27 @@ chetrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,ldb]
 chetrs2 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:F[n]@c
 chetrs_3 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i e:v[n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 chetrs_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
-chetrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i tb:v[ltb]@c/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@c/io! ldb:i
+chetrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i tb:v[ltb]@c/io ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 chetrs_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 chfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
 chgeqz - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq compz n ilo ihi h ldh t ldt alpha beta q ldq z ldz work lwork rwork
 chpcon i : uplo:c n:i ap:sp[uplo,n]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
-chpev i : jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! w:v[n]@s/o z:ge[n,n,ldz]@c/o ldz:i work:F[max(1,2*n-1)]@c rwork:F[max(1,3*n-2)]@s
-chpevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! w:v[n]@s/o z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+chpev i : jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:F[max(1,2*n-1)]@c rwork:F[max(1,3*n-2)]@s
+chpevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
 chpevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n ap vl vu il iu abstol m w z ldz work rwork iwork ifail
 chpgst i : itype:i uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/i!
-chpgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/io! w:v[n]@s/o z:ge[n,n,ldz]@c/o ldz:i work:F[max(1,2*n-1)]@c rwork:F[max(1,3*n-2)]@s
-chpgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/io! w:v[n]@s/o z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
-chpgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/io! vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/o z:ge[n,n,ldz]@c/o ldz:i work:F[2*n]@c rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
-chprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+chpgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:F[max(1,2*n-1)]@c rwork:F[max(1,3*n-2)]@s
+chpgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+chpgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/io! vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:F[2*n]@c rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
+chprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 chpsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/io! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
-chpsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/io! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
-chptrd i : uplo:c n:i ap:sp[uplo,n]@c/io! d:v[n]@s/o e:v[n-1]@s/o tau:v[n-1]@c/o
+chpsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/io! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
+chptrd i : uplo:c n:i ap:sp[uplo,n]@c/io! d:v[n]@s/io e:v[n-1]@s/io tau:v[n-1]@c/io
 chptrf i : uplo:c n:i ap:sp[uplo,n]@c/io! ipiv:I
 chptri i : uplo:c n:i ap:sp[uplo,n]@c/io! ipiv:I work:F[n]@c
 chptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 chsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh w vl ldvl vr ldvr mm m work rwork ifaill ifailr
-chseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@c/io! ldh:i w:v[n]@c/o z:ge[n,n,ldz]@c/io! ldz:i work:W[lwork]@c lwork:i
+chseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@c/io! ldh:i w:v[n]@c/io z:ge[n,n,ldz]@c/io! ldz:i work:W[lwork]@c lwork:i
 clacgv - +skip=no_layout_argument : x incx
 clacn2 - +skip=no_layout_argument : v x est kase isave
 clacp2 i : uplo:c m:i n:i a:ge[m,n,lda]@s/i! lda:i b:ge[m,n,ldb]@c/o ldb:i
@@ -188,9 +188,9 @@ clarcm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc
 clarfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 clarfg - +skip=no_layout_argument : alpha x incx tau
 clarft - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : direct storev n k v ldv tau t ldt
-clarfx i : side:c m:i n:i v:v[m]@c/i! tau:r@c! c:ge[m,n,ldc]@c/io! ldc:i work:v[n]@c/o
+clarfx i : side:c m:i n:i v:v[m]@c/i! tau:r@c! c:ge[m,n,ldc]@c/io! ldc:i work:v[n]@c/io
 clarnv - +skip=no_layout_argument : iseed n x
-clascl i : type:c kl:i ku:i cfrom:r@s! cto:r@s! m:i n:i a:ge[m,n,lda]@c/o lda:i
+clascl i : type:c kl:i ku:i cfrom:r@s! cto:r@s! m:i n:i a:ge[m,n,lda]@c/io lda:i
 claset i +nocopy : uplo:c m:i n:i alpha:r@c! beta:r@c! a:ge[m,n,lda]@c/io! lda:i
 classq - +skip=no_Fortran_documentation : x incx scale sumsq
 claswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
@@ -198,10 +198,10 @@ clatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl
 clauum i : uplo:c n:i a:ge[n,n,lda]@c/io! lda:i
 cpbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/i! ldab:i anorm:r@s! rcond:s@s work:F[2*n]@c rwork:F[n]@s
 cpbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/i! ldab:i s:v[n]@s/o scond:s@s amax:s@s
-cpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@c/i! ldab:i afb:sb[uplo,n,kd,ldafb]@c/i! ldafb:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@c/i! ldab:i afb:sb[uplo,n,kd,ldafb]@c/i! ldafb:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cpbstf - +skip=arguments_differ_from_the_Fortran_routine : uplo n kb bb ldbb
 cpbsv i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i b:ge[n,nrhs,ldb]@c/io! ldb:i
-cpbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i afb:sb[uplo,n,kd,ldafb]@c/io! ldafb:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@c/io! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cpbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i afb:sb[uplo,n,kd,ldafb]@c/io! ldafb:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@c/io! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cpbtrf i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i
 cpbtrs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@c/i! ldab:i b:ge[n,nrhs,ldb]@c/io! ldb:i
 cpftrf i : transr:c uplo:c n:i a:pf[transr,uplo,n]@c/io!
@@ -210,10 +210,10 @@ cpftrs i : transr:c uplo:c n:i nrhs:i a:pf[transr,uplo,n]@c/i! b:ge[n,nrhs,ldb]@
 cpocon i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i anorm:r@s! rcond:s@s work:F[2*n]@c rwork:F[n]@s
 cpoequ i +nocopy : n:i a:ge[n,n,lda]@c/i! lda:i s:v[n]@s/o scond:s@s amax:s@s
 cpoequb i +nocopy : n:i a:ge[n,n,lda]@c/i! lda:i s:v[n]@s/o scond:s@s amax:s@s
-cporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cporfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cposv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i b:ge[n,nrhs,ldb]@c/io! ldb:i
-cposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i af:sy[uplo,n,ldaf]@c/io! ldaf:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@c/io! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i af:sy[uplo,n,ldaf]@c/io! ldaf:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@c/io! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cposvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cpotrf i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i
 cpotrf2 i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i
@@ -221,24 +221,24 @@ cpotri i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i
 cpotrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i b:ge[n,nrhs,ldb]@c/io! ldb:i
 cppcon i : uplo:c n:i ap:sp[uplo,n]@c/i! anorm:r@s! rcond:s@s work:F[2*n]@c rwork:F[n]@s
 cppequ i : uplo:c n:i ap:sp[uplo,n]@c/i! s:v[n]@s/o scond:s@s amax:s@s
-cpprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/i! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cpprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/i! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cppsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/io! b:ge[n,nrhs,ldb]@c/io! ldb:i
-cppsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@c/io! afp:sp[uplo,n]@c/io! equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@c/io! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cppsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@c/io! afp:sp[uplo,n]@c/io! equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@c/io! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cpptrf i : uplo:c n:i ap:sp[uplo,n]@c/io!
 cpptri i : uplo:c n:i ap:sp[uplo,n]@c/io!
 cpptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! b:ge[n,nrhs,ldb]@c/io! ldb:i
 cpstrf i : uplo:c n:i a:ge[n,n,lda]@c/io! lda:i piv:I rank:o tol:r@s! work:F[2*n]@s
 cptcon - +skip=no_layout_argument : d e anorm rcond work
 cpteqr i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@c/io! ldz:i work:F[4*n]@s
-cptrfs i : uplo:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@c/i! df:v[n]@s/i! ef:v[n-1]@c/i! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[n]@c rwork:F[n]@s
+cptrfs i : uplo:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@c/i! df:v[n]@s/i! ef:v[n-1]@c/i! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[n]@c rwork:F[n]@s
 cptsv i : n:i nrhs:i d:v[n]@s/io! e:v[n-1]@c/io! b:ge[n,nrhs,ldb]@c/io! ldb:i
-cptsvx i : fact:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@c/i! df:v[n]@s/io! ef:v[n-1]@c/io! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[n]@c rwork:F[n]@s
+cptsvx i : fact:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@c/i! df:v[n]@s/io! ef:v[n-1]@c/io! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[n]@c rwork:F[n]@s
 cpttrf - +skip=no_layout_argument : d e
 cpttrs i : uplo:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@c/i! b:ge[n,nrhs,ldb]@c/io! ldb:i
 cspcon i : uplo:c n:i ap:sp[uplo,n]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
-csprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+csprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cspsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/io! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
-cspsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/io! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+cspsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/io! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 csptrf i : uplo:c n:i ap:sp[uplo,n]@c/io! ipiv:I
 csptri i : uplo:c n:i ap:sp[uplo,n]@c/io! ipiv:I work:F[n]@c
 csptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
@@ -249,22 +249,22 @@ cstemr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il 
 csteqr i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@c/io! ldz:i work:F[max(1,2*n-2)]@s
 csycon i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 csycon_3 i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i e:v[n]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
-csyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@c/o lda:i ipiv:I e:v[n]@c/o
+csyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@c/io lda:i ipiv:I e:v[n]@c/io
 csyequb i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i s:v[n]@s/o scond:s@s amax:s@s work:F[2*n]@c
 csyr i : uplo:c n:i alpha:r@c! x:v[1+(n-1)*abs(incx)]@c/i! incx:i a:sy[uplo,n,lda]@c/o lda:i
-csyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+csyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 csyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 csysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 csysv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
-csysv_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i tb:v[ltb]@c/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
+csysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 csysv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i e:v[n]@c/o ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 csysv_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
-csysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:W[lwork]@c lwork:i rwork:F[n]@s
+csysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:W[lwork]@c lwork:i rwork:F[n]@s
 csysvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 csyswapr i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i i1:i i2:i
 csytrf i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:W[lwork]@c lwork:i
 csytrf_aa i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:W[lwork]@c lwork:i
-csytrf_aa_2stage i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i tb:v[ltb]@c/o ltb:i ipiv:I ipiv2:I work:W[lwork]@c lwork:i
+csytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
 csytrf_rk i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i e:v[n]@c/o ipiv:I work:W[lwork]@c lwork:i
 csytrf_rook i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:W[lwork]@c lwork:i
 csytri i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:F[2*n]@c
@@ -275,14 +275,14 @@ csytrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,ldb]
 csytrs2 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:F[n]@c
 csytrs_3 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i e:v[n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 csytrs_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
-csytrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i tb:v[ltb]@c/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@c/io! ldb:i
+csytrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i tb:v[ltb]@c/io ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 csytrs_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 ctbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb[uplo,diag,n,kd,ldab]@c/i! ldab:i rcond:s@s work:F[2*n]@c rwork:F[n]@s
-ctbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@c/i! ldab:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/i! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+ctbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@c/i! ldab:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 ctbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@c/i! ldab:i b:ge[n,nrhs,ldb]@c/io! ldb:i
 ctfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo trans diag m n alpha a b ldb
 ctftri i : transr:c uplo:c diag:c n:i a:tf[transr,uplo,diag,n]@c/io!
-ctfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@c/i! ap:tf[transr,uplo,'n',n]@c/o
+ctfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@c/i! ap:sp[uplo,n]@c/o
 ctfttr i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@c/i! a:ge[n,n,lda]@c/o lda:i
 ctgevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n s lds p ldp vl ldvl vr ldvr mm m work rwork
 ctgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst
@@ -292,29 +292,29 @@ ctgsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny sel
 ctgsyl i : trans:c ijob:i m:i n:i a:ge[m,m,lda]@c/i! lda:i b:ge[n,n,ldb]@c/i! ldb:i c:ge[m,n,ldc]@c/io! ldc:i d:ge[m,m,ldd]@c/i! ldd:i e:ge[n,n,lde]@c/i! lde:i f:ge[m,n,ldf]@c/io! ldf:i scale:s@s dif:s@s work:W[lwork]@c lwork:i iwork:F[m+n+2]@i
 ctpcon i : norm:c uplo:c diag:c n:i ap:tp[uplo,diag,n]@c/i! rcond:s@s work:F[2*n]@c rwork:F[n]@s
 ctpmqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k l nb v ldv t ldt a lda b ldb work
-ctpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@c/io! lda:i b:ge[m,n,ldb]@c/io! ldb:i t:ge[nb,n,ldt]@c/o ldt:i work:F[nb*n]@c
-ctpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@c/io! lda:i b:ge[m,n,ldb]@c/io! ldb:i t:ge[n,n,ldt]@c/o ldt:i
+ctpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@c/io! lda:i b:ge[m,n,ldb]@c/io! ldb:i t:ge[nb,n,ldt]@c/io ldt:i work:F[nb*n]@c
+ctpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@c/io! lda:i b:ge[m,n,ldb]@c/io! ldb:i t:ge[n,n,ldt]@c/io ldt:i
 ctprfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
-ctprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@c/i! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/i! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+ctprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@c/i! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 ctptri i : uplo:c diag:c n:i ap:tp[uplo,diag,n]@c/io!
 ctptrs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@c/i! b:ge[n,nrhs,ldb]@c/io! ldb:i
-ctpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@c/i! arf:tp[uplo,'n',n]@c/o
+ctpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@c/i! arf:pf[transr,uplo,n]@c/o
 ctpttr i : uplo:c n:i ap:tp[uplo,'n',n]@c/i! a:ge[n,n,lda]@c/o lda:i
 ctrcon i : norm:c uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@c/i! lda:i rcond:s@s work:F[2*n]@c rwork:F[n]@s
 ctrevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n t ldt vl ldvl vr ldvr mm m work rwork
 ctrexc i : compq:c n:i t:ge[n,n,ldt]@c/io! ldt:i q:ge[n,n,ldq]@c/io! ldq:i ifst:i ilst:i
-ctrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@c/i! lda:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/i! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@c rwork:F[n]@s
+ctrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@c/i! lda:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 ctrsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq select n t ldt q ldq w m s sep work lwork
 ctrsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork rwork
 ctrsyl i : trana:c tranb:c isgn:i m:i n:i a:ge[m,m,lda]@c/i! lda:i b:ge[n,n,ldb]@c/i! ldb:i c:ge[m,n,ldc]@c/io! ldc:i scale:s@s
 ctrtri i : uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@c/io! lda:i
 ctrtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@c/i! lda:i b:ge[n,nrhs,ldb]@c/io! ldb:i
-ctrttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@c/i! lda:i arf:v[n*(n+1)/2]@c/o
-ctrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@c/i! lda:i ap:v[n*(n+1)/2]@c/o
-ctzrzf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[m]@c/o work:W[lwork]@c lwork:i
+ctrttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@c/i! lda:i arf:pf[transr,uplo,n]@c/o
+ctrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@c/i! lda:i ap:sp[uplo,n]@c/o
+ctzrzf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[m]@c/io work:W[lwork]@c lwork:i
 cunbdb - +skip=x11:_rows_not_documented_as_a_plain_bound_on_ldx11 : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
-cuncsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@c/io! ldx11:i x12:ge[p,m-q,ldx12]@c/io! ldx12:i x21:ge[m-p,q,ldx21]@c/io! ldx21:i x22:ge[m-p,m-q,ldx22]@c/io! ldx22:i theta:v[0]@s/o u1:ge[p,p,ldu1]@c/o ldu1:i u2:ge[m-p,m-p,ldu2]@c/o ldu2:i v1t:ge[q,q,ldv1t]@c/o ldv1t:i v2t:ge[m-q,m-q,ldv2t]@c/o ldv2t:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:F[m-min(p,m-p,q,m-q)]@i
-cuncsd2by1 - +skip=u1:_no_column_count_documented : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
+cuncsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
+cuncsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
 cungbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,k)]@c/i! work:W[lwork]@c lwork:i
 cunghr i : n:i ilo:i ihi:i a:ge[n,n,lda]@c/io! lda:i tau:v[n-1]@c/i! work:W[lwork]@c lwork:i
 cunglq i : m:i n:i k:i a:ge[m,n,lda]@c/io! lda:i tau:v[k]@c/i! work:W[lwork]@c lwork:i
@@ -331,9 +331,9 @@ cunmqr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k
 cunmrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
 cunmrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
 cunmtr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side uplo trans m n a lda tau c ldc work lwork
-cupgtr i : uplo:c n:i ap:sp[uplo,n]@c/i! tau:v[n-1]@c/i! q:ge[n,n,ldq]@c/o ldq:i work:F[n-1]@c
-cupmtr i : side:c uplo:c trans:c m:i n:i ap:sp[uplo,n]@c/i! tau:v[m-1]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:F[n]@c
-dbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@d/io! phi:v[q-1]@d/o u1:ge[p,p,ldu1]@d/io! ldu1:i u2:ge[m-p,m-p,ldu2]@d/io! ldu2:i v1t:ge[q,q,ldv1t]@d/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@d/io! ldv2t:i b11d:v[q]@d/o b11e:v[q-1]@d/o b12d:v[q]@d/o b12e:v[q-1]@d/o b21d:v[q]@d/o b21e:v[q-1]@d/o b22d:v[q]@d/o b22e:v[q-1]@d/o work:W[lwork]@d lwork:i
+cupgtr i : uplo:c n:i ap:sp[uplo,n]@c/i! tau:v[n-1]@c/i! q:ge[n,n,ldq]@c/io ldq:i work:F[n-1]@c
+cupmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
+dbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@d/io! phi:v[q-1]@d/io u1:ge[p,p,ldu1]@d/io! ldu1:i u2:ge[m-p,m-p,ldu2]@d/io! ldu2:i v1t:ge[q,q,ldv1t]@d/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@d/io! ldv2t:i b11d:v[q]@d/o b11e:v[q-1]@d/o b12d:v[q]@d/o b12e:v[q-1]@d/o b21d:v[q]@d/o b21e:v[q-1]@d/o b22d:v[q]@d/o b22e:v[q-1]@d/o work:W[lwork]@d lwork:i
 dbdsdc - +skip=workspace_work:_'lwork'_is_not_an_argument : uplo compq n d e u ldu vt ldvt q iq work iwork
 dbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 dbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
@@ -350,8 +350,8 @@ dgbsvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimensi
 dgbtrf i : m:i n:i kl:i ku:i ab:gb[m,n,kl,kl+ku,ldab]@d/io! ldab:i ipiv:I
 dgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@d/i! ldab:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dgebak i : job:c side:c n:i ilo:i ihi:i scale:v[n]@d/i! m:i v:ge[n,m,ldv]@d/io! ldv:i
-dgebal i : job:c n:i a:ge[n,n,lda]@d/io! lda:i ilo:o ihi:o scale:v[n]@d/o
-dgebrd i : m:i n:i a:ge[m,n,lda]@d/io! lda:i d:v[min(m,n)]@d/o e:v[min(m,n)-1]@d/o tauq:v[min(m,n)]@d/o taup:v[min(m,n)]@d/o work:W[lwork]@d lwork:i
+dgebal i : job:c n:i a:ge[n,n,lda]@d/io! lda:i ilo:o ihi:o scale:v[n]@d/io
+dgebrd i : m:i n:i a:ge[m,n,lda]@d/io! lda:i d:v[min(m,n)]@d/io e:v[min(m,n)-1]@d/io tauq:v[min(m,n)]@d/io taup:v[min(m,n)]@d/io work:W[lwork]@d lwork:i
 dgecon i : norm:c n:i a:ge[n,n,lda]@d/i! lda:i anorm:r@d! rcond:s@d work:F[4*n]@d iwork:F[n]@i
 dgeequ i : m:i n:i a:ge[m,n,lda]@d/i! lda:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
 dgeequb i : m:i n:i a:ge[m,n,lda]@d/i! lda:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
@@ -359,31 +359,31 @@ dgees - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort sele
 dgeesx - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select sense n a lda sdim wr wi vs ldvs rconde rcondv work lwork iwork liwork bwork
 dgeev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda wr wi vl ldvl vr ldvr work lwork
 dgeevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda wr wi vl ldvl vr ldvr ilo ihi scale abnrm rconde rcondv work lwork iwork
-dgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@d/io! lda:i tau:v[n-1]@d/o work:W[lwork]@d lwork:i
+dgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@d/io! lda:i tau:v[n-1]@d/io work:W[lwork]@d lwork:i
 dgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv work lwork iwork
 dgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
-dgelq2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/o work:F[m]@d
-dgelqf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/o work:W[lwork]@d lwork:i
+dgelq2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/io work:F[m]@d
+dgelqf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/io work:W[lwork]@d lwork:i
 dgels i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@d/io! lda:i b:ge[max(m,n),nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
 dgelsd - +skip=workspace_iwork:_'liwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
-dgelss i : m:i n:i nrhs:i a:ge[m,n,lda]@d/io! lda:i b:ge[max(m,n),nrhs,ldb]@d/io! ldb:i s:v[min(m,n)]@d/o rcond:r@d! rank:o work:W[lwork]@d lwork:i
+dgelss i : m:i n:i nrhs:i a:ge[m,n,lda]@d/io! lda:i b:ge[max(m,n),nrhs,ldb]@d/io! ldb:i s:v[min(m,n)]@d/io rcond:r@d! rank:o work:W[lwork]@d lwork:i
 dgelsy i : m:i n:i nrhs:i a:ge[m,n,lda]@d/io! lda:i b:ge[max(m,n),nrhs,ldb]@d/io! ldb:i jpvt:I rcond:r@d! rank:o work:W[lwork]@d lwork:i
 dgemlq - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
 dgemqr - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
 dgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
-dgeqlf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/o work:W[lwork]@d lwork:i
-dgeqp3 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i jpvt:I tau:v[min(m,n)]@d/o work:W[lwork]@d lwork:i
+dgeqlf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/io work:W[lwork]@d lwork:i
+dgeqp3 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i jpvt:I tau:v[min(m,n)]@d/io work:W[lwork]@d lwork:i
 dgeqpf - +skip=no_Fortran_documentation : m n a lda jpvt tau work
 dgeqr - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
-dgeqr2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/o work:F[n]@d
-dgeqrf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/o work:W[lwork]@d lwork:i
-dgeqrfp i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/o work:W[lwork]@d lwork:i
-dgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@d/io! lda:i t:ge[nb,min(m,n),ldt]@d/o ldt:i work:F[nb*n]@d
-dgeqrt2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i t:ge[n,n,ldt]@d/o ldt:i
-dgeqrt3 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i t:ge[n,n,ldt]@d/o ldt:i
-dgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@d/i! lda:i af:ge[n,n,ldaf]@d/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dgeqr2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/io work:F[n]@d
+dgeqrf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/io work:W[lwork]@d lwork:i
+dgeqrfp i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/io work:W[lwork]@d lwork:i
+dgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@d/io! lda:i t:ge[nb,min(m,n),ldt]@d/io ldt:i work:F[nb*n]@d
+dgeqrt2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i t:ge[n,n,ldt]@d/io ldt:i
+dgeqrt3 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i t:ge[n,n,ldt]@d/io ldt:i
+dgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@d/i! lda:i af:ge[n,n,ldaf]@d/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dgerfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
-dgerqf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/o work:W[lwork]@d lwork:i
+dgerqf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/io work:W[lwork]@d lwork:i
 dgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork iwork
 dgesv i : n:i nrhs:i a:ge[n,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork
@@ -398,7 +398,7 @@ dgetrf2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i ipiv:I
 dgetri i : n:i a:ge[n,n,lda]@d/io! lda:i ipiv:I work:W[lwork]@d lwork:i
 dgetrs i : trans:c n:i nrhs:i a:ge[n,n,lda]@d/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dgetsls i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@d/io! lda:i b:ge[max(m,n),nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
-dgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge[m,n,lda]@d/io! lda:i t:ge[nb2,n,ldt]@d/o ldt:i work:W[lwork]@d lwork:i
+dgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge[m,n,lda]@d/io! lda:i t:ge[nb2,n,ldt]@d/io ldt:i work:W[lwork]@d lwork:i
 dggbak i : job:c side:c n:i ilo:i ihi:i lscale:v[n]@d/i! rscale:v[n]@d/i! m:i v:ge[n,m,ldv]@d/io! ldv:i
 dggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
 dgges - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg n a lda b ldb sdim alphar alphai beta vsl ldvsl vsr ldvsr work lwork bwork
@@ -407,25 +407,25 @@ dggesx - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvs
 dggev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alphar alphai beta vl ldvl vr ldvr work lwork
 dggev3 - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alphar alphai beta vl ldvl vr ldvr work lwork
 dggevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda b ldb alphar alphai beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork iwork bwork
-dggglm i : n:i m:i p:i a:ge[n,m,lda]@d/io! lda:i b:ge[n,p,ldb]@d/io! ldb:i d:v[n]@d/io! x:v[m]@d/o y:v[p]@d/o work:W[lwork]@d lwork:i
+dggglm i : n:i m:i p:i a:ge[n,m,lda]@d/io! lda:i b:ge[n,p,ldb]@d/io! ldb:i d:v[n]@d/io! x:v[m]@d/io y:v[p]@d/o work:W[lwork]@d lwork:i
 dgghd3 - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz work lwork
 dgghrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz
 dgglse i : m:i n:i p:i a:ge[m,n,lda]@d/io! lda:i b:ge[p,n,ldb]@d/io! ldb:i c:v[m]@d/io! d:v[p]@d/io! x:v[n]@d/o work:W[lwork]@d lwork:i
-dggqrf i : n:i m:i p:i a:ge[n,m,lda]@d/io! lda:i taua:v[min(n,m)]@d/o b:ge[n,p,ldb]@d/io! ldb:i taub:v[min(n,p)]@d/o work:W[lwork]@d lwork:i
-dggrqf i : m:i p:i n:i a:ge[m,n,lda]@d/io! lda:i taua:v[min(m,n)]@d/o b:ge[p,n,ldb]@d/io! ldb:i taub:v[min(p,n)]@d/o work:W[lwork]@d lwork:i
+dggqrf i : n:i m:i p:i a:ge[n,m,lda]@d/io! lda:i taua:v[min(n,m)]@d/io b:ge[n,p,ldb]@d/io! ldb:i taub:v[min(n,p)]@d/io work:W[lwork]@d lwork:i
+dggrqf i : m:i p:i n:i a:ge[m,n,lda]@d/io! lda:i taua:v[min(m,n)]@d/io b:ge[p,n,ldb]@d/io! ldb:i taub:v[min(p,n)]@d/io work:W[lwork]@d lwork:i
 dggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work iwork
 dggsvd3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work lwork iwork
 dggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work
 dggsvp3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work lwork
 dgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work iwork
-dgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! dlf:v[n-1]@d/i! df:v[n]@d/i! duf:v[n-1]@d/i! du2:v[n-2]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! dlf:v[n-1]@d/i! df:v[n]@d/i! duf:v[n-1]@d/i! du2:v[n-2]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dgtsv i : n:i nrhs:i dl:v[n-1]@d/io! d:v[n]@d/io! du:v[n-1]@d/io! b:ge[n,nrhs,ldb]@d/io! ldb:i
-dgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! dlf:v[n-1]@d/io! df:v[n]@d/io! duf:v[n-1]@d/io! du2:v[n-2]@d/io! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! dlf:v[n-1]@d/io! df:v[n]@d/io! duf:v[n-1]@d/io! du2:v[n-2]@d/io! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dgttrf - +skip=no_layout_argument : dl d du du2 ipiv
 dgttrs i : trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! du2:v[n-2]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dhgeqz - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq compz n ilo ihi h ldh t ldt alphar alphai beta q ldq z ldz work lwork
 dhsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh wr wi vl ldvl vr ldvr mm m work ifaill ifailr
-dhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@d/io! ldh:i wr:v[n]@d/o wi:v[n]@d/o z:ge[n,n,ldz]@d/io! ldz:i work:W[lwork]@d lwork:i
+dhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@d/io! ldh:i wr:v[n]@d/io wi:v[n]@d/io z:ge[n,n,ldz]@d/io! ldz:i work:W[lwork]@d lwork:i
 dlacn2 - +skip=no_layout_argument : v x isgn est kase isave
 dlacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@d/i! lda:i b:ge[m,n,ldb]@d/o ldb:i
 dlag2s i : m:i n:i a:ge[m,n,lda]@d/i! lda:i sa:ge[m,n,ldsa]@s/o ldsa:i
@@ -447,18 +447,18 @@ dlarfx - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : side m n v tau c
 dlarnv - +skip=no_layout_argument : iseed n x
 dlartgp - +skip=no_layout_argument : g cs sn r
 dlartgs - +skip=no_layout_argument : y sigma cs sn
-dlascl i : type:c kl:i ku:i cfrom:r@d! cto:r@d! m:i n:i a:ge[m,n,lda]@d/o lda:i
+dlascl i : type:c kl:i ku:i cfrom:r@d! cto:r@d! m:i n:i a:ge[m,n,lda]@d/io lda:i
 dlaset i +nocopy : uplo:c m:i n:i alpha:r@d! beta:r@d! a:ge[m,n,lda]@d/o lda:i
 dlasrt - +skip=no_layout_argument : n d
 dlassq - +skip=no_Fortran_documentation : x incx scale sumsq
 dlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
 dlatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 dlauum i : uplo:c n:i a:ge[n,n,lda]@d/io! lda:i
-dopgtr i : uplo:c n:i ap:sp[uplo,n]@d/i! tau:v[n-1]@d/i! q:ge[n,n,ldq]@d/o ldq:i work:F[n-1]@d
-dopmtr i : side:c uplo:c trans:c m:i n:i ap:sp[uplo,n]@d/i! tau:v[m-1]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:F[n]@d
+dopgtr i : uplo:c n:i ap:sp[uplo,n]@d/i! tau:v[n-1]@d/i! q:ge[n,n,ldq]@d/io ldq:i work:F[n-1]@d
+dopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
 dorbdb - +skip=x11:_rows_not_documented_as_a_plain_bound_on_ldx11 : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
-dorcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@d/io! ldx11:i x12:ge[p,m-q,ldx12]@d/io! ldx12:i x21:ge[m-p,q,ldx21]@d/io! ldx21:i x22:ge[m-p,m-q,ldx22]@d/io! ldx22:i theta:v[0]@d/o u1:ge[p,p,ldu1]@d/o ldu1:i u2:ge[m-p,m-p,ldu2]@d/o ldu2:i v1t:ge[q,q,ldv1t]@d/o ldv1t:i v2t:ge[m-q,m-q,ldv2t]@d/o ldv2t:i work:W[lwork]@d lwork:i iwork:F[m-min(p,m-p,q,m-q)]@i
-dorcsd2by1 - +skip=u1:_no_column_count_documented : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
+dorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
+dorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
 dorgbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,k)]@d/i! work:W[lwork]@d lwork:i
 dorghr i : n:i ilo:i ihi:i a:ge[n,n,lda]@d/io! lda:i tau:v[n-1]@d/i! work:W[lwork]@d lwork:i
 dorglq i : m:i n:i k:i a:ge[m,n,lda]@d/io! lda:i tau:v[k]@d/i! work:W[lwork]@d lwork:i
@@ -477,10 +477,10 @@ dormrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@d/i! lda:i tau:v[k]@d/i!
 dormtr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side uplo trans m n a lda tau c ldc work lwork
 dpbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i anorm:r@d! rcond:s@d work:F[3*n]@d iwork:F[n]@i
 dpbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i s:v[n]@d/o scond:s@d amax:s@d
-dpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i afb:sb[uplo,n,kd,ldafb]@d/i! ldafb:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i afb:sb[uplo,n,kd,ldafb]@d/i! ldafb:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dpbstf - +skip=arguments_differ_from_the_Fortran_routine : uplo n kb bb ldbb
 dpbsv i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i b:ge[n,nrhs,ldb]@d/io! ldb:i
-dpbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i afb:sb[uplo,n,kd,ldafb]@d/io! ldafb:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@d/io! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dpbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i afb:sb[uplo,n,kd,ldafb]@d/io! ldafb:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@d/io! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dpbtrf i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i
 dpbtrs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i b:ge[n,nrhs,ldb]@d/io! ldb:i
 dpftrf i : transr:c uplo:c n:i a:pf[transr,uplo,n]@d/io!
@@ -489,10 +489,10 @@ dpftrs i : transr:c uplo:c n:i nrhs:i a:pf[transr,uplo,n]@d/i! b:ge[n,nrhs,ldb]@
 dpocon i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@d/i! lda:i anorm:r@d! rcond:s@d work:F[3*n]@d iwork:F[n]@i
 dpoequ i +nocopy : n:i a:ge[n,n,lda]@d/i! lda:i s:v[n]@d/o scond:s@d amax:s@d
 dpoequb i +nocopy : n:i a:ge[n,n,lda]@d/i! lda:i s:v[n]@d/o scond:s@d amax:s@d
-dporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/i! ldaf:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/i! ldaf:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dporfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dposv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i b:ge[n,nrhs,ldb]@d/io! ldb:i
-dposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i af:sy[uplo,n,ldaf]@d/io! ldaf:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@d/io! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i af:sy[uplo,n,ldaf]@d/io! ldaf:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@d/io! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dposvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dpotrf i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i
 dpotrf2 i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i
@@ -500,46 +500,46 @@ dpotri i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i
 dpotrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i b:ge[n,nrhs,ldb]@d/io! ldb:i
 dppcon i : uplo:c n:i ap:sp[uplo,n]@d/i! anorm:r@d! rcond:s@d work:F[3*n]@d iwork:F[n]@i
 dppequ i : uplo:c n:i ap:sp[uplo,n]@d/i! s:v[n]@d/o scond:s@d amax:s@d
-dpprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! afp:sp[uplo,n]@d/i! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dpprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! afp:sp[uplo,n]@d/i! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dppsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/io! b:ge[n,nrhs,ldb]@d/io! ldb:i
-dppsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@d/io! afp:sp[uplo,n]@d/io! equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@d/io! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dppsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@d/io! afp:sp[uplo,n]@d/io! equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@d/io! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dpptrf i : uplo:c n:i ap:sp[uplo,n]@d/io!
 dpptri i : uplo:c n:i ap:sp[uplo,n]@d/io!
 dpptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! b:ge[n,nrhs,ldb]@d/io! ldb:i
 dpstrf i : uplo:c n:i a:ge[n,n,lda]@d/io! lda:i piv:I rank:o tol:r@d! work:F[2*n]@d
 dptcon - +skip=no_layout_argument : d e anorm rcond work
 dpteqr i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@d/io! ldz:i work:F[4*n]@d
-dptrfs i : n:i nrhs:i d:v[n]@d/i! e:v[n-1]@d/i! df:v[n]@d/i! ef:v[n-1]@d/i! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@d
+dptrfs i : n:i nrhs:i d:v[n]@d/i! e:v[n-1]@d/i! df:v[n]@d/i! ef:v[n-1]@d/i! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@d
 dptsv i : n:i nrhs:i d:v[n]@d/io! e:v[n-1]@d/io! b:ge[n,nrhs,ldb]@d/io! ldb:i
-dptsvx i : fact:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@d/i! df:v[n]@d/io! ef:v[n-1]@d/io! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@d
+dptsvx i : fact:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@d/i! df:v[n]@d/io! ef:v[n-1]@d/io! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@d
 dpttrf - +skip=no_layout_argument : d e
 dpttrs i : n:i nrhs:i d:v[n]@d/i! e:v[n-1]@d/i! b:ge[n,nrhs,ldb]@d/io! ldb:i
-dsbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:F[max(1,3*n-2)]@d
-dsbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i
-dsbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dsbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dsbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:F[max(1,3*n-2)]@d
+dsbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i
+dsbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dsbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dsbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work iwork ifail
 dsbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork iwork ifail
 dsbgst - +skip=x:_rows_not_documented_as_a_plain_bound_on_ldx : vect uplo n ka kb ab ldab bb ldbb x ldx work
 dsbgv - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz uplo n ka kb ab ldab bb ldbb w z ldz work
-dsbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:sb[uplo,n,kb,ldbb]@d/io! ldbb:i w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dsbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:sb[uplo,n,kb,ldbb]@d/io! ldbb:i q:ge[n,n,ldq]@d/o ldq:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:F[7*n]@d iwork:F[5*n]@i ifail:I
+dsbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:sb[uplo,n,kb,ldbb]@d/io! ldbb:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dsbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:sb[uplo,n,kb,ldbb]@d/io! ldbb:i q:ge[n,n,ldq]@d/io ldq:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:F[7*n]@d iwork:F[5*n]@i ifail:I
 dsbtrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect uplo n kd ab ldab d e q ldq work
 dsfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
-dsgesv i : n:i nrhs:i a:ge[n,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i work:F[n*nrhs]@d swork:F[n*(n+nrhs)]@s iter:o
+dsgesv i : n:i nrhs:i a:ge[n,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i work:F[n*nrhs]@d swork:F[n*(n+nrhs)]@s iter:o
 dspcon i : uplo:c n:i ap:sp[uplo,n]@d/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@d iwork:F[n]@i
-dspev i : jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:F[3*n]@d
-dspevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dspev i : jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:F[3*n]@d
+dspevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dspevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n ap vl vu il iu abstol m w z ldz work iwork ifail
 dspgst i : itype:i uplo:c n:i ap:sp[uplo,n]@d/io! bp:sp[uplo,n]@d/i!
-dspgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! bp:sp[uplo,n]@d/io! w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:F[3*n]@d
-dspgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! bp:sp[uplo,n]@d/io! w:v[n]@d/o z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dspgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! bp:sp[uplo,n]@d/io! w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:F[3*n]@d
+dspgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! bp:sp[uplo,n]@d/io! w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dspgvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n ap bp vl vu il iu abstol m w z ldz work iwork ifail
-dsposv i : uplo:c n:i nrhs:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i work:F[n*nrhs]@d swork:F[n*(n+nrhs)]@s iter:o
-dsprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! afp:sp[uplo,n]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dsposv i : uplo:c n:i nrhs:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i work:F[n*nrhs]@d swork:F[n*(n+nrhs)]@s iter:o
+dsprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! afp:sp[uplo,n]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dspsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/io! ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
-dspsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! afp:sp[uplo,n]@d/io! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
-dsptrd i : uplo:c n:i ap:sp[uplo,n]@d/io! d:v[n]@d/o e:v[n-1]@d/o tau:v[n-1]@d/o
+dspsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! afp:sp[uplo,n]@d/io! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
+dsptrd i : uplo:c n:i ap:sp[uplo,n]@d/io! d:v[n]@d/io e:v[n-1]@d/io tau:v[n-1]@d/io
 dsptrf i : uplo:c n:i ap:sp[uplo,n]@d/io! ipiv:I
 dsptri i : uplo:c n:i ap:sp[uplo,n]@d/io! ipiv:I work:F[n]@d
 dsptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
@@ -556,35 +556,35 @@ dstevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il 
 dstevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz work iwork ifail
 dsycon i : uplo:c n:i a:sy[uplo,n,lda]@d/i! lda:i ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@d iwork:F[n]@i
 dsycon_3 i : uplo:c n:i a:sy[uplo,n,lda]@d/i! lda:i e:v[n]@d/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@d iwork:F[n]@i
-dsyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@d/o lda:i ipiv:I e:v[n]@d/o
+dsyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@d/io lda:i ipiv:I e:v[n]@d/io
 dsyequb i : uplo:c n:i a:sy[uplo,n,lda]@d/i! lda:i s:v[n]@d/o scond:s@d amax:s@d work:F[2*n]@d
-dsyev i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!sy lda:i w:v[n]@d/o work:W[lwork]@d lwork:i
-dsyev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!sy lda:i w:v[n]@d/o work:W[lwork]@d lwork:i
-dsyevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i w:v[n]@d/o work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dsyevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i w:v[n]@d/o work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dsyev i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!sy lda:i w:v[n]@d/io work:W[lwork]@d lwork:i
+dsyev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!sy lda:i w:v[n]@d/io work:W[lwork]@d lwork:i
+dsyevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i w:v[n]@d/io work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dsyevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i w:v[n]@d/io work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dsyevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
 dsyevr_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
 dsyevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork iwork ifail
 dsyevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork iwork ifail
 dsygst i : itype:i uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i b:sy[uplo,n,ldb]@d/i! ldb:i
-dsygv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/o work:W[lwork]@d lwork:i
-dsygv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/o work:W[lwork]@d lwork:i
-dsygvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/o work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dsygv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/io work:W[lwork]@d lwork:i
+dsygv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/io work:W[lwork]@d lwork:i
+dsygvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/io work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dsygvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n a lda b ldb vl vu il iu abstol m w z ldz work lwork iwork ifail
-dsyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dsyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dsyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dsysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
 dsysv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
-dsysv_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i tb:v[ltb]@d/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
+dsysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 dsysv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i e:v[n]@d/o ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
 dsysv_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
-dsysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:W[lwork]@d lwork:i iwork:F[n]@i
+dsysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:W[lwork]@d lwork:i iwork:F[n]@i
 dsysvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dsyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
-dsytrd i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i d:v[n]@d/o e:v[n-1]@d/o tau:v[n-1]@d/o work:W[lwork]@d lwork:i
+dsytrd i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i d:v[n]@d/io e:v[n-1]@d/io tau:v[n-1]@d/io work:W[lwork]@d lwork:i
 dsytrf i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I work:W[lwork]@d lwork:i
 dsytrf_aa i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I work:W[lwork]@d lwork:i
-dsytrf_aa_2stage i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i tb:v[ltb]@d/o ltb:i ipiv:I ipiv2:I work:W[lwork]@d lwork:i
+dsytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
 dsytrf_rk i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i e:v[n]@d/o ipiv:I work:W[lwork]@d lwork:i
 dsytrf_rook i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I work:W[lwork]@d lwork:i
 dsytri i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I work:F[n]@d
@@ -595,14 +595,14 @@ dsytrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i ipiv:I b:ge[n,nrhs,ldb]
 dsytrs2 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:F[n]@d
 dsytrs_3 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i e:v[n]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dsytrs_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
-dsytrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i tb:v[ltb]@d/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@d/io! ldb:i
+dsytrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i tb:v[ltb]@d/io ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dsytrs_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dtbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb[uplo,diag,n,kd,ldab]@d/i! ldab:i rcond:s@d work:F[3*n]@d iwork:F[n]@i
-dtbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@d/i! ldab:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/i! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dtbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@d/i! ldab:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dtbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@d/i! ldab:i b:ge[n,nrhs,ldb]@d/io! ldb:i
-dtfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo trans diag m n alpha a b ldb
-dtftri i : transr:c uplo:c diag:c n:i a:tf[transr,uplo,diag,n]@d/io!
-dtfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@d/i! ap:tf[transr,uplo,'n',n]@d/o
+dtfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo trans diag m n alpha a b ldb
+dtftri - +skip=a:_packed_order_not_documented_as_one_argument : transr uplo diag n a
+dtfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@d/i! ap:sp[uplo,n]@d/o
 dtfttr i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@d/i! a:ge[n,n,lda]@d/o lda:i
 dtgevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n s lds p ldp vl ldvl vr ldvr mm m work
 dtgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst work lwork
@@ -612,28 +612,28 @@ dtgsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny sel
 dtgsyl i : trans:c ijob:i m:i n:i a:ge[m,m,lda]@d/i! lda:i b:ge[n,n,ldb]@d/i! ldb:i c:ge[m,n,ldc]@d/io! ldc:i d:ge[m,m,ldd]@d/i! ldd:i e:ge[n,n,lde]@d/i! lde:i f:ge[m,n,ldf]@d/io! ldf:i scale:s@d dif:s@d work:W[lwork]@d lwork:i iwork:F[m+n+6]@i
 dtpcon i : norm:c uplo:c diag:c n:i ap:tp[uplo,diag,n]@d/i! rcond:s@d work:F[3*n]@d iwork:F[n]@i
 dtpmqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k l nb v ldv t ldt a lda b ldb work
-dtpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@d/io! lda:i b:ge[m,n,ldb]@d/io! ldb:i t:ge[nb,n,ldt]@d/o ldt:i work:F[nb*n]@d
-dtpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@d/io! lda:i b:ge[m,n,ldb]@d/io! ldb:i t:ge[n,n,ldt]@d/o ldt:i
+dtpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@d/io! lda:i b:ge[m,n,ldb]@d/io! ldb:i t:ge[nb,n,ldt]@d/io ldt:i work:F[nb*n]@d
+dtpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@d/io! lda:i b:ge[m,n,ldb]@d/io! ldb:i t:ge[n,n,ldt]@d/io ldt:i
 dtprfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
-dtprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@d/i! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/i! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dtprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@d/i! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dtptri i : uplo:c diag:c n:i ap:tp[uplo,diag,n]@d/io!
 dtptrs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@d/i! b:ge[n,nrhs,ldb]@d/io! ldb:i
-dtpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@d/i! arf:tp[uplo,'n',n]@d/o
+dtpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@d/i! arf:pf[transr,uplo,n]@d/o
 dtpttr i : uplo:c n:i ap:tp[uplo,'n',n]@d/i! a:ge[n,n,lda]@d/o lda:i
 dtrcon i : norm:c uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@d/i! lda:i rcond:s@d work:F[3*n]@d iwork:F[n]@i
 dtrevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n t ldt vl ldvl vr ldvr mm m work
 dtrexc i : compq:c n:i t:ge[n,n,ldt]@d/io! ldt:i q:ge[n,n,ldq]@d/io! ldq:i ifst:o ilst:o work:F[n]@d
-dtrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@d/i! lda:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/i! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[3*n]@d iwork:F[n]@i
+dtrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@d/i! lda:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dtrsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq select n t ldt q ldq wr wi m s sep work lwork iwork liwork
 dtrsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork iwork
 dtrsyl i : trana:c tranb:c isgn:i m:i n:i a:ge[m,m,lda]@d/i! lda:i b:ge[n,n,ldb]@d/i! ldb:i c:ge[m,n,ldc]@d/io! ldc:i scale:s@d
 dtrsyl3 - +skip=no_Fortran_documentation : trana tranb isgn m n a lda b ldb c ldc scale iwork liwork swork ldswork
 dtrtri i : uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@d/io! lda:i
 dtrtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@d/i! lda:i b:ge[n,nrhs,ldb]@d/io! ldb:i
-dtrttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@d/i! lda:i arf:v[0]@d/o
-dtrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@d/i! lda:i ap:v[n*(n+1)/2]@d/o
-dtzrzf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[m]@d/o work:W[lwork]@d lwork:i
-sbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@s/io! phi:v[q-1]@s/o u1:ge[p,p,ldu1]@s/io! ldu1:i u2:ge[m-p,m-p,ldu2]@s/io! ldu2:i v1t:ge[q,q,ldv1t]@s/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@s/io! ldv2t:i b11d:v[q]@s/o b11e:v[q-1]@s/o b12d:v[q]@s/o b12e:v[q-1]@s/o b21d:v[q]@s/o b21e:v[q-1]@s/o b22d:v[q]@s/o b22e:v[q-1]@s/o work:W[lwork]@s lwork:i
+dtrttf - +skip=arf:_packed_order_not_documented_as_one_argument : transr uplo n a lda arf
+dtrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@d/i! lda:i ap:sp[uplo,n]@d/o
+dtzrzf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[m]@d/io work:W[lwork]@d lwork:i
+sbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@s/io! phi:v[q-1]@s/io u1:ge[p,p,ldu1]@s/io! ldu1:i u2:ge[m-p,m-p,ldu2]@s/io! ldu2:i v1t:ge[q,q,ldv1t]@s/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@s/io! ldv2t:i b11d:v[q]@s/o b11e:v[q-1]@s/o b12d:v[q]@s/o b12e:v[q-1]@s/o b21d:v[q]@s/o b21e:v[q-1]@s/o b22d:v[q]@s/o b22e:v[q-1]@s/o work:W[lwork]@s lwork:i
 sbdsdc - +skip=workspace_work:_'lwork'_is_not_an_argument : uplo compq n d e u ldu vt ldvt q iq work iwork
 sbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 sbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
@@ -650,8 +650,8 @@ sgbsvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimensi
 sgbtrf i : m:i n:i kl:i ku:i ab:gb[m,n,kl,kl+ku,ldab]@s/io! ldab:i ipiv:I
 sgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@s/i! ldab:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 sgebak i : job:c side:c n:i ilo:i ihi:i scale:v[n]@s/i! m:i v:ge[n,m,ldv]@s/io! ldv:i
-sgebal i : job:c n:i a:ge[n,n,lda]@s/io! lda:i ilo:o ihi:o scale:v[n]@s/o
-sgebrd i : m:i n:i a:ge[m,n,lda]@s/io! lda:i d:v[min(m,n)]@s/o e:v[min(m,n)-1]@s/o tauq:v[min(m,n)]@s/o taup:v[min(m,n)]@s/o work:W[lwork]@s lwork:i
+sgebal i : job:c n:i a:ge[n,n,lda]@s/io! lda:i ilo:o ihi:o scale:v[n]@s/io
+sgebrd i : m:i n:i a:ge[m,n,lda]@s/io! lda:i d:v[min(m,n)]@s/io e:v[min(m,n)-1]@s/io tauq:v[min(m,n)]@s/io taup:v[min(m,n)]@s/io work:W[lwork]@s lwork:i
 sgecon i : norm:c n:i a:ge[n,n,lda]@s/i! lda:i anorm:r@s! rcond:s@s work:F[4*n]@s iwork:F[n]@i
 sgeequ i : m:i n:i a:ge[m,n,lda]@s/i! lda:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
 sgeequb i : m:i n:i a:ge[m,n,lda]@s/i! lda:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
@@ -659,31 +659,31 @@ sgees - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort sele
 sgeesx - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select sense n a lda sdim wr wi vs ldvs rconde rcondv work lwork iwork liwork bwork
 sgeev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda wr wi vl ldvl vr ldvr work lwork
 sgeevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda wr wi vl ldvl vr ldvr ilo ihi scale abnrm rconde rcondv work lwork iwork
-sgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@s/io! lda:i tau:v[n-1]@s/o work:W[lwork]@s lwork:i
+sgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@s/io! lda:i tau:v[n-1]@s/io work:W[lwork]@s lwork:i
 sgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv work lwork iwork
 sgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
-sgelq2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/o work:F[m]@s
-sgelqf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/o work:W[lwork]@s lwork:i
+sgelq2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/io work:F[m]@s
+sgelqf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/io work:W[lwork]@s lwork:i
 sgels i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@s/io! lda:i b:ge[max(m,n),nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 sgelsd - +skip=workspace_iwork:_'liwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
-sgelss i : m:i n:i nrhs:i a:ge[m,n,lda]@s/io! lda:i b:ge[max(m,n),nrhs,ldb]@s/io! ldb:i s:v[min(m,n)]@s/o rcond:r@s! rank:o work:W[lwork]@s lwork:i
+sgelss i : m:i n:i nrhs:i a:ge[m,n,lda]@s/io! lda:i b:ge[max(m,n),nrhs,ldb]@s/io! ldb:i s:v[min(m,n)]@s/io rcond:r@s! rank:o work:W[lwork]@s lwork:i
 sgelsy i : m:i n:i nrhs:i a:ge[m,n,lda]@s/io! lda:i b:ge[max(m,n),nrhs,ldb]@s/io! ldb:i jpvt:I rcond:r@s! rank:o work:W[lwork]@s lwork:i
 sgemlq - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
 sgemqr - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
 sgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
-sgeqlf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/o work:W[lwork]@s lwork:i
-sgeqp3 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i jpvt:I tau:v[min(m,n)]@s/o work:W[lwork]@s lwork:i
+sgeqlf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/io work:W[lwork]@s lwork:i
+sgeqp3 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i jpvt:I tau:v[min(m,n)]@s/io work:W[lwork]@s lwork:i
 sgeqpf - +skip=no_Fortran_documentation : m n a lda jpvt tau work
 sgeqr - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
-sgeqr2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/o work:F[n]@s
-sgeqrf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/o work:W[lwork]@s lwork:i
-sgeqrfp i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/o work:W[lwork]@s lwork:i
-sgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@s/io! lda:i t:ge[nb,min(m,n),ldt]@s/o ldt:i work:F[nb*n]@s
-sgeqrt2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i t:ge[n,n,ldt]@s/o ldt:i
-sgeqrt3 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i t:ge[n,n,ldt]@s/o ldt:i
-sgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@s/i! lda:i af:ge[n,n,ldaf]@s/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+sgeqr2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/io work:F[n]@s
+sgeqrf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/io work:W[lwork]@s lwork:i
+sgeqrfp i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/io work:W[lwork]@s lwork:i
+sgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@s/io! lda:i t:ge[nb,min(m,n),ldt]@s/io ldt:i work:F[nb*n]@s
+sgeqrt2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i t:ge[n,n,ldt]@s/io ldt:i
+sgeqrt3 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i t:ge[n,n,ldt]@s/io ldt:i
+sgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@s/i! lda:i af:ge[n,n,ldaf]@s/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sgerfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
-sgerqf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/o work:W[lwork]@s lwork:i
+sgerqf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/io work:W[lwork]@s lwork:i
 sgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork iwork
 sgesv i : n:i nrhs:i a:ge[n,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 sgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork
@@ -707,25 +707,25 @@ sggesx - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvs
 sggev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alphar alphai beta vl ldvl vr ldvr work lwork
 sggev3 - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alphar alphai beta vl ldvl vr ldvr work lwork
 sggevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda b ldb alphar alphai beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork iwork bwork
-sggglm i : n:i m:i p:i a:ge[n,m,lda]@s/io! lda:i b:ge[n,p,ldb]@s/io! ldb:i d:v[n]@s/io! x:v[m]@s/o y:v[p]@s/o work:W[lwork]@s lwork:i
+sggglm i : n:i m:i p:i a:ge[n,m,lda]@s/io! lda:i b:ge[n,p,ldb]@s/io! ldb:i d:v[n]@s/io! x:v[m]@s/io y:v[p]@s/o work:W[lwork]@s lwork:i
 sgghd3 - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz work lwork
 sgghrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz
 sgglse i : m:i n:i p:i a:ge[m,n,lda]@s/io! lda:i b:ge[p,n,ldb]@s/io! ldb:i c:v[m]@s/io! d:v[p]@s/io! x:v[n]@s/o work:W[lwork]@s lwork:i
-sggqrf i : n:i m:i p:i a:ge[n,m,lda]@s/io! lda:i taua:v[min(n,m)]@s/o b:ge[n,p,ldb]@s/io! ldb:i taub:v[min(n,p)]@s/o work:W[lwork]@s lwork:i
-sggrqf i : m:i p:i n:i a:ge[m,n,lda]@s/io! lda:i taua:v[min(m,n)]@s/o b:ge[p,n,ldb]@s/io! ldb:i taub:v[min(p,n)]@s/o work:W[lwork]@s lwork:i
+sggqrf i : n:i m:i p:i a:ge[n,m,lda]@s/io! lda:i taua:v[min(n,m)]@s/io b:ge[n,p,ldb]@s/io! ldb:i taub:v[min(n,p)]@s/io work:W[lwork]@s lwork:i
+sggrqf i : m:i p:i n:i a:ge[m,n,lda]@s/io! lda:i taua:v[min(m,n)]@s/io b:ge[p,n,ldb]@s/io! ldb:i taub:v[min(p,n)]@s/io work:W[lwork]@s lwork:i
 sggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work iwork
 sggsvd3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work lwork iwork
 sggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work
 sggsvp3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work lwork
 sgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work iwork
-sgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! dlf:v[n-1]@s/i! df:v[n]@s/i! duf:v[n-1]@s/i! du2:v[n-2]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+sgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! dlf:v[n-1]@s/i! df:v[n]@s/i! duf:v[n-1]@s/i! du2:v[n-2]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sgtsv i : n:i nrhs:i dl:v[n-1]@s/io! d:v[n]@s/io! du:v[n-1]@s/io! b:ge[n,nrhs,ldb]@s/io! ldb:i
-sgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! dlf:v[n-1]@s/io! df:v[n]@s/io! duf:v[n-1]@s/io! du2:v[n-2]@s/io! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+sgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! dlf:v[n-1]@s/io! df:v[n]@s/io! duf:v[n-1]@s/io! du2:v[n-2]@s/io! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sgttrf - +skip=no_layout_argument : dl d du du2 ipiv
 sgttrs i : trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! du2:v[n-2]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 shgeqz - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq compz n ilo ihi h ldh t ldt alphar alphai beta q ldq z ldz work lwork
 shsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh wr wi vl ldvl vr ldvr mm m work ifaill ifailr
-shseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@s/io! ldh:i wr:v[n]@s/o wi:v[n]@s/o z:ge[n,n,ldz]@s/io! ldz:i work:W[lwork]@s lwork:i
+shseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@s/io! ldh:i wr:v[n]@s/io wi:v[n]@s/io z:ge[n,n,ldz]@s/io! ldz:i work:W[lwork]@s lwork:i
 slacn2 - +skip=no_layout_argument : v x isgn est kase isave
 slacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@s/i! lda:i b:ge[m,n,ldb]@s/o ldb:i
 slag2d i : m:i n:i sa:ge[m,n,ldsa]@s/i! ldsa:i a:ge[m,n,lda]@d/o lda:i
@@ -747,18 +747,18 @@ slarfx - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : side m n v tau c
 slarnv - +skip=no_layout_argument : iseed n x
 slartgp - +skip=no_layout_argument : g cs sn r
 slartgs - +skip=no_layout_argument : y sigma cs sn
-slascl i : type:c kl:i ku:i cfrom:r@s! cto:r@s! m:i n:i a:ge[m,n,lda]@s/o lda:i
+slascl i : type:c kl:i ku:i cfrom:r@s! cto:r@s! m:i n:i a:ge[m,n,lda]@s/io lda:i
 slaset i +nocopy : uplo:c m:i n:i alpha:r@s! beta:r@s! a:ge[m,n,lda]@s/o lda:i
 slasrt - +skip=no_layout_argument : n d
 slassq - +skip=no_Fortran_documentation : x incx scale sumsq
 slaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
 slatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 slauum i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i
-sopgtr i : uplo:c n:i ap:sp[uplo,n]@s/i! tau:v[n-1]@s/i! q:ge[n,n,ldq]@s/o ldq:i work:F[n-1]@s
-sopmtr i : side:c uplo:c trans:c m:i n:i ap:sp[uplo,n]@s/i! tau:v[m-1]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:F[n]@s
+sopgtr i : uplo:c n:i ap:sp[uplo,n]@s/i! tau:v[n-1]@s/i! q:ge[n,n,ldq]@s/io ldq:i work:F[n-1]@s
+sopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
 sorbdb - +skip=x11:_rows_not_documented_as_a_plain_bound_on_ldx11 : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
-sorcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@s/io! ldx11:i x12:ge[p,m-q,ldx12]@s/io! ldx12:i x21:ge[m-p,q,ldx21]@s/io! ldx21:i x22:ge[m-p,m-q,ldx22]@s/io! ldx22:i theta:v[0]@s/o u1:ge[p,p,ldu1]@s/o ldu1:i u2:ge[m-p,m-p,ldu2]@s/o ldu2:i v1t:ge[q,q,ldv1t]@s/o ldv1t:i v2t:ge[m-q,m-q,ldv2t]@s/o ldv2t:i work:W[lwork]@s lwork:i iwork:F[m-min(p,m-p,q,m-q)]@i
-sorcsd2by1 - +skip=u1:_no_column_count_documented : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
+sorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
+sorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
 sorgbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,k)]@s/i! work:W[lwork]@s lwork:i
 sorghr i : n:i ilo:i ihi:i a:ge[n,n,lda]@s/io! lda:i tau:v[n-1]@s/i! work:W[lwork]@s lwork:i
 sorglq i : m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[k]@s/i! work:W[lwork]@s lwork:i
@@ -777,10 +777,10 @@ sormrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@s/i! lda:i tau:v[k]@s/i!
 sormtr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side uplo trans m n a lda tau c ldc work lwork
 spbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i anorm:r@s! rcond:s@s work:F[3*n]@s iwork:F[n]@i
 spbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i s:v[n]@s/o scond:s@s amax:s@s
-spbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i afb:sb[uplo,n,kd,ldafb]@s/i! ldafb:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+spbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i afb:sb[uplo,n,kd,ldafb]@s/i! ldafb:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 spbstf - +skip=arguments_differ_from_the_Fortran_routine : uplo n kb bb ldbb
 spbsv i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i b:ge[n,nrhs,ldb]@s/io! ldb:i
-spbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i afb:sb[uplo,n,kd,ldafb]@s/io! ldafb:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@s/io! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+spbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i afb:sb[uplo,n,kd,ldafb]@s/io! ldafb:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@s/io! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 spbtrf i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i
 spbtrs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i b:ge[n,nrhs,ldb]@s/io! ldb:i
 spftrf i : transr:c uplo:c n:i a:pf[transr,uplo,n]@s/io!
@@ -789,10 +789,10 @@ spftrs i : transr:c uplo:c n:i nrhs:i a:pf[transr,uplo,n]@s/i! b:ge[n,nrhs,ldb]@
 spocon i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@s/i! lda:i anorm:r@s! rcond:s@s work:F[3*n]@s iwork:F[n]@i
 spoequ i +nocopy : n:i a:ge[n,n,lda]@s/i! lda:i s:v[n]@s/o scond:s@s amax:s@s
 spoequb i +nocopy : n:i a:ge[n,n,lda]@s/i! lda:i s:v[n]@s/o scond:s@s amax:s@s
-sporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/i! ldaf:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+sporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/i! ldaf:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sporfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sposv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i b:ge[n,nrhs,ldb]@s/io! ldb:i
-sposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i af:sy[uplo,n,ldaf]@s/io! ldaf:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@s/io! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+sposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i af:sy[uplo,n,ldaf]@s/io! ldaf:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@s/io! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sposvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 spotrf i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i
 spotrf2 i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i
@@ -800,44 +800,44 @@ spotri i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i
 spotrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i b:ge[n,nrhs,ldb]@s/io! ldb:i
 sppcon i : uplo:c n:i ap:sp[uplo,n]@s/i! anorm:r@s! rcond:s@s work:F[3*n]@s iwork:F[n]@i
 sppequ i : uplo:c n:i ap:sp[uplo,n]@s/i! s:v[n]@s/o scond:s@s amax:s@s
-spprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! afp:sp[uplo,n]@s/i! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+spprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! afp:sp[uplo,n]@s/i! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sppsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/io! b:ge[n,nrhs,ldb]@s/io! ldb:i
-sppsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@s/io! afp:sp[uplo,n]@s/io! equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@s/io! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+sppsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@s/io! afp:sp[uplo,n]@s/io! equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@s/io! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 spptrf i : uplo:c n:i ap:sp[uplo,n]@s/io!
 spptri i : uplo:c n:i ap:sp[uplo,n]@s/io!
 spptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! b:ge[n,nrhs,ldb]@s/io! ldb:i
 spstrf i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i piv:I rank:o tol:r@s! work:F[2*n]@s
 sptcon - +skip=no_layout_argument : d e anorm rcond work
 spteqr i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@s/io! ldz:i work:F[4*n]@s
-sptrfs i : n:i nrhs:i d:v[n]@s/i! e:v[n-1]@s/i! df:v[n]@s/i! ef:v[n-1]@s/i! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@s
+sptrfs i : n:i nrhs:i d:v[n]@s/i! e:v[n-1]@s/i! df:v[n]@s/i! ef:v[n-1]@s/i! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@s
 sptsv i : n:i nrhs:i d:v[n]@s/io! e:v[n-1]@s/io! b:ge[n,nrhs,ldb]@s/io! ldb:i
-sptsvx i : fact:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@s/i! df:v[n]@s/io! ef:v[n-1]@s/io! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[2*n]@s
+sptsvx i : fact:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@s/i! df:v[n]@s/io! ef:v[n-1]@s/io! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@s
 spttrf - +skip=no_layout_argument : d e
 spttrs i : n:i nrhs:i d:v[n]@s/i! e:v[n-1]@s/i! b:ge[n,nrhs,ldb]@s/io! ldb:i
-ssbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:F[max(1,3*n-2)]@s
-ssbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i
-ssbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-ssbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+ssbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:F[max(1,3*n-2)]@s
+ssbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i
+ssbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+ssbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 ssbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work iwork ifail
 ssbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork iwork ifail
 ssbgst - +skip=x:_rows_not_documented_as_a_plain_bound_on_ldx : vect uplo n ka kb ab ldab bb ldbb x ldx work
 ssbgv - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz uplo n ka kb ab ldab bb ldbb w z ldz work
-ssbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:sb[uplo,n,kb,ldbb]@s/io! ldbb:i w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-ssbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:sb[uplo,n,kb,ldbb]@s/io! ldbb:i q:ge[n,n,ldq]@s/o ldq:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:F[7*n]@s iwork:F[5*n]@i ifail:I
+ssbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:sb[uplo,n,kb,ldbb]@s/io! ldbb:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+ssbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:sb[uplo,n,kb,ldbb]@s/io! ldbb:i q:ge[n,n,ldq]@s/io ldq:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:F[7*n]@s iwork:F[5*n]@i ifail:I
 ssbtrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect uplo n kd ab ldab d e q ldq work
 ssfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
 sspcon i : uplo:c n:i ap:sp[uplo,n]@s/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@s iwork:F[n]@i
-sspev i : jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:F[3*n]@s
-sspevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+sspev i : jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:F[3*n]@s
+sspevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 sspevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n ap vl vu il iu abstol m w z ldz work iwork ifail
 sspgst i : itype:i uplo:c n:i ap:sp[uplo,n]@s/io! bp:sp[uplo,n]@s/i!
-sspgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! bp:sp[uplo,n]@s/io! w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:F[3*n]@s
-sspgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! bp:sp[uplo,n]@s/io! w:v[n]@s/o z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+sspgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! bp:sp[uplo,n]@s/io! w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:F[3*n]@s
+sspgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! bp:sp[uplo,n]@s/io! w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 sspgvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n ap bp vl vu il iu abstol m w z ldz work iwork ifail
-ssprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! afp:sp[uplo,n]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+ssprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! afp:sp[uplo,n]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sspsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/io! ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
-sspsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! afp:sp[uplo,n]@s/io! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
-ssptrd i : uplo:c n:i ap:sp[uplo,n]@s/io! d:v[n]@s/o e:v[n-1]@s/o tau:v[n-1]@s/o
+sspsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! afp:sp[uplo,n]@s/io! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
+ssptrd i : uplo:c n:i ap:sp[uplo,n]@s/io! d:v[n]@s/io e:v[n-1]@s/io tau:v[n-1]@s/io
 ssptrf i : uplo:c n:i ap:sp[uplo,n]@s/io! ipiv:I
 ssptri i : uplo:c n:i ap:sp[uplo,n]@s/io! ipiv:I work:F[n]@s
 ssptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
@@ -854,35 +854,35 @@ sstevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il 
 sstevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz work iwork ifail
 ssycon i : uplo:c n:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@s iwork:F[n]@i
 ssycon_3 - +skip=no_Fortran_documentation : uplo n a lda e ipiv anorm rcond work iwork
-ssyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@s/o lda:i ipiv:I e:v[n]@s/o
+ssyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@s/io lda:i ipiv:I e:v[n]@s/io
 ssyequb i : uplo:c n:i a:sy[uplo,n,lda]@s/i! lda:i s:v[n]@s/o scond:s@s amax:s@s work:F[2*n]@s
-ssyev i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!sy lda:i w:v[n]@s/o work:W[lwork]@s lwork:i
-ssyev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!sy lda:i w:v[n]@s/o work:W[lwork]@s lwork:i
-ssyevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i w:v[n]@s/o work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-ssyevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i w:v[n]@s/o work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+ssyev i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!sy lda:i w:v[n]@s/io work:W[lwork]@s lwork:i
+ssyev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!sy lda:i w:v[n]@s/io work:W[lwork]@s lwork:i
+ssyevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i w:v[n]@s/io work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+ssyevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i w:v[n]@s/io work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 ssyevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
 ssyevr_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
 ssyevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork iwork ifail
 ssyevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork iwork ifail
 ssygst i : itype:i uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i b:sy[uplo,n,ldb]@s/i! ldb:i
-ssygv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/o work:W[lwork]@s lwork:i
-ssygv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/o work:W[lwork]@s lwork:i
-ssygvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/o work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+ssygv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/io work:W[lwork]@s lwork:i
+ssygv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/io work:W[lwork]@s lwork:i
+ssygvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/io work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 ssygvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n a lda b ldb vl vu il iu abstol m w z ldz work lwork iwork ifail
-ssyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+ssyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 ssyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 ssysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssysv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
-ssysv_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i tb:v[ltb]@s/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
+ssysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 ssysv_rk - +skip=no_Fortran_documentation : uplo n nrhs a lda e ipiv b ldb work lwork
 ssysv_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
-ssysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:W[lwork]@s lwork:i iwork:F[n]@i
+ssysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:W[lwork]@s lwork:i iwork:F[n]@i
 ssysvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 ssyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
-ssytrd i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i d:v[n]@s/o e:v[n-1]@s/o tau:v[n-1]@s/o work:W[lwork]@s lwork:i
+ssytrd i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i d:v[n]@s/io e:v[n-1]@s/io tau:v[n-1]@s/io work:W[lwork]@s lwork:i
 ssytrf i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:W[lwork]@s lwork:i
 ssytrf_aa i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:W[lwork]@s lwork:i
-ssytrf_aa_2stage i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i tb:v[ltb]@s/o ltb:i ipiv:I ipiv2:I work:W[lwork]@s lwork:i
+ssytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
 ssytrf_rk - +skip=no_Fortran_documentation : uplo n a lda e ipiv work lwork
 ssytrf_rook i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:W[lwork]@s lwork:i
 ssytri i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:F[n]@s
@@ -893,14 +893,14 @@ ssytrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I b:ge[n,nrhs,ldb]
 ssytrs2 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:F[n]@s
 ssytrs_3 - +skip=no_Fortran_documentation : uplo n nrhs a lda e ipiv b ldb
 ssytrs_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
-ssytrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i tb:v[ltb]@s/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@s/io! ldb:i
+ssytrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i tb:v[ltb]@s/io ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 ssytrs_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 stbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb[uplo,diag,n,kd,ldab]@s/i! ldab:i rcond:s@s work:F[3*n]@s iwork:F[n]@i
-stbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@s/i! ldab:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/i! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+stbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@s/i! ldab:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 stbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@s/i! ldab:i b:ge[n,nrhs,ldb]@s/io! ldb:i
-stfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo trans diag m n alpha a b ldb
-stftri i : transr:c uplo:c diag:c n:i a:tf[transr,uplo,diag,n]@s/io!
-stfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@s/i! ap:tf[transr,uplo,'n',n]@s/o
+stfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo trans diag m n alpha a b ldb
+stftri - +skip=a:_packed_order_not_documented_as_one_argument : transr uplo diag n a
+stfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@s/i! ap:sp[uplo,n]@s/o
 stfttr i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@s/i! a:ge[n,n,lda]@s/o lda:i
 stgevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n s lds p ldp vl ldvl vr ldvr mm m work
 stgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst work lwork
@@ -910,31 +910,31 @@ stgsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny sel
 stgsyl i : trans:c ijob:i m:i n:i a:ge[m,m,lda]@s/i! lda:i b:ge[n,n,ldb]@s/i! ldb:i c:ge[m,n,ldc]@s/io! ldc:i d:ge[m,m,ldd]@s/i! ldd:i e:ge[n,n,lde]@s/i! lde:i f:ge[m,n,ldf]@s/io! ldf:i scale:s@s dif:s@s work:W[lwork]@s lwork:i iwork:F[m+n+6]@i
 stpcon i : norm:c uplo:c diag:c n:i ap:tp[uplo,diag,n]@s/i! rcond:s@s work:F[3*n]@s iwork:F[n]@i
 stpmqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k l nb v ldv t ldt a lda b ldb work
-stpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@s/io! lda:i b:ge[m,n,ldb]@s/io! ldb:i t:ge[nb,n,ldt]@s/o ldt:i work:F[nb*n]@s
-stpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@s/io! lda:i b:ge[m,n,ldb]@s/io! ldb:i t:ge[n,n,ldt]@s/o ldt:i
+stpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@s/io! lda:i b:ge[m,n,ldb]@s/io! ldb:i t:ge[nb,n,ldt]@s/io ldt:i work:F[nb*n]@s
+stpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@s/io! lda:i b:ge[m,n,ldb]@s/io! ldb:i t:ge[n,n,ldt]@s/io ldt:i
 stprfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
-stprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@s/i! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/i! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+stprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@s/i! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 stptri i : uplo:c diag:c n:i ap:tp[uplo,diag,n]@s/io!
 stptrs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@s/i! b:ge[n,nrhs,ldb]@s/io! ldb:i
-stpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@s/i! arf:tp[uplo,'n',n]@s/o
+stpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@s/i! arf:pf[transr,uplo,n]@s/o
 stpttr i : uplo:c n:i ap:tp[uplo,'n',n]@s/i! a:ge[n,n,lda]@s/o lda:i
 strcon i : norm:c uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@s/i! lda:i rcond:s@s work:F[3*n]@s iwork:F[n]@i
 strevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n t ldt vl ldvl vr ldvr mm m work
 strexc i : compq:c n:i t:ge[n,n,ldt]@s/io! ldt:i q:ge[n,n,ldq]@s/io! ldq:i ifst:o ilst:o work:F[n]@s
-strrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@s/i! lda:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/i! ldx:i ferr:v[nrhs]@s/o berr:v[nrhs]@s/o work:F[3*n]@s iwork:F[n]@i
+strrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@s/i! lda:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 strsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq select n t ldt q ldq wr wi m s sep work lwork iwork liwork
 strsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork iwork
 strsyl i : trana:c tranb:c isgn:i m:i n:i a:ge[m,m,lda]@s/i! lda:i b:ge[n,n,ldb]@s/i! ldb:i c:ge[m,n,ldc]@s/io! ldc:i scale:s@s
 strsyl3 - +skip=no_Fortran_documentation : trana tranb isgn m n a lda b ldb c ldc scale iwork liwork swork ldswork
 strtri i : uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@s/io! lda:i
 strtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@s/i! lda:i b:ge[n,nrhs,ldb]@s/io! ldb:i
-strttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@s/i! lda:i arf:v[0]@s/o
-strttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@s/i! lda:i ap:v[n*(n+1)/2]@s/o
-stzrzf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[m]@s/o work:W[lwork]@s lwork:i
-zbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@d/io! phi:v[q-1]@d/o u1:ge[p,p,ldu1]@z/io! ldu1:i u2:ge[m-p,m-p,ldu2]@z/io! ldu2:i v1t:ge[q,q,ldv1t]@z/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@z/io! ldv2t:i b11d:v[q]@d/o b11e:v[q-1]@d/o b12d:v[q]@d/o b12e:v[q-1]@d/o b21d:v[q]@d/o b21e:v[q-1]@d/o b22d:v[q]@d/o b22e:v[q-1]@d/o rwork:W[lrwork]@d lrwork:i
+strttf - +skip=arf:_packed_order_not_documented_as_one_argument : transr uplo n a lda arf
+strttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@s/i! lda:i ap:sp[uplo,n]@s/o
+stzrzf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[m]@s/io work:W[lwork]@s lwork:i
+zbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@d/io! phi:v[q-1]@d/io u1:ge[p,p,ldu1]@z/io! ldu1:i u2:ge[m-p,m-p,ldu2]@z/io! ldu2:i v1t:ge[q,q,ldv1t]@z/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@z/io! ldv2t:i b11d:v[q]@d/o b11e:v[q-1]@d/o b12d:v[q]@d/o b12e:v[q-1]@d/o b21d:v[q]@d/o b21e:v[q-1]@d/o b22d:v[q]@d/o b22e:v[q-1]@d/o rwork:W[lrwork]@d lrwork:i
 zbdsqr - +skip=arguments_differ_from_the_Fortran_routine : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
-zcgesv i : n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i work:F[n*nrhs]@z swork:F[n*(n+nrhs)]@c rwork:F[n]@d iter:o
-zcposv i : uplo:c n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i work:F[n*nrhs]@z swork:F[n*(n+nrhs)]@c rwork:F[n]@d iter:o
+zcgesv i : n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i work:F[n*nrhs]@z swork:F[n*(n+nrhs)]@c rwork:F[n]@d iter:o
+zcposv i : uplo:c n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i work:F[n*nrhs]@z swork:F[n*(n+nrhs)]@c rwork:F[n]@d iter:o
 zgbbrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
 zgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@z/i! ldab:i ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z rwork:F[n]@d
 zgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@z/i! ldab:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
@@ -947,8 +947,8 @@ zgbsvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimensi
 zgbtrf i : m:i n:i kl:i ku:i ab:gb[m,n,kl,kl+ku,ldab]@z/io! ldab:i ipiv:I
 zgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@z/i! ldab:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zgebak i : job:c side:c n:i ilo:i ihi:i scale:v[n]@d/i! m:i v:ge[n,m,ldv]@z/io! ldv:i
-zgebal i : job:c n:i a:ge[n,n,lda]@z/io! lda:i ilo:o ihi:o scale:v[n]@d/o
-zgebrd i : m:i n:i a:ge[m,n,lda]@z/io! lda:i d:v[min(m,n)]@d/o e:v[min(m,n)-1]@d/o tauq:v[min(m,n)]@z/o taup:v[min(m,n)]@z/o work:W[lwork]@z lwork:i
+zgebal i : job:c n:i a:ge[n,n,lda]@z/io! lda:i ilo:o ihi:o scale:v[n]@d/io
+zgebrd i : m:i n:i a:ge[m,n,lda]@z/io! lda:i d:v[min(m,n)]@d/io e:v[min(m,n)-1]@d/io tauq:v[min(m,n)]@z/io taup:v[min(m,n)]@z/io work:W[lwork]@z lwork:i
 zgecon i : norm:c n:i a:ge[n,n,lda]@z/i! lda:i anorm:r@d! rcond:s@d work:F[2*n]@z rwork:F[2*n]@d
 zgeequ i : m:i n:i a:ge[m,n,lda]@z/i! lda:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
 zgeequb i : m:i n:i a:ge[m,n,lda]@z/i! lda:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
@@ -956,31 +956,31 @@ zgees - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort sele
 zgeesx - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select sense n a lda sdim w vs ldvs rconde rcondv work lwork rwork bwork
 zgeev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda w vl ldvl vr ldvr work lwork rwork
 zgeevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda w vl ldvl vr ldvr ilo ihi scale abnrm rconde rcondv work lwork rwork
-zgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@z/io! lda:i tau:v[n-1]@z/o work:W[lwork]@z lwork:i
+zgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@z/io! lda:i tau:v[n-1]@z/io work:W[lwork]@z lwork:i
 zgejsv - +skip=arguments_differ_from_the_Fortran_routine : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
 zgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
-zgelq2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/o work:F[m]@z
-zgelqf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/o work:W[lwork]@z lwork:i
+zgelq2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:F[m]@z
+zgelqf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:W[lwork]@z lwork:i
 zgels i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@z/io! lda:i b:ge[max(m,n),nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zgelsd - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
-zgelss i : m:i n:i nrhs:i a:ge[m,n,lda]@z/io! lda:i b:ge[max(m,n),nrhs,ldb]@z/io! ldb:i s:v[min(m,n)]@d/o rcond:r@d! rank:o work:W[lwork]@z lwork:i rwork:F[5*min(m,n)]@d
+zgelss i : m:i n:i nrhs:i a:ge[m,n,lda]@z/io! lda:i b:ge[max(m,n),nrhs,ldb]@z/io! ldb:i s:v[min(m,n)]@d/io rcond:r@d! rank:o work:W[lwork]@z lwork:i rwork:F[5*min(m,n)]@d
 zgelsy i : m:i n:i nrhs:i a:ge[m,n,lda]@z/io! lda:i b:ge[max(m,n),nrhs,ldb]@z/io! ldb:i jpvt:I rcond:r@d! rank:o work:W[lwork]@z lwork:i rwork:F[2*n]@d
 zgemlq - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
 zgemqr - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
 zgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
-zgeqlf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/o work:W[lwork]@z lwork:i
-zgeqp3 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i jpvt:I tau:v[min(m,n)]@z/o work:W[lwork]@z lwork:i rwork:F[2*n]@d
+zgeqlf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:W[lwork]@z lwork:i
+zgeqp3 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i jpvt:I tau:v[min(m,n)]@z/io work:W[lwork]@z lwork:i rwork:F[2*n]@d
 zgeqpf - +skip=no_Fortran_documentation : m n a lda jpvt tau work rwork
 zgeqr - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
-zgeqr2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/o work:F[n]@z
-zgeqrf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/o work:W[lwork]@z lwork:i
-zgeqrfp i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/o work:W[lwork]@z lwork:i
-zgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@z/io! lda:i t:ge[nb,min(m,n),ldt]@z/o ldt:i work:F[nb*n]@z
-zgeqrt2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i t:ge[n,n,ldt]@z/o ldt:i
-zgeqrt3 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i t:ge[n,n,ldt]@z/o ldt:i
-zgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@z/i! lda:i af:ge[n,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zgeqr2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:F[n]@z
+zgeqrf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:W[lwork]@z lwork:i
+zgeqrfp i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:W[lwork]@z lwork:i
+zgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@z/io! lda:i t:ge[nb,min(m,n),ldt]@z/io ldt:i work:F[nb*n]@z
+zgeqrt2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i t:ge[n,n,ldt]@z/io ldt:i
+zgeqrt3 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i t:ge[n,n,ldt]@z/io ldt:i
+zgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@z/i! lda:i af:ge[n,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zgerfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
-zgerqf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/o work:W[lwork]@z lwork:i
+zgerqf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:W[lwork]@z lwork:i
 zgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork rwork iwork
 zgesv i : n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork rwork
@@ -1004,26 +1004,26 @@ zggesx - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvs
 zggev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alpha beta vl ldvl vr ldvr work lwork rwork
 zggev3 - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alpha beta vl ldvl vr ldvr work lwork rwork
 zggevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda b ldb alpha beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork rwork iwork bwork
-zggglm i : n:i m:i p:i a:ge[n,m,lda]@z/io! lda:i b:ge[n,p,ldb]@z/io! ldb:i d:v[n]@z/io! x:v[m]@z/o y:v[p]@z/o work:W[lwork]@z lwork:i
+zggglm i : n:i m:i p:i a:ge[n,m,lda]@z/io! lda:i b:ge[n,p,ldb]@z/io! ldb:i d:v[n]@z/io! x:v[m]@z/io y:v[p]@z/o work:W[lwork]@z lwork:i
 zgghd3 - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz work lwork
 zgghrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz
 zgglse i : m:i n:i p:i a:ge[m,n,lda]@z/io! lda:i b:ge[p,n,ldb]@z/io! ldb:i c:v[m]@z/io! d:v[p]@z/io! x:v[n]@z/o work:W[lwork]@z lwork:i
-zggqrf i : n:i m:i p:i a:ge[n,m,lda]@z/io! lda:i taua:v[min(n,m)]@z/o b:ge[n,p,ldb]@z/io! ldb:i taub:v[min(n,p)]@z/o work:W[lwork]@z lwork:i
-zggrqf i : m:i p:i n:i a:ge[m,n,lda]@z/io! lda:i taua:v[min(m,n)]@z/o b:ge[p,n,ldb]@z/io! ldb:i taub:v[min(p,n)]@z/o work:W[lwork]@z lwork:i
+zggqrf i : n:i m:i p:i a:ge[n,m,lda]@z/io! lda:i taua:v[min(n,m)]@z/io b:ge[n,p,ldb]@z/io! ldb:i taub:v[min(n,p)]@z/io work:W[lwork]@z lwork:i
+zggrqf i : m:i p:i n:i a:ge[m,n,lda]@z/io! lda:i taua:v[min(m,n)]@z/io b:ge[p,n,ldb]@z/io! ldb:i taub:v[min(p,n)]@z/io work:W[lwork]@z lwork:i
 zggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work rwork iwork
 zggsvd3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work lwork rwork iwork
 zggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work
 zggsvp3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work lwork
 zgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work
-zgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! dlf:v[n-1]@z/i! df:v[n]@z/i! duf:v[n-1]@z/i! du2:v[n-2]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! dlf:v[n-1]@z/i! df:v[n]@z/i! duf:v[n-1]@z/i! du2:v[n-2]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zgtsv i : n:i nrhs:i dl:v[n-1]@z/io! d:v[n]@z/io! du:v[n-1]@z/io! b:ge[n,nrhs,ldb]@z/io! ldb:i
-zgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! dlf:v[n-1]@z/io! df:v[n]@z/io! duf:v[n-1]@z/io! du2:v[n-2]@z/io! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! dlf:v[n-1]@z/io! df:v[n]@z/io! duf:v[n-1]@z/io! du2:v[n-2]@z/io! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zgttrf - +skip=no_layout_argument : dl d du du2 ipiv
 zgttrs i : trans:c n:i nrhs:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! du2:v[n-2]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
-zhbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/o z:ge[n,n,ldz]@z/o ldz:i work:F[n]@z rwork:F[max(1,3*n-2)]@d
-zhbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/o z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
-zhbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/o z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
-zhbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/o z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zhbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:F[n]@z rwork:F[max(1,3*n-2)]@d
+zhbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
+zhbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zhbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
 zhbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work rwork iwork ifail
 zhbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
 zhbgst - +skip=x:_rows_not_documented_as_a_plain_bound_on_ldx : vect uplo n ka kb ab ldab bb ldbb x ldx work rwork
@@ -1034,32 +1034,32 @@ zhbtrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect uplo n kd a
 zhecon i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zhecon_3 i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i e:v[n]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zheequb i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i s:v[n]@d/o scond:s@d amax:s@d work:F[2*n]@z
-zheev i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!sy lda:i w:v[n]@d/o work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
-zheev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!sy lda:i w:v[n]@d/o work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
-zheevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i w:v[n]@d/o work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
-zheevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i w:v[n]@d/o work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zheev i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!sy lda:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
+zheev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!sy lda:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
+zheevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zheevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
 zheevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork rwork lrwork iwork liwork
 zheevr_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork rwork lrwork iwork liwork
 zheevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
 zheevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
 zhegst i : itype:i uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i b:sy[uplo,n,ldb]@z/i! ldb:i
-zhegv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/o work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
-zhegv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/o work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
-zhegvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/o work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zhegv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
+zhegv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
+zhegvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
 zhegvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n a lda b ldb vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
-zherfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zherfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zherfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zhesv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zhesv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
-zhesv_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i tb:v[ltb]@z/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
+zhesv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 zhesv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i e:v[n]@z/o ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
-zhesvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:W[lwork]@z lwork:i rwork:F[n]@d
+zhesvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:W[lwork]@z lwork:i rwork:F[n]@d
 zhesvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zheswapr i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i i1:i i2:i
-zhetrd i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i d:v[n]@d/o e:v[n-1]@d/o tau:v[n-1]@z/o work:W[lwork]@z lwork:i
+zhetrd i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i d:v[n]@d/io e:v[n-1]@d/io tau:v[n-1]@z/io work:W[lwork]@z lwork:i
 zhetrf i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:W[lwork]@z lwork:i
 zhetrf_aa i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:W[lwork]@z lwork:i
-zhetrf_aa_2stage i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i tb:v[ltb]@z/o ltb:i ipiv:I ipiv2:I work:W[lwork]@z lwork:i
+zhetrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
 zhetrf_rk i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i e:v[n]@z/o ipiv:I work:W[lwork]@z lwork:i
 zhetrf_rook i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:W[lwork]@z lwork:i
 zhetri i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:F[n]@z
@@ -1070,27 +1070,27 @@ zhetrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,ldb]
 zhetrs2 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:F[n]@z
 zhetrs_3 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i e:v[n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zhetrs_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
-zhetrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i tb:v[ltb]@z/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@z/io! ldb:i
+zhetrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i tb:v[ltb]@z/io ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zhetrs_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zhfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
 zhgeqz - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq compz n ilo ihi h ldh t ldt alpha beta q ldq z ldz work lwork rwork
 zhpcon i : uplo:c n:i ap:sp[uplo,n]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
-zhpev i : jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! w:v[n]@d/o z:ge[n,n,ldz]@z/o ldz:i work:F[max(1,2*n-1)]@z rwork:F[max(1,3*n-2)]@d
-zhpevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! w:v[n]@d/o z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zhpev i : jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:F[max(1,2*n-1)]@z rwork:F[max(1,3*n-2)]@d
+zhpevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
 zhpevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n ap vl vu il iu abstol m w z ldz work rwork iwork ifail
 zhpgst i : itype:i uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/i!
-zhpgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/io! w:v[n]@d/o z:ge[n,n,ldz]@z/o ldz:i work:F[max(1,2*n-1)]@z rwork:F[max(1,3*n-2)]@d
-zhpgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/io! w:v[n]@d/o z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
-zhpgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/io! vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/o z:ge[n,n,ldz]@z/o ldz:i work:F[2*n]@z rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
-zhprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zhpgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:F[max(1,2*n-1)]@z rwork:F[max(1,3*n-2)]@d
+zhpgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zhpgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/io! vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:F[2*n]@z rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
+zhprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zhpsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/io! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
-zhpsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/io! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
-zhptrd i : uplo:c n:i ap:sp[uplo,n]@z/io! d:v[n]@d/o e:v[n-1]@d/o tau:v[n-1]@z/o
+zhpsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/io! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
+zhptrd i : uplo:c n:i ap:sp[uplo,n]@z/io! d:v[n]@d/io e:v[n-1]@d/io tau:v[n-1]@z/io
 zhptrf i : uplo:c n:i ap:sp[uplo,n]@z/io! ipiv:I
 zhptri i : uplo:c n:i ap:sp[uplo,n]@z/io! ipiv:I work:F[n]@z
 zhptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zhsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh w vl ldvl vr ldvr mm m work rwork ifaill ifailr
-zhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@z/io! ldh:i w:v[n]@z/o z:ge[n,n,ldz]@z/io! ldz:i work:W[lwork]@z lwork:i
+zhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@z/io! ldh:i w:v[n]@z/io z:ge[n,n,ldz]@z/io! ldz:i work:W[lwork]@z lwork:i
 zlacgv - +skip=no_layout_argument : x incx
 zlacn2 - +skip=no_layout_argument : v x est kase isave
 zlacp2 i : uplo:c m:i n:i a:ge[m,n,lda]@d/i! lda:i b:ge[m,n,ldb]@z/o ldb:i
@@ -1111,9 +1111,9 @@ zlarcm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc
 zlarfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 zlarfg - +skip=no_layout_argument : alpha x incx tau
 zlarft - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : direct storev n k v ldv tau t ldt
-zlarfx i : side:c m:i n:i v:v[m]@z/i! tau:r@z! c:ge[m,n,ldc]@z/io! ldc:i work:v[n]@z/o
+zlarfx i : side:c m:i n:i v:v[m]@z/i! tau:r@z! c:ge[m,n,ldc]@z/io! ldc:i work:v[n]@z/io
 zlarnv - +skip=no_layout_argument : iseed n x
-zlascl i : type:c kl:i ku:i cfrom:r@d! cto:r@d! m:i n:i a:ge[m,n,lda]@z/o lda:i
+zlascl i : type:c kl:i ku:i cfrom:r@d! cto:r@d! m:i n:i a:ge[m,n,lda]@z/io lda:i
 zlaset i +nocopy : uplo:c m:i n:i alpha:r@z! beta:r@z! a:ge[m,n,lda]@z/io! lda:i
 zlassq - +skip=no_Fortran_documentation : x incx scale sumsq
 zlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
@@ -1121,10 +1121,10 @@ zlatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl
 zlauum i : uplo:c n:i a:ge[n,n,lda]@z/io! lda:i
 zpbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/i! ldab:i anorm:r@d! rcond:s@d work:F[2*n]@z rwork:F[n]@d
 zpbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/i! ldab:i s:v[n]@d/o scond:s@d amax:s@d
-zpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@z/i! ldab:i afb:sb[uplo,n,kd,ldafb]@z/i! ldafb:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@z/i! ldab:i afb:sb[uplo,n,kd,ldafb]@z/i! ldafb:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zpbstf - +skip=arguments_differ_from_the_Fortran_routine : uplo n kb bb ldbb
 zpbsv i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i b:ge[n,nrhs,ldb]@z/io! ldb:i
-zpbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i afb:sb[uplo,n,kd,ldafb]@z/io! ldafb:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@z/io! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zpbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i afb:sb[uplo,n,kd,ldafb]@z/io! ldafb:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@z/io! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zpbtrf i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i
 zpbtrs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@z/i! ldab:i b:ge[n,nrhs,ldb]@z/io! ldb:i
 zpftrf i : transr:c uplo:c n:i a:pf[transr,uplo,n]@z/io!
@@ -1133,10 +1133,10 @@ zpftrs i : transr:c uplo:c n:i nrhs:i a:pf[transr,uplo,n]@z/i! b:ge[n,nrhs,ldb]@
 zpocon i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i anorm:r@d! rcond:s@d work:F[2*n]@z rwork:F[n]@d
 zpoequ i +nocopy : n:i a:ge[n,n,lda]@z/i! lda:i s:v[n]@d/o scond:s@d amax:s@d
 zpoequb i +nocopy : n:i a:ge[n,n,lda]@z/i! lda:i s:v[n]@d/o scond:s@d amax:s@d
-zporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zporfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zposv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i b:ge[n,nrhs,ldb]@z/io! ldb:i
-zposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i af:sy[uplo,n,ldaf]@z/io! ldaf:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@z/io! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i af:sy[uplo,n,ldaf]@z/io! ldaf:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@z/io! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zposvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zpotrf i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i
 zpotrf2 i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i
@@ -1144,24 +1144,24 @@ zpotri i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i
 zpotrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i b:ge[n,nrhs,ldb]@z/io! ldb:i
 zppcon i : uplo:c n:i ap:sp[uplo,n]@z/i! anorm:r@d! rcond:s@d work:F[2*n]@z rwork:F[n]@d
 zppequ i : uplo:c n:i ap:sp[uplo,n]@z/i! s:v[n]@d/o scond:s@d amax:s@d
-zpprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/i! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zpprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/i! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zppsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/io! b:ge[n,nrhs,ldb]@z/io! ldb:i
-zppsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@z/io! afp:sp[uplo,n]@z/io! equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@z/io! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zppsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@z/io! afp:sp[uplo,n]@z/io! equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@z/io! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zpptrf i : uplo:c n:i ap:sp[uplo,n]@z/io!
 zpptri i : uplo:c n:i ap:sp[uplo,n]@z/io!
 zpptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! b:ge[n,nrhs,ldb]@z/io! ldb:i
 zpstrf i : uplo:c n:i a:ge[n,n,lda]@z/io! lda:i piv:I rank:o tol:r@d! work:F[2*n]@d
 zptcon - +skip=no_layout_argument : d e anorm rcond work
 zpteqr i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@z/io! ldz:i work:F[4*n]@d
-zptrfs i : uplo:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@z/i! df:v[n]@d/i! ef:v[n-1]@z/i! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[n]@z rwork:F[n]@d
+zptrfs i : uplo:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@z/i! df:v[n]@d/i! ef:v[n-1]@z/i! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[n]@z rwork:F[n]@d
 zptsv i : n:i nrhs:i d:v[n]@d/io! e:v[n-1]@z/io! b:ge[n,nrhs,ldb]@z/io! ldb:i
-zptsvx i : fact:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@z/i! df:v[n]@d/io! ef:v[n-1]@z/io! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[n]@z rwork:F[n]@d
+zptsvx i : fact:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@z/i! df:v[n]@d/io! ef:v[n-1]@z/io! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[n]@z rwork:F[n]@d
 zpttrf - +skip=no_layout_argument : d e
 zpttrs i : uplo:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@z/i! b:ge[n,nrhs,ldb]@z/io! ldb:i
 zspcon i : uplo:c n:i ap:sp[uplo,n]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
-zsprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zsprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zspsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/io! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
-zspsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/io! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zspsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/io! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zsptrf i : uplo:c n:i ap:sp[uplo,n]@z/io! ipiv:I
 zsptri i : uplo:c n:i ap:sp[uplo,n]@z/io! ipiv:I work:F[n]@z
 zsptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
@@ -1172,22 +1172,22 @@ zstemr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il 
 zsteqr i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@z/io! ldz:i work:F[max(1,2*n-2)]@d
 zsycon i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zsycon_3 i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i e:v[n]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
-zsyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@z/o lda:i ipiv:I e:v[n]@z/o
+zsyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@z/io lda:i ipiv:I e:v[n]@z/io
 zsyequb i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i s:v[n]@d/o scond:s@d amax:s@d work:F[2*n]@z
 zsyr i : uplo:c n:i alpha:r@z! x:v[1+(n-1)*abs(incx)]@z/i! incx:i a:sy[uplo,n,lda]@z/o lda:i
-zsyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+zsyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zsyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zsysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zsysv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
-zsysv_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i tb:v[ltb]@z/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
+zsysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 zsysv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i e:v[n]@z/o ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zsysv_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
-zsysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:W[lwork]@z lwork:i rwork:F[n]@d
+zsysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:W[lwork]@z lwork:i rwork:F[n]@d
 zsysvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zsyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
 zsytrf i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:W[lwork]@z lwork:i
 zsytrf_aa i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:W[lwork]@z lwork:i
-zsytrf_aa_2stage i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i tb:v[ltb]@z/o ltb:i ipiv:I ipiv2:I work:W[lwork]@z lwork:i
+zsytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
 zsytrf_rk i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i e:v[n]@z/o ipiv:I work:W[lwork]@z lwork:i
 zsytrf_rook i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:W[lwork]@z lwork:i
 zsytri i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:F[2*n]@z
@@ -1198,14 +1198,14 @@ zsytrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,ldb]
 zsytrs2 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:F[n]@z
 zsytrs_3 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i e:v[n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zsytrs_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
-zsytrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i tb:v[ltb]@z/o ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@z/io! ldb:i
+zsytrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i tb:v[ltb]@z/io ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zsytrs_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 ztbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb[uplo,diag,n,kd,ldab]@z/i! ldab:i rcond:s@d work:F[2*n]@z rwork:F[n]@d
-ztbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@z/i! ldab:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/i! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+ztbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@z/i! ldab:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 ztbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb[uplo,diag,n,kd,ldab]@z/i! ldab:i b:ge[n,nrhs,ldb]@z/io! ldb:i
 ztfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo trans diag m n alpha a b ldb
 ztftri i : transr:c uplo:c diag:c n:i a:tf[transr,uplo,diag,n]@z/io!
-ztfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@z/i! ap:tf[transr,uplo,'n',n]@z/o
+ztfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@z/i! ap:sp[uplo,n]@z/o
 ztfttr i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@z/i! a:ge[n,n,lda]@z/o lda:i
 ztgevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n s lds p ldp vl ldvl vr ldvr mm m work rwork
 ztgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst
@@ -1215,30 +1215,30 @@ ztgsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny sel
 ztgsyl i : trans:c ijob:i m:i n:i a:ge[m,m,lda]@z/i! lda:i b:ge[n,n,ldb]@z/i! ldb:i c:ge[m,n,ldc]@z/io! ldc:i d:ge[m,m,ldd]@z/i! ldd:i e:ge[n,n,lde]@z/i! lde:i f:ge[m,n,ldf]@z/io! ldf:i scale:s@d dif:s@d work:W[lwork]@z lwork:i iwork:F[m+n+2]@i
 ztpcon i : norm:c uplo:c diag:c n:i ap:tp[uplo,diag,n]@z/i! rcond:s@d work:F[2*n]@z rwork:F[n]@d
 ztpmqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k l nb v ldv t ldt a lda b ldb work
-ztpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@z/io! lda:i b:ge[m,n,ldb]@z/io! ldb:i t:ge[nb,n,ldt]@z/o ldt:i work:F[nb*n]@z
-ztpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@z/io! lda:i b:ge[m,n,ldb]@z/io! ldb:i t:ge[n,n,ldt]@z/o ldt:i
+ztpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@z/io! lda:i b:ge[m,n,ldb]@z/io! ldb:i t:ge[nb,n,ldt]@z/io ldt:i work:F[nb*n]@z
+ztpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@z/io! lda:i b:ge[m,n,ldb]@z/io! ldb:i t:ge[n,n,ldt]@z/io ldt:i
 ztprfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
-ztprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@z/i! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/i! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+ztprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@z/i! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 ztptri i : uplo:c diag:c n:i ap:tp[uplo,diag,n]@z/io!
 ztptrs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@z/i! b:ge[n,nrhs,ldb]@z/io! ldb:i
-ztpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@z/i! arf:tp[uplo,'n',n]@z/o
+ztpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@z/i! arf:pf[transr,uplo,n]@z/o
 ztpttr i : uplo:c n:i ap:tp[uplo,'n',n]@z/i! a:ge[n,n,lda]@z/o lda:i
 ztrcon i : norm:c uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@z/i! lda:i rcond:s@d work:F[2*n]@z rwork:F[n]@d
 ztrevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n t ldt vl ldvl vr ldvr mm m work rwork
 ztrexc i : compq:c n:i t:ge[n,n,ldt]@z/io! ldt:i q:ge[n,n,ldq]@z/io! ldq:i ifst:i ilst:i
-ztrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@z/i! lda:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/i! ldx:i ferr:v[nrhs]@d/o berr:v[nrhs]@d/o work:F[2*n]@z rwork:F[n]@d
+ztrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@z/i! lda:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 ztrsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq select n t ldt q ldq w m s sep work lwork
 ztrsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork rwork
 ztrsyl i : trana:c tranb:c isgn:i m:i n:i a:ge[m,m,lda]@z/i! lda:i b:ge[n,n,ldb]@z/i! ldb:i c:ge[m,n,ldc]@z/io! ldc:i scale:s@d
 ztrsyl3 - +skip=workspace_swork:_'rows'_is_not_an_argument : trana tranb isgn m n a lda b ldb c ldc scale swork ldswork
 ztrtri i : uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@z/io! lda:i
 ztrtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@z/i! lda:i b:ge[n,nrhs,ldb]@z/io! ldb:i
-ztrttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@z/i! lda:i arf:v[n*(n+1)/2]@z/o
-ztrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@z/i! lda:i ap:v[n*(n+1)/2]@z/o
-ztzrzf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[m]@z/o work:W[lwork]@z lwork:i
+ztrttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@z/i! lda:i arf:pf[transr,uplo,n]@z/o
+ztrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@z/i! lda:i ap:sp[uplo,n]@z/o
+ztzrzf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[m]@z/io work:W[lwork]@z lwork:i
 zunbdb - +skip=x11:_rows_not_documented_as_a_plain_bound_on_ldx11 : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
-zuncsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@z/io! ldx11:i x12:ge[p,m-q,ldx12]@z/io! ldx12:i x21:ge[m-p,q,ldx21]@z/io! ldx21:i x22:ge[m-p,m-q,ldx22]@z/io! ldx22:i theta:v[0]@d/o u1:ge[p,p,ldu1]@z/o ldu1:i u2:ge[m-p,m-p,ldu2]@z/o ldu2:i v1t:ge[q,q,ldv1t]@z/o ldv1t:i v2t:ge[m-q,m-q,ldv2t]@z/o ldv2t:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:F[m-min(p,m-p,q,m-q)]@i
-zuncsd2by1 - +skip=u1:_no_column_count_documented : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
+zuncsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
+zuncsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
 zungbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,k)]@z/i! work:W[lwork]@z lwork:i
 zunghr i : n:i ilo:i ihi:i a:ge[n,n,lda]@z/io! lda:i tau:v[n-1]@z/i! work:W[lwork]@z lwork:i
 zunglq i : m:i n:i k:i a:ge[m,n,lda]@z/io! lda:i tau:v[k]@z/i! work:W[lwork]@z lwork:i
@@ -1255,5 +1255,5 @@ zunmqr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k
 zunmrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
 zunmrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
 zunmtr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side uplo trans m n a lda tau c ldc work lwork
-zupgtr i : uplo:c n:i ap:sp[uplo,n]@z/i! tau:v[n-1]@z/i! q:ge[n,n,ldq]@z/o ldq:i work:F[n-1]@z
-zupmtr i : side:c uplo:c trans:c m:i n:i ap:sp[uplo,n]@z/i! tau:v[m-1]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:F[n]@z
+zupgtr i : uplo:c n:i ap:sp[uplo,n]@z/i! tau:v[n-1]@z/i! q:ge[n,n,ldq]@z/io ldq:i work:F[n-1]@z
+zupmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work

@@ -59,6 +59,7 @@ class Routine:
     def __init__(self, name, result, flags, args, line):
         self.name, self.result, self.flags, self.args, self.line = name, result, flags, args, line
         self.skip = None
+        self.has_info = True
 
 
 def cxx_expr(expr, index):
@@ -257,7 +258,8 @@ def emit_routine(r, header):
     out.append(f"static const qnl::lapacke::Arg A_{ident}[] = {{\n    {', '.join(rows)}}};\n")
     out.append(f"static void D_{ident}(void* const* p, lapack_int* d) {{\n  (void)p;\n  (void)d;\n"
                + "".join(line + "\n" for line in body) + "}\n")
-    nq = len(r.args) + 1
+    # A routine without info (?lacpy, ?laset) gets the arguments alone; the frame's info stays 0.
+    nq = len(r.args) + (1 if r.has_info else 0)
     qs = ", ".join(f"q[{k}]" for k in range(nq))
     call = f"qnl_lapack_body_{ident}({qs});\n  (void)res;"
     out.append(f"static void F_{ident}(void* const* q, void* res) {{\n  {call}\n}}\n")
@@ -350,8 +352,10 @@ def main(argv):
             f = fortran.get(r.name)
             if f is None:
                 r.skip = "no Fortran entry"
-            elif f[1] != len(r.args) + 1:
+            elif f[1] not in (len(r.args), len(r.args) + 1):
                 r.skip = "Fortran entry has other arguments"
+            else:
+                r.has_info = f[1] == len(r.args) + 1
         if r.skip is None:
             try:
                 text = emit_routine(r, header)
@@ -372,7 +376,7 @@ def main(argv):
     for k in range(count):
         part = emitted[k * per:(k + 1) * per]
         decls = "".join(f"extern \"C\" QNL_HIDDEN void qnl_lapack_body_{r.name}"
-                        f"({', '.join(['void*'] * (len(r.args) + 1))});\n" for r, _ in part)
+                        f"({', '.join(['void*'] * (len(r.args) + r.has_info))});\n" for r, _ in part)
         text = [banner(src), pre, decls, "\n"] + [t for _, t in part]
         if k == 0:
             text.append(kit_bodies(kit))

@@ -29,6 +29,11 @@ CHARS = {"uplo": "U", "trans": "N", "transr": "N", "diag": "N", "side": "L", "jo
          "sides": "L", "compact": "N"}
 SCALARS = {"vl": -1.0, "vu": 10.0, "abstol": 0.0, "tol": 0.0, "alpha": 0.5, "beta": 0.25, "anorm": 1.0,
            "rcond": 0.0, "cfrom": 1.0, "cto": 2.0, "sigma": 0.5, "c": 0.6, "s": 0.8}
+# Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
+# ?lacpy: the stock library copies its scratch back over the triangle not referenced.
+UNDEFINED = {"lacpy": "b", "lacp2": "b", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
+# Calls the stock library gets wrong, observed: not compared.
+STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)"}
 KIND = {"c": 0, "e": 1, "i": 2, "r": 3, "s": 4, "o": 5, "I": 6, "v": 7, "m": 8}
 
 
@@ -89,9 +94,8 @@ def case(r, layout):
             up = CHARS["uplo"] == "U"
             lds[params[-1]] = n + 1 if row else kd + 2
             ld = lds[params[-1]]
-            # Column-major upper keeps the diagonal in band row kd, lower in row 0;
-            # row-major the other way round.
-            first = (kd if up else 0) if not row else ((0 if up else kd) * ld)
+            # Upper keeps the diagonal in band row kd, lower in row 0, in both layouts.
+            first = (kd if up else 0) if not row else ((kd if up else 0) * ld)
             diag[a.name] = ("step", first, ld if not row else 1, n)
         elif shape in ("sp", "tp"):
             n = ev(params[-1], vals)
@@ -127,7 +131,9 @@ def case(r, layout):
                 count = max(ev(m.group(1), vals), 1)
             except Exception:
                 return None
-            rows.append((7, m.group(2), count, 0.0, "N", ""))
+            # A vector named d is a diagonal: dominant, like the matrices'.
+            dl = ",".join(map(str, range(count))) if a.name in ("d", "df") else ""
+            rows.append((7, m.group(2), count, 0.0, "N", dl))
         else:
             shape, params, ty = shape_parts(c)
             if shape == "ge":
@@ -150,7 +156,8 @@ def case(r, layout):
                 dl = ",".join(str(d[1] + d[2] * j) for j in range(d[3]))
             else:
                 dl = ",".join(map(str, d[1]))
-            rows.append((8, ty, count, 0.0, "N", dl))
+            partial = UNDEFINED.get(r.name[1:]) == a.name
+            rows.append((9 if partial else 8, ty, count, 0.0, "N", dl))
     return rows
 
 
@@ -185,6 +192,9 @@ def main(argv):
                 classify(r)
             except (ValueError, KeyError) as e:
                 r.skip = f"table row: {e}"
+        if r.skip is None and r.name[1:] in STOCK_FAULTS:
+            skipped.append((r.name, STOCK_FAULTS[r.name[1:]]))
+            continue
         if r.skip is not None or r.result != "i":
             skipped.append((r.name, f"not in the template: {r.skip or 'function-valued'}"))
             continue
