@@ -1,34 +1,54 @@
 #!/usr/bin/env python3
 """Build-time generator: turns the routine tables into C++ sources in the build tree.
 
+    gen.py family NAME OUTDIR SHARDS TABLE...          entries, hidden header, names, back-end header
+    gen.py probe NAME OUTDIR SHARDS [--skip FILE] TABLE...   the probe back-end's stand-ins
+    gen.py cases NAME OUT TABLE...                     the tests' cases
     gen.py messages TABLE OUTDIR
-    gen.py services TABLE OUTDIR
-    gen.py blas TABLE OUTDIR SHARDS
-    gen.py blas --probe TABLE OUT
-    gen.py cblas TABLE OUTDIR SHARDS
-    gen.py matcopy TABLE OUTDIR             (also --probe: see qnlgen/matcopy.py)
-    gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
-    gen.py lapacke TABLE LAPACK_SIG LAPACK_EXT UTILS_H LAPACKE_H OUTDIR SHARDS
-    gen.py lapacke-diff TABLE OUT
+    gen.py lapacke TABLE LAPACK_SIG LAPACK_EXT UTILS_H LAPACKE_H OUTDIR SHARDS   (qnlgen/lapacke.py)
+    gen.py lapacke-diff TABLE OUT                      the differential harness's cases
     gen.py exports OUT NAMEFILE...
     gen.py reference OUT BLAS_TABLE LAPACK_TABLE LAPACK_EXT HANDWRITTEN LIBRARY...
+
+A family NAME is a module of qnlgen listed in FAMILIES; see qnlgen/model.py.
 """
 import sys
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import blas, cblas, exports, lapack, lapacke, lapacke_diff, matcopy, messages, reference, services  # noqa: E402
+from qnlgen import (blas, cblas, exports, lapack, lapacke, lapacke_diff, matcopy, messages, model,  # noqa: E402
+                    reference, services)
+
+FAMILIES = {"services": services, "matcopy": matcopy, "blas": blas, "cblas": cblas, "lapack": lapack}
+
+
+def family(argv):
+    name, outdir, shards, *tables = argv
+    model.generate(FAMILIES[name].family(tables), outdir, shards)
+
+
+def probe(argv):
+    name, outdir, shards, *tables = argv
+    skip = set()
+    if tables[:1] == ["--skip"]:
+        skip = set(Path(tables[1]).read_text().split())
+        tables = tables[2:]
+    model.generate_probe(FAMILIES[name].family(tables), outdir, shards, skip)
+
+
+def cases(argv):
+    name, out, *tables = argv
+    model.generate_cases(FAMILIES[name].family(tables), out)
+
 
 COMMANDS = {
-    "blas": blas.main,
-    "cblas": cblas.main,
-    "lapack": lapack.main,
+    "family": family,
+    "probe": probe,
+    "cases": cases,
+    "messages": messages.main,
     "lapacke": lapacke.main,
     "lapacke-diff": lapacke_diff.main,
-    "matcopy": matcopy.main,
-    "messages": messages.main,
-    "services": services.main,
     "exports": exports.main,
     "reference": reference.main,
 }

@@ -3,8 +3,8 @@
 # template and layout kit beside them.
 set(QNL_LAPACKE_GEN ${QNL_GEN}/lapacke CACHE INTERNAL "")
 set(QNL_LAPACKE_SHARDS 2)
-set(QNL_LAPACKE_INPUTS ${CMAKE_CURRENT_LIST_DIR}/lapacke.sig ${CMAKE_CURRENT_LIST_DIR}/lapack.sig
-    ${CMAKE_CURRENT_LIST_DIR}/lapack_ext.sig ${CMAKE_SOURCE_DIR}/include/lapacke_utils.h
+set(QNL_LAPACKE_INPUTS ${CMAKE_CURRENT_LIST_DIR}/lapacke.sig ${QNL_LAPACK_TABLES}
+    ${CMAKE_SOURCE_DIR}/include/lapacke_utils.h
     ${CMAKE_SOURCE_DIR}/include/lapacke.h)
 set(QNL_LAPACKE_SOURCES ${CMAKE_CURRENT_LIST_DIR}/lapacke_frame.cpp ${QNL_LAPACKE_GEN}/lapacke_select.cpp)
 set(QNL_LAPACKE_OUT ${QNL_LAPACKE_GEN}/lapacke_select.cpp ${QNL_LAPACKE_GEN}/lapacke.names
@@ -20,5 +20,4 @@ add_custom_command(
   COMMAND Python3::Interpreter ${QNL_GENERATOR} lapacke ${QNL_LAPACKE_INPUTS} ${QNL_LAPACKE_GEN} ${QNL_LAPACKE_SHARDS}
   DEPENDS ${QNL_LAPACKE_INPUTS} ${QNL_GENERATOR} ${QNL_GENERATOR_SOURCES}
   COMMENT "Generating the LAPACKE entries")
-add_custom_target(qnl_lapacke_generated DEPENDS ${QNL_LAPACKE_OUT})
-list(APPEND QNL_EXPORT_LISTS ${QNL_LAPACKE_GEN}/lapacke.names)
+set_property(GLOBAL APPEND PROPERTY QNL_EXPORT_LISTS ${QNL_LAPACKE_GEN}/lapacke.names)

@@ -260,7 +260,7 @@ def emit_routine(r, header):
                + "".join(line + "\n" for line in body) + "}\n")
     # A routine without info (?lacpy, ?laset) gets the arguments alone; the frame's info stays 0.
     nq = len(r.args) + (1 if r.has_info else 0)
-    qs = ", ".join(f"q[{k}]" for k in range(nq))
+    qs = ", ".join(f"qnl::lapack::Any{{q[{k}]}}" for k in range(nq))
     call = f"qnl_lapack_body_{ident}({qs});\n  (void)res;"
     out.append(f"static void F_{ident}(void* const* q, void* res) {{\n  {call}\n}}\n")
     flags = " | ".join(["qnl::lapacke::kNoCopy"] if "+nocopy" in r.flags else []) or "0"
@@ -313,28 +313,10 @@ def kit_call(name, params):
     return f"qnl::lapacke::{fn}_{shape}<lapack_int>({', '.join(args)})"
 
 
-def lp64_type(t):
-    return t.replace("lapack_int", "int32_t").replace("lapack_logical", "int32_t")
-
-
-def selector(name, result, params):
-    """The exported name: the twin of the interface layer, arguments untouched."""
-    pnames = [p.rsplit(" ", 1)[1].lstrip("*") if p != "void" else "" for p in params]
-    ptypes = [p.rsplit(" ", 1)[0] + ("*" * (len(p.rsplit(" ", 1)[1]) - len(p.rsplit(" ", 1)[1].lstrip("*"))))
-              for p in params]
-    lp_args = []
-    for n, t in zip(pnames, ptypes):
-        lt = lp64_type(t)
-        lp_args.append(n if lt == t else (f"reinterpret_cast<{lt}>({n})" if "*" in t else f"static_cast<{lt}>({n})"))
-    lp_decl = ", ".join(f"{lp64_type(t)}" for t in ptypes) or "void"
-    lp_res = lp64_type(result)
-    sig = ", ".join(params) if params else "void"
-    ret = "return " if result != "void" else ""
-    return (f"extern \"C\" QNL_HIDDEN {lp_res} qnl_lp64_{name}({lp_decl});\n"
-            f"extern \"C\" QNL_HIDDEN decltype({name}) qnl_ilp64_{name};\n"
-            f"extern \"C\" QNL_EXPORT {result} {name}({sig}) {{\n"
-            f"  if (qnl::layer() == 0) {ret}qnl_lp64_{name}({', '.join(lp_args)});\n"
-            f"  else {ret}qnl_ilp64_{name}({', '.join(pnames)});\n}}\n")
+def selector(name):
+    """The exported name: a jump to the twin of the interface layer, arguments untouched."""
+    return (f"extern \"C\" QNL_HIDDEN void qnl_lp64_{name}();\nextern \"C\" QNL_HIDDEN void qnl_ilp64_{name}();\n"
+            f"QNL_C_SELECTOR({name}, qnl_lp64_{name}, qnl_ilp64_{name})\n")
 
 
 def main(argv):
@@ -371,13 +353,12 @@ def main(argv):
     src = f"{table}"
     pre = ("#include <cstdint>\n\n#ifdef LAPACK_ILP64\n#define QNL_TWIN(x) qnl_ilp64_##x\n#else\n"
            "#define QNL_TWIN(x) qnl_lp64_##x\n#endif\n#include \"lapacke.h\"\n#include \"lapacke_utils.h\"\n"
-           "#include \"lapacke_frame.h\"\n#include \"lapacke_kit.h\"\n\n"
+           "#include \"lapack_frame.h\"\n#include \"lapack_gen.h\"\n#include \"lapacke_frame.h\"\n"
+           "#include \"lapacke_kit.h\"\n\n"
            "#define V(k) (*static_cast<const lapack_int*>(p[k]))\n")
     for k in range(count):
         part = emitted[k * per:(k + 1) * per]
-        decls = "".join(f"extern \"C\" QNL_HIDDEN void qnl_lapack_body_{r.name}"
-                        f"({', '.join(['void*'] * (len(r.args) + r.has_info))});\n" for r, _ in part)
-        text = [banner(src), pre, decls, "\n"] + [t for _, t in part]
+        text = [banner(src), pre, "\n"] + [t for _, t in part]
         if k == 0:
             text.append(kit_bodies(kit))
         write_if_changed(out / f"lapacke_entries_{k}.inc", "".join(text))
@@ -386,21 +367,18 @@ def main(argv):
             write_if_changed(out / f"lapacke_{width}_{k}.cpp",
                              f"{banner(src)}{define}#define LAPACK_COMPLEX_CPP\n"
                              f"#include \"lapacke_entries_{k}.inc\"\n")
-    sel = [banner(src), "#define LAPACK_ILP64\n#define LAPACK_COMPLEX_CPP\n#include <cstdint>\n\n#include \"entry.h\"\n#include \"lapacke.h\"\n"
-           "#include \"lapacke_utils.h\"\n\n#define QNL_EXPORT __attribute__((visibility(\"default\")))\n\n"]
+    sel = [banner(src), "#include \"c_select.h\"\n#include \"entry.h\"\n\n"]
     names = []
     for r, _ in emitted:
         for nm in (f"LAPACKE_{r.name}", f"LAPACKE_{r.name}_work"):
-            res, params = header[nm]
-            sel.append(selector(nm, res, params))
+            sel.append(selector(nm))
             names.append(nm)
     for nm, (res, params) in kit.items():
         if kit_call(nm, params[0:]) or nm in ("LAPACKE_xerbla", "LAPACKE_lsame"):
-            sel.append(selector(nm, res, params))
+            sel.append(selector(nm))
             names.append(nm)
     for nm in ("LAPACKE_get_nancheck", "LAPACKE_set_nancheck"):
-        res, params = header[nm]
-        sel.append(selector(nm, res, params))
+        sel.append(selector(nm))
         names.append(nm)
     write_if_changed(out / "lapacke_select.cpp", "".join(sel))
     names.append("LAPACKE_ilaver")
