@@ -3,7 +3,8 @@
 set -euo pipefail
 need=(cmake ninja-build g++ gfortran python3 libgtest-dev libbenchmark-dev valgrind
   libopenblas64-0-serial libopenblas64-0-pthread libopenblas64-0-openmp libtmglib64-3
-  libopenblas0-serial libblas-test liblapack-test python3-numpy python3-pytest python3-hypothesis)
+  libopenblas0-serial libblas-test liblapack-test python3-numpy python3-pytest python3-hypothesis
+  liblapacke liblapacke64)
 missing=()
 for p in "${need[@]}"; do dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p"); done
 if ((${#missing[@]})); then

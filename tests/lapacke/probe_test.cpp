@@ -92,7 +92,8 @@ void hook(const char* symbol, const uint64_t* w, int n) {
 
 // The stock library's kit, the independent oracle of every storage scheme.
 void* stock() {
-  static void* h = dlopen("liblapacke.so.3", RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
+  // Only its kit is called, which calls nothing else: no need to keep its LAPACK apart.
+  static void* h = dlopen("liblapacke.so.3", RTLD_NOW | RTLD_LOCAL);
   return h;
 }
 template <class F>
