@@ -38,7 +38,7 @@ int main(void) {
       for (int j = 0; j < N; ++j) r += s0[i][j] * s[j][k];
       eres = fmax(eres, fabs(r));
     }
-  printf("LAPACKE_dsyev (row-major): info %d, eigenvalues %.6f %.6f %.6f %.6f, max |S v - w v| = %.2e\n",
-         (int)info, w[0], w[1], w[2], w[3], eres);
+  printf("LAPACKE_dsyev (row-major): info %d, eigenvalues %.6f %.6f %.6f %.6f, max |S v - w v| = %.2e\n", (int)info,
+         w[0], w[1], w[2], w[3], eres);
   return (res < 1e-10 && eres < 1e-10 && info == 0) ? 0 : 1;
 }

@@ -17,8 +17,7 @@ QNL_HIDDEN void qnl_body_qnl_serv_iface_deallocate(void*);
 QNL_HIDDEN void qnl_body_QNL_Somatcopy(char, char, size_t, size_t, float, void*, size_t, void*, size_t);
 QNL_HIDDEN void qnl_body_QNL_Domatcopy(char, char, size_t, size_t, double, void*, size_t, void*, size_t);
 QNL_HIDDEN void qnl_body_QNL_Comatcopy(char, char, size_t, size_t, qnl::blas::cfloat, void*, size_t, void*, size_t);
-QNL_HIDDEN void qnl_body_QNL_Zomatcopy(char, char, size_t, size_t, qnl::blas::cdouble, void*, size_t, void*,
-                                       size_t);
+QNL_HIDDEN void qnl_body_QNL_Zomatcopy(char, char, size_t, size_t, qnl::blas::cdouble, void*, size_t, void*, size_t);
 }
 
 namespace qnl::lapacke {
@@ -39,8 +38,7 @@ void omatcopy<cfloat>(char o, char op, size_t r, size_t c, const cfloat* in, siz
   qnl_body_QNL_Comatcopy(o, op, r, c, {1.0f, 0.0f}, const_cast<cfloat*>(in), li, out, lo);
 }
 template <>
-void omatcopy<cdouble>(char o, char op, size_t r, size_t c, const cdouble* in, size_t li, cdouble* out,
-                       size_t lo) {
+void omatcopy<cdouble>(char o, char op, size_t r, size_t c, const cdouble* in, size_t li, cdouble* out, size_t lo) {
   qnl_body_QNL_Zomatcopy(o, op, r, c, {1.0, 0.0}, const_cast<cdouble*>(in), li, out, lo);
 }
 
@@ -134,8 +132,8 @@ struct Call {
         case kTp:
           return nan_tp<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], x);
         case kTf:
-          return nan_tf<I>(layout, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), letter(p, a.ref[2], 'n'),
-                           s[0], x);
+          return nan_tf<I>(layout, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), letter(p, a.ref[2], 'n'), s[0],
+                           x);
         default:
           return false;
       }
@@ -173,7 +171,9 @@ I max1(I v) {
 }
 
 bool is_matrix(uint8_t kind) { return kind >= kGe; }
-bool has_ld(uint8_t kind) { return kind == kGe || kind == kSy || kind == kTr || kind == kGb || kind == kSb || kind == kTb; }
+bool has_ld(uint8_t kind) {
+  return kind == kGe || kind == kSy || kind == kTr || kind == kGb || kind == kSb || kind == kTb;
+}
 
 // Column-major leading dimension and element count of a matrix's copy.
 template <class I>
@@ -253,8 +253,7 @@ void transpose(const Arg& a, int from, void* const* p, const I* s, const void* i
         trans_pf<I>(from, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), s[0], x, y);
         break;
       case kTf:
-        trans_tf<I>(from, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), letter(p, a.ref[2], 'n'), s[0], x,
-                    y);
+        trans_tf<I>(from, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), letter(p, a.ref[2], 'n'), s[0], x, y);
         break;
       default:
         break;

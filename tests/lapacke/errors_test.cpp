@@ -85,18 +85,16 @@ TEST_P(NanEnvironment, FirstReadDecides) {
   EXPECT_EQ(LAPACKE_get_nancheck(), expected);
 }
 INSTANTIATE_TEST_SUITE_P(Values, NanEnvironment,
-                         ::testing::Values(std::make_pair(nullptr, 1), std::make_pair("", 1),
-                                           std::make_pair("0", 0), std::make_pair("1", 1),
-                                           std::make_pair("2", 1), std::make_pair("off", 0)));
+                         ::testing::Values(std::make_pair(nullptr, 1), std::make_pair("", 1), std::make_pair("0", 0),
+                                           std::make_pair("1", 1), std::make_pair("2", 1), std::make_pair("off", 0)));
 
 TEST_F(Errors, RowMajorLeadingDimensionBelowTheColumnsIsReported) {
   double work[8];
   lapack_int info = 0;
   int before = qnl_probe_allocations();
-  EXPECT_EQ(printed([&] {
-              info = LAPACKE_dgels_work(LAPACK_ROW_MAJOR, 'N', 3, 4, 1, a.data(), 3, b.data(), 1, work, 8);
-            }),
-            "Wrong parameter 7 in LAPACKE_dgels_work\n");
+  EXPECT_EQ(
+      printed([&] { info = LAPACKE_dgels_work(LAPACK_ROW_MAJOR, 'N', 3, 4, 1, a.data(), 3, b.data(), 1, work, 8); }),
+      "Wrong parameter 7 in LAPACKE_dgels_work\n");
   EXPECT_EQ(info, -7);
   EXPECT_EQ(qnl_probe_allocations(), before);
 }
@@ -130,10 +128,9 @@ TEST_F(Errors, NoMemoryForWorkOrCopies) {
   // A transposed copy: -1011 at the middle level.
   double work[8];
   qnl_probe_fail_allocations(1);
-  EXPECT_EQ(printed([&] {
-              info = LAPACKE_dgels_work(LAPACK_ROW_MAJOR, 'N', 3, 3, 1, a.data(), 3, b.data(), 1, work, 8);
-            }),
-            "Not enough memory to transpose matrix in LAPACKE_dgels_work\n");
+  EXPECT_EQ(
+      printed([&] { info = LAPACKE_dgels_work(LAPACK_ROW_MAJOR, 'N', 3, 3, 1, a.data(), 3, b.data(), 1, work, 8); }),
+      "Not enough memory to transpose matrix in LAPACKE_dgels_work\n");
   EXPECT_EQ(info, -1011);
   EXPECT_EQ(qnl_probe_live_allocations(), 0);
 }
@@ -149,8 +146,10 @@ TEST_F(Errors, RowMajorPotrfExchangesUploAndCopiesNothing) {
 }
 
 TEST(Xerbla, TextsAndSilence) {
-  EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", -1010); }), "Not enough memory to allocate work array in LAPACKE_x\n");
-  EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", -1011); }), "Not enough memory to transpose matrix in LAPACKE_x\n");
+  EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", -1010); }),
+            "Not enough memory to allocate work array in LAPACKE_x\n");
+  EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", -1011); }),
+            "Not enough memory to transpose matrix in LAPACKE_x\n");
   EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", -12); }), "Wrong parameter 12 in LAPACKE_x\n");
   EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", 3); }), "");
   EXPECT_TRUE(LAPACKE_lsame('a', 'A'));

@@ -29,11 +29,11 @@ struct Seen {
   int calls = 0;
   std::vector<uint64_t> words;
   std::vector<int64_t> values;  // 8 bytes behind each address-like word, read during the call
-  std::vector<double> array;  // the matrix as the back-end got it
+  std::vector<double> array;    // the matrix as the back-end got it
   int array_word = -1;
   size_t array_count = 0;
-  double work_answer = 0;     // written to work[0] on a query
-  int64_t iwork_answer = 0;   // written to iwork[0] on a query
+  double work_answer = 0;    // written to work[0] on a query
+  int64_t iwork_answer = 0;  // written to iwork[0] on a query
   int work_word = -1, lwork_word = -1, iwork_word = -1, liwork_word = -1;
   std::vector<int64_t> lworks;  // lwork seen by each call
   std::vector<int64_t> liworks;
@@ -160,9 +160,7 @@ std::vector<Shape> shapes() {
        [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
          stock_fn<SyTrans>("LAPACKE_dpo_trans")(l == 101 ? 102 : 101, 'L', N, in, li, out, lo);
        },
-       [](int l, const double* a, lapack_int ld) {
-         return stock_fn<SyNan>("LAPACKE_dpo_nancheck")(l, 'L', N, a, ld);
-       }},
+       [](int l, const double* a, lapack_int ld) { return stock_fn<SyNan>("LAPACKE_dpo_nancheck")(l, 'L', N, a, ld); }},
       {"dtrtrs", "ccciiaLbLo", N, N + 1, N * N, N * (N + 1), 7,
        [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
          return LAPACKE_dtrtrs(l, 'U', 'N', 'N', N, NRHS, a, ld, b, ldb);
