@@ -124,6 +124,28 @@ def ld_rows(doc, ld):
     return None
 
 
+LETTERS = r"((?:'\w'(?:\s*(?:,|or)\s*)?)+)"
+
+
+def ld_condition(doc, ld, names):
+    """'LDVL >= 1; if JOBVL = 'V', LDVL >= N' -> ('n', 'jobvl', 'V'): a matrix used only
+    when a job letter asks for it; None when the bound is not of that form."""
+    p = doc.param(ld.upper())
+    if not p:
+        return None
+    t = " ".join(p.text.split()).replace("\\&", "")
+    bound = r"%s\s*>=\s*(?:max\s*\(\s*1\s*,\s*)?([\w*+]+)\s*\)?" % ld.upper()
+    for rx, order in ((r"if\s+(\w+)\s*=\s*" + LETTERS + r"\s*,?\s*(?:then\s+)?" + bound, (0, 1, 2)),
+                      (bound + r"\s+if\s+(\w+)\s*=\s*" + LETTERS, (1, 2, 0))):
+        m = re.search(rx, t, re.I)
+        if m:
+            g = m.groups()
+            arg, letters, rows = g[order[0]], g[order[1]], g[order[2]]
+            if arg.lower() in names:
+                return low(rows), arg.lower(), "".join(re.findall(r"'(\w)'", letters)).upper()
+    return None
+
+
 def extents(p):
     d = le.dimension_text(p.text)
     return [low(x) for x in le.split_top(d)] if d else None
@@ -178,6 +200,8 @@ def classify(base, hi, wk, docs, lapack_h):
             tokens.append(f"{n}:c")
             continue
         if t in ("lapack_int", "lapack_logical"):
+            if n not in hnames and not ("l" + n[1:] == n and n[1:] in wargs) and n[1:] not in wargs:
+                raise Skip(f"integer {n} of the middle level only")
             tokens.append(f"{n}:i")
             continue
         if t.replace("const", "").strip() == "char *":
@@ -249,11 +273,15 @@ def classify(base, hi, wk, docs, lapack_h):
                     continue
             if shape == "ge":
                 rows = ld_rows(doc, ld)
+                cond = ""
                 if rows is None:
-                    raise Skip(f"{n}: rows not documented as a plain bound on {ld}")
+                    c = ld_condition(doc, ld, names)
+                    if c is None:
+                        raise Skip(f"{n}: rows not documented as a plain bound on {ld}")
+                    rows, cond = c[0], f"?{c[1]}={c[2]}"
                 rows = check(rows, ints, n)
                 cols = check(cols, ints, n)
-                tokens.append(f"{n}:ge[{rows},{cols},{ld}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:ge[{rows},{cols},{ld}]@{ty}/{intent}{nan}{cond}")
             elif shape in ("sy",):
                 tokens.append(f"{n}:sy[{uplo},{check(cols, ints, n)},{ld}]@{ty}/{intent}{nan}")
             elif shape == "tr":
@@ -365,7 +393,8 @@ def main():
             "#      v[len]@T vector | ge[rows,cols,ld] sy[uplo,n,ld] tr[uplo,diag,n,ld] gb[m,n,kl,ku,ld]\n"
             "#      sb[uplo,n,kd,ld] tb[uplo,diag,n,kd,ld] sp[uplo,n] tp[uplo,diag,n] pf[transr,uplo,n]\n"
             "#      tf[transr,uplo,diag,n] matrices; /i /o /io direction; ! NaN-checked by the high level\n"
-            "#      (!sy / !ge: checked as that shape instead of the copy's)\n"
+            "#      (!sy / !ge: checked as that shape instead of the copy's); ?job=VI: copied and checked\n"
+            "#      only when that letter argument is one of those\n"
             "# +nocopy: row-major calls translate arguments and copy nothing\n")
     with open(OUT, "w") as f:
         f.write(head + "\n".join(rows) + "\n")

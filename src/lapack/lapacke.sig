@@ -8,11 +8,12 @@
 #      v[len]@T vector | ge[rows,cols,ld] sy[uplo,n,ld] tr[uplo,diag,n,ld] gb[m,n,kl,ku,ld]
 #      sb[uplo,n,kd,ld] tb[uplo,diag,n,kd,ld] sp[uplo,n] tp[uplo,diag,n] pf[transr,uplo,n]
 #      tf[transr,uplo,diag,n] matrices; /i /o /io direction; ! NaN-checked by the high level
-#      (!sy / !ge: checked as that shape instead of the copy's)
+#      (!sy / !ge: checked as that shape instead of the copy's); ?job=VI: copied and checked
+#      only when that letter argument is one of those
 # +nocopy: row-major calls translate arguments and copy nothing
 cbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@s/io! phi:v[q-1]@s/io u1:ge[p,p,ldu1]@c/io! ldu1:i u2:ge[m-p,m-p,ldu2]@c/io! ldu2:i v1t:ge[q,q,ldv1t]@c/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@c/io! ldv2t:i b11d:v[q]@s/o b11e:v[q-1]@s/o b12d:v[q]@s/o b12e:v[q-1]@s/o b21d:v[q]@s/o b21e:v[q-1]@s/o b22d:v[q]@s/o b22e:v[q-1]@s/o rwork:W[lrwork]@s lrwork:i
 cbdsqr - +skip=arguments_differ_from_the_Fortran_routine : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
-cgbbrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
+cgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
 cgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@c/i! ldab:i ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c rwork:F[n]@s
 cgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@c/i! ldab:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
 cgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
@@ -29,10 +30,10 @@ cgebrd i : m:i n:i a:ge[m,n,lda]@c/io! lda:i d:v[min(m,n)]@s/io e:v[min(m,n)-1]@
 cgecon i : norm:c n:i a:ge[n,n,lda]@c/i! lda:i anorm:r@s! rcond:s@s work:F[2*n]@c rwork:F[2*n]@s
 cgeequ i : m:i n:i a:ge[m,n,lda]@c/i! lda:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
 cgeequb i : m:i n:i a:ge[m,n,lda]@c/i! lda:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
-cgees - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select n a lda sdim w vs ldvs work lwork rwork bwork
-cgeesx - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select sense n a lda sdim w vs ldvs rconde rcondv work lwork rwork bwork
-cgeev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda w vl ldvl vr ldvr work lwork rwork
-cgeevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda w vl ldvl vr ldvr ilo ihi scale abnrm rconde rcondv work lwork rwork
+cgees i : jobvs:c sort:c select:f n:i a:ge[n,n,lda]@c/io! lda:i sdim:o w:v[n]@c/o vs:ge[n,n,ldvs]@c/o?jobvs=V ldvs:i work:W[lwork]@c lwork:i rwork:F[n]@s bwork:F[n]@i
+cgeesx i : jobvs:c sort:c select:f sense:c n:i a:ge[n,n,lda]@c/io! lda:i sdim:o w:v[n]@c/o vs:ge[n,n,ldvs]@c/o?jobvs=V ldvs:i rconde:s@s rcondv:s@s work:W[lwork]@c lwork:i rwork:F[n]@s bwork:F[n]@i
+cgeev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@c/io! lda:i w:v[n]@c/o vl:ge[n,n,ldvl]@c/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@c/io?jobvr=V ldvr:i work:W[lwork]@c lwork:i rwork:F[2*n]@s
+cgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge[n,n,lda]@c/io! lda:i w:v[n]@c/o vl:ge[n,n,ldvl]@c/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@c/io?jobvr=V ldvr:i ilo:o ihi:o scale:v[n]@s/io abnrm:s@s rconde:v[n]@s/io rcondv:v[n]@s/io work:W[lwork]@c lwork:i rwork:F[2*n]@s
 cgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@c/io! lda:i tau:v[n-1]@c/io work:W[lwork]@c lwork:i
 cgejsv - +skip=arguments_differ_from_the_Fortran_routine : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
 cgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
@@ -75,22 +76,22 @@ cgetsls i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@c/io! lda:i b:ge[max(m,n),nrhs,
 cgetsqrhrt - +skip=no_Fortran_documentation : m n mb1 nb1 nb2 a lda t ldt work lwork
 cggbak i : job:c side:c n:i ilo:i ihi:i lscale:v[n]@s/i! rscale:v[n]@s/i! m:i v:ge[n,m,ldv]@c/io! ldv:i
 cggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
-cgges - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg n a lda b ldb sdim alpha beta vsl ldvsl vsr ldvsr work lwork rwork bwork
-cgges3 - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg n a lda b ldb sdim alpha beta vsl ldvsl vsr ldvsr work lwork rwork bwork
-cggesx - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg sense n a lda b ldb sdim alpha beta vsl ldvsl vsr ldvsr rconde rcondv work lwork rwork iwork liwork bwork
-cggev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alpha beta vl ldvl vr ldvr work lwork rwork
-cggev3 - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alpha beta vl ldvl vr ldvr work lwork rwork
-cggevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda b ldb alpha beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork rwork iwork bwork
+cgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge[n,n,lda]@c/io! lda:i b:ge[n,n,ldb]@c/io! ldb:i sdim:o alpha:v[n]@c/io beta:v[n]@c/o vsl:ge[n,n,ldvsl]@c/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@c/io?jobvsr=V ldvsr:i work:W[lwork]@c lwork:i rwork:F[8*n]@s bwork:F[n]@i
+cgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge[n,n,lda]@c/io! lda:i b:ge[n,n,ldb]@c/io! ldb:i sdim:o alpha:v[n]@c/io beta:v[n]@c/o vsl:ge[n,n,ldvsl]@c/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@c/io?jobvsr=V ldvsr:i work:W[lwork]@c lwork:i rwork:F[8*n]@s bwork:F[n]@i
+cggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge[n,n,lda]@c/io! lda:i b:ge[n,n,ldb]@c/io! ldb:i sdim:o alpha:v[n]@c/io beta:v[n]@c/o vsl:ge[n,n,ldvsl]@c/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@c/io?jobvsr=V ldvsr:i rconde:v[2]@s/io rcondv:v[2]@s/io work:W[lwork]@c lwork:i rwork:F[8*n]@s iwork:W[liwork]@i liwork:i bwork:F[n]@i
+cggev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@c/io! lda:i b:ge[n,n,ldb]@c/io! ldb:i alpha:v[n]@c/io beta:v[n]@c/o vl:ge[n,n,ldvl]@c/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@c/io?jobvr=V ldvr:i work:W[lwork]@c lwork:i rwork:F[8*n]@s
+cggev3 i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@c/io! lda:i b:ge[n,n,ldb]@c/io! ldb:i alpha:v[n]@c/io beta:v[n]@c/o vl:ge[n,n,ldvl]@c/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@c/io?jobvr=V ldvr:i work:W[lwork]@c lwork:i rwork:F[8*n]@s
+cggevx - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : balanc jobvl jobvr sense n a lda b ldb alpha beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork rwork iwork bwork
 cggglm i : n:i m:i p:i a:ge[n,m,lda]@c/io! lda:i b:ge[n,p,ldb]@c/io! ldb:i d:v[n]@c/io! x:v[m]@c/io y:v[p]@c/o work:W[lwork]@c lwork:i
-cgghd3 - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz work lwork
-cgghrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz
+cgghd3 i : compq:c compz:c n:i ilo:i ihi:i a:ge[n,n,lda]@c/io! lda:i b:ge[n,n,ldb]@c/io! ldb:i q:ge[n,n,ldq]@c/io!?compq=VI ldq:i z:ge[n,n,ldz]@c/io!?compz=VI ldz:i work:W[lwork]@c lwork:i
+cgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge[n,n,lda]@c/io! lda:i b:ge[n,n,ldb]@c/io! ldb:i q:ge[n,n,ldq]@c/io!?compq=VI ldq:i z:ge[n,n,ldz]@c/io!?compz=VI ldz:i
 cgglse i : m:i n:i p:i a:ge[m,n,lda]@c/io! lda:i b:ge[p,n,ldb]@c/io! ldb:i c:v[m]@c/io! d:v[p]@c/io! x:v[n]@c/o work:W[lwork]@c lwork:i
 cggqrf i : n:i m:i p:i a:ge[n,m,lda]@c/io! lda:i taua:v[min(n,m)]@c/io b:ge[n,p,ldb]@c/io! ldb:i taub:v[min(n,p)]@c/io work:W[lwork]@c lwork:i
 cggrqf i : m:i p:i n:i a:ge[m,n,lda]@c/io! lda:i taua:v[min(m,n)]@c/io b:ge[p,n,ldb]@c/io! ldb:i taub:v[min(p,n)]@c/io work:W[lwork]@c lwork:i
 cggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work rwork iwork
-cggsvd3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work lwork rwork iwork
+cggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:I a:ge[m,n,lda]@c/io! lda:i b:ge[p,n,ldb]@c/io! ldb:i alpha:v[n]@s/io beta:v[n]@s/o u:ge[m,m,ldu]@c/o?jobu=U ldu:i v:ge[p,p,ldv]@c/o?jobv=V ldv:i q:ge[n,n,ldq]@c/o?jobq=Q ldq:i work:W[lwork]@c lwork:i rwork:F[2*n]@s iwork:I
 cggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work
-cggsvp3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work lwork
+cggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge[m,n,lda]@c/io! lda:i b:ge[p,n,ldb]@c/io! ldb:i tola:r@s! tolb:r@s! k:o l:I u:ge[m,m,ldu]@c/o?jobu=U ldu:i v:ge[p,p,ldv]@c/o?jobv=V ldv:i q:ge[n,n,ldq]@c/o?jobq=Q ldq:i iwork:F[n]@i rwork:F[2*n]@s tau:F[n]@c work:W[lwork]@c lwork:i
 cgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work
 cgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! dlf:v[n-1]@c/i! df:v[n]@c/i! duf:v[n-1]@c/i! du2:v[n-2]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cgtsv i : n:i nrhs:i dl:v[n-1]@c/io! d:v[n]@c/io! du:v[n-1]@c/io! b:ge[n,nrhs,ldb]@c/io! ldb:i
@@ -103,11 +104,11 @@ chbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io
 chbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
 chbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work rwork iwork ifail
 chbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
-chbgst - +skip=x:_rows_not_documented_as_a_plain_bound_on_ldx : vect uplo n ka kb ab ldab bb ldbb x ldx work rwork
-chbgv - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz uplo n ka kb ab ldab bb ldbb w z ldz work rwork
-chbgvd - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz uplo n ka kb ab ldab bb ldbb w z ldz work lwork rwork lrwork iwork liwork
-chbgvx - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz range uplo n ka kb ab ldab bb ldbb q ldq vl vu il iu abstol m w z ldz work rwork iwork ifail
-chbtrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect uplo n kd ab ldab d e q ldq work
+chbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@c/io! ldab:i bb:ge[kb+1,n,ldbb]@c/i! ldbb:i x:ge[n,n,ldx]@c/io?vect=V ldx:i work:F[n]@c rwork:F[n]@s
+chbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@c/io! ldab:i bb:sb[uplo,n,kb,ldbb]@c/io! ldbb:i w:v[n]@s/io z:ge[n,n,ldz]@c/o?jobz=V ldz:i work:F[n]@c rwork:F[3*n]@s
+chbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@c/io! ldab:i bb:sb[uplo,n,kb,ldbb]@c/io! ldbb:i w:v[n]@s/io z:ge[n,n,ldz]@c/o?jobz=V ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+chbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@c/io! ldab:i bb:sb[uplo,n,kb,ldbb]@c/io! ldbb:i q:ge[n,n,ldq]@c/io ldq:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,n,ldz]@c/o?jobz=V ldz:i work:F[n]@c rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
+chbtrd i : vect:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i d:v[n]@s/io e:v[n-1]@s/io q:ge[n,n,ldq]@c/io!?vect=VU ldq:i work:F[n]@c
 checon i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 checon_3 i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i e:v[n]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 cheequb i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i s:v[n]@s/o scond:s@s amax:s@s work:F[2*n]@c
@@ -150,7 +151,7 @@ chetrs_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,l
 chetrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i tb:v[ltb]@c/io ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 chetrs_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 chfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
-chgeqz - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq compz n ilo ihi h ldh t ldt alpha beta q ldq z ldz work lwork rwork
+chgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@c/io! ldh:i t:ge[n,n,ldt]@c/io! ldt:i alpha:v[n]@c/io beta:v[n]@c/io q:ge[n,n,ldq]@c/io!?compq=VI ldq:i z:ge[n,n,ldz]@c/io!?compz=VI ldz:i work:W[lwork]@c lwork:i rwork:F[n]@s
 chpcon i : uplo:c n:i ap:sp[uplo,n]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 chpev i : jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:F[max(1,2*n-1)]@c rwork:F[max(1,3*n-2)]@s
 chpevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
@@ -185,9 +186,9 @@ clantr - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo diag m n a
 clapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@c/io! ldx:i k:I
 clapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@c/io! ldx:i k:I
 clarcm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
-clarfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k v ldv t ldt c ldc work ldwork
+clarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 clarfg - +skip=no_layout_argument : alpha x incx tau
-clarft - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : direct storev n k v ldv tau t ldt
+clarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@c/i!?storev=C ldv:i tau:v[k]@c/i! t:ge[k,k,ldt]@c/io ldt:i
 clarfx i : side:c m:i n:i v:v[m]@c/i! tau:r@c! c:ge[m,n,ldc]@c/io! ldc:i work:v[n]@c/io
 clarnv - +skip=no_layout_argument : iseed n x
 clascl i : type:c kl:i ku:i cfrom:r@s! cto:r@s! m:i n:i a:ge[m,n,lda]@c/io lda:i
@@ -284,35 +285,35 @@ ctfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo 
 ctftri i : transr:c uplo:c diag:c n:i a:tf[transr,uplo,diag,n]@c/io!
 ctfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@c/i! ap:sp[uplo,n]@c/o
 ctfttr i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@c/i! a:ge[n,n,lda]@c/o lda:i
-ctgevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n s lds p ldp vl ldvl vr ldvr mm m work rwork
+ctgevc i : side:c howmny:c select:I n:i s:ge[n,n,lds]@c/i! lds:i p:ge[n,n,ldp]@c/i! ldp:i vl:ge[n,mm,ldvl]@c/io!?side=LLBB ldvl:i vr:ge[n,mm,ldvr]@c/io!?side=RB ldvr:i mm:i m:o work:F[2*n]@c rwork:F[2*n]@s
 ctgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst
 ctgsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : ijob wantq wantz select n a lda b ldb alpha beta q ldq z ldz m pl pr dif work lwork iwork liwork
-ctgsja - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n k l a lda b ldb tola tolb alpha beta u ldu v ldv q ldq work ncycle
-ctgsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+ctgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge[m,n,lda]@c/io! lda:i b:ge[p,n,ldb]@c/io! ldb:i tola:r@s! tolb:r@s! alpha:v[n]@s/io beta:v[n]@s/o u:ge[m,m,ldu]@c/io!?jobu=U ldu:i v:ge[p,p,ldv]@c/io!?jobv=V ldv:i q:ge[n,n,ldq]@c/io!?jobq=Q ldq:i work:F[2*n]@c ncycle:o
+ctgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
 ctgsyl i : trans:c ijob:i m:i n:i a:ge[m,m,lda]@c/i! lda:i b:ge[n,n,ldb]@c/i! ldb:i c:ge[m,n,ldc]@c/io! ldc:i d:ge[m,m,ldd]@c/i! ldd:i e:ge[n,n,lde]@c/i! lde:i f:ge[m,n,ldf]@c/io! ldf:i scale:s@s dif:s@s work:W[lwork]@c lwork:i iwork:F[m+n+2]@i
 ctpcon i : norm:c uplo:c diag:c n:i ap:tp[uplo,diag,n]@c/i! rcond:s@s work:F[2*n]@c rwork:F[n]@s
-ctpmqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k l nb v ldv t ldt a lda b ldb work
+ctpmqrt - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k l nb v ldv t ldt a lda b ldb work
 ctpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@c/io! lda:i b:ge[m,n,ldb]@c/io! ldb:i t:ge[nb,n,ldt]@c/io ldt:i work:F[nb*n]@c
 ctpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@c/io! lda:i b:ge[m,n,ldb]@c/io! ldb:i t:ge[n,n,ldt]@c/io ldt:i
-ctprfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
+ctprfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
 ctprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@c/i! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 ctptri i : uplo:c diag:c n:i ap:tp[uplo,diag,n]@c/io!
 ctptrs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@c/i! b:ge[n,nrhs,ldb]@c/io! ldb:i
 ctpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@c/i! arf:pf[transr,uplo,n]@c/o
 ctpttr i : uplo:c n:i ap:tp[uplo,'n',n]@c/i! a:ge[n,n,lda]@c/o lda:i
 ctrcon i : norm:c uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@c/i! lda:i rcond:s@s work:F[2*n]@c rwork:F[n]@s
-ctrevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n t ldt vl ldvl vr ldvr mm m work rwork
+ctrevc - +skip=vr:_rows_not_documented_as_a_plain_bound_on_ldvr : side howmny select n t ldt vl ldvl vr ldvr mm m work rwork
 ctrexc i : compq:c n:i t:ge[n,n,ldt]@c/io! ldt:i q:ge[n,n,ldq]@c/io! ldq:i ifst:i ilst:i
 ctrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@c/i! lda:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
-ctrsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq select n t ldt q ldq w m s sep work lwork
-ctrsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork rwork
+ctrsen i : job:c compq:c select:I n:i t:ge[n,n,ldt]@c/io! ldt:i q:ge[n,n,ldq]@c/io!?compq=V ldq:i w:v[n]@c/io m:I s:s@s sep:s@s work:W[lwork]@c lwork:i
+ctrsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork rwork
 ctrsyl i : trana:c tranb:c isgn:i m:i n:i a:ge[m,m,lda]@c/i! lda:i b:ge[n,n,ldb]@c/i! ldb:i c:ge[m,n,ldc]@c/io! ldc:i scale:s@s
 ctrtri i : uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@c/io! lda:i
 ctrtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@c/i! lda:i b:ge[n,nrhs,ldb]@c/io! ldb:i
 ctrttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@c/i! lda:i arf:pf[transr,uplo,n]@c/o
 ctrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@c/i! lda:i ap:sp[uplo,n]@c/o
 ctzrzf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[m]@c/io work:W[lwork]@c lwork:i
-cunbdb - +skip=x11:_rows_not_documented_as_a_plain_bound_on_ldx11 : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
+cunbdb i : trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@c/io!?trans=N ldx11:i x12:ge[p,m-q,ldx12]@c/io!?trans=N ldx12:i x21:ge[m,q,ldx21]@c/io!?trans=N ldx21:i x22:ge[m,m-q,ldx22]@c/io!?trans=N ldx22:i theta:v[q]@s/io phi:v[q-1]@s/io taup1:v[p]@c/io taup2:v[m-p]@c/io tauq1:v[q]@c/io tauq2:v[m-q]@c/io work:W[lwork]@c lwork:i
 cuncsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
 cuncsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
 cungbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,k)]@c/i! work:W[lwork]@c lwork:i
@@ -323,14 +324,14 @@ cungqr i : m:i n:i k:i a:ge[m,n,lda]@c/io! lda:i tau:v[k]@c/i! work:W[lwork]@c l
 cungrq i : m:i n:i k:i a:ge[m,n,lda]@c/io! lda:i tau:v[k]@c/i! work:W[lwork]@c lwork:i
 cungtr i : uplo:c n:i a:ge[n,n,lda]@c/io! lda:i tau:v[n-1]@c/i! work:W[lwork]@c lwork:i
 cungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
-cunmbr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : vect side trans m n k a lda tau c ldc work lwork
-cunmhr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n ilo ihi a lda tau c ldc work lwork
+cunmbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
+cunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[m,m,lda]@c/i!?side=L lda:i tau:v[m-1]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
 cunmlq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
-cunmql - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k a lda tau c ldc work lwork
-cunmqr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k a lda tau c ldc work lwork
+cunmql i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@c/i!?side=L lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
+cunmqr i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@c/i!?side=L lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
 cunmrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
 cunmrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
-cunmtr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side uplo trans m n a lda tau c ldc work lwork
+cunmtr i : side:c uplo:c trans:c m:i n:i a:ge[m,m,lda]@c/i!?side=L lda:i tau:v[m-1]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
 cupgtr i : uplo:c n:i ap:sp[uplo,n]@c/i! tau:v[n-1]@c/i! q:ge[n,n,ldq]@c/io ldq:i work:F[n-1]@c
 cupmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
 dbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@d/io! phi:v[q-1]@d/io u1:ge[p,p,ldu1]@d/io! ldu1:i u2:ge[m-p,m-p,ldu2]@d/io! ldu2:i v1t:ge[q,q,ldv1t]@d/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@d/io! ldv2t:i b11d:v[q]@d/o b11e:v[q-1]@d/o b12d:v[q]@d/o b12e:v[q-1]@d/o b21d:v[q]@d/o b21e:v[q-1]@d/o b22d:v[q]@d/o b22e:v[q-1]@d/o work:W[lwork]@d lwork:i
@@ -338,7 +339,7 @@ dbdsdc - +skip=workspace_work:_'lwork'_is_not_an_argument : uplo compq n d e u l
 dbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 dbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
 ddisna - +skip=no_layout_argument : m n d sep
-dgbbrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
+dgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
 dgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@d/i! ldab:i ipiv:I anorm:r@d! rcond:s@d work:F[3*n]@d iwork:F[n]@i
 dgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@d/i! ldab:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
 dgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
@@ -355,10 +356,10 @@ dgebrd i : m:i n:i a:ge[m,n,lda]@d/io! lda:i d:v[min(m,n)]@d/io e:v[min(m,n)-1]@
 dgecon i : norm:c n:i a:ge[n,n,lda]@d/i! lda:i anorm:r@d! rcond:s@d work:F[4*n]@d iwork:F[n]@i
 dgeequ i : m:i n:i a:ge[m,n,lda]@d/i! lda:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
 dgeequb i : m:i n:i a:ge[m,n,lda]@d/i! lda:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
-dgees - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select n a lda sdim wr wi vs ldvs work lwork bwork
-dgeesx - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select sense n a lda sdim wr wi vs ldvs rconde rcondv work lwork iwork liwork bwork
-dgeev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda wr wi vl ldvl vr ldvr work lwork
-dgeevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda wr wi vl ldvl vr ldvr ilo ihi scale abnrm rconde rcondv work lwork iwork
+dgees i : jobvs:c sort:c select:f n:i a:ge[n,n,lda]@d/io! lda:i sdim:o wr:v[n]@d/io wi:v[n]@d/o vs:ge[n,n,ldvs]@d/o?jobvs=V ldvs:i work:W[lwork]@d lwork:i bwork:F[n]@i
+dgeesx i : jobvs:c sort:c select:f sense:c n:i a:ge[n,n,lda]@d/io! lda:i sdim:o wr:v[n]@d/io wi:v[n]@d/o vs:ge[n,n,ldvs]@d/o?jobvs=V ldvs:i rconde:s@d rcondv:s@d work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i bwork:F[n]@i
+dgeev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@d/io! lda:i wr:v[n]@d/io wi:v[n]@d/io vl:ge[n,n,ldvl]@d/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@d/io?jobvr=V ldvr:i work:W[lwork]@d lwork:i
+dgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge[n,n,lda]@d/io! lda:i wr:v[n]@d/io wi:v[n]@d/io vl:ge[n,n,ldvl]@d/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@d/io?jobvr=V ldvr:i ilo:o ihi:o scale:v[n]@d/io abnrm:s@d rconde:v[n]@d/io rcondv:v[n]@d/io work:W[lwork]@d lwork:i iwork:F[2*n-2]@i
 dgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@d/io! lda:i tau:v[n-1]@d/io work:W[lwork]@d lwork:i
 dgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv work lwork iwork
 dgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
@@ -401,29 +402,29 @@ dgetsls i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@d/io! lda:i b:ge[max(m,n),nrhs,
 dgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge[m,n,lda]@d/io! lda:i t:ge[nb2,n,ldt]@d/io ldt:i work:W[lwork]@d lwork:i
 dggbak i : job:c side:c n:i ilo:i ihi:i lscale:v[n]@d/i! rscale:v[n]@d/i! m:i v:ge[n,m,ldv]@d/io! ldv:i
 dggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
-dgges - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg n a lda b ldb sdim alphar alphai beta vsl ldvsl vsr ldvsr work lwork bwork
-dgges3 - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg n a lda b ldb sdim alphar alphai beta vsl ldvsl vsr ldvsr work lwork bwork
-dggesx - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg sense n a lda b ldb sdim alphar alphai beta vsl ldvsl vsr ldvsr rconde rcondv work lwork iwork liwork bwork
-dggev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alphar alphai beta vl ldvl vr ldvr work lwork
-dggev3 - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alphar alphai beta vl ldvl vr ldvr work lwork
-dggevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda b ldb alphar alphai beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork iwork bwork
+dgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,n,ldb]@d/io! ldb:i sdim:o alphar:v[n]@d/io alphai:v[n]@d/io beta:v[n]@d/o vsl:ge[n,n,ldvsl]@d/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@d/io?jobvsr=V ldvsr:i work:W[lwork]@d lwork:i bwork:F[n]@i
+dgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,n,ldb]@d/io! ldb:i sdim:o alphar:v[n]@d/io alphai:v[n]@d/io beta:v[n]@d/o vsl:ge[n,n,ldvsl]@d/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@d/io?jobvsr=V ldvsr:i work:W[lwork]@d lwork:i bwork:F[n]@i
+dggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,n,ldb]@d/io! ldb:i sdim:o alphar:v[n]@d/io alphai:v[n]@d/io beta:v[n]@d/o vsl:ge[n,n,ldvsl]@d/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@d/io?jobvsr=V ldvsr:i rconde:v[2]@d/io rcondv:v[2]@d/io work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i bwork:F[n]@i
+dggev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,n,ldb]@d/io! ldb:i alphar:v[n]@d/io alphai:v[n]@d/io beta:v[n]@d/o vl:ge[n,n,ldvl]@d/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@d/io?jobvr=V ldvr:i work:W[lwork]@d lwork:i
+dggev3 i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,n,ldb]@d/io! ldb:i alphar:v[n]@d/io alphai:v[n]@d/io beta:v[n]@d/o vl:ge[n,n,ldvl]@d/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@d/io?jobvr=V ldvr:i work:W[lwork]@d lwork:i
+dggevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,n,ldb]@d/io! ldb:i alphar:v[n]@d/io alphai:v[n]@d/io beta:v[n]@d/o vl:ge[n,n,ldvl]@d/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@d/io?jobvr=V ldvr:i ilo:o ihi:o lscale:v[n]@d/io rscale:v[n]@d/io abnrm:s@d bbnrm:s@d rconde:v[n]@d/io rcondv:v[n]@d/io work:W[lwork]@d lwork:i iwork:F[n+6]@i bwork:F[n]@i
 dggglm i : n:i m:i p:i a:ge[n,m,lda]@d/io! lda:i b:ge[n,p,ldb]@d/io! ldb:i d:v[n]@d/io! x:v[m]@d/io y:v[p]@d/o work:W[lwork]@d lwork:i
-dgghd3 - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz work lwork
-dgghrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz
+dgghd3 i : compq:c compz:c n:i ilo:i ihi:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,n,ldb]@d/io! ldb:i q:ge[n,n,ldq]@d/io!?compq=VI ldq:i z:ge[n,n,ldz]@d/io!?compz=VI ldz:i work:W[lwork]@d lwork:i
+dgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,n,ldb]@d/io! ldb:i q:ge[n,n,ldq]@d/io!?compq=VI ldq:i z:ge[n,n,ldz]@d/io!?compz=VI ldz:i
 dgglse i : m:i n:i p:i a:ge[m,n,lda]@d/io! lda:i b:ge[p,n,ldb]@d/io! ldb:i c:v[m]@d/io! d:v[p]@d/io! x:v[n]@d/o work:W[lwork]@d lwork:i
 dggqrf i : n:i m:i p:i a:ge[n,m,lda]@d/io! lda:i taua:v[min(n,m)]@d/io b:ge[n,p,ldb]@d/io! ldb:i taub:v[min(n,p)]@d/io work:W[lwork]@d lwork:i
 dggrqf i : m:i p:i n:i a:ge[m,n,lda]@d/io! lda:i taua:v[min(m,n)]@d/io b:ge[p,n,ldb]@d/io! ldb:i taub:v[min(p,n)]@d/io work:W[lwork]@d lwork:i
 dggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work iwork
-dggsvd3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work lwork iwork
+dggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:I a:ge[m,n,lda]@d/io! lda:i b:ge[p,n,ldb]@d/io! ldb:i alpha:v[n]@d/io beta:v[n]@d/o u:ge[m,m,ldu]@d/o?jobu=U ldu:i v:ge[p,p,ldv]@d/o?jobv=V ldv:i q:ge[n,n,ldq]@d/o?jobq=Q ldq:i work:W[lwork]@d lwork:i iwork:I
 dggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work
-dggsvp3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work lwork
+dggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge[m,n,lda]@d/io! lda:i b:ge[p,n,ldb]@d/io! ldb:i tola:r@d! tolb:r@d! k:o l:I u:ge[m,m,ldu]@d/o?jobu=U ldu:i v:ge[p,p,ldv]@d/o?jobv=V ldv:i q:ge[n,n,ldq]@d/o?jobq=Q ldq:i iwork:F[n]@i tau:F[n]@d work:W[lwork]@d lwork:i
 dgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work iwork
 dgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! dlf:v[n-1]@d/i! df:v[n]@d/i! duf:v[n-1]@d/i! du2:v[n-2]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dgtsv i : n:i nrhs:i dl:v[n-1]@d/io! d:v[n]@d/io! du:v[n-1]@d/io! b:ge[n,nrhs,ldb]@d/io! ldb:i
 dgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! dlf:v[n-1]@d/io! df:v[n]@d/io! duf:v[n-1]@d/io! du2:v[n-2]@d/io! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dgttrf - +skip=no_layout_argument : dl d du du2 ipiv
 dgttrs i : trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! du2:v[n-2]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
-dhgeqz - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq compz n ilo ihi h ldh t ldt alphar alphai beta q ldq z ldz work lwork
+dhgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@d/io! ldh:i t:ge[n,n,ldt]@d/io! ldt:i alphar:v[n]@d/io alphai:v[n]@d/io beta:v[n]@d/io q:ge[n,n,ldq]@d/io!?compq=VI ldq:i z:ge[n,n,ldz]@d/io!?compz=VI ldz:i work:W[lwork]@d lwork:i
 dhsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh wr wi vl ldvl vr ldvr mm m work ifaill ifailr
 dhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@d/io! ldh:i wr:v[n]@d/io wi:v[n]@d/io z:ge[n,n,ldz]@d/io! ldz:i work:W[lwork]@d lwork:i
 dlacn2 - +skip=no_layout_argument : v x isgn est kase isave
@@ -440,9 +441,9 @@ dlapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@d/io! ldx:i k:I
 dlapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@d/io! ldx:i k:I
 dlapy2 - +skip=no_layout_argument : y
 dlapy3 - +skip=no_layout_argument : y z
-dlarfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k v ldv t ldt c ldc work ldwork
+dlarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 dlarfg - +skip=no_layout_argument : alpha x incx tau
-dlarft - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : direct storev n k v ldv tau t ldt
+dlarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@d/i!?storev=C ldv:i tau:v[k]@d/i! t:ge[k,k,ldt]@d/io ldt:i
 dlarfx - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : side m n v tau c ldc work
 dlarnv - +skip=no_layout_argument : iseed n x
 dlartgp - +skip=no_layout_argument : g cs sn r
@@ -456,7 +457,7 @@ dlatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl
 dlauum i : uplo:c n:i a:ge[n,n,lda]@d/io! lda:i
 dopgtr i : uplo:c n:i ap:sp[uplo,n]@d/i! tau:v[n-1]@d/i! q:ge[n,n,ldq]@d/io ldq:i work:F[n-1]@d
 dopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
-dorbdb - +skip=x11:_rows_not_documented_as_a_plain_bound_on_ldx11 : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
+dorbdb i : trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@d/io!?trans=N ldx11:i x12:ge[p,m-q,ldx12]@d/io!?trans=N ldx12:i x21:ge[m,q,ldx21]@d/io!?trans=N ldx21:i x22:ge[m,m-q,ldx22]@d/io!?trans=N ldx22:i theta:v[q]@d/io phi:v[q-1]@d/io taup1:v[p]@d/io taup2:v[m-p]@d/io tauq1:v[q]@d/io tauq2:v[m-q]@d/io work:W[lwork]@d lwork:i
 dorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
 dorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
 dorgbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,k)]@d/i! work:W[lwork]@d lwork:i
@@ -467,14 +468,14 @@ dorgqr i : m:i n:i k:i a:ge[m,n,lda]@d/io! lda:i tau:v[k]@d/i! work:W[lwork]@d l
 dorgrq i : m:i n:i k:i a:ge[m,n,lda]@d/io! lda:i tau:v[k]@d/i! work:W[lwork]@d lwork:i
 dorgtr i : uplo:c n:i a:ge[n,n,lda]@d/io! lda:i tau:v[n-1]@d/i! work:W[lwork]@d lwork:i
 dorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
-dormbr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : vect side trans m n k a lda tau c ldc work lwork
-dormhr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n ilo ihi a lda tau c ldc work lwork
+dormbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
+dormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[m,m,lda]@d/i!?side=L lda:i tau:v[m-1]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
 dormlq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
-dormql - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k a lda tau c ldc work lwork
-dormqr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k a lda tau c ldc work lwork
+dormql i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@d/i!?side=L lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
+dormqr i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@d/i!?side=L lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
 dormrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
 dormrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
-dormtr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side uplo trans m n a lda tau c ldc work lwork
+dormtr i : side:c uplo:c trans:c m:i n:i a:ge[m,m,lda]@d/i!?side=L lda:i tau:v[m-1]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
 dpbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i anorm:r@d! rcond:s@d work:F[3*n]@d iwork:F[n]@i
 dpbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i s:v[n]@d/o scond:s@d amax:s@d
 dpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i afb:sb[uplo,n,kd,ldafb]@d/i! ldafb:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
@@ -520,11 +521,11 @@ dsbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io
 dsbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dsbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work iwork ifail
 dsbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork iwork ifail
-dsbgst - +skip=x:_rows_not_documented_as_a_plain_bound_on_ldx : vect uplo n ka kb ab ldab bb ldbb x ldx work
-dsbgv - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz uplo n ka kb ab ldab bb ldbb w z ldz work
+dsbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:ge[kb+1,n,ldbb]@d/i! ldbb:i x:ge[n,n,ldx]@d/io?vect=V ldx:i work:F[2*n]@d
+dsbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:sb[uplo,n,kb,ldbb]@d/io! ldbb:i w:v[n]@d/io z:ge[n,n,ldz]@d/o?jobz=V ldz:i work:F[3*n]@d
 dsbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:sb[uplo,n,kb,ldbb]@d/io! ldbb:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dsbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:sb[uplo,n,kb,ldbb]@d/io! ldbb:i q:ge[n,n,ldq]@d/io ldq:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:F[7*n]@d iwork:F[5*n]@i ifail:I
-dsbtrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect uplo n kd ab ldab d e q ldq work
+dsbtrd i : vect:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i d:v[n]@d/io e:v[n-1]@d/io q:ge[n,n,ldq]@d/io!?vect=VU ldq:i work:F[n]@d
 dsfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
 dsgesv i : n:i nrhs:i a:ge[n,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i work:F[n*nrhs]@d swork:F[n*(n+nrhs)]@s iter:o
 dspcon i : uplo:c n:i ap:sp[uplo,n]@d/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@d iwork:F[n]@i
@@ -604,28 +605,28 @@ dtfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo 
 dtftri - +skip=a:_packed_order_not_documented_as_one_argument : transr uplo diag n a
 dtfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@d/i! ap:sp[uplo,n]@d/o
 dtfttr i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@d/i! a:ge[n,n,lda]@d/o lda:i
-dtgevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n s lds p ldp vl ldvl vr ldvr mm m work
+dtgevc i : side:c howmny:c select:I n:i s:ge[n,n,lds]@d/i! lds:i p:ge[n,n,ldp]@d/i! ldp:i vl:ge[n,mm,ldvl]@d/io!?side=LB ldvl:i vr:ge[n,mm,ldvr]@d/io!?side=RB ldvr:i mm:i m:o work:F[6*n]@d
 dtgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst work lwork
 dtgsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : ijob wantq wantz select n a lda b ldb alphar alphai beta q ldq z ldz m pl pr dif work lwork iwork liwork
-dtgsja - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n k l a lda b ldb tola tolb alpha beta u ldu v ldv q ldq work ncycle
-dtgsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+dtgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge[m,n,lda]@d/io! lda:i b:ge[p,n,ldb]@d/io! ldb:i tola:r@d! tolb:r@d! alpha:v[n]@d/io beta:v[n]@d/o u:ge[m,m,ldu]@d/io!?jobu=U ldu:i v:ge[p,p,ldv]@d/io!?jobv=V ldv:i q:ge[n,n,ldq]@d/io!?jobq=Q ldq:i work:F[2*n]@d ncycle:o
+dtgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
 dtgsyl i : trans:c ijob:i m:i n:i a:ge[m,m,lda]@d/i! lda:i b:ge[n,n,ldb]@d/i! ldb:i c:ge[m,n,ldc]@d/io! ldc:i d:ge[m,m,ldd]@d/i! ldd:i e:ge[n,n,lde]@d/i! lde:i f:ge[m,n,ldf]@d/io! ldf:i scale:s@d dif:s@d work:W[lwork]@d lwork:i iwork:F[m+n+6]@i
 dtpcon i : norm:c uplo:c diag:c n:i ap:tp[uplo,diag,n]@d/i! rcond:s@d work:F[3*n]@d iwork:F[n]@i
-dtpmqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k l nb v ldv t ldt a lda b ldb work
+dtpmqrt - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k l nb v ldv t ldt a lda b ldb work
 dtpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@d/io! lda:i b:ge[m,n,ldb]@d/io! ldb:i t:ge[nb,n,ldt]@d/io ldt:i work:F[nb*n]@d
 dtpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@d/io! lda:i b:ge[m,n,ldb]@d/io! ldb:i t:ge[n,n,ldt]@d/io ldt:i
-dtprfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
+dtprfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
 dtprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@d/i! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dtptri i : uplo:c diag:c n:i ap:tp[uplo,diag,n]@d/io!
 dtptrs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@d/i! b:ge[n,nrhs,ldb]@d/io! ldb:i
 dtpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@d/i! arf:pf[transr,uplo,n]@d/o
 dtpttr i : uplo:c n:i ap:tp[uplo,'n',n]@d/i! a:ge[n,n,lda]@d/o lda:i
 dtrcon i : norm:c uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@d/i! lda:i rcond:s@d work:F[3*n]@d iwork:F[n]@i
-dtrevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n t ldt vl ldvl vr ldvr mm m work
+dtrevc i : side:c howmny:c select:I n:i t:ge[n,n,ldt]@d/i! ldt:i vl:ge[n,mm,ldvl]@d/io!?side=LB ldvl:i vr:ge[n,mm,ldvr]@d/io!?side=RB ldvr:i mm:i m:o work:F[3*n]@d
 dtrexc i : compq:c n:i t:ge[n,n,ldt]@d/io! ldt:i q:ge[n,n,ldq]@d/io! ldq:i ifst:o ilst:o work:F[n]@d
 dtrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@d/i! lda:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
-dtrsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq select n t ldt q ldq wr wi m s sep work lwork iwork liwork
-dtrsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork iwork
+dtrsen i : job:c compq:c select:I n:i t:ge[n,n,ldt]@d/io! ldt:i q:ge[n,n,ldq]@d/io!?compq=V ldq:i wr:v[n]@d/io wi:v[n]@d/io m:I s:s@d sep:s@d work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dtrsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork iwork
 dtrsyl i : trana:c tranb:c isgn:i m:i n:i a:ge[m,m,lda]@d/i! lda:i b:ge[n,n,ldb]@d/i! ldb:i c:ge[m,n,ldc]@d/io! ldc:i scale:s@d
 dtrsyl3 - +skip=no_Fortran_documentation : trana tranb isgn m n a lda b ldb c ldc scale iwork liwork swork ldswork
 dtrtri i : uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@d/io! lda:i
@@ -638,7 +639,7 @@ sbdsdc - +skip=workspace_work:_'lwork'_is_not_an_argument : uplo compq n d e u l
 sbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 sbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
 sdisna - +skip=no_layout_argument : m n d sep
-sgbbrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
+sgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
 sgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@s/i! ldab:i ipiv:I anorm:r@s! rcond:s@s work:F[3*n]@s iwork:F[n]@i
 sgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@s/i! ldab:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
 sgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
@@ -655,10 +656,10 @@ sgebrd i : m:i n:i a:ge[m,n,lda]@s/io! lda:i d:v[min(m,n)]@s/io e:v[min(m,n)-1]@
 sgecon i : norm:c n:i a:ge[n,n,lda]@s/i! lda:i anorm:r@s! rcond:s@s work:F[4*n]@s iwork:F[n]@i
 sgeequ i : m:i n:i a:ge[m,n,lda]@s/i! lda:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
 sgeequb i : m:i n:i a:ge[m,n,lda]@s/i! lda:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
-sgees - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select n a lda sdim wr wi vs ldvs work lwork bwork
-sgeesx - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select sense n a lda sdim wr wi vs ldvs rconde rcondv work lwork iwork liwork bwork
-sgeev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda wr wi vl ldvl vr ldvr work lwork
-sgeevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda wr wi vl ldvl vr ldvr ilo ihi scale abnrm rconde rcondv work lwork iwork
+sgees i : jobvs:c sort:c select:f n:i a:ge[n,n,lda]@s/io! lda:i sdim:o wr:v[n]@s/io wi:v[n]@s/o vs:ge[n,n,ldvs]@s/o?jobvs=V ldvs:i work:W[lwork]@s lwork:i bwork:F[n]@i
+sgeesx i : jobvs:c sort:c select:f sense:c n:i a:ge[n,n,lda]@s/io! lda:i sdim:o wr:v[n]@s/io wi:v[n]@s/o vs:ge[n,n,ldvs]@s/o?jobvs=V ldvs:i rconde:s@s rcondv:s@s work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i bwork:F[n]@i
+sgeev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@s/io! lda:i wr:v[n]@s/io wi:v[n]@s/io vl:ge[n,n,ldvl]@s/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@s/io?jobvr=V ldvr:i work:W[lwork]@s lwork:i
+sgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge[n,n,lda]@s/io! lda:i wr:v[n]@s/io wi:v[n]@s/io vl:ge[n,n,ldvl]@s/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@s/io?jobvr=V ldvr:i ilo:o ihi:o scale:v[n]@s/io abnrm:s@s rconde:v[n]@s/io rcondv:v[n]@s/io work:W[lwork]@s lwork:i iwork:F[2*n-2]@i
 sgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@s/io! lda:i tau:v[n-1]@s/io work:W[lwork]@s lwork:i
 sgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv work lwork iwork
 sgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
@@ -701,29 +702,29 @@ sgetsls i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@s/io! lda:i b:ge[max(m,n),nrhs,
 sgetsqrhrt - +skip=no_Fortran_documentation : m n mb1 nb1 nb2 a lda t ldt work lwork
 sggbak i : job:c side:c n:i ilo:i ihi:i lscale:v[n]@s/i! rscale:v[n]@s/i! m:i v:ge[n,m,ldv]@s/io! ldv:i
 sggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
-sgges - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg n a lda b ldb sdim alphar alphai beta vsl ldvsl vsr ldvsr work lwork bwork
-sgges3 - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg n a lda b ldb sdim alphar alphai beta vsl ldvsl vsr ldvsr work lwork bwork
-sggesx - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg sense n a lda b ldb sdim alphar alphai beta vsl ldvsl vsr ldvsr rconde rcondv work lwork iwork liwork bwork
-sggev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alphar alphai beta vl ldvl vr ldvr work lwork
-sggev3 - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alphar alphai beta vl ldvl vr ldvr work lwork
-sggevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda b ldb alphar alphai beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork iwork bwork
+sgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge[n,n,lda]@s/io! lda:i b:ge[n,n,ldb]@s/io! ldb:i sdim:o alphar:v[n]@s/io alphai:v[n]@s/io beta:v[n]@s/o vsl:ge[n,n,ldvsl]@s/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@s/io?jobvsr=V ldvsr:i work:W[lwork]@s lwork:i bwork:F[n]@i
+sgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge[n,n,lda]@s/io! lda:i b:ge[n,n,ldb]@s/io! ldb:i sdim:o alphar:v[n]@s/io alphai:v[n]@s/io beta:v[n]@s/o vsl:ge[n,n,ldvsl]@s/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@s/io?jobvsr=V ldvsr:i work:W[lwork]@s lwork:i bwork:F[n]@i
+sggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge[n,n,lda]@s/io! lda:i b:ge[n,n,ldb]@s/io! ldb:i sdim:o alphar:v[n]@s/io alphai:v[n]@s/io beta:v[n]@s/o vsl:ge[n,n,ldvsl]@s/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@s/io?jobvsr=V ldvsr:i rconde:v[2]@s/io rcondv:v[2]@s/io work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i bwork:F[n]@i
+sggev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@s/io! lda:i b:ge[n,n,ldb]@s/io! ldb:i alphar:v[n]@s/io alphai:v[n]@s/io beta:v[n]@s/o vl:ge[n,n,ldvl]@s/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@s/io?jobvr=V ldvr:i work:W[lwork]@s lwork:i
+sggev3 i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@s/io! lda:i b:ge[n,n,ldb]@s/io! ldb:i alphar:v[n]@s/io alphai:v[n]@s/io beta:v[n]@s/o vl:ge[n,n,ldvl]@s/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@s/io?jobvr=V ldvr:i work:W[lwork]@s lwork:i
+sggevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge[n,n,lda]@s/io! lda:i b:ge[n,n,ldb]@s/io! ldb:i alphar:v[n]@s/io alphai:v[n]@s/io beta:v[n]@s/o vl:ge[n,n,ldvl]@s/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@s/io?jobvr=V ldvr:i ilo:o ihi:o lscale:v[n]@s/io rscale:v[n]@s/io abnrm:s@s bbnrm:s@s rconde:v[n]@s/io rcondv:v[n]@s/io work:W[lwork]@s lwork:i iwork:F[n+6]@i bwork:F[n]@i
 sggglm i : n:i m:i p:i a:ge[n,m,lda]@s/io! lda:i b:ge[n,p,ldb]@s/io! ldb:i d:v[n]@s/io! x:v[m]@s/io y:v[p]@s/o work:W[lwork]@s lwork:i
-sgghd3 - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz work lwork
-sgghrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz
+sgghd3 i : compq:c compz:c n:i ilo:i ihi:i a:ge[n,n,lda]@s/io! lda:i b:ge[n,n,ldb]@s/io! ldb:i q:ge[n,n,ldq]@s/io!?compq=VI ldq:i z:ge[n,n,ldz]@s/io!?compz=VI ldz:i work:W[lwork]@s lwork:i
+sgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge[n,n,lda]@s/io! lda:i b:ge[n,n,ldb]@s/io! ldb:i q:ge[n,n,ldq]@s/io!?compq=VI ldq:i z:ge[n,n,ldz]@s/io!?compz=VI ldz:i
 sgglse i : m:i n:i p:i a:ge[m,n,lda]@s/io! lda:i b:ge[p,n,ldb]@s/io! ldb:i c:v[m]@s/io! d:v[p]@s/io! x:v[n]@s/o work:W[lwork]@s lwork:i
 sggqrf i : n:i m:i p:i a:ge[n,m,lda]@s/io! lda:i taua:v[min(n,m)]@s/io b:ge[n,p,ldb]@s/io! ldb:i taub:v[min(n,p)]@s/io work:W[lwork]@s lwork:i
 sggrqf i : m:i p:i n:i a:ge[m,n,lda]@s/io! lda:i taua:v[min(m,n)]@s/io b:ge[p,n,ldb]@s/io! ldb:i taub:v[min(p,n)]@s/io work:W[lwork]@s lwork:i
 sggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work iwork
-sggsvd3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work lwork iwork
+sggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:I a:ge[m,n,lda]@s/io! lda:i b:ge[p,n,ldb]@s/io! ldb:i alpha:v[n]@s/io beta:v[n]@s/o u:ge[m,m,ldu]@s/o?jobu=U ldu:i v:ge[p,p,ldv]@s/o?jobv=V ldv:i q:ge[n,n,ldq]@s/o?jobq=Q ldq:i work:W[lwork]@s lwork:i iwork:I
 sggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work
-sggsvp3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work lwork
+sggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge[m,n,lda]@s/io! lda:i b:ge[p,n,ldb]@s/io! ldb:i tola:r@s! tolb:r@s! k:o l:I u:ge[m,m,ldu]@s/o?jobu=U ldu:i v:ge[p,p,ldv]@s/o?jobv=V ldv:i q:ge[n,n,ldq]@s/o?jobq=Q ldq:i iwork:F[n]@i tau:F[n]@s work:W[lwork]@s lwork:i
 sgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work iwork
 sgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! dlf:v[n-1]@s/i! df:v[n]@s/i! duf:v[n-1]@s/i! du2:v[n-2]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sgtsv i : n:i nrhs:i dl:v[n-1]@s/io! d:v[n]@s/io! du:v[n-1]@s/io! b:ge[n,nrhs,ldb]@s/io! ldb:i
 sgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! dlf:v[n-1]@s/io! df:v[n]@s/io! duf:v[n-1]@s/io! du2:v[n-2]@s/io! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sgttrf - +skip=no_layout_argument : dl d du du2 ipiv
 sgttrs i : trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! du2:v[n-2]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
-shgeqz - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq compz n ilo ihi h ldh t ldt alphar alphai beta q ldq z ldz work lwork
+shgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@s/io! ldh:i t:ge[n,n,ldt]@s/io! ldt:i alphar:v[n]@s/io alphai:v[n]@s/io beta:v[n]@s/io q:ge[n,n,ldq]@s/io!?compq=VI ldq:i z:ge[n,n,ldz]@s/io!?compz=VI ldz:i work:W[lwork]@s lwork:i
 shsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh wr wi vl ldvl vr ldvr mm m work ifaill ifailr
 shseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@s/io! ldh:i wr:v[n]@s/io wi:v[n]@s/io z:ge[n,n,ldz]@s/io! ldz:i work:W[lwork]@s lwork:i
 slacn2 - +skip=no_layout_argument : v x isgn est kase isave
@@ -740,9 +741,9 @@ slapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@s/io! ldx:i k:I
 slapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@s/io! ldx:i k:I
 slapy2 - +skip=no_layout_argument : y
 slapy3 - +skip=no_layout_argument : y z
-slarfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k v ldv t ldt c ldc work ldwork
+slarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 slarfg - +skip=no_layout_argument : alpha x incx tau
-slarft - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : direct storev n k v ldv tau t ldt
+slarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@s/i!?storev=C ldv:i tau:v[k]@s/i! t:ge[k,k,ldt]@s/io ldt:i
 slarfx - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : side m n v tau c ldc work
 slarnv - +skip=no_layout_argument : iseed n x
 slartgp - +skip=no_layout_argument : g cs sn r
@@ -756,7 +757,7 @@ slatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl
 slauum i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i
 sopgtr i : uplo:c n:i ap:sp[uplo,n]@s/i! tau:v[n-1]@s/i! q:ge[n,n,ldq]@s/io ldq:i work:F[n-1]@s
 sopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
-sorbdb - +skip=x11:_rows_not_documented_as_a_plain_bound_on_ldx11 : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
+sorbdb i : trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@s/io!?trans=N ldx11:i x12:ge[p,m-q,ldx12]@s/io!?trans=N ldx12:i x21:ge[m,q,ldx21]@s/io!?trans=N ldx21:i x22:ge[m,m-q,ldx22]@s/io!?trans=N ldx22:i theta:v[q]@s/io phi:v[q-1]@s/io taup1:v[p]@s/io taup2:v[m-p]@s/io tauq1:v[q]@s/io tauq2:v[m-q]@s/io work:W[lwork]@s lwork:i
 sorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
 sorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
 sorgbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,k)]@s/i! work:W[lwork]@s lwork:i
@@ -767,14 +768,14 @@ sorgqr i : m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[k]@s/i! work:W[lwork]@s l
 sorgrq i : m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[k]@s/i! work:W[lwork]@s lwork:i
 sorgtr i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i tau:v[n-1]@s/i! work:W[lwork]@s lwork:i
 sorgtsqr_row - +skip=no_Fortran_documentation : m n mb nb a lda t ldt work lwork
-sormbr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : vect side trans m n k a lda tau c ldc work lwork
-sormhr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n ilo ihi a lda tau c ldc work lwork
+sormbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
+sormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[m,m,lda]@s/i!?side=L lda:i tau:v[m-1]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
 sormlq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
-sormql - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k a lda tau c ldc work lwork
-sormqr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k a lda tau c ldc work lwork
+sormql i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@s/i!?side=L lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
+sormqr i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@s/i!?side=L lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
 sormrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
 sormrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
-sormtr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side uplo trans m n a lda tau c ldc work lwork
+sormtr i : side:c uplo:c trans:c m:i n:i a:ge[m,m,lda]@s/i!?side=L lda:i tau:v[m-1]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
 spbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i anorm:r@s! rcond:s@s work:F[3*n]@s iwork:F[n]@i
 spbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i s:v[n]@s/o scond:s@s amax:s@s
 spbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i afb:sb[uplo,n,kd,ldafb]@s/i! ldafb:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
@@ -820,11 +821,11 @@ ssbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io
 ssbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 ssbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work iwork ifail
 ssbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork iwork ifail
-ssbgst - +skip=x:_rows_not_documented_as_a_plain_bound_on_ldx : vect uplo n ka kb ab ldab bb ldbb x ldx work
-ssbgv - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz uplo n ka kb ab ldab bb ldbb w z ldz work
+ssbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:ge[kb+1,n,ldbb]@s/i! ldbb:i x:ge[n,n,ldx]@s/io?vect=V ldx:i work:F[2*n]@s
+ssbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:sb[uplo,n,kb,ldbb]@s/io! ldbb:i w:v[n]@s/io z:ge[n,n,ldz]@s/o?jobz=V ldz:i work:F[3*n]@s
 ssbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:sb[uplo,n,kb,ldbb]@s/io! ldbb:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 ssbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:sb[uplo,n,kb,ldbb]@s/io! ldbb:i q:ge[n,n,ldq]@s/io ldq:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:F[7*n]@s iwork:F[5*n]@i ifail:I
-ssbtrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect uplo n kd ab ldab d e q ldq work
+ssbtrd i : vect:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i d:v[n]@s/io e:v[n-1]@s/io q:ge[n,n,ldq]@s/io!?vect=VU ldq:i work:F[n]@s
 ssfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
 sspcon i : uplo:c n:i ap:sp[uplo,n]@s/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@s iwork:F[n]@i
 sspev i : jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:F[3*n]@s
@@ -902,28 +903,28 @@ stfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo 
 stftri - +skip=a:_packed_order_not_documented_as_one_argument : transr uplo diag n a
 stfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@s/i! ap:sp[uplo,n]@s/o
 stfttr i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@s/i! a:ge[n,n,lda]@s/o lda:i
-stgevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n s lds p ldp vl ldvl vr ldvr mm m work
+stgevc i : side:c howmny:c select:I n:i s:ge[n,n,lds]@s/i! lds:i p:ge[n,n,ldp]@s/i! ldp:i vl:ge[n,mm,ldvl]@s/io!?side=LB ldvl:i vr:ge[n,mm,ldvr]@s/io!?side=RB ldvr:i mm:i m:o work:F[6*n]@s
 stgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst work lwork
 stgsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : ijob wantq wantz select n a lda b ldb alphar alphai beta q ldq z ldz m pl pr dif work lwork iwork liwork
-stgsja - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n k l a lda b ldb tola tolb alpha beta u ldu v ldv q ldq work ncycle
-stgsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+stgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge[m,n,lda]@s/io! lda:i b:ge[p,n,ldb]@s/io! ldb:i tola:r@s! tolb:r@s! alpha:v[n]@s/io beta:v[n]@s/o u:ge[m,m,ldu]@s/io!?jobu=U ldu:i v:ge[p,p,ldv]@s/io!?jobv=V ldv:i q:ge[n,n,ldq]@s/io!?jobq=Q ldq:i work:F[2*n]@s ncycle:o
+stgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
 stgsyl i : trans:c ijob:i m:i n:i a:ge[m,m,lda]@s/i! lda:i b:ge[n,n,ldb]@s/i! ldb:i c:ge[m,n,ldc]@s/io! ldc:i d:ge[m,m,ldd]@s/i! ldd:i e:ge[n,n,lde]@s/i! lde:i f:ge[m,n,ldf]@s/io! ldf:i scale:s@s dif:s@s work:W[lwork]@s lwork:i iwork:F[m+n+6]@i
 stpcon i : norm:c uplo:c diag:c n:i ap:tp[uplo,diag,n]@s/i! rcond:s@s work:F[3*n]@s iwork:F[n]@i
-stpmqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k l nb v ldv t ldt a lda b ldb work
+stpmqrt - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k l nb v ldv t ldt a lda b ldb work
 stpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@s/io! lda:i b:ge[m,n,ldb]@s/io! ldb:i t:ge[nb,n,ldt]@s/io ldt:i work:F[nb*n]@s
 stpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@s/io! lda:i b:ge[m,n,ldb]@s/io! ldb:i t:ge[n,n,ldt]@s/io ldt:i
-stprfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
+stprfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
 stprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@s/i! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 stptri i : uplo:c diag:c n:i ap:tp[uplo,diag,n]@s/io!
 stptrs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@s/i! b:ge[n,nrhs,ldb]@s/io! ldb:i
 stpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@s/i! arf:pf[transr,uplo,n]@s/o
 stpttr i : uplo:c n:i ap:tp[uplo,'n',n]@s/i! a:ge[n,n,lda]@s/o lda:i
 strcon i : norm:c uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@s/i! lda:i rcond:s@s work:F[3*n]@s iwork:F[n]@i
-strevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n t ldt vl ldvl vr ldvr mm m work
+strevc i : side:c howmny:c select:I n:i t:ge[n,n,ldt]@s/i! ldt:i vl:ge[n,mm,ldvl]@s/io!?side=LB ldvl:i vr:ge[n,mm,ldvr]@s/io!?side=RB ldvr:i mm:i m:o work:F[3*n]@s
 strexc i : compq:c n:i t:ge[n,n,ldt]@s/io! ldt:i q:ge[n,n,ldq]@s/io! ldq:i ifst:o ilst:o work:F[n]@s
 strrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@s/i! lda:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/i! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
-strsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq select n t ldt q ldq wr wi m s sep work lwork iwork liwork
-strsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork iwork
+strsen i : job:c compq:c select:I n:i t:ge[n,n,ldt]@s/io! ldt:i q:ge[n,n,ldq]@s/io!?compq=V ldq:i wr:v[n]@s/io wi:v[n]@s/io m:I s:s@s sep:s@s work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+strsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork iwork
 strsyl i : trana:c tranb:c isgn:i m:i n:i a:ge[m,m,lda]@s/i! lda:i b:ge[n,n,ldb]@s/i! ldb:i c:ge[m,n,ldc]@s/io! ldc:i scale:s@s
 strsyl3 - +skip=no_Fortran_documentation : trana tranb isgn m n a lda b ldb c ldc scale iwork liwork swork ldswork
 strtri i : uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@s/io! lda:i
@@ -935,7 +936,7 @@ zbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@d/io
 zbdsqr - +skip=arguments_differ_from_the_Fortran_routine : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 zcgesv i : n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i work:F[n*nrhs]@z swork:F[n*(n+nrhs)]@c rwork:F[n]@d iter:o
 zcposv i : uplo:c n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i work:F[n*nrhs]@z swork:F[n*(n+nrhs)]@c rwork:F[n]@d iter:o
-zgbbrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
+zgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
 zgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@z/i! ldab:i ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z rwork:F[n]@d
 zgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@z/i! ldab:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
 zgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
@@ -952,10 +953,10 @@ zgebrd i : m:i n:i a:ge[m,n,lda]@z/io! lda:i d:v[min(m,n)]@d/io e:v[min(m,n)-1]@
 zgecon i : norm:c n:i a:ge[n,n,lda]@z/i! lda:i anorm:r@d! rcond:s@d work:F[2*n]@z rwork:F[2*n]@d
 zgeequ i : m:i n:i a:ge[m,n,lda]@z/i! lda:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
 zgeequb i : m:i n:i a:ge[m,n,lda]@z/i! lda:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
-zgees - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select n a lda sdim w vs ldvs work lwork rwork bwork
-zgeesx - +skip=vs:_rows_not_documented_as_a_plain_bound_on_ldvs : jobvs sort select sense n a lda sdim w vs ldvs rconde rcondv work lwork rwork bwork
-zgeev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda w vl ldvl vr ldvr work lwork rwork
-zgeevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda w vl ldvl vr ldvr ilo ihi scale abnrm rconde rcondv work lwork rwork
+zgees i : jobvs:c sort:c select:f n:i a:ge[n,n,lda]@z/io! lda:i sdim:o w:v[n]@z/o vs:ge[n,n,ldvs]@z/o?jobvs=V ldvs:i work:W[lwork]@z lwork:i rwork:F[n]@d bwork:F[n]@i
+zgeesx i : jobvs:c sort:c select:f sense:c n:i a:ge[n,n,lda]@z/io! lda:i sdim:o w:v[n]@z/o vs:ge[n,n,ldvs]@z/o?jobvs=V ldvs:i rconde:s@d rcondv:s@d work:W[lwork]@z lwork:i rwork:F[n]@d bwork:F[n]@i
+zgeev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@z/io! lda:i w:v[n]@z/o vl:ge[n,n,ldvl]@z/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@z/io?jobvr=V ldvr:i work:W[lwork]@z lwork:i rwork:F[2*n]@d
+zgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge[n,n,lda]@z/io! lda:i w:v[n]@z/o vl:ge[n,n,ldvl]@z/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@z/io?jobvr=V ldvr:i ilo:o ihi:o scale:v[n]@d/io abnrm:s@d rconde:v[n]@d/io rcondv:v[n]@d/io work:W[lwork]@z lwork:i rwork:F[2*n]@d
 zgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@z/io! lda:i tau:v[n-1]@z/io work:W[lwork]@z lwork:i
 zgejsv - +skip=arguments_differ_from_the_Fortran_routine : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
 zgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
@@ -998,22 +999,22 @@ zgetsls i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@z/io! lda:i b:ge[max(m,n),nrhs,
 zgetsqrhrt - +skip=no_Fortran_documentation : m n mb1 nb1 nb2 a lda t ldt work lwork
 zggbak i : job:c side:c n:i ilo:i ihi:i lscale:v[n]@d/i! rscale:v[n]@d/i! m:i v:ge[n,m,ldv]@z/io! ldv:i
 zggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
-zgges - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg n a lda b ldb sdim alpha beta vsl ldvsl vsr ldvsr work lwork rwork bwork
-zgges3 - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg n a lda b ldb sdim alpha beta vsl ldvsl vsr ldvsr work lwork rwork bwork
-zggesx - +skip=vsl:_rows_not_documented_as_a_plain_bound_on_ldvsl : jobvsl jobvsr sort selctg sense n a lda b ldb sdim alpha beta vsl ldvsl vsr ldvsr rconde rcondv work lwork rwork iwork liwork bwork
-zggev - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alpha beta vl ldvl vr ldvr work lwork rwork
-zggev3 - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : jobvl jobvr n a lda b ldb alpha beta vl ldvl vr ldvr work lwork rwork
-zggevx - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : balanc jobvl jobvr sense n a lda b ldb alpha beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork rwork iwork bwork
+zgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,n,ldb]@z/io! ldb:i sdim:o alpha:v[n]@z/io beta:v[n]@z/o vsl:ge[n,n,ldvsl]@z/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@z/io?jobvsr=V ldvsr:i work:W[lwork]@z lwork:i rwork:F[8*n]@d bwork:F[n]@i
+zgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,n,ldb]@z/io! ldb:i sdim:o alpha:v[n]@z/io beta:v[n]@z/o vsl:ge[n,n,ldvsl]@z/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@z/io?jobvsr=V ldvsr:i work:W[lwork]@z lwork:i rwork:F[8*n]@d bwork:F[n]@i
+zggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,n,ldb]@z/io! ldb:i sdim:o alpha:v[n]@z/io beta:v[n]@z/o vsl:ge[n,n,ldvsl]@z/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@z/io?jobvsr=V ldvsr:i rconde:v[2]@d/io rcondv:v[2]@d/io work:W[lwork]@z lwork:i rwork:F[8*n]@d iwork:W[liwork]@i liwork:i bwork:F[n]@i
+zggev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,n,ldb]@z/io! ldb:i alpha:v[n]@z/io beta:v[n]@z/o vl:ge[n,n,ldvl]@z/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@z/io?jobvr=V ldvr:i work:W[lwork]@z lwork:i rwork:F[8*n]@d
+zggev3 i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,n,ldb]@z/io! ldb:i alpha:v[n]@z/io beta:v[n]@z/o vl:ge[n,n,ldvl]@z/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@z/io?jobvr=V ldvr:i work:W[lwork]@z lwork:i rwork:F[8*n]@d
+zggevx - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : balanc jobvl jobvr sense n a lda b ldb alpha beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork rwork iwork bwork
 zggglm i : n:i m:i p:i a:ge[n,m,lda]@z/io! lda:i b:ge[n,p,ldb]@z/io! ldb:i d:v[n]@z/io! x:v[m]@z/io y:v[p]@z/o work:W[lwork]@z lwork:i
-zgghd3 - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz work lwork
-zgghrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : compq compz n ilo ihi a lda b ldb q ldq z ldz
+zgghd3 i : compq:c compz:c n:i ilo:i ihi:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,n,ldb]@z/io! ldb:i q:ge[n,n,ldq]@z/io!?compq=VI ldq:i z:ge[n,n,ldz]@z/io!?compz=VI ldz:i work:W[lwork]@z lwork:i
+zgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,n,ldb]@z/io! ldb:i q:ge[n,n,ldq]@z/io!?compq=VI ldq:i z:ge[n,n,ldz]@z/io!?compz=VI ldz:i
 zgglse i : m:i n:i p:i a:ge[m,n,lda]@z/io! lda:i b:ge[p,n,ldb]@z/io! ldb:i c:v[m]@z/io! d:v[p]@z/io! x:v[n]@z/o work:W[lwork]@z lwork:i
 zggqrf i : n:i m:i p:i a:ge[n,m,lda]@z/io! lda:i taua:v[min(n,m)]@z/io b:ge[n,p,ldb]@z/io! ldb:i taub:v[min(n,p)]@z/io work:W[lwork]@z lwork:i
 zggrqf i : m:i p:i n:i a:ge[m,n,lda]@z/io! lda:i taua:v[min(m,n)]@z/io b:ge[p,n,ldb]@z/io! ldb:i taub:v[min(p,n)]@z/io work:W[lwork]@z lwork:i
 zggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work rwork iwork
-zggsvd3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work lwork rwork iwork
+zggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:I a:ge[m,n,lda]@z/io! lda:i b:ge[p,n,ldb]@z/io! ldb:i alpha:v[n]@d/io beta:v[n]@d/o u:ge[m,m,ldu]@z/o?jobu=U ldu:i v:ge[p,p,ldv]@z/o?jobv=V ldv:i q:ge[n,n,ldq]@z/o?jobq=Q ldq:i work:W[lwork]@z lwork:i rwork:F[2*n]@d iwork:I
 zggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work
-zggsvp3 - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work lwork
+zggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge[m,n,lda]@z/io! lda:i b:ge[p,n,ldb]@z/io! ldb:i tola:r@d! tolb:r@d! k:o l:I u:ge[m,m,ldu]@z/o?jobu=U ldu:i v:ge[p,p,ldv]@z/o?jobv=V ldv:i q:ge[n,n,ldq]@z/o?jobq=Q ldq:i iwork:F[n]@i rwork:F[2*n]@d tau:F[n]@z work:W[lwork]@z lwork:i
 zgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work
 zgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! dlf:v[n-1]@z/i! df:v[n]@z/i! duf:v[n-1]@z/i! du2:v[n-2]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zgtsv i : n:i nrhs:i dl:v[n-1]@z/io! d:v[n]@z/io! du:v[n-1]@z/io! b:ge[n,nrhs,ldb]@z/io! ldb:i
@@ -1026,11 +1027,11 @@ zhbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io
 zhbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
 zhbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work rwork iwork ifail
 zhbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
-zhbgst - +skip=x:_rows_not_documented_as_a_plain_bound_on_ldx : vect uplo n ka kb ab ldab bb ldbb x ldx work rwork
-zhbgv - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz uplo n ka kb ab ldab bb ldbb w z ldz work rwork
-zhbgvd - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz uplo n ka kb ab ldab bb ldbb w z ldz work lwork rwork lrwork iwork liwork
-zhbgvx - +skip=z:_rows_not_documented_as_a_plain_bound_on_ldz : jobz range uplo n ka kb ab ldab bb ldbb q ldq vl vu il iu abstol m w z ldz work rwork iwork ifail
-zhbtrd - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : vect uplo n kd ab ldab d e q ldq work
+zhbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@z/io! ldab:i bb:ge[kb+1,n,ldbb]@z/i! ldbb:i x:ge[n,n,ldx]@z/io?vect=V ldx:i work:F[n]@z rwork:F[n]@d
+zhbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@z/io! ldab:i bb:sb[uplo,n,kb,ldbb]@z/io! ldbb:i w:v[n]@d/io z:ge[n,n,ldz]@z/o?jobz=V ldz:i work:F[n]@z rwork:F[3*n]@d
+zhbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@z/io! ldab:i bb:sb[uplo,n,kb,ldbb]@z/io! ldbb:i w:v[n]@d/io z:ge[n,n,ldz]@z/o?jobz=V ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zhbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@z/io! ldab:i bb:sb[uplo,n,kb,ldbb]@z/io! ldbb:i q:ge[n,n,ldq]@z/io ldq:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,n,ldz]@z/o?jobz=V ldz:i work:F[n]@z rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
+zhbtrd i : vect:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i d:v[n]@d/io e:v[n-1]@d/io q:ge[n,n,ldq]@z/io!?vect=VU ldq:i work:F[n]@z
 zhecon i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zhecon_3 i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i e:v[n]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zheequb i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i s:v[n]@d/o scond:s@d amax:s@d work:F[2*n]@z
@@ -1073,7 +1074,7 @@ zhetrs_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,l
 zhetrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i tb:v[ltb]@z/io ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zhetrs_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zhfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
-zhgeqz - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq compz n ilo ihi h ldh t ldt alpha beta q ldq z ldz work lwork rwork
+zhgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@z/io! ldh:i t:ge[n,n,ldt]@z/io! ldt:i alpha:v[n]@z/io beta:v[n]@z/io q:ge[n,n,ldq]@z/io!?compq=VI ldq:i z:ge[n,n,ldz]@z/io!?compz=VI ldz:i work:W[lwork]@z lwork:i rwork:F[n]@d
 zhpcon i : uplo:c n:i ap:sp[uplo,n]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zhpev i : jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:F[max(1,2*n-1)]@z rwork:F[max(1,3*n-2)]@d
 zhpevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
@@ -1108,9 +1109,9 @@ zlantr - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo diag m n a
 zlapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@z/io! ldx:i k:I
 zlapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@z/io! ldx:i k:I
 zlarcm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
-zlarfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k v ldv t ldt c ldc work ldwork
+zlarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 zlarfg - +skip=no_layout_argument : alpha x incx tau
-zlarft - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : direct storev n k v ldv tau t ldt
+zlarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@z/i!?storev=C ldv:i tau:v[k]@z/i! t:ge[k,k,ldt]@z/io ldt:i
 zlarfx i : side:c m:i n:i v:v[m]@z/i! tau:r@z! c:ge[m,n,ldc]@z/io! ldc:i work:v[n]@z/io
 zlarnv - +skip=no_layout_argument : iseed n x
 zlascl i : type:c kl:i ku:i cfrom:r@d! cto:r@d! m:i n:i a:ge[m,n,lda]@z/io lda:i
@@ -1207,28 +1208,28 @@ ztfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo 
 ztftri i : transr:c uplo:c diag:c n:i a:tf[transr,uplo,diag,n]@z/io!
 ztfttp i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@z/i! ap:sp[uplo,n]@z/o
 ztfttr i : transr:c uplo:c n:i arf:tf[transr,uplo,'n',n]@z/i! a:ge[n,n,lda]@z/o lda:i
-ztgevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n s lds p ldp vl ldvl vr ldvr mm m work rwork
+ztgevc i : side:c howmny:c select:I n:i s:ge[n,n,lds]@z/i! lds:i p:ge[n,n,ldp]@z/i! ldp:i vl:ge[n,mm,ldvl]@z/io!?side=LLBB ldvl:i vr:ge[n,mm,ldvr]@z/io!?side=RB ldvr:i mm:i m:o work:F[2*n]@z rwork:F[2*n]@d
 ztgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst
 ztgsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : ijob wantq wantz select n a lda b ldb alpha beta q ldq z ldz m pl pr dif work lwork iwork liwork
-ztgsja - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobu jobv jobq m p n k l a lda b ldb tola tolb alpha beta u ldu v ldv q ldq work ncycle
-ztgsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+ztgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge[m,n,lda]@z/io! lda:i b:ge[p,n,ldb]@z/io! ldb:i tola:r@d! tolb:r@d! alpha:v[n]@d/io beta:v[n]@d/o u:ge[m,m,ldu]@z/io!?jobu=U ldu:i v:ge[p,p,ldv]@z/io!?jobv=V ldv:i q:ge[n,n,ldq]@z/io!?jobq=Q ldq:i work:F[2*n]@z ncycle:o
+ztgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
 ztgsyl i : trans:c ijob:i m:i n:i a:ge[m,m,lda]@z/i! lda:i b:ge[n,n,ldb]@z/i! ldb:i c:ge[m,n,ldc]@z/io! ldc:i d:ge[m,m,ldd]@z/i! ldd:i e:ge[n,n,lde]@z/i! lde:i f:ge[m,n,ldf]@z/io! ldf:i scale:s@d dif:s@d work:W[lwork]@z lwork:i iwork:F[m+n+2]@i
 ztpcon i : norm:c uplo:c diag:c n:i ap:tp[uplo,diag,n]@z/i! rcond:s@d work:F[2*n]@z rwork:F[n]@d
-ztpmqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k l nb v ldv t ldt a lda b ldb work
+ztpmqrt - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k l nb v ldv t ldt a lda b ldb work
 ztpqrt i : m:i n:i l:i nb:i a:ge[n,n,lda]@z/io! lda:i b:ge[m,n,ldb]@z/io! ldb:i t:ge[nb,n,ldt]@z/io ldt:i work:F[nb*n]@z
 ztpqrt2 i : m:i n:i l:i a:ge[n,n,lda]@z/io! lda:i b:ge[m,n,ldb]@z/io! ldb:i t:ge[n,n,ldt]@z/io ldt:i
-ztprfb - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
+ztprfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
 ztprfs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@z/i! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 ztptri i : uplo:c diag:c n:i ap:tp[uplo,diag,n]@z/io!
 ztptrs i : uplo:c trans:c diag:c n:i nrhs:i ap:tp[uplo,diag,n]@z/i! b:ge[n,nrhs,ldb]@z/io! ldb:i
 ztpttf i : transr:c uplo:c n:i ap:tp[uplo,'n',n]@z/i! arf:pf[transr,uplo,n]@z/o
 ztpttr i : uplo:c n:i ap:tp[uplo,'n',n]@z/i! a:ge[n,n,lda]@z/o lda:i
 ztrcon i : norm:c uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@z/i! lda:i rcond:s@d work:F[2*n]@z rwork:F[n]@d
-ztrevc - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : side howmny select n t ldt vl ldvl vr ldvr mm m work rwork
+ztrevc - +skip=vr:_rows_not_documented_as_a_plain_bound_on_ldvr : side howmny select n t ldt vl ldvl vr ldvr mm m work rwork
 ztrexc i : compq:c n:i t:ge[n,n,ldt]@z/io! ldt:i q:ge[n,n,ldq]@z/io! ldq:i ifst:i ilst:i
 ztrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@z/i! lda:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/i! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
-ztrsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : job compq select n t ldt q ldq w m s sep work lwork
-ztrsna - +skip=vl:_rows_not_documented_as_a_plain_bound_on_ldvl : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork rwork
+ztrsen i : job:c compq:c select:I n:i t:ge[n,n,ldt]@z/io! ldt:i q:ge[n,n,ldq]@z/io!?compq=V ldq:i w:v[n]@z/io m:I s:s@d sep:s@d work:W[lwork]@z lwork:i
+ztrsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork rwork
 ztrsyl i : trana:c tranb:c isgn:i m:i n:i a:ge[m,m,lda]@z/i! lda:i b:ge[n,n,ldb]@z/i! ldb:i c:ge[m,n,ldc]@z/io! ldc:i scale:s@d
 ztrsyl3 - +skip=workspace_swork:_'rows'_is_not_an_argument : trana tranb isgn m n a lda b ldb c ldc scale swork ldswork
 ztrtri i : uplo:c diag:c n:i a:tr[uplo,diag,n,lda]@z/io! lda:i
@@ -1236,7 +1237,7 @@ ztrtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@z/i! lda:i b:g
 ztrttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@z/i! lda:i arf:pf[transr,uplo,n]@z/o
 ztrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@z/i! lda:i ap:sp[uplo,n]@z/o
 ztzrzf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[m]@z/io work:W[lwork]@z lwork:i
-zunbdb - +skip=x11:_rows_not_documented_as_a_plain_bound_on_ldx11 : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
+zunbdb i : trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@z/io!?trans=N ldx11:i x12:ge[p,m-q,ldx12]@z/io!?trans=N ldx12:i x21:ge[m,q,ldx21]@z/io!?trans=N ldx21:i x22:ge[m,m-q,ldx22]@z/io!?trans=N ldx22:i theta:v[q]@d/io phi:v[q-1]@d/io taup1:v[p]@z/io taup2:v[m-p]@z/io tauq1:v[q]@z/io tauq2:v[m-q]@z/io work:W[lwork]@z lwork:i
 zuncsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
 zuncsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
 zungbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,k)]@z/i! work:W[lwork]@z lwork:i
@@ -1247,13 +1248,13 @@ zungqr i : m:i n:i k:i a:ge[m,n,lda]@z/io! lda:i tau:v[k]@z/i! work:W[lwork]@z l
 zungrq i : m:i n:i k:i a:ge[m,n,lda]@z/io! lda:i tau:v[k]@z/i! work:W[lwork]@z lwork:i
 zungtr i : uplo:c n:i a:ge[n,n,lda]@z/io! lda:i tau:v[n-1]@z/i! work:W[lwork]@z lwork:i
 zungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
-zunmbr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : vect side trans m n k a lda tau c ldc work lwork
-zunmhr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n ilo ihi a lda tau c ldc work lwork
+zunmbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
+zunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[m,m,lda]@z/i!?side=L lda:i tau:v[m-1]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
 zunmlq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
-zunmql - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k a lda tau c ldc work lwork
-zunmqr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k a lda tau c ldc work lwork
+zunmql i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@z/i!?side=L lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
+zunmqr i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@z/i!?side=L lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
 zunmrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
 zunmrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
-zunmtr - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side uplo trans m n a lda tau c ldc work lwork
+zunmtr i : side:c uplo:c trans:c m:i n:i a:ge[m,m,lda]@z/i!?side=L lda:i tau:v[m-1]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
 zupgtr i : uplo:c n:i ap:sp[uplo,n]@z/i! tau:v[n-1]@z/i! q:ge[n,n,ldq]@z/io ldq:i work:F[n-1]@z
 zupmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work

@@ -165,6 +165,15 @@ I answer(char type, const void* cell) {
   }
 }
 
+// A matrix that its job letter does not ask for is neither checked, copied nor tested.
+bool wanted(const Arg& a, void* const* p) {
+  if (a.cond < 0) return true;
+  char c = letter(p, a.cond, ' ');
+  for (const char* l = a.letters; *l; ++l)
+    if (lsame(c, *l)) return true;
+  return false;
+}
+
 template <class I>
 I max1(I v) {
   return v > 1 ? v : 1;
@@ -357,7 +366,7 @@ I middle(const Routine<I>& r, int layout, void* const* p) {
   // The only argument checks of the C layer: a row-major leading dimension below the column count.
   for (int k = 0; k < r.nargs; ++k) {
     const Arg& a = r.args[k];
-    if (has_ld(a.kind) && value<I>(p, a.ld) < columns(a, d + a.d)) {
+    if (has_ld(a.kind) && wanted(a, p) && value<I>(p, a.ld) < columns(a, d + a.d)) {
       info = -(a.ld + 2);
       xerbla<I>(r.work, info);
       return info;
@@ -382,7 +391,7 @@ I middle(const Routine<I>& r, int layout, void* const* p) {
   void* copies[kMaxArgs] = {};
   for (int k = 0; k < r.nargs && info == 0; ++k) {
     const Arg& a = r.args[k];
-    if (!is_matrix(a.kind) || p[k] == nullptr) continue;
+    if (!is_matrix(a.kind) || p[k] == nullptr || !wanted(a, p)) continue;
     int64_t count;
     copy_shape(a, d + a.d, ld_t[k], count);
     copies[k] = allocate(count, size_of<I>(a.type));
@@ -418,7 +427,7 @@ I high(const Routine<I>& r, int layout, void* const* p) {
   r.dims(p, c.d);
   if (get_nancheck<I>()) {
     for (int k = 0; k < r.nargs; ++k)
-      if (r.args[k].nan && c.nan_at(k)) return -I(r.args[k].hpos);
+      if (r.args[k].nan && wanted(r.args[k], p) && c.nan_at(k)) return -I(r.args[k].hpos);
   }
   void* q[kMaxArgs];
   void* owned[kMaxArgs] = {};

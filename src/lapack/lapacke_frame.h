@@ -46,6 +46,8 @@ struct Arg {
   int8_t ref[3];  // indices of option letters (see Kind), -1 none
   int8_t d;       // first slot of its dimensions in the computed array
   int8_t hpos;    // 1-based parameter number at the high level (layout is 1), 0 absent there
+  int8_t cond;    // a job letter argument: the matrix is used only when it is one of `letters`
+  const char* letters;
 };
 
 // Fills the dimension slots from the argument addresses.

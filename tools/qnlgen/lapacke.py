@@ -39,6 +39,8 @@ class Arg:
         self.refs = [-1, -1, -1]
         self.dims = []
         self.hpos = 0
+        self.cond = -1  # a letter argument that must be one of `letters` for the matrix to be used
+        self.letters = ""
 
 
 def split_args(text):
@@ -154,8 +156,10 @@ def classify(r):
                 a.dims = [slot_for(m.group(1), True)]
                 a.nan = "qnl::lapacke::kVector"
         else:
-            m = re.match(r"(\w\w)\[(.*)\]@(\w)/(\w+)(!\w*)?$", c)
-            shape, params, ty, direction, nan = m.groups()
+            m = re.match(r"(\w\w)\[(.*)\]@(\w)/(\w+)(!\w*)?(?:\?(\w+)=(\w+))?$", c)
+            shape, params, ty, direction, nan, job, letters = m.groups()
+            if job:
+                a.cond, a.letters = index[job], letters
             a.kind, a.type = SHAPES[shape], ty
             a.dir = {"i": 1, "o": 2, "io": 3}[direction]
             vals = split_args(params)
@@ -253,7 +257,8 @@ def emit_routine(r, header):
     for a in r.args:
         refs = ", ".join(str(x) for x in a.refs)
         d = a.dims[0] if a.dims else 0
-        rows.append(f"{{qnl::lapacke::{a.kind}, '{a.type}', {a.dir}, {a.nan}, {a.ld}, {{{refs}}}, {d}, {a.hpos}}}")
+        rows.append(f"{{qnl::lapacke::{a.kind}, '{a.type}', {a.dir}, {a.nan}, {a.ld}, {{{refs}}}, {d}, {a.hpos}, "
+                    f"{a.cond}, \"{a.letters}\"}}")
     out = [f"// lapacke.sig:{r.line}\n"]
     out.append(f"static const qnl::lapacke::Arg A_{ident}[] = {{\n    {', '.join(rows)}}};\n")
     out.append(f"static void D_{ident}(void* const* p, lapack_int* d) {{\n  (void)p;\n  (void)d;\n"
