@@ -66,6 +66,7 @@ IRREGULAR = {
     "sysv_aa_2stage": "row-major checks tb's length", "hesv_aa_2stage": "row-major checks tb's length",
     "orcsd": "matrices copied only when their job letter asks", "uncsd": "matrices copied only when their job letter asks",
     "orcsd2by1": "matrices copied only when their job letter asks",
+    "orbdb": "row-major reverses trans and signs", "unbdb": "row-major reverses trans and signs",
     "uncsd2by1": "matrices copied only when their job letter asks",
 }
 WORK_RE = re.compile(r"^(\w*work)$")

@@ -313,7 +313,7 @@ ctrtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@c/i! lda:i b:g
 ctrttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@c/i! lda:i arf:pf[transr,uplo,n]@c/o
 ctrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@c/i! lda:i ap:sp[uplo,n]@c/o
 ctzrzf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[m]@c/io work:W[lwork]@c lwork:i
-cunbdb i : trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@c/io!?trans=N ldx11:i x12:ge[p,m-q,ldx12]@c/io!?trans=N ldx12:i x21:ge[m,q,ldx21]@c/io!?trans=N ldx21:i x22:ge[m,m-q,ldx22]@c/io!?trans=N ldx22:i theta:v[q]@s/io phi:v[q-1]@s/io taup1:v[p]@c/io taup2:v[m-p]@c/io tauq1:v[q]@c/io tauq2:v[m-q]@c/io work:W[lwork]@c lwork:i
+cunbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
 cuncsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
 cuncsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
 cungbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,k)]@c/i! work:W[lwork]@c lwork:i
@@ -457,7 +457,7 @@ dlatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl
 dlauum i : uplo:c n:i a:ge[n,n,lda]@d/io! lda:i
 dopgtr i : uplo:c n:i ap:sp[uplo,n]@d/i! tau:v[n-1]@d/i! q:ge[n,n,ldq]@d/io ldq:i work:F[n-1]@d
 dopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
-dorbdb i : trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@d/io!?trans=N ldx11:i x12:ge[p,m-q,ldx12]@d/io!?trans=N ldx12:i x21:ge[m,q,ldx21]@d/io!?trans=N ldx21:i x22:ge[m,m-q,ldx22]@d/io!?trans=N ldx22:i theta:v[q]@d/io phi:v[q-1]@d/io taup1:v[p]@d/io taup2:v[m-p]@d/io tauq1:v[q]@d/io tauq2:v[m-q]@d/io work:W[lwork]@d lwork:i
+dorbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
 dorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
 dorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
 dorgbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,k)]@d/i! work:W[lwork]@d lwork:i
@@ -757,7 +757,7 @@ slatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl
 slauum i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i
 sopgtr i : uplo:c n:i ap:sp[uplo,n]@s/i! tau:v[n-1]@s/i! q:ge[n,n,ldq]@s/io ldq:i work:F[n-1]@s
 sopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
-sorbdb i : trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@s/io!?trans=N ldx11:i x12:ge[p,m-q,ldx12]@s/io!?trans=N ldx12:i x21:ge[m,q,ldx21]@s/io!?trans=N ldx21:i x22:ge[m,m-q,ldx22]@s/io!?trans=N ldx22:i theta:v[q]@s/io phi:v[q-1]@s/io taup1:v[p]@s/io taup2:v[m-p]@s/io tauq1:v[q]@s/io tauq2:v[m-q]@s/io work:W[lwork]@s lwork:i
+sorbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
 sorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
 sorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
 sorgbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,k)]@s/i! work:W[lwork]@s lwork:i
@@ -1237,7 +1237,7 @@ ztrtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr[uplo,diag,n,lda]@z/i! lda:i b:g
 ztrttf i : transr:c uplo:c n:i a:tr[uplo,'n',n,lda]@z/i! lda:i arf:pf[transr,uplo,n]@z/o
 ztrttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@z/i! lda:i ap:sp[uplo,n]@z/o
 ztzrzf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[m]@z/io work:W[lwork]@z lwork:i
-zunbdb i : trans:c signs:c m:i p:i q:i x11:ge[p,q,ldx11]@z/io!?trans=N ldx11:i x12:ge[p,m-q,ldx12]@z/io!?trans=N ldx12:i x21:ge[m,q,ldx21]@z/io!?trans=N ldx21:i x22:ge[m,m-q,ldx22]@z/io!?trans=N ldx22:i theta:v[q]@d/io phi:v[q-1]@d/io taup1:v[p]@z/io taup2:v[m-p]@z/io tauq1:v[q]@z/io tauq2:v[m-q]@z/io work:W[lwork]@z lwork:i
+zunbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
 zuncsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
 zuncsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
 zungbr i : vect:c m:i n:i k:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,k)]@z/i! work:W[lwork]@z lwork:i

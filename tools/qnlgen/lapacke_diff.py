@@ -31,7 +31,7 @@ SCALARS = {"vl": -1.0, "vu": 10.0, "abstol": 0.0, "tol": 0.0, "alpha": 0.5, "bet
            "rcond": 0.0, "cfrom": 1.0, "cto": 2.0, "sigma": 0.5, "c": 0.6, "s": 0.8}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
-UNDEFINED = {"lacpy": "b", "lacp2": "b", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
+UNDEFINED = {"lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
 # Calls the stock library gets wrong, observed: not compared.
 STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)"}
 KIND = {"c": 0, "e": 1, "i": 2, "r": 3, "s": 4, "o": 5, "I": 6, "v": 7, "m": 8}
