@@ -212,3 +212,18 @@ TEST(Kit, TriangularTransposeRecursesAboveSixtyFour) {
 }
 
 }  // namespace
+
+namespace {
+
+// The conjugate transposition is the same public copy with operation "c".
+TEST(Kit, ConjugateTransposeGoesThroughTheCopy) {
+  std::complex<double> in[4] = {}, out[4] = {};
+  qnl_probe_reset();
+  LAPACKE_zge_transc(LAPACK_ROW_MAJOR, 2, 2, in, 2, out, 2);
+  ASSERT_EQ(qnl_probe_count_of("qnl_trans_qnl_zomatcopy"), 1);
+  const qnl_probe::Call* c = qnl_probe_call(-1);
+  EXPECT_EQ(static_cast<char>(c->word[0]), 'r');
+  EXPECT_EQ(static_cast<char>(c->word[1]), 'c');
+}
+
+}  // namespace
