@@ -4,7 +4,8 @@ set -euo pipefail
 need=(cmake ninja-build g++ gfortran python3 libgtest-dev libbenchmark-dev valgrind
   libopenblas64-0-serial libopenblas64-0-pthread libopenblas64-0-openmp libtmglib64-3
   libopenblas0-serial libblas-test liblapack-test python3-numpy python3-pytest python3-hypothesis
-  python3-scipy libtmglib3 pkg-config ccache)
+  python3-scipy libtmglib3 pkg-config ccache liblapacke liblapacke64 liblapacke-dev liblapacke64-dev
+  libfftw3-double3 libfftw3-single3 libfftw3-bin libfftw3-dev python3-pyfftw)
 missing=()
 for p in "${need[@]}"; do dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p"); done
 if ((${#missing[@]})); then

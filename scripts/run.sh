@@ -11,7 +11,7 @@ echo "== services_demo (quiet)"
 build/bin/services_demo
 echo "== services_demo (QNL_THREADING_LAYER=sequential)"
 QNL_THREADING_LAYER=sequential build/bin/services_demo
-for example in linear_algebra_c linear_algebra_f; do
+for example in linear_algebra_c linear_algebra_f lapacke_rowmajor; do
   echo "== $example (quiet)"
   build/bin/$example
   echo "== $example (QNL_VERBOSE=1)"

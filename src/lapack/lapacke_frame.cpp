@@ -1,0 +1,488 @@
+// The LAPACKE template: see lapacke_frame.h.
+#include "lapacke_frame.h"
+
+#include <complex>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+#include "frame.h"
+#include "lapacke_kit.h"
+
+extern "C" {
+QNL_HIDDEN void* qnl_body_qnl_serv_iface_allocate(uint64_t, int32_t);
+QNL_HIDDEN void qnl_body_qnl_serv_iface_deallocate(void*);
+QNL_HIDDEN void qnl_body_QNL_Somatcopy(char, char, size_t, size_t, float, void*, size_t, void*, size_t);
+QNL_HIDDEN void qnl_body_QNL_Domatcopy(char, char, size_t, size_t, double, void*, size_t, void*, size_t);
+QNL_HIDDEN void qnl_body_QNL_Comatcopy(char, char, size_t, size_t, qnl::blas::cfloat, void*, size_t, void*, size_t);
+QNL_HIDDEN void qnl_body_QNL_Zomatcopy(char, char, size_t, size_t, qnl::blas::cdouble, void*, size_t, void*, size_t);
+}
+
+namespace qnl::lapacke {
+
+using cfloat = std::complex<float>;
+using cdouble = std::complex<double>;
+
+template <>
+void omatcopy<float>(char o, char op, size_t r, size_t c, const float* in, size_t li, float* out, size_t lo) {
+  qnl_body_QNL_Somatcopy(o, op, r, c, 1.0f, const_cast<float*>(in), li, out, lo);
+}
+template <>
+void omatcopy<double>(char o, char op, size_t r, size_t c, const double* in, size_t li, double* out, size_t lo) {
+  qnl_body_QNL_Domatcopy(o, op, r, c, 1.0, const_cast<double*>(in), li, out, lo);
+}
+template <>
+void omatcopy<cfloat>(char o, char op, size_t r, size_t c, const cfloat* in, size_t li, cfloat* out, size_t lo) {
+  qnl_body_QNL_Comatcopy(o, op, r, c, {1.0f, 0.0f}, const_cast<cfloat*>(in), li, out, lo);
+}
+template <>
+void omatcopy<cdouble>(char o, char op, size_t r, size_t c, const cdouble* in, size_t li, cdouble* out, size_t lo) {
+  qnl_body_QNL_Zomatcopy(o, op, r, c, {1.0, 0.0}, const_cast<cdouble*>(in), li, out, lo);
+}
+
+namespace {
+
+constexpr int kWorkMemoryError = -1010, kTransposeMemoryError = -1011;
+
+void* allocate(int64_t elements, size_t size) {
+  if (elements < 1) elements = 1;
+  return qnl_body_qnl_serv_iface_allocate(uint64_t(elements) * size, 128);
+}
+void release(void* p) {
+  if (p) qnl_body_qnl_serv_iface_deallocate(p);
+}
+
+size_t element_size(char type) {
+  switch (type) {
+    case 's':
+      return 4;
+    case 'd':
+    case 'c':
+      return 8;
+    case 'z':
+      return 16;
+    default:
+      return 0;  // integers: the width of the twin
+  }
+}
+
+template <class I>
+size_t size_of(char type) {
+  size_t s = element_size(type);
+  return s ? s : sizeof(I);
+}
+
+template <class I>
+I value(void* const* p, int k) {
+  return *static_cast<const I*>(p[k]);
+}
+char letter(void* const* p, int k, char otherwise) { return k < 0 ? otherwise : *static_cast<const char*>(p[k]); }
+
+// Runs `f` with the element type of `type` as a typed null pointer.
+template <class F>
+auto typed(char type, F f) {
+  switch (type) {
+    case 's':
+      return f(static_cast<float*>(nullptr));
+    case 'd':
+      return f(static_cast<double*>(nullptr));
+    case 'c':
+      return f(static_cast<cfloat*>(nullptr));
+    default:
+      return f(static_cast<cdouble*>(nullptr));
+  }
+}
+
+template <class I>
+struct Call {
+  const Routine<I>& r;
+  int layout;
+  void* const* p;
+  I d[kMaxDims];
+
+  bool nan_at(int k) const {
+    const Arg& a = r.args[k];
+    const I* s = d + a.d;
+    return typed(a.type, [&](auto* t) -> bool {
+      using T = std::remove_pointer_t<decltype(t)>;
+      const T* x = static_cast<const T*>(p[k]);
+      char u = letter(p, a.ref[0], 'u');
+      switch (a.nan) {
+        case kScalar:
+          return nan_vec<I>(I(1), x, I(1));
+        case kVector:
+          return nan_vec<I>(s[0], x, I(1));
+        case kGe:
+          return nan_ge<I>(layout, s[0], s[1], x, value<I>(p, a.ld));
+        case kSy:
+          return nan_sy<I>(layout, u, s[0], x, value<I>(p, a.ld));
+        case kTr:
+          return nan_tr<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], x, value<I>(p, a.ld));
+        case kGb:
+          return nan_gb<I>(layout, s[0], s[1], s[2], s[3], x, value<I>(p, a.ld));
+        case kSb:
+          return nan_sb<I>(layout, u, s[0], s[1], x, value<I>(p, a.ld));
+        case kTb:
+          return nan_tb<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], s[1], x, value<I>(p, a.ld));
+        case kSp:
+        case kPf:
+          return nan_sp<I>(s[0], x);
+        case kTp:
+          return nan_tp<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], x);
+        case kTf:
+          return nan_tf<I>(layout, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), letter(p, a.ref[2], 'n'), s[0],
+                           x);
+        default:
+          return false;
+      }
+    });
+  }
+};
+
+// The size a query left in the first element: a real part for complex types, truncated.
+template <class I>
+I answer(char type, const void* cell) {
+  switch (type) {
+    case 's':
+    case 'c': {
+      float v;
+      std::memcpy(&v, cell, sizeof v);
+      return I(v);
+    }
+    case 'd':
+    case 'z': {
+      double v;
+      std::memcpy(&v, cell, sizeof v);
+      return I(v);
+    }
+    default: {
+      I v;
+      std::memcpy(&v, cell, sizeof v);
+      return v;
+    }
+  }
+}
+
+// A matrix that its job letter does not ask for is neither checked, copied nor tested.
+bool wanted(const Arg& a, void* const* p) {
+  if (a.cond < 0) return true;
+  char c = letter(p, a.cond, ' ');
+  for (const char* l = a.letters; *l; ++l)
+    if (lsame(c, *l)) return true;
+  return false;
+}
+
+template <class I>
+I max1(I v) {
+  return v > 1 ? v : 1;
+}
+
+bool is_matrix(uint8_t kind) { return kind >= kGe; }
+bool has_ld(uint8_t kind) {
+  return kind == kGe || kind == kSy || kind == kTr || kind == kGb || kind == kSb || kind == kTb;
+}
+
+// Column-major leading dimension and element count of a matrix's copy.
+template <class I>
+void copy_shape(const Arg& a, const I* s, I& ld, int64_t& count) {
+  switch (a.kind) {
+    case kGe:
+      ld = max1(s[0]);
+      count = int64_t(ld) * max1(s[1]);
+      return;
+    case kSy:
+    case kTr:
+      ld = max1(s[0]);
+      count = int64_t(ld) * ld;
+      return;
+    case kGb:
+      ld = max1(s[2] + s[3] + 1);
+      count = int64_t(ld) * max1(s[1]);
+      return;
+    case kSb:
+    case kTb:
+      ld = max1(s[1] + 1);
+      count = int64_t(ld) * max1(s[0]);
+      return;
+    default:  // packed and RFP
+      ld = 0;
+      count = int64_t(max1(s[0])) * (s[0] + 1) / 2;
+      return;
+  }
+}
+
+// Row-major leading dimension bound: the matrix's column count.
+template <class I>
+I columns(const Arg& a, const I* s) {
+  switch (a.kind) {
+    case kGe:
+    case kGb:
+      return s[1];
+    default:
+      return s[0];
+  }
+}
+
+// Transposes one matrix between layouts: from `from` layout in `in` to the other in `out`.
+template <class I>
+void transpose(const Arg& a, int from, void* const* p, const I* s, const void* in, I ldin, void* out, I ldout) {
+  typed(a.type, [&](auto* t) {
+    using T = std::remove_pointer_t<decltype(t)>;
+    const T* x = static_cast<const T*>(in);
+    T* y = static_cast<T*>(out);
+    char u = letter(p, a.ref[0], 'u');
+    switch (a.kind) {
+      case kGe:
+        trans_ge<I>(from, s[0], s[1], x, ldin, y, ldout);
+        break;
+      case kSy:
+        trans_sy<I>(from, u, s[0], x, ldin, y, ldout);
+        break;
+      case kTr:
+        trans_tr<I>(from, u, letter(p, a.ref[1], 'n'), s[0], x, ldin, y, ldout);
+        break;
+      case kGb:
+        trans_gb<I>(from, s[0], s[1], s[2], s[3], x, ldin, y, ldout);
+        break;
+      case kSb:
+        trans_sb<I>(from, u, s[0], s[1], x, ldin, y, ldout);
+        break;
+      case kTb:
+        trans_tb<I>(from, u, letter(p, a.ref[1], 'n'), s[0], s[1], x, ldin, y, ldout);
+        break;
+      case kSp:
+        trans_sp<I>(from, u, s[0], x, y);
+        break;
+      case kTp:
+        trans_tp<I>(from, u, letter(p, a.ref[1], 'n'), s[0], x, y);
+        break;
+      case kPf:
+        trans_pf<I>(from, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), s[0], x, y);
+        break;
+      case kTf:
+        trans_tf<I>(from, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), letter(p, a.ref[2], 'n'), s[0], x, y);
+        break;
+      default:
+        break;
+    }
+    return 0;
+  });
+}
+
+template <class I>
+I call_fortran(const Routine<I>& r, void** q, I* info) {
+  *info = 0;
+  q[r.nargs] = info;
+  r.fortran(q, nullptr);
+  // The C call has the layout in front: a bad argument n of the Fortran routine is n+1 here.
+  if (*info < 0) *info -= 1;
+  return *info;
+}
+
+char swap_uplo(char u) {
+  if (lsame(u, 'l')) return 'U';
+  if (lsame(u, 'u')) return 'L';
+  return u;
+}
+
+// Row-major without copies: uplo exchanged, m and n exchanged.
+template <class I>
+I middle_no_copy(const Routine<I>& r, void* const* p) {
+  void* q[kMaxArgs + 1];
+  char uplo = 0;
+  I dims[2];
+  int ints = 0;
+  for (int k = 0; k < r.nargs; ++k) {
+    q[k] = p[k];
+    const Arg& a = r.args[k];
+    if (a.kind == kChar && uplo == 0 && k == 0) {
+      uplo = swap_uplo(letter(p, k, 'u'));
+      q[k] = &uplo;
+    }
+    if (a.kind == kInt && ints < 2 && k < 3 && a.ld < 0) dims[ints++] = value<I>(p, k);
+  }
+  // m and n are the first two integers of ?laset and ?lacpy.
+  if (ints == 2 && r.args[0].kind == kChar && r.args[1].kind == kInt && r.args[2].kind == kInt) {
+    std::swap(dims[0], dims[1]);
+    q[1] = &dims[0];
+    q[2] = &dims[1];
+  }
+  I info;
+  return call_fortran(r, q, &info);
+}
+
+}  // namespace
+
+// ------------------------------------------------------------------ NaN flag
+
+template <class I>
+static int g_nancheck = -1;
+
+template <class I>
+int get_nancheck() {
+  if (g_nancheck<I> == -1) {
+    char buffer[256];
+    int length = qnl_rt_getenv("LAPACKE_NANCHECK", buffer, sizeof buffer);
+    // On unless the text parses to 0; a text without leading digits parses to 0.
+    g_nancheck<I> = (length < 1 || std::strtol(buffer, nullptr, 10) != 0) ? 1 : 0;
+  }
+  return g_nancheck<I>;
+}
+
+template <class I>
+void set_nancheck(int flag) {
+  g_nancheck<I> = flag != 0 ? 1 : 0;
+}
+
+template <class I>
+void xerbla(const char* name, I info) {
+  if (info == kWorkMemoryError)
+    std::printf("Not enough memory to allocate work array in %s\n", name);
+  else if (info == kTransposeMemoryError)
+    std::printf("Not enough memory to transpose matrix in %s\n", name);
+  else if (info < 0)
+    std::printf("Wrong parameter %d in %s\n", static_cast<int32_t>(-info), name);
+}
+
+// ---------------------------------------------------------------- the levels
+
+template <class I>
+I middle(const Routine<I>& r, int layout, void* const* p) {
+  void* q[kMaxArgs + 1];
+  I info = 0;
+  if (layout == kColMajor) {
+    for (int k = 0; k < r.nargs; ++k) q[k] = p[k];
+    return call_fortran(r, q, &info);
+  }
+  if (layout != kRowMajor) {
+    xerbla<I>(r.work, I(-1));
+    return -1;
+  }
+  if (r.flags & kNoCopy) return middle_no_copy(r, p);
+  I d[kMaxDims];
+  r.dims(p, d);
+  // The only argument checks of the C layer: a row-major leading dimension below the column count.
+  for (int k = 0; k < r.nargs; ++k) {
+    const Arg& a = r.args[k];
+    if (has_ld(a.kind) && wanted(a, p) && value<I>(p, a.ld) < columns(a, d + a.d)) {
+      info = -(a.ld + 2);
+      xerbla<I>(r.work, info);
+      return info;
+    }
+  }
+  I ld_t[kMaxArgs];
+  bool query = false;
+  for (int k = 0; k < r.nargs; ++k) {
+    const Arg& a = r.args[k];
+    q[k] = p[k];
+    if (a.kind == kWork && value<I>(p, a.ld) == -1) query = true;
+  }
+  for (int k = 0; k < r.nargs; ++k) {
+    const Arg& a = r.args[k];
+    if (!is_matrix(a.kind)) continue;
+    int64_t count;
+    copy_shape(a, d + a.d, ld_t[k], count);
+    if (a.ld >= 0) q[a.ld] = &ld_t[k];
+  }
+  // A workspace query: the sizes do not depend on the layout; nothing is copied.
+  if (query) return call_fortran(r, q, &info);
+  void* copies[kMaxArgs] = {};
+  for (int k = 0; k < r.nargs && info == 0; ++k) {
+    const Arg& a = r.args[k];
+    if (!is_matrix(a.kind) || p[k] == nullptr || !wanted(a, p)) continue;
+    int64_t count;
+    copy_shape(a, d + a.d, ld_t[k], count);
+    copies[k] = allocate(count, size_of<I>(a.type));
+    if (!copies[k]) info = kTransposeMemoryError;
+    q[k] = copies[k];
+  }
+  if (info == 0) {
+    for (int k = 0; k < r.nargs; ++k) {
+      const Arg& a = r.args[k];
+      if (copies[k] && (a.dir & kIn))
+        transpose(a, kRowMajor, p, d + a.d, p[k], a.ld >= 0 ? value<I>(p, a.ld) : I(0), copies[k], ld_t[k]);
+    }
+    call_fortran(r, q, &info);
+    // Results go back whatever info says.
+    for (int k = 0; k < r.nargs; ++k) {
+      const Arg& a = r.args[k];
+      if (copies[k] && (a.dir & kOut))
+        transpose(a, kColMajor, p, d + a.d, copies[k], ld_t[k], p[k], a.ld >= 0 ? value<I>(p, a.ld) : I(0));
+    }
+  }
+  for (int k = r.nargs - 1; k >= 0; --k) release(copies[k]);
+  if (info == kTransposeMemoryError) xerbla<I>(r.work, info);
+  return info;
+}
+
+template <class I>
+I high(const Routine<I>& r, int layout, void* const* p) {
+  if (layout != kColMajor && layout != kRowMajor) {
+    xerbla<I>(r.high, I(-1));
+    return -1;
+  }
+  Call<I> c{r, layout, p, {}};
+  r.dims(p, c.d);
+  if (get_nancheck<I>()) {
+    for (int k = 0; k < r.nargs; ++k)
+      if (r.args[k].nan && wanted(r.args[k], p) && c.nan_at(k)) return -I(r.args[k].hpos);
+  }
+  void* q[kMaxArgs];
+  void* owned[kMaxArgs] = {};
+  I lengths[kMaxArgs];
+  // Query answers land in one local per workspace, wide enough for any element.
+  cdouble answers[kMaxArgs];
+  bool queried = false;
+  I info = 0;
+  for (int k = 0; k < r.nargs; ++k) q[k] = p[k];
+  for (int k = 0; k < r.nargs; ++k) {
+    const Arg& a = r.args[k];
+    if (a.kind == kFixed && info == 0) {
+      owned[k] = allocate(c.d[a.d], size_of<I>(a.type));
+      if (!owned[k]) info = kWorkMemoryError;
+      q[k] = owned[k];
+    } else if (a.kind == kWork) {
+      queried = true;
+      answers[k] = 0;
+      q[k] = &answers[k];
+      lengths[k] = -1;
+      q[a.ld] = &lengths[k];
+    }
+  }
+  if (info == 0 && queried) {
+    info = middle(r, layout, q);
+    for (int k = 0; k < r.nargs && info == 0; ++k) {
+      const Arg& a = r.args[k];
+      if (a.kind != kWork) continue;
+      lengths[k] = answer<I>(a.type, &answers[k]);
+      owned[k] = allocate(lengths[k], size_of<I>(a.type));
+      if (!owned[k]) info = kWorkMemoryError;
+      q[k] = owned[k];
+    }
+  }
+  if (info == 0) info = middle(r, layout, q);
+  for (int k = r.nargs - 1; k >= 0; --k) release(owned[k]);
+  if (info == kWorkMemoryError) xerbla<I>(r.high, info);
+  return info;
+}
+
+template int32_t high(const Routine<int32_t>&, int, void* const*);
+template int64_t high(const Routine<int64_t>&, int, void* const*);
+template int32_t middle(const Routine<int32_t>&, int, void* const*);
+template int64_t middle(const Routine<int64_t>&, int, void* const*);
+template int get_nancheck<int32_t>();
+template int get_nancheck<int64_t>();
+template void set_nancheck<int32_t>(int);
+template void set_nancheck<int64_t>(int);
+template void xerbla<int32_t>(const char*, int32_t);
+template void xerbla<int64_t>(const char*, int64_t);
+
+}  // namespace qnl::lapacke
+
+// One body for both layers: the Fortran entry reads its three integers at the layer's width.
+extern "C" QNL_HIDDEN void qnl_lapack_body_ilaver(void*, void*, void*);
+extern "C" __attribute__((visibility("default"))) void LAPACKE_ilaver(void* major, void* minor, void* patch) {
+  qnl_lapack_body_ilaver(major, minor, patch);
+}

@@ -1,0 +1,90 @@
+// The LAPACKE template. Every routine is a record of its arguments (generated
+// from src/lapack/lapacke.sig) and a thunk that calls the Fortran entry's
+// hidden body; two functions read the record:
+//   high    layout check, NaN gate, fixed and queried workspace, then middle;
+//   middle  column-major: one call; row-major: leading-dimension checks,
+//           transposed copies through the layout kit, the call, copies back.
+// Both are templates over the integer width I of the twin (int32_t for LP64,
+// int64_t for ILP64); each twin has its own NaN flag.
+#pragma once
+#include <cstdint>
+
+#include "entry.h"
+
+namespace qnl::lapacke {
+
+// Argument kinds of the middle level, after the layout.
+enum Kind : uint8_t {
+  kChar,     // char by value
+  kCharPtr,  // char by address (equed)
+  kInt,      // lapack_int by value
+  kScalar,   // real or complex by value
+  kOutPtr,   // anything else passed on by address: scalar outputs, integer arrays, callbacks
+  kVector,   // one-dimensional floating array: d[0] its length
+  kWork,     // workspace sized by a query; `ref` is its length argument
+  kFixed,    // workspace of a fixed length d[0]
+  kGe,       // d: rows, cols
+  kSy,       // d: n; ref: uplo
+  kTr,       // d: n; ref: uplo, diag (-1: non-unit)
+  kGb,       // d: m, n, kl, ku
+  kSb,       // d: n, kd; ref: uplo
+  kTb,       // d: n, kd; ref: uplo, diag
+  kSp,       // d: n; ref: uplo
+  kTp,       // d: n; ref: uplo, diag
+  kPf,       // d: n; ref: transr, uplo
+  kTf,       // d: n; ref: transr, uplo, diag
+};
+
+enum Dir : uint8_t { kIn = 1, kOut = 2, kInOut = 3 };
+
+struct Arg {
+  uint8_t kind;
+  char type;      // element: s d c z, i integer, l logical
+  uint8_t dir;    // of floating arrays
+  uint8_t nan;    // 0 none; else the Kind whose scan the NaN gate runs
+  int8_t ld;      // index of the leading dimension, -1 none
+  int8_t ref[3];  // indices of option letters (see Kind), -1 none
+  int8_t d;       // first slot of its dimensions in the computed array
+  int8_t hpos;    // 1-based parameter number at the high level (layout is 1), 0 absent there
+  int8_t cond;    // a job letter argument: the matrix is used only when it is one of `letters`
+  const char* letters;
+};
+
+// Fills the dimension slots from the argument addresses.
+template <class I>
+using Dims = void (*)(void* const* p, I* d);
+// Calls the Fortran entry's hidden body with the addresses in `q` (info last);
+// a function-valued routine stores its value in `result`.
+using Fortran = void (*)(void* const* q, void* result);
+
+enum Flags : uint8_t {
+  kNoCopy = 1,  // row-major: uplo exchanged, m and n exchanged; nothing copied
+};
+
+template <class I>
+struct Routine {
+  const char* high;  // "LAPACKE_dgels"
+  const char* work;  // "LAPACKE_dgels_work"
+  const Arg* args;
+  uint8_t nargs;
+  uint8_t flags;
+  Dims<I> dims;
+  Fortran fortran;
+};
+
+constexpr int kMaxArgs = 48;
+constexpr int kMaxDims = 64;
+
+template <class I>
+I high(const Routine<I>& r, int layout, void* const* p);
+template <class I>
+I middle(const Routine<I>& r, int layout, void* const* p);
+
+template <class I>
+int get_nancheck();
+template <class I>
+void set_nancheck(int flag);
+template <class I>
+void xerbla(const char* name, I info);
+
+}  // namespace qnl::lapacke

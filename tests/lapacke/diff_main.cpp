@@ -1,0 +1,339 @@
+// Differential harness: every LAPACKE routine of the facade's table that Debian's
+// liblapacke also has, called with identical generated inputs in both layouts on the
+// facade and on the stock library, each opened with RTLD_LOCAL | RTLD_DEEPBIND so
+// their symbols never meet. Return codes and every array must agree within a
+// tolerance. Each case runs in a child process, so a crash is a finding, not the end.
+//
+//   lapacke_diff FACADE.so STOCK.so [NAME-FILTER]
+// QNL_LAPACKE_DIFF_SAMPLE=k compares every k-th routine of the table only; CI=true
+// defaults it to 4 (the full run is QNL_LAPACKE_DIFF_SAMPLE=1).
+// Built with 64-bit lapack_int (LAPACK_ILP64) it is run with QNL_INTERFACE_LAYER=ILP64
+// against liblapacke64.
+#define LAPACK_COMPLEX_CPP
+#include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <complex>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "lapacke.h"
+
+namespace {
+
+struct Ptr {
+  void* v;
+  template <class T>
+  operator T*() const {
+    return static_cast<T*>(v);
+  }
+};
+
+// One argument of a case: kind (0 char, 1 char by address, 2 integer, 3 scalar, 4 scalar
+// output, 5 integer output, 6 integer array, 7 vector, 8 matrix, 9 matrix of which the
+// routine defines a part only: not compared), element type, element
+// count (or the integer's value), scalar value, character, and the diagonal indices
+// made dominant.
+struct ArgCase {
+  int kind;
+  char type;
+  long count;
+  double value;
+  char letter;
+  const char* diagonal;
+};
+
+using Caller = lapack_int (*)(void* f, int layout, void* const* v);
+
+struct Case {
+  const char* name;
+  int layout;
+  int nargs;
+  const ArgCase* args;
+  Caller call;
+};
+
+struct Skipped {
+  const char* name;
+  const char* reason;
+};
+
+#include "lapacke_diff_cases.inc"
+
+size_t element_size(char t) {
+  switch (t) {
+    case 's':
+      return 4;
+    case 'd':
+    case 'c':
+      return 8;
+    case 'z':
+      return 16;
+    default:
+      return sizeof(lapack_int);
+  }
+}
+
+constexpr long kPad = 16;  // elements past the end that both sides must leave alone
+
+// The arguments of one case as bytes, filled the same way for both sides.
+struct Buffers {
+  std::vector<std::vector<unsigned char>> data;
+  std::vector<void*> ptrs;
+
+  explicit Buffers(const Case& c) {
+    data.resize(c.nargs);
+    for (int k = 0; k < c.nargs; ++k) {
+      const ArgCase& a = c.args[k];
+      auto& d = data[k];
+      switch (a.kind) {
+        case 0:
+        case 1:
+          d.assign(16, 0);
+          d[0] = static_cast<unsigned char>(a.letter);
+          break;
+        case 2: {
+          d.assign(16, 0);
+          lapack_int v = static_cast<lapack_int>(a.count);
+          std::memcpy(d.data(), &v, sizeof v);
+          break;
+        }
+        case 3:
+          d.assign(16, 0);
+          fill_scalar(a.type, a.value, d.data());
+          break;
+        case 4:
+        case 5:
+          d.assign(16, 0);
+          break;
+        case 6: {
+          d.assign((a.count + kPad) * sizeof(lapack_int), 0);
+          lapack_int* p = reinterpret_cast<lapack_int*>(d.data());
+          for (long i = 0; i < a.count; ++i) p[i] = static_cast<lapack_int>(i % 5 + 1);
+          break;
+        }
+        default:
+          d.assign((a.count + kPad) * element_size(a.type), 0);
+          fill(a, d.data(), a.count + kPad);
+          break;
+      }
+    }
+    for (auto& d : data) ptrs.push_back(d.data());
+  }
+
+  static void fill_scalar(char t, double v, unsigned char* out) {
+    switch (t) {
+      case 's': {
+        float f = static_cast<float>(v);
+        std::memcpy(out, &f, 4);
+        break;
+      }
+      case 'c': {
+        std::complex<float> f(static_cast<float>(v), 0.0f);
+        std::memcpy(out, &f, 8);
+        break;
+      }
+      case 'z': {
+        std::complex<double> f(v, 0.0);
+        std::memcpy(out, &f, 16);
+        break;
+      }
+      default:
+        std::memcpy(out, &v, 8);
+    }
+  }
+
+  // A deterministic pattern in (0.1, 0.9), imaginary parts in (0, 0.05); dominant diagonals.
+  static void fill(const ArgCase& a, unsigned char* out, long n) {
+    std::vector<double> re(n), im(n);
+    for (long i = 0; i < n; ++i) {
+      double x = i * 0.6180339887498949;
+      re[i] = 0.1 + 0.8 * (x - std::floor(x));
+      double y = i * 0.4142135623730951;
+      im[i] = 0.05 * (y - std::floor(y));
+    }
+    for (const char* s = a.diagonal; *s;) {
+      char* end;
+      long i = std::strtol(s, &end, 10);
+      if (i >= 0 && i < n) {
+        re[i] += 10.0;
+        im[i] = 0.0;
+      }
+      s = *end ? end + 1 : end;
+    }
+    for (long i = 0; i < n; ++i) {
+      switch (a.type) {
+        case 's': {
+          float f = static_cast<float>(re[i]);
+          std::memcpy(out + 4 * i, &f, 4);
+          break;
+        }
+        case 'c': {
+          std::complex<float> f(static_cast<float>(re[i]), static_cast<float>(im[i]));
+          std::memcpy(out + 8 * i, &f, 8);
+          break;
+        }
+        case 'z': {
+          std::complex<double> f(re[i], im[i]);
+          std::memcpy(out + 16 * i, &f, 16);
+          break;
+        }
+        default:
+          std::memcpy(out + 8 * i, &re[i], 8);
+      }
+    }
+  }
+};
+
+bool near(double a, double b, double tol) {
+  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
+  double scale = std::fmax(1.0, std::fmax(std::fabs(a), std::fabs(b)));
+  return std::fabs(a - b) <= tol * scale;
+}
+
+// "" when both sides agree, else what differs.
+std::string compare(const Case& c, const Buffers& x, const Buffers& y) {
+  for (int k = 0; k < c.nargs; ++k) {
+    const ArgCase& a = c.args[k];
+    const auto& p = x.data[k];
+    const auto& q = y.data[k];
+    if (a.kind == 9) continue;
+    if (a.kind == 4 || a.kind >= 7) {
+      bool single = a.type == 's' || a.type == 'c';
+      double tol = single ? 2e-3 : 1e-9;
+      size_t n = p.size() / (single ? 4 : 8);
+      for (size_t i = 0; i < n; ++i) {
+        double u, v;
+        if (single) {
+          float f, g;
+          std::memcpy(&f, &p[4 * i], 4);
+          std::memcpy(&g, &q[4 * i], 4);
+          u = f;
+          v = g;
+        } else {
+          std::memcpy(&u, &p[8 * i], 8);
+          std::memcpy(&v, &q[8 * i], 8);
+        }
+        if (!near(u, v, tol)) {
+          char msg[160];
+          std::snprintf(msg, sizeof msg, "argument %d element %zu: facade %.17g, stock %.17g", k + 2, i, u, v);
+          return msg;
+        }
+      }
+    } else if (p != q) {
+      char msg[64];
+      std::snprintf(msg, sizeof msg, "argument %d differs", k + 2);
+      return msg;
+    }
+  }
+  return "";
+}
+
+// Runs one case in a child; returns "" on agreement, else the reason. A child that dies
+// after the facade's call came back is the stock library's crash, marked by a leading '!'.
+std::string run(const Case& c, void* facade, void* stock) {
+  int fds[2];
+  if (pipe(fds) != 0) return "pipe failed";
+  pid_t pid = fork();
+  if (pid == 0) {
+    close(fds[0]);
+    alarm(20);
+    Buffers x(c), y(c);
+    lapack_int rf = c.call(facade, c.layout, x.ptrs.data());
+    if (write(fds[1], "F", 1) < 0) _exit(3);
+    lapack_int rs = c.call(stock, c.layout, y.ptrs.data());
+    std::string why;
+    // After the same rejected argument only the code is compared: the stock library then
+    // writes back whatever its scratch copies held.
+    if (rf != rs)
+      why = "return code: facade " + std::to_string(rf) + ", stock " + std::to_string(rs);
+    else if (rf < 0)
+      why = "";
+    else if (!(why = compare(c, x, y)).empty())
+      why += " (both returned " + std::to_string(rf) + ")";
+    if (write(fds[1], why.data(), why.size()) < 0) _exit(3);
+    _exit(0);
+  }
+  close(fds[1]);
+  std::string why;
+  char buf[256];
+  ssize_t n;
+  while ((n = read(fds[0], buf, sizeof buf)) > 0) why.append(buf, n);
+  close(fds[0]);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  bool facade_done = !why.empty() && why[0] == 'F';
+  if (WIFSIGNALED(status))
+    return (facade_done ? "!stock library crashed with signal " : "facade crashed with signal ") +
+           std::to_string(WTERMSIG(status));
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || !facade_done) return "child failed";
+  return why.substr(1);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3) {
+    std::fprintf(stderr, "usage: %s FACADE.so STOCK.so [NAME-FILTER]\n", argv[0]);
+    return 2;
+  }
+  // One thread on both sides: the children are forked from this process.
+  setenv("OPENBLAS_NUM_THREADS", "1", 1);
+  setenv("QNL_THREADING_LAYER", "sequential", 0);
+  const char* filter = argc > 3 ? argv[3] : "";
+  void* facade = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
+  void* stock = dlopen(argv[2], RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
+  if (!facade || !stock) {
+    std::fprintf(stderr, "cannot open: %s\n", dlerror());
+    return 2;
+  }
+  const char* sample_env = std::getenv("QNL_LAPACKE_DIFF_SAMPLE");
+  const char* ci = std::getenv("CI");
+  long sample = sample_env ? std::atol(sample_env) : (ci && !std::strcmp(ci, "true") ? 4 : 1);
+  if (sample < 1) sample = 1;
+  std::map<std::string, long> order;  // routine -> its rank in the table, for sampling
+  for (const Case& c : kCases) order.emplace(c.name, static_cast<long>(order.size()));
+  std::map<std::string, std::string> verdict;  // routine -> "" agreeing, else the first difference
+  std::map<std::string, std::string> skipped;
+  for (const Skipped& s : kSkipped)
+    if (dlsym(stock, s.name) && std::strstr(s.name, filter)) skipped[s.name] = s.reason;
+  for (const Case& c : kCases) {
+    if (!std::strstr(c.name, filter) || order[c.name] % sample != 0) continue;
+    void* f = dlsym(facade, c.name);
+    void* s = dlsym(stock, c.name);
+    if (!s) continue;  // not in the stock library: nothing to compare against
+    if (!f) {
+      verdict[c.name] = "missing from the facade";
+      continue;
+    }
+    std::string why = run(c, f, s);
+    if (!why.empty() && why[0] == '!') {
+      skipped[c.name] = why.substr(1);
+      continue;
+    }
+    auto it = verdict.find(c.name);
+    if (it == verdict.end() || (it->second.empty() && !why.empty()))
+      verdict[c.name] = why.empty() ? "" : (c.layout == LAPACK_ROW_MAJOR ? "row-major: " : "column-major: ") + why;
+  }
+  for (const auto& [name, why] : skipped) verdict.erase(name);
+  int agree = 0;
+  for (const auto& [name, why] : verdict) {
+    if (why.empty())
+      ++agree;
+    else
+      std::printf("DIFFERS %s: %s\n", name.c_str(), why.c_str());
+  }
+  std::map<std::string, int> reasons;
+  for (const auto& [name, why] : skipped) ++reasons[why];
+  for (const auto& [why, count] : reasons) std::printf("skipped %4d: %s\n", count, why.c_str());
+  if (sample > 1) std::printf("sampled: every %ld-th routine of the table\n", sample);
+  std::printf("LAPACKE differential (%d-bit lapack_int): compared %zu, agreeing %d, differing %zu, skipped %zu\n",
+              int(8 * sizeof(lapack_int)), verdict.size(), agree, verdict.size() - agree, skipped.size());
+  return agree == int(verdict.size()) ? 0 : 1;
+}

@@ -1,0 +1,229 @@
+// LAPACKE's own reports and return codes on the probe back-end, and the layout kit's
+// edge cases through its exported names.
+#define LAPACK_COMPLEX_CPP
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "lapacke.h"
+#include "lapacke_utils.h"
+#include "probe_backend.h"
+
+namespace {
+
+const double kNan = std::nan("");
+
+// Runs `f`, returns what it printed on standard output.
+template <class F>
+std::string printed(F f) {
+  testing::internal::CaptureStdout();
+  f();
+  std::fflush(stdout);
+  return testing::internal::GetCapturedStdout();
+}
+
+struct Errors : ::testing::Test {
+  std::vector<double> a = std::vector<double>(64, 1.0), b = std::vector<double>(64, 1.0);
+  void SetUp() override {
+    qnl_probe_reset();
+    qnl_probe_set_hook(nullptr);
+  }
+};
+
+TEST_F(Errors, BadLayoutIsParameterOneAtEitherLevel) {
+  lapack_int info = 0;
+  EXPECT_EQ(printed([&] { info = LAPACKE_dgels(100, 'N', 3, 3, 1, a.data(), 3, b.data(), 3); }),
+            "Wrong parameter 1 in LAPACKE_dgels\n");
+  EXPECT_EQ(info, -1);
+  double work[8];
+  EXPECT_EQ(printed([&] { info = LAPACKE_dgels_work(0, 'N', 3, 3, 1, a.data(), 3, b.data(), 3, work, 8); }),
+            "Wrong parameter 1 in LAPACKE_dgels_work\n");
+  EXPECT_EQ(info, -1);
+  EXPECT_EQ(qnl_probe_count_of("qnl_lapack_dgels"), 0);
+}
+
+TEST_F(Errors, NanReturnsItsParameterSilentlyAndUntouched) {
+  a[4] = kNan;
+  lapack_int info = 0;
+  EXPECT_EQ(printed([&] { info = LAPACKE_dgels(LAPACK_COL_MAJOR, 'N', 3, 3, 1, a.data(), 3, b.data(), 3); }), "");
+  EXPECT_EQ(info, -6);
+  a[4] = 1.0;
+  b[1] = kNan;
+  EXPECT_EQ(LAPACKE_dgels(LAPACK_ROW_MAJOR, 'N', 3, 3, 1, a.data(), 3, b.data(), 1), -8);
+  EXPECT_EQ(qnl_probe_count_of("qnl_lapack_dgels"), 0);
+  // dsyevd scans the whole square, dsyev the stored triangle only.
+  std::vector<double> s(9, 1.0), w(3);
+  s[1] = kNan;  // below the diagonal, column-major
+  EXPECT_EQ(LAPACKE_dsyevd(LAPACK_COL_MAJOR, 'V', 'U', 3, s.data(), 3, w.data()), -5);
+  EXPECT_EQ(LAPACKE_dsyev(LAPACK_COL_MAJOR, 'V', 'U', 3, s.data(), 3, w.data()), 0);
+}
+
+TEST_F(Errors, NanGateCanBeTurnedOff) {
+  a[0] = kNan;
+  LAPACKE_set_nancheck(0);
+  EXPECT_EQ(LAPACKE_get_nancheck(), 0);
+  EXPECT_EQ(LAPACKE_dgels(LAPACK_COL_MAJOR, 'N', 3, 3, 1, a.data(), 3, b.data(), 3), 0);
+  LAPACKE_set_nancheck(7);
+  EXPECT_EQ(LAPACKE_get_nancheck(), 1);
+  EXPECT_EQ(LAPACKE_dgels(LAPACK_COL_MAJOR, 'N', 3, 3, 1, a.data(), 3, b.data(), 3), -6);
+}
+
+// The environment is read once, by the first get: only a value that parses to 0 turns
+// the checks off. Each value runs in its own process (one test per process under CTest).
+class NanEnvironment : public ::testing::TestWithParam<std::pair<const char*, int>> {};
+TEST_P(NanEnvironment, FirstReadDecides) {
+  auto [value, expected] = GetParam();
+  if (value)
+    setenv("LAPACKE_NANCHECK", value, 1);
+  else
+    unsetenv("LAPACKE_NANCHECK");
+  EXPECT_EQ(LAPACKE_get_nancheck(), expected);
+  setenv("LAPACKE_NANCHECK", expected ? "0" : "1", 1);
+  EXPECT_EQ(LAPACKE_get_nancheck(), expected);
+}
+INSTANTIATE_TEST_SUITE_P(Values, NanEnvironment,
+                         ::testing::Values(std::make_pair(nullptr, 1), std::make_pair("", 1), std::make_pair("0", 0),
+                                           std::make_pair("1", 1), std::make_pair("2", 1), std::make_pair("off", 0)));
+
+TEST_F(Errors, RowMajorLeadingDimensionBelowTheColumnsIsReported) {
+  double work[8];
+  lapack_int info = 0;
+  int before = qnl_probe_allocations();
+  EXPECT_EQ(
+      printed([&] { info = LAPACKE_dgels_work(LAPACK_ROW_MAJOR, 'N', 3, 4, 1, a.data(), 3, b.data(), 1, work, 8); }),
+      "Wrong parameter 7 in LAPACKE_dgels_work\n");
+  EXPECT_EQ(info, -7);
+  EXPECT_EQ(qnl_probe_allocations(), before);
+}
+
+TEST_F(Errors, RowMajorQueryMakesNoCopy) {
+  double work[1];
+  int before = qnl_probe_allocations();
+  EXPECT_EQ(LAPACKE_dgels_work(LAPACK_ROW_MAJOR, 'N', 3, 3, 1, a.data(), 3, b.data(), 1, work, -1), 0);
+  EXPECT_EQ(qnl_probe_allocations(), before);
+  EXPECT_EQ(qnl_probe_count_of("qnl_lapack_dgels"), 1);
+}
+
+void fortran_reports_minus_three(const char* symbol, const uint64_t* w, int n) {
+  if (std::string(symbol) == "qnl_lapack_dgetrf") *reinterpret_cast<int64_t*>(w[n - 1]) = -3;
+}
+
+TEST_F(Errors, FortranArgumentNumberComesBackOneHigher) {
+  qnl_probe_set_hook(fortran_reports_minus_three);
+  lapack_int ipiv[3];
+  EXPECT_EQ(LAPACKE_dgetrf(LAPACK_COL_MAJOR, 3, 3, a.data(), 3, ipiv), -4);
+  qnl_probe_set_hook(nullptr);
+}
+
+TEST_F(Errors, NoMemoryForWorkOrCopies) {
+  lapack_int info = 0;
+  // The work array after the query: -1010 at the high level.
+  qnl_probe_fail_allocations(1);
+  EXPECT_EQ(printed([&] { info = LAPACKE_dgels(LAPACK_COL_MAJOR, 'N', 3, 3, 1, a.data(), 3, b.data(), 3); }),
+            "Not enough memory to allocate work array in LAPACKE_dgels\n");
+  EXPECT_EQ(info, -1010);
+  // A transposed copy: -1011 at the middle level.
+  double work[8];
+  qnl_probe_fail_allocations(1);
+  EXPECT_EQ(
+      printed([&] { info = LAPACKE_dgels_work(LAPACK_ROW_MAJOR, 'N', 3, 3, 1, a.data(), 3, b.data(), 1, work, 8); }),
+      "Not enough memory to transpose matrix in LAPACKE_dgels_work\n");
+  EXPECT_EQ(info, -1011);
+  EXPECT_EQ(qnl_probe_live_allocations(), 0);
+}
+
+TEST_F(Errors, RowMajorPotrfExchangesUploAndCopiesNothing) {
+  int before = qnl_probe_allocations();
+  EXPECT_EQ(LAPACKE_dpotrf(LAPACK_ROW_MAJOR, 'u', 3, a.data(), 3), 0);
+  EXPECT_EQ(qnl_probe_allocations(), before);
+  const qnl_probe::Call* c = qnl_probe_call(-1);
+  ASSERT_STREQ(c->symbol, "qnl_lapack_dpotrf");
+  EXPECT_EQ(*reinterpret_cast<const char*>(c->word[0]), 'L');
+  EXPECT_EQ(c->word[2], reinterpret_cast<uintptr_t>(a.data()));
+}
+
+TEST(Xerbla, TextsAndSilence) {
+  EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", -1010); }),
+            "Not enough memory to allocate work array in LAPACKE_x\n");
+  EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", -1011); }),
+            "Not enough memory to transpose matrix in LAPACKE_x\n");
+  EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", -12); }), "Wrong parameter 12 in LAPACKE_x\n");
+  EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", 3); }), "");
+  EXPECT_TRUE(LAPACKE_lsame('a', 'A'));
+  EXPECT_FALSE(LAPACKE_lsame('a', 'b'));
+}
+
+// The kit's edge cases.
+TEST(Kit, VectorsAndGeneral) {
+  double x[5] = {kNan, 1, 1, 1, 1};
+  EXPECT_EQ(LAPACKE_d_nancheck(5, x, 0), 1);
+  double y[5] = {1, kNan, 1, 1, 1};
+  EXPECT_EQ(LAPACKE_d_nancheck(5, y, 0), 0);
+  EXPECT_EQ(LAPACKE_d_nancheck(5, y, -1), 1);
+  // lda below m: only lda elements of a column are read.
+  std::vector<double> g(40, 1.0);
+  g[3] = kNan;
+  EXPECT_EQ(LAPACKE_dge_nancheck(LAPACK_COL_MAJOR, 4, 1, g.data(), 3), 0);
+  EXPECT_EQ(LAPACKE_dge_nancheck(LAPACK_COL_MAJOR, 4, 1, g.data(), 4), 1);
+  // +inf and -inf make the sum NaN; the exact scan finds no NaN.
+  std::vector<double> inf(40, 1.0);
+  inf[0] = INFINITY;
+  inf[1] = -INFINITY;
+  EXPECT_EQ(LAPACKE_dge_nancheck(LAPACK_COL_MAJOR, 20, 2, inf.data(), 20), 0);
+}
+
+TEST(Kit, TriangularBandAndRfp) {
+  std::vector<double> t(25, 1.0);
+  t[6] = kNan;  // the diagonal (1,1)
+  EXPECT_EQ(LAPACKE_dtr_nancheck(LAPACK_COL_MAJOR, 'U', 'U', 5, t.data(), 5), 0);
+  EXPECT_EQ(LAPACKE_dtr_nancheck(LAPACK_COL_MAJOR, 'U', 'N', 5, t.data(), 5), 1);
+  std::vector<double> band(30, 1.0);
+  band[7] = kNan;
+  EXPECT_EQ(LAPACKE_dgb_nancheck(LAPACK_COL_MAJOR, 5, 5, 2, 2, band.data(), 4), 0);  // kl+ku >= ldab
+  EXPECT_EQ(LAPACKE_dgb_nancheck(LAPACK_COL_MAJOR, 5, 5, 2, 2, band.data(), 5), 1);
+  std::vector<double> rfp(15, 1.0);
+  rfp[4] = kNan;
+  EXPECT_EQ(LAPACKE_dtf_nancheck(LAPACK_COL_MAJOR, 'N', 'U', 'N', 5, rfp.data()), 1);
+  EXPECT_EQ(LAPACKE_dtf_nancheck(LAPACK_COL_MAJOR, 'X', 'U', 'N', 5, rfp.data()), 0);
+}
+
+// Big triangles go by halves and a rectangle through the public copy, small ones by
+// loops; a unit diagonal is never written.
+TEST(Kit, TriangularTransposeRecursesAboveSixtyFour) {
+  for (lapack_int n : {64, 65}) {
+    std::vector<double> in(n * n), out(n * n, -1.0);
+    for (lapack_int i = 0; i < n * n; ++i) in[i] = i;
+    qnl_probe_reset();
+    LAPACKE_dtr_trans(LAPACK_COL_MAJOR, 'L', 'U', n, in.data(), n, out.data(), n);
+    EXPECT_EQ(qnl_probe_count_of("qnl_trans_qnl_domatcopy"), 0) << n;  // unit: loops at any size
+    for (lapack_int j = 0; j < n; ++j) EXPECT_EQ(out[j + j * n], -1.0);
+    qnl_probe_reset();
+    LAPACKE_dtr_trans(LAPACK_COL_MAJOR, 'L', 'N', n, in.data(), n, out.data(), n);
+    EXPECT_EQ(qnl_probe_count_of("qnl_trans_qnl_domatcopy"), n > 64 ? 1 : 0) << n;
+    if (n > 64) {
+      const qnl_probe::Call* c = qnl_probe_call(-1);
+      EXPECT_EQ(c->word[2], 33u);  // rows n2 = 33, columns n1 = 32
+      EXPECT_EQ(c->word[3], 32u);
+    }
+  }
+}
+
+}  // namespace
+
+namespace {
+
+// The conjugate transposition is the same public copy with operation "c".
+TEST(Kit, ConjugateTransposeGoesThroughTheCopy) {
+  std::complex<double> in[4] = {}, out[4] = {};
+  qnl_probe_reset();
+  LAPACKE_zge_transc(LAPACK_ROW_MAJOR, 2, 2, in, 2, out, 2);
+  ASSERT_EQ(qnl_probe_count_of("qnl_trans_qnl_zomatcopy"), 1);
+  const qnl_probe::Call* c = qnl_probe_call(-1);
+  EXPECT_EQ(static_cast<char>(c->word[0]), 'r');
+  EXPECT_EQ(static_cast<char>(c->word[1]), 'c');
+}
+
+}  // namespace

@@ -1,0 +1,363 @@
+// LAPACKE on the probe back-end, by property, one routine per storage shape:
+// - a row-major call reaches the Fortran entry with the arguments and the data a
+//   column-major call with the transposed matrix delivers (the transposition checked
+//   with the stock library's own kit, opened beside the facade);
+// - the NaN gate fires at exactly the elements the stock kit's scan calls stored, with
+//   the matrix's parameter number, and then the back-end is not reached;
+// - workspace queries pass -1 and the next call uses the answer.
+#define LAPACK_COMPLEX_CPP
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "lapacke.h"
+#include "probe_backend.h"
+
+namespace {
+
+constexpr lapack_int N = 5, NRHS = 2, KL = 1, KU = 2, KD = 2;
+
+// What the hook saw at the LAPACK back-end symbol of the call under test.
+struct Seen {
+  std::string symbol;
+  int calls = 0;
+  std::vector<uint64_t> words;
+  std::vector<int64_t> values;  // 8 bytes behind each address-like word, read during the call
+  std::vector<double> array;    // the matrix as the back-end got it
+  int array_word = -1;
+  size_t array_count = 0;
+  double work_answer = 0;    // written to work[0] on a query
+  int64_t iwork_answer = 0;  // written to iwork[0] on a query
+  int work_word = -1, lwork_word = -1, iwork_word = -1, liwork_word = -1;
+  std::vector<int64_t> lworks;  // lwork seen by each call
+  std::vector<int64_t> liworks;
+};
+Seen g_seen;
+
+int64_t int_at(uint64_t w) { return *reinterpret_cast<const int64_t*>(w); }
+
+// Reads 8 bytes behind an argument word: a character local is shorter, hence no ASan.
+__attribute__((no_sanitize("address"))) int64_t peek(uint64_t w) {
+  int64_t v = 0;
+  if (w > 0xFFFF) std::memcpy(&v, reinterpret_cast<const void*>(w), sizeof v);
+  return v;
+}
+
+// The probe's matrix copy records only: the hook does the transposition it was asked for.
+void transpose_copy(const uint64_t* w) {
+  char ordering = static_cast<char>(w[0]);
+  size_t rows = w[2], cols = w[3];
+  const double* a = reinterpret_cast<const double*>(w[5]);
+  double* b = reinterpret_cast<double*>(w[7]);
+  size_t lda = w[6], ldb = w[8];
+  for (size_t i = 0; i < rows; ++i)
+    for (size_t j = 0; j < cols; ++j) {
+      if (ordering == 'C' || ordering == 'c')
+        b[j + i * ldb] = a[i + j * lda];
+      else
+        b[i + j * ldb] = a[i * lda + j];
+    }
+}
+
+void hook(const char* symbol, const uint64_t* w, int n) {
+  if (!std::strcmp(symbol, "qnl_trans_qnl_domatcopy")) return transpose_copy(w);
+  if (std::strncmp(symbol, "qnl_lapack_", 11) != 0) return;
+  Seen& s = g_seen;
+  s.symbol = symbol;
+  ++s.calls;
+  s.words.assign(w, w + n);
+  s.values.clear();
+  for (int k = 0; k < n; ++k) s.values.push_back(peek(w[k]));
+  if (s.array_word >= 0) {
+    const double* a = reinterpret_cast<const double*>(w[s.array_word]);
+    s.array.assign(a, a + s.array_count);
+  }
+  if (s.lwork_word >= 0) {
+    int64_t lwork = int_at(w[s.lwork_word]);
+    int64_t liwork = s.liwork_word >= 0 ? int_at(w[s.liwork_word]) : 0;
+    s.lworks.push_back(lwork);
+    s.liworks.push_back(liwork);
+    if (lwork == -1) {
+      std::memcpy(reinterpret_cast<void*>(w[s.work_word]), &s.work_answer, sizeof(double));
+      if (s.iwork_word >= 0) *reinterpret_cast<int64_t*>(w[s.iwork_word]) = s.iwork_answer;
+    }
+  }
+}
+
+// The stock library's kit, the independent oracle of every storage scheme.
+void* stock() {
+  // Only its kit is called, which calls nothing else: no need to keep its LAPACK apart.
+  static void* h = dlopen("liblapacke.so.3", RTLD_NOW | RTLD_LOCAL);
+  return h;
+}
+template <class F>
+F* stock_fn(const char* name) {
+  void* f = dlsym(stock(), name);
+  EXPECT_NE(f, nullptr) << name;
+  return reinterpret_cast<F*>(f);
+}
+
+// One routine per storage shape: how to call it, where its matrix reaches the back-end,
+// and the stock kit's transposition and scan of that shape.
+struct Shape {
+  const char* routine;
+  // The back-end's arguments: c character, i integer, a the matrix, L its leading
+  // dimension, p other arrays, o info.
+  const char* words;
+  lapack_int ld_col;  // the column-major leading dimension of the copy
+  lapack_int ld_row;  // the row-major leading dimension the test passes
+  size_t col_count;   // elements of the column-major copy
+  size_t row_count;   // elements of the row-major array
+  int hpos;           // the matrix's parameter number
+  std::function<lapack_int(int layout, double* a, lapack_int ld, double* b, lapack_int ldb)> call;
+  // Stock: column-major `in` to `layout` `out`.
+  std::function<void(int layout, const double* in, lapack_int ldin, double* out, lapack_int ldout)> trans;
+  std::function<lapack_int(int layout, const double* a, lapack_int ld)> nancheck;
+};
+
+using GeTrans = void(int, lapack_int, lapack_int, const double*, lapack_int, double*, lapack_int);
+using GeNan = lapack_int(int, lapack_int, lapack_int, const double*, lapack_int);
+using SyTrans = void(int, char, lapack_int, const double*, lapack_int, double*, lapack_int);
+using SyNan = lapack_int(int, char, lapack_int, const double*, lapack_int);
+using TrTrans = void(int, char, char, lapack_int, const double*, lapack_int, double*, lapack_int);
+using TrNan = lapack_int(int, char, char, lapack_int, const double*, lapack_int);
+using GbTrans = void(int, lapack_int, lapack_int, lapack_int, lapack_int, const double*, lapack_int, double*,
+                     lapack_int);
+using GbNan = lapack_int(int, lapack_int, lapack_int, lapack_int, lapack_int, const double*, lapack_int);
+using SbTrans = void(int, char, lapack_int, lapack_int, const double*, lapack_int, double*, lapack_int);
+using SbNan = lapack_int(int, char, lapack_int, lapack_int, const double*, lapack_int);
+using TbTrans = void(int, char, char, lapack_int, lapack_int, const double*, lapack_int, double*, lapack_int);
+using TbNan = lapack_int(int, char, char, lapack_int, lapack_int, const double*, lapack_int);
+using SpTrans = void(int, char, lapack_int, const double*, double*);
+using SpNan = lapack_int(lapack_int, const double*);
+using TpTrans = void(int, char, char, lapack_int, const double*, double*);
+using TpNan = lapack_int(int, char, char, lapack_int, const double*);
+using PfTrans = void(int, char, char, lapack_int, const double*, double*);
+
+lapack_int ipiv[N] = {1, 2, 3, 4, 5};
+constexpr size_t kPacked = N * (N + 1) / 2;
+
+std::vector<Shape> shapes() {
+  return {
+      {"dgetrs", "ciiaLpbLo", N, N + 1, N * N, N * (N + 1), 5,
+       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
+         return LAPACKE_dgetrs(l, 'N', N, NRHS, a, ld, ipiv, b, ldb);
+       },
+       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
+         stock_fn<GeTrans>("LAPACKE_dge_trans")(l == 101 ? 102 : 101, N, N, in, li, out, lo);
+       },
+       [](int l, const double* a, lapack_int ld) { return stock_fn<GeNan>("LAPACKE_dge_nancheck")(l, N, N, a, ld); }},
+      {"dpotrs", "ciiaLbLo", N, N + 1, N * N, N * (N + 1), 5,
+       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
+         return LAPACKE_dpotrs(l, 'L', N, NRHS, a, ld, b, ldb);
+       },
+       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
+         stock_fn<SyTrans>("LAPACKE_dpo_trans")(l == 101 ? 102 : 101, 'L', N, in, li, out, lo);
+       },
+       [](int l, const double* a, lapack_int ld) { return stock_fn<SyNan>("LAPACKE_dpo_nancheck")(l, 'L', N, a, ld); }},
+      {"dtrtrs", "ccciiaLbLo", N, N + 1, N * N, N * (N + 1), 7,
+       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
+         return LAPACKE_dtrtrs(l, 'U', 'N', 'N', N, NRHS, a, ld, b, ldb);
+       },
+       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
+         stock_fn<TrTrans>("LAPACKE_dtr_trans")(l == 101 ? 102 : 101, 'U', 'N', N, in, li, out, lo);
+       },
+       [](int l, const double* a, lapack_int ld) {
+         return stock_fn<TrNan>("LAPACKE_dtr_nancheck")(l, 'U', 'N', N, a, ld);
+       }},
+      {"dgbtrs", "ciiiiaLpbLo", 2 * KL + KU + 1, N + 1, (2 * KL + KU + 1) * N, (2 * KL + KU + 1) * (N + 1), 7,
+       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
+         return LAPACKE_dgbtrs(l, 'N', N, KL, KU, NRHS, a, ld, ipiv, b, ldb);
+       },
+       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
+         stock_fn<GbTrans>("LAPACKE_dgb_trans")(l == 101 ? 102 : 101, N, N, KL, KL + KU, in, li, out, lo);
+       },
+       [](int l, const double* a, lapack_int ld) {
+         return stock_fn<GbNan>("LAPACKE_dgb_nancheck")(l, N, N, KL, KL + KU, a, ld);
+       }},
+      {"dpbtrs", "ciiiaLbLo", KD + 1, N + 1, (KD + 1) * N, (KD + 1) * (N + 1), 6,
+       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
+         return LAPACKE_dpbtrs(l, 'U', N, KD, NRHS, a, ld, b, ldb);
+       },
+       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
+         stock_fn<SbTrans>("LAPACKE_dpb_trans")(l == 101 ? 102 : 101, 'U', N, KD, in, li, out, lo);
+       },
+       [](int l, const double* a, lapack_int ld) {
+         return stock_fn<SbNan>("LAPACKE_dpb_nancheck")(l, 'U', N, KD, a, ld);
+       }},
+      {"dtbtrs", "ccciiiaLbLo", KD + 1, N + 1, (KD + 1) * N, (KD + 1) * (N + 1), 8,
+       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
+         return LAPACKE_dtbtrs(l, 'L', 'N', 'N', N, KD, NRHS, a, ld, b, ldb);
+       },
+       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
+         stock_fn<TbTrans>("LAPACKE_dtb_trans")(l == 101 ? 102 : 101, 'L', 'N', N, KD, in, li, out, lo);
+       },
+       [](int l, const double* a, lapack_int ld) {
+         return stock_fn<TbNan>("LAPACKE_dtb_nancheck")(l, 'L', 'N', N, KD, a, ld);
+       }},
+      {"dpptrs", "ciiabLo", 0, 0, kPacked, kPacked, 5,
+       [](int l, double* a, lapack_int, double* b, lapack_int ldb) {
+         return LAPACKE_dpptrs(l, 'U', N, NRHS, a, b, ldb);
+       },
+       [](int l, const double* in, lapack_int, double* out, lapack_int) {
+         stock_fn<SpTrans>("LAPACKE_dpp_trans")(l == 101 ? 102 : 101, 'U', N, in, out);
+       },
+       [](int, const double* a, lapack_int) { return stock_fn<SpNan>("LAPACKE_dpp_nancheck")(N, a); }},
+      {"dtptrs", "ccciiabLo", 0, 0, kPacked, kPacked, 7,
+       [](int l, double* a, lapack_int, double* b, lapack_int ldb) {
+         return LAPACKE_dtptrs(l, 'L', 'N', 'N', N, NRHS, a, b, ldb);
+       },
+       [](int l, const double* in, lapack_int, double* out, lapack_int) {
+         stock_fn<TpTrans>("LAPACKE_dtp_trans")(l == 101 ? 102 : 101, 'L', 'N', N, in, out);
+       },
+       [](int l, const double* a, lapack_int) { return stock_fn<TpNan>("LAPACKE_dtp_nancheck")(l, 'L', 'N', N, a); }},
+      {"dpftrs", "cciiabLo", 0, 0, kPacked, kPacked, 6,
+       [](int l, double* a, lapack_int, double* b, lapack_int ldb) {
+         return LAPACKE_dpftrs(l, 'N', 'U', N, NRHS, a, b, ldb);
+       },
+       [](int l, const double* in, lapack_int, double* out, lapack_int) {
+         stock_fn<PfTrans>("LAPACKE_dpf_trans")(l == 101 ? 102 : 101, 'N', 'U', N, in, out);
+       },
+       [](int, const double* a, lapack_int) { return stock_fn<SpNan>("LAPACKE_dpf_nancheck")(N, a); }},
+  };
+}
+
+class LapackeProbe : public ::testing::TestWithParam<size_t> {
+ protected:
+  void SetUp() override {
+    ASSERT_NE(stock(), nullptr) << dlerror();
+    qnl_probe_reset();
+    qnl_probe_set_hook(hook);
+    g_seen = Seen{};
+  }
+  void TearDown() override { qnl_probe_set_hook(nullptr); }
+};
+
+double value(size_t i) { return 1.0 + 0.001 * static_cast<double>(i); }
+
+TEST_P(LapackeProbe, RowMajorReachesTheEntryAsColumnMajorTransposed) {
+  const Shape s = shapes()[GetParam()];
+  SCOPED_TRACE(s.routine);
+  std::vector<double> row(s.row_count + 8), b(N * (NRHS + 1), 1.0);
+  for (size_t i = 0; i < row.size(); ++i) row[i] = value(i);
+  const std::string words = s.words;
+  const int array_word = static_cast<int>(words.find('a'));
+  g_seen.array_word = array_word;
+  g_seen.array_count = s.col_count;
+  ASSERT_EQ(s.call(LAPACK_ROW_MAJOR, row.data(), s.ld_row, b.data(), NRHS + 1), 0);
+  ASSERT_EQ(g_seen.calls, 1);
+  Seen by_row = g_seen;
+  if (words[array_word + 1] == 'L') {
+    EXPECT_EQ(by_row.values[array_word + 1], s.ld_col);
+  }
+  // The stored elements the back-end got, put back into the caller's layout by the
+  // stock kit, are the caller's: elements outside the scheme stay as they were.
+  std::vector<double> back = row;
+  s.trans(LAPACK_ROW_MAJOR, by_row.array.data(), s.ld_col, back.data(), s.ld_row);
+  EXPECT_EQ(back, row);
+  // The column-major call with that matrix passes the same letters, integers and data.
+  g_seen = Seen{};
+  g_seen.array_word = array_word;
+  g_seen.array_count = s.col_count;
+  std::vector<double> col = by_row.array, bc(N * NRHS, 1.0);
+  ASSERT_EQ(s.call(LAPACK_COL_MAJOR, col.data(), s.ld_col, bc.data(), N), 0);
+  ASSERT_EQ(g_seen.calls, 1);
+  EXPECT_EQ(g_seen.symbol, by_row.symbol);
+  EXPECT_EQ(g_seen.array, by_row.array);
+  ASSERT_EQ(g_seen.words.size(), by_row.words.size());
+  for (size_t k = 0; k < words.size(); ++k) {
+    if (words[k] == 'c') {
+      EXPECT_EQ(static_cast<char>(g_seen.values[k]), static_cast<char>(by_row.values[k])) << "argument " << k;
+    } else if (words[k] == 'i' || words[k] == 'L') {
+      EXPECT_EQ(g_seen.values[k], by_row.values[k]) << "argument " << k;
+    }
+  }
+  // One hidden length 1 per character, after the arguments.
+  for (size_t k = words.size(); k < by_row.words.size(); ++k) {
+    EXPECT_EQ(by_row.words[k], 1u);
+  }
+}
+
+TEST_P(LapackeProbe, NanGateFiresAtTheStoredElementsWithTheParameterNumber) {
+  const Shape s = shapes()[GetParam()];
+  SCOPED_TRACE(s.routine);
+  for (int layout : {LAPACK_ROW_MAJOR, LAPACK_COL_MAJOR}) {
+    lapack_int ld = layout == LAPACK_ROW_MAJOR ? s.ld_row : s.ld_col;
+    size_t count = layout == LAPACK_ROW_MAJOR ? s.row_count : s.col_count;
+    int hits = 0;
+    for (size_t i = 0; i < count; ++i) {
+      std::vector<double> a(count + 8);
+      for (size_t k = 0; k < a.size(); ++k) a[k] = value(k);
+      a[i] = std::nan("");
+      std::vector<double> b(N * (NRHS + 1), 1.0);
+      bool stored = s.nancheck(layout, a.data(), ld) != 0;
+      hits += stored;
+      int before = qnl_probe_count_of(("qnl_lapack_" + std::string(s.routine)).c_str());
+      lapack_int info = s.call(layout, a.data(), ld, b.data(), layout == LAPACK_ROW_MAJOR ? NRHS + 1 : N);
+      int after = qnl_probe_count_of(("qnl_lapack_" + std::string(s.routine)).c_str());
+      if (stored) {
+        EXPECT_EQ(info, -s.hpos) << "layout " << layout << " element " << i;
+        EXPECT_EQ(after, before) << "layout " << layout << " element " << i;
+      } else {
+        EXPECT_EQ(info, 0) << "layout " << layout << " element " << i;
+        EXPECT_EQ(after, before + 1) << "layout " << layout << " element " << i;
+      }
+    }
+    EXPECT_GT(hits, 0);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, LapackeProbe, ::testing::Range<size_t>(0, 9));
+
+// Workspace queries: -1 in every length, the answers read back, the arrays allocated at
+// that size, and the next call made with it.
+TEST(LapackeProbeQuery, WorkAndIworkSizesComeFromTheQuery) {
+  qnl_probe_reset();
+  qnl_probe_set_hook(hook);
+  g_seen = Seen{};
+  // dsyevd: jobz uplo n a lda w work lwork iwork liwork info
+  g_seen.work_word = 6;
+  g_seen.lwork_word = 7;
+  g_seen.iwork_word = 8;
+  g_seen.liwork_word = 9;
+  g_seen.work_answer = 100.9;  // truncated to 100; the entry's own check wants 2n^2+6n+1 = 81
+  g_seen.iwork_answer = 40;    // and 5n+3 = 28
+  std::vector<double> a(N * N, 1.0), w(N);
+  EXPECT_EQ(LAPACKE_dsyevd(LAPACK_COL_MAJOR, 'V', 'U', N, a.data(), N, w.data()), 0);
+  ASSERT_EQ(g_seen.lworks.size(), 2u);
+  EXPECT_EQ(g_seen.lworks[0], -1);
+  EXPECT_EQ(g_seen.liworks[0], -1);
+  EXPECT_EQ(g_seen.lworks[1], 100);
+  EXPECT_EQ(g_seen.liworks[1], 40);
+  qnl_probe_set_hook(nullptr);
+}
+
+TEST(LapackeProbeQuery, FixedWorkspaceBeforeTheQueryAndComplexAnswerByItsRealPart) {
+  qnl_probe_reset();
+  qnl_probe_set_hook(hook);
+  g_seen = Seen{};
+  // zheev: jobz uplo n a lda w work lwork rwork info; the answer's real part is read.
+  g_seen.work_word = 6;
+  g_seen.lwork_word = 7;
+  g_seen.work_answer = 21.0;
+  std::vector<std::complex<double>> a(N * N, 1.0);
+  std::vector<double> w(N);
+  int before = qnl_probe_allocations();
+  EXPECT_EQ(LAPACKE_zheev(LAPACK_COL_MAJOR, 'V', 'U', N, a.data(), N, w.data()), 0);
+  ASSERT_EQ(g_seen.lworks.size(), 2u);
+  EXPECT_EQ(g_seen.lworks[0], -1);
+  EXPECT_EQ(g_seen.lworks[1], 21);
+  // rwork of max(1, 3n-2) reals, then work of 21 complex elements.
+  EXPECT_EQ(qnl_probe_allocations() - before, 2);
+  EXPECT_EQ(qnl_probe_last_allocation_size(), 21u * 16);
+  EXPECT_EQ(qnl_probe_live_allocations(), 0);
+  qnl_probe_set_hook(nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,216 @@
+"""lapacke.sig -> the cases of the differential LAPACKE harness (tests/lapacke/diff_main.cpp).
+
+    lapacke-diff TABLE OUT.inc
+
+For every routine of the template and each layout, one case: the arguments of the
+high level with sizes chosen by name (n 5, m 6, nrhs 2, ...), leading dimensions one
+above the least the layout allows, every floating array filled with one deterministic
+pattern whose diagonal is made dominant (well-conditioned, positive definite where the
+routine needs it), and a typed caller that the harness runs on the facade and on
+Debian's liblapacke with identical copies.
+"""
+import re
+from pathlib import Path
+
+from .common import banner, write_if_changed
+from .lapacke import classify, parse
+
+INTS = {"m": 6, "n": 5, "k": 3, "nrhs": 2, "kl": 1, "ku": 2, "kd": 2, "ka": 2, "kb": 1, "ilo": 1, "ihi": 5,
+        "itype": 1, "il": 1, "iu": 2, "nb": 2, "mb": 2, "l": 0, "p": 3, "q": 2, "ncvt": 2, "nru": 2, "ncc": 2,
+        "lda": 0, "ijob": 0, "ifst": 1, "ilst": 2, "isgn": 1, "n1": 2, "n2": 3, "kbot": 5, "ktop": 1, "nv": 2,
+        "j1": 1, "nh": 5, "incx": 1, "idist": 1, "iseed": 1}
+CHARS = {"uplo": "U", "trans": "N", "transr": "N", "diag": "N", "side": "L", "jobz": "V", "jobu": "A",
+         "jobvt": "A", "jobvl": "V", "jobvr": "V", "compz": "I", "compq": "I", "norm": "O", "range": "A",
+         "vect": "Q", "sort": "N", "fact": "N", "direct": "F", "storev": "C", "howmny": "A", "job": "N",
+         "jobq": "N", "jobu1": "N", "jobu2": "N", "jobv1t": "N", "jobv2t": "N", "jobp": "N", "jobr": "N",
+         "jobt": "N", "jobv": "N", "jobu": "A", "equed": "N", "order": "E", "id": "I", "type": "G",
+         "transa": "N", "transb": "N", "pivot": "V", "signs": "E", "way": "C", "eigsrc": "Q", "initv": "N",
+         "cmach": "E", "dist": "U", "sym": "N", "pack": "N", "joba": "C", "balanc": "N", "sense": "N",
+         "sides": "L", "compact": "N"}
+SCALARS = {"vl": -1.0, "vu": 10.0, "abstol": 0.0, "tol": 0.0, "alpha": 0.5, "beta": 0.25, "anorm": 1.0,
+           "rcond": 0.0, "cfrom": 1.0, "cto": 2.0, "sigma": 0.5, "c": 0.6, "s": 0.8}
+# Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
+# ?lacpy: the stock library copies its scratch back over the triangle not referenced.
+UNDEFINED = {"lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
+# Calls the stock library gets wrong, observed: not compared.
+STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)"}
+KIND = {"c": 0, "e": 1, "i": 2, "r": 3, "s": 4, "o": 5, "I": 6, "v": 7, "m": 8}
+
+
+def ev(expr, vals):
+    py = re.sub(r"\b([a-z_]\w*)\b", lambda m: m.group(1) if m.group(1) in ("max", "min") else
+                f"vals[{m.group(1)!r}]", expr).replace("/", "//")
+    return int(eval(py, {"max": max, "min": min, "vals": vals}))
+
+
+def shape_parts(code):
+    m = re.match(r"(\w\w)\[(.*)\]@(\w)/", code)
+    if not m:
+        return None
+    depth, cur, out = 0, "", []
+    for ch in m.group(2):
+        if ch == "," and depth == 0:
+            out.append(cur)
+            cur = ""
+            continue
+        depth += ch == "("
+        depth -= ch == ")"
+        cur += ch
+    out.append(cur)
+    return m.group(1), out, m.group(3)
+
+
+def case(r, layout):
+    """(args rows, ints) of one case, or None when a size is unknown."""
+    vals = {}
+    for a in r.args:
+        if a.code == "i":
+            vals[a.name] = INTS.get(a.name, 2)
+    # Leading dimensions: one above the least the layout allows.
+    row = layout == 101
+    lds = {}
+    diag = {}
+    for a in r.args:
+        sp = shape_parts(a.code)
+        if not sp:
+            continue
+        shape, params, _ = sp
+        if shape == "ge":
+            rows, cols = ev(params[0], vals), ev(params[1], vals)
+            lds[params[2]] = (cols if row else rows) + 1
+            diag[a.name] = ("step", 0, lds[params[2]] + 1, min(rows, cols))
+        elif shape in ("sy", "tr"):
+            n = ev(params[-2], vals)
+            lds[params[-1]] = n + 1
+            diag[a.name] = ("step", 0, n + 2, n)
+        elif shape == "gb":
+            m, n, kl, ku = (ev(x, vals) for x in params[:4])
+            lds[params[4]] = n + 1 if row else kl + ku + 2
+            diag[a.name] = ("step", ku * (n + 1) if row else ku, 1 if row else kl + ku + 2, min(m, n))
+            if row:
+                diag[a.name] = ("step", ku * lds[params[4]], 1, min(m, n))
+        elif shape in ("sb", "tb"):
+            n, kd = ev(params[-3], vals), ev(params[-2], vals)
+            up = CHARS["uplo"] == "U"
+            lds[params[-1]] = n + 1 if row else kd + 2
+            ld = lds[params[-1]]
+            # Upper keeps the diagonal in band row kd, lower in row 0, in both layouts.
+            first = (kd if up else 0) if not row else ((kd if up else 0) * ld)
+            diag[a.name] = ("step", first, ld if not row else 1, n)
+        elif shape in ("sp", "tp"):
+            n = ev(params[-1], vals)
+            up = (CHARS["uplo"] == "U") != row
+            idx = [j * (j + 1) // 2 + j if up else j * (2 * n - j + 1) // 2 for j in range(n)]
+            diag[a.name] = ("list", idx)
+    for k, v in lds.items():
+        vals[k] = v
+    rows = []
+    for a in r.args:
+        if a.code.startswith(("W", "F")) or not a.hpos:
+            continue
+        c = a.code
+        if c == "c":
+            rows.append((0, "0", 0, 0.0, CHARS.get(a.name, "N"), ""))
+        elif c == "e":
+            rows.append((1, "0", 0, 0.0, CHARS.get(a.name, "N"), ""))
+        elif c == "i":
+            rows.append((2, "0", vals[a.name], 0.0, "N", ""))
+        elif c.startswith("r@"):
+            rows.append((3, c[2], 0, SCALARS.get(a.name, 0.5), "N", ""))
+        elif c.startswith("s@"):
+            rows.append((4, c[2], 1, 0.0, "N", ""))
+        elif c == "o":
+            rows.append((5, "i", 1, 0.0, "N", ""))
+        elif c == "I":
+            rows.append((6, "i", 4 * max(vals.values(), default=8) + 16, 0.0, "N", ""))
+        elif c == "f":
+            return None
+        elif c.startswith("v["):
+            m = re.match(r"v\[(.*)\]@(\w)", c)
+            try:
+                count = max(ev(m.group(1), vals), 1)
+            except Exception:
+                return None
+            # A vector named d is a diagonal: dominant, like the matrices'.
+            dl = ",".join(map(str, range(count))) if a.name in ("d", "df") else ""
+            rows.append((7, m.group(2), count, 0.0, "N", dl))
+        else:
+            shape, params, ty = shape_parts(c)
+            if shape == "ge":
+                rws, cls = ev(params[0], vals), ev(params[1], vals)
+                count = vals[params[2]] * max(rws if row else cls, 1)
+            elif shape in ("sy", "tr"):
+                count = vals[params[-1]] * max(ev(params[-2], vals), 1)
+            elif shape == "gb":
+                m, n = ev(params[0], vals), ev(params[1], vals)
+                count = vals[params[4]] * max(m if row else n, 1) + vals[params[4]] * 2
+            elif shape in ("sb", "tb"):
+                count = vals[params[-1]] * max(ev(params[-3], vals), 1) + vals[params[-1]] * 2
+            else:
+                n = ev(params[-1], vals)
+                count = n * (n + 1) // 2 + 1
+            d = diag.get(a.name)
+            if d is None:
+                dl = ""
+            elif d[0] == "step":
+                dl = ",".join(str(d[1] + d[2] * j) for j in range(d[3]))
+            else:
+                dl = ",".join(map(str, d[1]))
+            partial = UNDEFINED.get(r.name[1:]) == a.name
+            rows.append((9 if partial else 8, ty, count, 0.0, "N", dl))
+    return rows
+
+
+def caller(r):
+    params = []
+    k = 0
+    for a in r.args:
+        if a.code.startswith(("W", "F")) or not a.hpos:
+            continue
+        c = a.code
+        if c == "c":
+            params.append(f"*static_cast<char*>(v[{k}])")
+        elif c == "i":
+            params.append(f"*static_cast<lapack_int*>(v[{k}])")
+        elif c.startswith("r@"):
+            ty = {"s": "float", "d": "double", "c": "lapack_complex_float", "z": "lapack_complex_double"}[c[2]]
+            params.append(f"*static_cast<{ty}*>(v[{k}])")
+        else:
+            params.append(f"Ptr{{v[{k}]}}")
+        k += 1
+    return (f"[](void* f, int layout, void* const* v) -> lapack_int {{ return "
+            f"reinterpret_cast<decltype(&LAPACKE_{r.name})>(f)(layout{''.join(', ' + p for p in params)}); }}")
+
+
+def main(argv):
+    table, out = argv
+    lines = [banner(table)]
+    cases, skipped = [], []
+    for r in parse(table):
+        if r.skip is None:
+            try:
+                classify(r)
+            except (ValueError, KeyError) as e:
+                r.skip = f"table row: {e}"
+        if r.skip is None and r.name[1:] in STOCK_FAULTS:
+            skipped.append((r.name, STOCK_FAULTS[r.name[1:]]))
+            continue
+        if r.skip is not None or r.result != "i":
+            skipped.append((r.name, f"not in the template: {r.skip or 'function-valued'}"))
+            continue
+        for layout in (101, 102):
+            rows = case(r, layout)
+            if rows is None:
+                if layout == 101:
+                    skipped.append((r.name, "no generated input (callback or unsized vector)"))
+                continue
+            arr = f"K_{r.name}_{layout}"
+            items = []
+            for kind, ty, count, dval, ch, dl in rows:
+                items.append(f"{{{kind}, '{ty}', {count}, {dval!r}, '{ch}', \"{dl}\"}}")
+            lines.append(f"static const ArgCase {arr}[] = {{{', '.join(items)}}};\n")
+            cases.append(f"{{\"LAPACKE_{r.name}\", {layout}, {len(rows)}, {arr}, {caller(r)}}}")
+    lines.append("static const Case kCases[] = {\n  " + ",\n  ".join(cases) + "};\n")
+    lines.append("static const Skipped kSkipped[] = {\n  " +
+                 ",\n  ".join(f"{{\"LAPACKE_{n}\", \"{why}\"}}" for n, why in skipped) + "};\n")
+    write_if_changed(Path(out), "".join(lines))
