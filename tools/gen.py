@@ -9,6 +9,7 @@
     gen.py matcopy TABLE OUTDIR             (also --probe: see qnlgen/matcopy.py)
     gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
     gen.py exports OUT NAMEFILE...
+    gen.py vml TABLE OUTDIR SHARDS
     gen.py reference OUT BLAS_TABLE LAPACK_TABLE LAPACK_EXT HANDWRITTEN LIBRARY...
 """
 import sys
@@ -16,7 +17,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import blas, cblas, exports, lapack, matcopy, messages, reference, services  # noqa: E402
+from qnlgen import blas, cblas, exports, lapack, matcopy, messages, reference, services, vml  # noqa: E402
 
 COMMANDS = {
     "blas": blas.main,
@@ -27,6 +28,7 @@ COMMANDS = {
     "services": services.main,
     "exports": exports.main,
     "reference": reference.main,
+    "vml": vml.main,
 }
 
 if __name__ == "__main__":
