@@ -1,12 +1,12 @@
 // Kernel choice from recorded CPUID answers of real processors, with their own
 // vendor and with the vendor this library's kernels are built for, under gates
 // and reproducibility branches; and the override's text.
+#include "cpu.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
-
-#include "cpu.h"
 
 using namespace qnl::vml;
 
@@ -61,9 +61,15 @@ CpuidRegs replay_cpuid(const void* ctx, uint32_t leaf, uint32_t subleaf) {
       std::memcpy(&regs.edx, p->vendor + 4, 4);
       std::memcpy(&regs.ecx, p->vendor + 8, 4);
       break;
-    case 1: regs.ecx = p->r.leaf1_ecx; break;
-    case 7: regs.ebx = subleaf == 0 ? p->r.leaf7_ebx : 0; break;
-    case 0x80000001: regs.ecx = p->r.ext_ecx; break;
+    case 1:
+      regs.ecx = p->r.leaf1_ecx;
+      break;
+    case 7:
+      regs.ebx = subleaf == 0 ? p->r.leaf7_ebx : 0;
+      break;
+    case 0x80000001:
+      regs.ecx = p->r.ext_ecx;
+      break;
   }
   return regs;
 }
@@ -185,8 +191,8 @@ TEST(VmlClassification, OverrideText) {
   struct Case {
     const char* text;
     int want;
-  } cases[] = {{"0", 0}, {"7", 7}, {"09", 9}, {"10", -1}, {"99", -1}, {"7x", -1}, {"7xy", 7},
-               {"12x", 1}, {"x", -1}, {"", -1}, {" 7", -1}, {"9999", 9}};
+  } cases[] = {{"0", 0},   {"7", 7},   {"09", 9}, {"10", -1}, {"99", -1}, {"7x", -1},
+               {"7xy", 7}, {"12x", 1}, {"x", -1}, {"", -1},   {" 7", -1}, {"9999", 9}};
   for (auto& c : cases)
     EXPECT_EQ(override_kernel(c.text, static_cast<int>(std::strlen(c.text))), c.want) << '"' << c.text << '"';
 }
