@@ -1,31 +1,54 @@
 #!/usr/bin/env python3
 """Build-time generator: turns the routine tables into C++ sources in the build tree.
 
+    gen.py family NAME OUTDIR SHARDS TABLE...          entries, hidden header, names, back-end header
+    gen.py probe NAME OUTDIR SHARDS [--skip FILE] TABLE...   the probe back-end's stand-ins
+    gen.py cases NAME OUT TABLE...                     the tests' cases
     gen.py messages TABLE OUTDIR
-    gen.py services TABLE OUTDIR
-    gen.py blas TABLE OUTDIR SHARDS
-    gen.py blas --probe TABLE OUT
-    gen.py cblas TABLE OUTDIR SHARDS
-    gen.py matcopy TABLE OUTDIR             (also --probe: see qnlgen/matcopy.py)
-    gen.py lapack TABLE EXT OUTDIR SHARDS   (also --probe, --tests: see qnlgen/lapack.py)
     gen.py exports OUT NAMEFILE...
     gen.py vml TABLE OUTDIR SHARDS
     gen.py reference OUT BLAS_TABLE LAPACK_TABLE LAPACK_EXT HANDWRITTEN LIBRARY...
+
+A family NAME is the module qnlgen/NAME.py; see qnlgen/model.py.
 """
+import importlib
 import sys
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import blas, cblas, exports, lapack, matcopy, messages, reference, services, vml  # noqa: E402
+from qnlgen import exports, messages, model, reference, vml  # noqa: E402
+
+
+def load(name, tables):
+    """The family that the parser module qnlgen/<name>.py reads from its tables."""
+    return importlib.import_module(f"qnlgen.{name}").family(tables)
+
+
+def family(argv):
+    name, outdir, shards, *tables = argv
+    model.generate(load(name, tables), outdir, shards)
+
+
+def probe(argv):
+    name, outdir, shards, *tables = argv
+    skip = set()
+    if tables[:1] == ["--skip"]:
+        skip = set(Path(tables[1]).read_text().split())
+        tables = tables[2:]
+    model.generate_probe(load(name, tables), outdir, shards, skip)
+
+
+def cases(argv):
+    name, out, *tables = argv
+    model.generate_cases(load(name, tables), out)
+
 
 COMMANDS = {
-    "blas": blas.main,
-    "cblas": cblas.main,
-    "lapack": lapack.main,
-    "matcopy": matcopy.main,
+    "family": family,
+    "probe": probe,
+    "cases": cases,
     "messages": messages.main,
-    "services": services.main,
     "exports": exports.main,
     "reference": reference.main,
     "vml": vml.main,

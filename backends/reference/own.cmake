@@ -10,6 +10,6 @@ add_library(qnl_ref_own OBJECT
   ${CMAKE_CURRENT_LIST_DIR}/own_sparse.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_syrdb.cpp
   ${CMAKE_CURRENT_LIST_DIR}/own_trans.cpp)
-target_include_directories(qnl_ref_own PRIVATE ${CMAKE_CURRENT_LIST_DIR} ${QNL_GEN}/blas ${QNL_LAPACK_GEN})
-add_dependencies(qnl_ref_own qnl_generated qnl_lapack_generated)
+target_include_directories(qnl_ref_own PRIVATE ${CMAKE_CURRENT_LIST_DIR} ${QNL_GEN}/blas ${QNL_GEN}/lapack)
+add_dependencies(qnl_ref_own qnl_generated)
 set(REF_OWN_OBJECTS $<TARGET_OBJECTS:qnl_ref_own>)

@@ -6,10 +6,10 @@
 # result   -  none            R  real type of the prefix's first letter (s,c float; d,z double)
 #          T  type of the prefix's first letter (c, z: complex, returned in registers; the
 #             back-end gets a pointer to the result ahead of the arguments)
-#          I  64-bit integer   P  pointer
+#          l  64-bit integer   p  pointer
 # check    the checker shape (checks.h), "-" for none; ".NT" / ".NC" limit the letters a
 #          transposition option accepts (default N, T, C)
-# args     name:role, in the routine's order
+# args     name:role, in the routine's order (letters of tools/qnlgen/model.py, VOCABULARY)
 #            c  character option: a hidden length 1 at the back-end, %c in the record
 #            i  integer: widened into a 64-bit local on LP64, %d in the record
 #            x  integer index array: copied to 64-bit indices on LP64, %p in the record
@@ -39,8 +39,8 @@ sdsdot     -         R  -        n:i sb:p x:p incx:i y:p incy:i
 dsdot      -         R  -        n:i x:p incx:i y:p incy:i
 ?nrm2      s,d,sc,dz R  -        n:i x:p incx:i
 ?asum      s,d,sc,dz R  -        n:i x:p incx:i
-i?amax     sdcz      I  -        n:i x:p incx:i
-i?amin     sdcz      I  -        n:i x:p incx:i
+i?amax     sdcz      l  -        n:i x:p incx:i
+i?amin     sdcz      l  -        n:i x:p incx:i
 scabs1     -         R  -        z:p
 dcabs1     -         R  -        z:p
 
@@ -104,7 +104,7 @@ dcabs1     -         R  -        z:p
 ?gem2vc    cz        -  gem2v    m:i n:i alpha:p a:p lda:i x1:p incx1:i x2:p incx2:i beta:p y1:p incy1:i y2:p incy2:i
 ?gemm_batch   sdcz   -  gemm_batch  transa_array:c transb_array:c m_array:p n_array:p k_array:p alpha_array:p a_array:p lda_array:p b_array:p ldb_array:p beta_array:p c_array:p ldc_array:p group_count:p group_size:p  +ext +batch
 ?gemm3m_batch cz     -  gemm_batch  transa_array:c transb_array:c m_array:p n_array:p k_array:p alpha_array:p a_array:p lda_array:p b_array:p ldb_array:p beta_array:p c_array:p ldc_array:p group_count:p group_size:p  +ext +batch
-?gemm_alloc   sd     P  gemm_alloc  identifier:c m:i n:i k:i  +ext
+?gemm_alloc   sd     p  gemm_alloc  identifier:c m:i n:i k:i  +ext
 ?gemm_pack    sd     -  gemm_pack   identifier:c trans:c m:i n:i k:i alpha:p src:p ld:i dest:p  +ext
 ?gemm_compute sd     -  gemm_compute  transa:c transb:c m:i n:i k:i a:p lda:i b:p ldb:i beta:p c:p ldc:i  +ext
 ?gemm_free    sd     -  -        dest:p

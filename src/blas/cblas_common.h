@@ -35,13 +35,22 @@ constexpr int kPacked = 151, kAMatrix = 161, kBMatrix = 162;
 inline constexpr char kUndefined[] = "?";
 
 // The address a Fortran entry reads: a pointer argument stands; a value (integer, real
-// scalar, character-less enumeration) is this frame's own copy.
+// scalar, character-less enumeration) is this frame's own copy. It goes to whatever
+// pointer type the entry's typed prototype names.
+struct Address {
+  void* p;
+  template <class T>
+  operator T*() const {
+    return static_cast<T*>(p);
+  }
+};
+
 template <class V>
-inline void* ref(V& v) {
+inline Address ref(V& v) {
   if constexpr (std::is_pointer_v<V>)
-    return const_cast<void*>(static_cast<const void*>(v));
+    return {const_cast<void*>(static_cast<const void*>(v))};
   else
-    return const_cast<void*>(static_cast<const void*>(&v));
+    return {const_cast<void*>(static_cast<const void*>(&v))};
 }
 
 // Calls a Fortran entry with the addresses of its arguments; a temporary lives until the

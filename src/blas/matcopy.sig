@@ -5,7 +5,7 @@
 # and forwards to qnl_trans_qnl_<t><family>, whose one signature is the C spelling's with
 # each character widened to an int.
 #
-# args     name:role, in the routine's order
+# args     name:role, in the routine's order; the letters are those of tools/qnlgen/model.py (VOCABULARY)
 #            c  character option: char in C; the back-end gets its first byte,
 #               sign-extended, as a 32-bit int
 #            n  dimension, leading dimension or stride: size_t in C; the Fortran spelling

@@ -4,7 +4,7 @@
 # result: - subroutine, i INTEGER, l LOGICAL, s REAL, d DOUBLE PRECISION,
 #         c COMPLEX, z COMPLEX*16, a CHARACTER*1 (gfortran returns it through
 #         a hidden result address and length put before the arguments)
-# class:
+# class (the letters of tools/qnlgen/model.py, VOCABULARY; the arrays take words):
 #   c     character; the back-end gets a hidden length 1
 #   i     integer (or logical) scalar, read only
 #   o     integer (or logical) scalar the routine writes (info, sdim, rank, m, ...);

@@ -7,9 +7,9 @@
 #include "platform.h"
 #include "services_gen.h"
 
-namespace qnl {
+QnlRuntimeState qnl_rt_state;
 
-RuntimeState g_state;
+namespace qnl {
 
 namespace {
 

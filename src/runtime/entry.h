@@ -8,10 +8,32 @@
 #define QNL_HIDDEN __attribute__((visibility("hidden")))
 #define QNL_COLD __attribute__((cold, noinline))
 // Exports `name` as a second symbol of `body`: the same code and the same slot.
-#define QNL_ALIAS(body, name) \
-  extern "C" decltype(body) name __attribute__((alias(#body), visibility("default")));
+#define QNL_ALIAS(body, name) extern "C" decltype(body) name __attribute__((alias(#body), visibility("default")));
+
+// The state the facade keeps for the whole process, in one block: the two
+// catalogue flags ahead of the two layer values. A plain C symbol: the C-layer
+// selectors (c_select.h) read the interface layer from assembly by this name.
+extern "C" {
+struct QnlRuntimeState {
+  int32_t catalogue_first_use = 1;
+  int32_t catalogue_builtin = 1;
+  int32_t interface_layer = -1;  // -1 unset, 0 LP64, 1 ILP64
+  int32_t threading_layer = -1;  // -1 unset, 0, 1, 2, 4; others corrected at load
+};
+extern QnlRuntimeState qnl_rt_state QNL_HIDDEN;
+}
+
+// A Fortran integer at the interface layer's width, 32 bits under LP64 and 64 under
+// ILP64: the by-reference bodies take its address and read it at the layer in force.
+struct QnlLayerInt;
 
 namespace qnl {
+
+// The address a frame reads, whatever type the body's prototype gives it.
+inline void* vp(const void* p) { return const_cast<void*>(p); }
+
+using RuntimeState = QnlRuntimeState;
+inline RuntimeState& g_state = qnl_rt_state;
 
 // A bound back-end address. Zero at load, written only by binding, never cleared.
 // Read without a lock: an aligned pointer-wide cell is either null or final.
@@ -19,16 +41,6 @@ struct Slot {
   std::atomic<void*> fn{nullptr};
   void* get() const { return fn.load(std::memory_order_relaxed); }
 };
-
-// The state the facade keeps for the whole process, in one block: the two
-// catalogue flags ahead of the two layer values.
-struct RuntimeState {
-  int32_t catalogue_first_use = 1;
-  int32_t catalogue_builtin = 1;
-  int32_t interface_layer = -1;  // -1 unset, 0 LP64, 1 ILP64
-  int32_t threading_layer = -1;  // -1 unset, 0, 1, 2, 4; others corrected at load
-};
-extern RuntimeState g_state QNL_HIDDEN;
 
 inline int interface_layer() { return __atomic_load_n(&g_state.interface_layer, __ATOMIC_RELAXED); }
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "blas_cases.h"
+#include "blas_cases.inc"
 #include "probe_backend.h"
 
 extern "C" int QNL_Set_Interface_Layer(int);

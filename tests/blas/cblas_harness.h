@@ -14,9 +14,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "blas_cases.h"
+#include "blas_cases.inc"
 #include "blas_harness.h"
-#include "cblas_cases.h"
+#include "cblas_cases.inc"
 #include "probe_backend.h"
 
 namespace cblas_test {
@@ -66,23 +66,23 @@ class Args {
       const bool has = o != over.end();
       const double v = has ? o->second : 0;
       switch (code) {
-        case 'o':
+        case 'L':
           ival_[k] = has ? static_cast<int64_t>(v) : 102;
           break;
-        case 't':
-        case 'e':
+        case 'T':
+        case 'K':
           ival_[k] = has ? static_cast<int64_t>(v) : 111;
           break;
-        case 'u':
+        case 'U':
           ival_[k] = has ? static_cast<int64_t>(v) : 121;
           break;
-        case 'g':
+        case 'G':
           ival_[k] = has ? static_cast<int64_t>(v) : 131;
           break;
-        case 's':
+        case 'S':
           ival_[k] = has ? static_cast<int64_t>(v) : 141;
           break;
-        case 'd':
+        case 'D':
           ival_[k] = has ? static_cast<int64_t>(v) : 161;
           break;
         case 'i': {
@@ -109,7 +109,7 @@ class Args {
           ptr_[k] = ints_[k];
           break;
         }
-        case 'n':
+        case 'N':
           for (int g = 0; g < 64; ++g) trans_[k][g] = has ? static_cast<int>(v) : 111;
           ptr_[k] = trans_[k];
           break;

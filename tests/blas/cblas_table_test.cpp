@@ -49,13 +49,13 @@ void column_major_forwarding(Layer layer) {
     std::vector<std::string> pointers;
     std::string chars;  // the defaults' letters, in C order
     for (const char* p = c.codes; *p; ++p) {
-      const char* at = std::strchr("tugsde", *p);
-      if (at) chars += "NUNLAN"[at - "tugsde"];
+      const char* at = std::strchr("TUGSDK", *p);
+      if (at) chars += "NUNLAN"[at - "TUGSDK"];
     }
     const auto names = split(c.args);
     for (size_t k = 0; k < names.size(); ++k) {
       if (c.codes[k] == 'i') ints.push_back(args.template arg<I>(static_cast<int>(k)));
-      if (std::strchr("arxywv", c.codes[k]) && names[k] != "result") pointers.push_back(names[k]);
+      if (std::strchr("areywv", c.codes[k]) && names[k] != "result") pointers.push_back(names[k]);
     }
     EXPECT_EQ(s->ints, ints);
     EXPECT_EQ(s->chars, chars);

@@ -37,7 +37,7 @@ struct MatcopyValues {
   }
 };
 
-#include "matcopy_cases.h"
+#include "matcopy_cases.inc"
 
 namespace {
 

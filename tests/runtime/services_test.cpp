@@ -28,18 +28,18 @@ void* const PTR[8] = {(void*)0x1111000011110000, (void*)0x2222000022220000, (voi
 struct Case {
   const char* spelling;
   const char* symbol;
-  char result;  // v i l d f p
+  char result;  // - i l d s p
   int nargs;
   void (*call)(void* fn, uint64_t* result);
   std::vector<uint64_t> (*expected)();
 };
 
 const Case kCases[] = {
-#include "service_cases.inc"
+#include "services_cases.inc"
 };
 
 uint64_t result_mask(char result) {
-  return result == 'i' || result == 'f' ? 0xFFFFFFFFu : ~uint64_t{0};
+  return result == 'i' || result == 's' ? 0xFFFFFFFFu : ~uint64_t{0};
 }
 
 // Probe symbols that act rather than answer: their results are not chosen by the
@@ -64,7 +64,7 @@ TEST(ServiceEntries, EverySpellingForwardsItsArgumentsAndResult) {
     void* fn = qnl_test::exported(c.spelling);
     ASSERT_NE(fn, nullptr) << "not exported";
     if (dereferences_sentinels(c.symbol)) continue;
-    qnl_probe_set_result(c.symbol, c.result == 'f' ? 0x3FC00000 : answer);
+    qnl_probe_set_result(c.symbol, c.result == 's' ? 0x3FC00000 : answer);
     int before = qnl_probe_count();
     uint64_t got = 0;
     c.call(fn, &got);
@@ -74,8 +74,8 @@ TEST(ServiceEntries, EverySpellingForwardsItsArgumentsAndResult) {
     std::vector<uint64_t> want = c.expected();
     ASSERT_EQ(rec->nwords, c.nargs);
     for (int i = 0; i < c.nargs; ++i) EXPECT_EQ(rec->word[i], want[i]) << "argument " << i;
-    if (c.result != 'v' && !acts(c.symbol)) {
-      EXPECT_EQ(got & result_mask(c.result), (c.result == 'f' ? 0x3FC00000 : answer) & result_mask(c.result));
+    if (c.result != '-' && !acts(c.symbol)) {
+      EXPECT_EQ(got & result_mask(c.result), (c.result == 's' ? 0x3FC00000 : answer) & result_mask(c.result));
     }
     ++covered;
   }

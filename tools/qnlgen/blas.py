@@ -1,17 +1,11 @@
-"""blas.sig -> the Fortran BLAS entries, their back-end prototypes, the probe's stand-ins
-and the case table of the tests.
-
-    blas TABLE OUTDIR SHARDS       blas_entries_<k>.cpp (SHARDS files), blas_gen.h, blas.names,
-                                   backend_blas.h, blas_cases.h
-    blas --probe TABLE OUT         probe_blas.cpp
-"""
+"""blas.sig -> the Fortran BLAS entries (and their _direct twins), forwarding to
+qnl_blas_<routine> through the frame of src/blas/frame.h."""
 import re
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from .common import banner, table_rows, write_if_changed
-
-MAX_SHARD = 500  # entries per generated source file at most
+from .common import table_rows
+from .model import WIDE, Backend, Entry, Family, Param
 
 ROLES = {"c": "%c", "i": "%d", "x": "%p", "p": "%p"}
 REAL = {"s": "float", "c": "float", "d": "double", "z": "double"}
@@ -19,6 +13,8 @@ ELEMENT = {"s": "float", "d": "double", "c": "qnl::blas::cfloat", "z": "qnl::bla
 # result type in C++, and its one-letter code in the tests' case table
 CODES = {"void": "v", "float": "f", "double": "d", "qnl::blas::cfloat": "c", "qnl::blas::cdouble": "z",
          "int64_t": "l", "void*": "p"}
+# role -> type in the body's prototype, type at the back-end
+BODY_TYPE = {"c": "const char*", "i": "const QnlLayerInt*", "x": "const QnlLayerInt*", "p": "void*"}
 SHAPES = {"gemm", "gemv", "gbmv", "symv", "sbmv", "spmv", "trmv", "tbmv", "tpmv", "ger", "syr", "spr",
           "syr2", "spr2", "symm", "syrk", "syr2k", "trmm", "ptrmm", "gemmt", "gem2v", "gemm_batch",
           "gemm_alloc", "gemm_pack", "gemm_compute"}
@@ -85,7 +81,7 @@ def expand(pattern, prefixes):
 
 
 def result_type(code, letter):
-    return {"-": "void", "R": REAL[letter], "T": ELEMENT[letter], "I": "int64_t", "P": "void*"}[code]
+    return {"-": "void", "R": REAL[letter], "T": ELEMENT[letter], "l": "int64_t", "p": "void*"}[code]
 
 
 def load(table):
@@ -115,7 +111,7 @@ def load(table):
         shape, _, trans = check.partition(".")
         if shape != "-" and shape not in SHAPES:
             raise SystemExit(f"{where}: unknown checker shape {shape}")
-        if res not in ("-", "R", "T", "I", "P"):
+        if res not in ("-", "R", "T", "l", "p"):
             raise SystemExit(f"{where}: unknown result {res}")
         for name, letter in expand(pattern, prefixes):
             if name in seen:
@@ -191,10 +187,16 @@ def spellings(name):
     return [name, name.upper(), name + "_"]
 
 
-def entry(name, result, n, template):
-    aliases = "".join(f"QNL_ALIAS(qnl_body_{name}, {s})\n" for s in spellings(name))
-    return (f"extern \"C\" QNL_HIDDEN {result} qnl_body_{name}({params(n) or 'void'}) {{\n"
-            f"  return qnl::blas::{template}<D_{name}>({names_of(n)});\n}}\n{aliases}\n")
+def body_params(r, flag=False):
+    """The body's typed parameters: the routine's arguments, then a _direct entry's flag."""
+    out = [Param(name, BODY_TYPE[role], role, "ref", WIDE if role in "ix" else "") for name, role in r.args]
+    return out + ([Param("flag", "const void*")] if flag else [])
+
+
+def entry(name, result, params, template, traits, r):
+    addresses = ", ".join(f"qnl::vp(a{i})" for i in range(len(params)))
+    return Entry(name, result, params, spellings(name), prelude=traits, data=r,
+                 call=f"  return qnl::blas::{template}<D_{name}>({addresses});\n")
 
 
 def backend_params(r):
@@ -212,70 +214,38 @@ def backend_result(r):
     return "void" if r.complex_result else r.result
 
 
-def backend_symbols(routines, directs):
-    syms = [(f"qnl_blas_{r.name}", r) for r in routines]
-    syms += [(f"qnl_blas_{d.name}", d.base) for d in directs]
-    return sorted(syms, key=lambda s: s[0])
+def backends(routines, directs):
+    syms = [Backend(f"qnl_blas_{r.name}", backend_result(r), backend_params(r), r.name,
+                    complex_result=r.result if r.complex_result else None) for r in routines]
+    syms += [Backend(f"qnl_blas_{d.name}", backend_result(d.base), backend_params(d.base), d.base.name,
+                     plain=f"qnl_blas_{d.base.name}") for d in directs]
+    return sorted(syms, key=lambda b: b.symbol)
 
 
-def main(argv):
-    if argv and argv[0] == "--probe":
-        return probe(argv[1:])
-    table, outdir, count = argv
+def family(tables):
+    table, = tables
     routines, directs = load(table)
-    out = Path(outdir)
     label = Path(table).name
-    bodies = [(r.name, routine_traits(r, label) + entry(r.name, r.result, len(r.args), "enter"))
-              for r in routines]
-    bodies += [(d.name, direct_traits(d, label) + entry(d.name, d.base.result, len(d.base.args) + d.flag,
-                                                        "direct"))
-               for d in directs]
-    head = (banner(table) + '#include <cstddef>\n#include <cstdint>\n\n#include "frame.h"\n#include "checks.h"\n\n'
-            "namespace {\n")
-    # The build lists a fixed number of shards; entries spread evenly over them.
-    count = int(count)
-    size = -(-len(bodies) // count)
-    if size > MAX_SHARD:
-        raise SystemExit(f"{len(bodies)} entries need more than {count} shards")
-    shards = [bodies[i * size:(i + 1) * size] for i in range(count)]
-    for k, shard in enumerate(shards):
-        # Traits stay in an unnamed namespace; the bodies are extern "C" and hidden.
-        text = [head]
-        for _, code in shard:
-            traits, _, rest = code.partition('extern "C"')
-            text.append(traits)
-        text.append("}  // namespace\n\n")
-        for _, code in shard:
-            text.append('extern "C"' + code.partition('extern "C"')[2])
-        write_if_changed(out / f"blas_entries_{k}.cpp", "".join(text))
-
-    hdr = [banner(table), '#pragma once\n#include <cstdint>\n\n#include "entry.h"\n#include "frame.h"\n\n',
-           "// Hidden bodies of the BLAS entries, for the library's own C layers.\n"]
-    for r in routines:
-        hdr.append(f"extern \"C\" QNL_HIDDEN {r.result} qnl_body_{r.name}({params(len(r.args))});\n")
-    for d in directs:
-        hdr.append(f"extern \"C\" QNL_HIDDEN {d.base.result} qnl_body_{d.name}"
-                   f"({params(len(d.base.args) + d.flag)});\n")
-    write_if_changed(out / "blas_gen.h", "".join(hdr))
-
-    names = [s for r in routines for s in spellings(r.name)] + [s for d in directs for s in spellings(d.name)]
-    write_if_changed(out / "blas.names", "\n".join(names) + "\n")
-
-    protos = [banner(table), "#pragma once\n#include <cstddef>\n#include <cstdint>\n\n",
-              "// What a back-end exports for the BLAS entries: integers are 64-bit and by reference,\n"
-              "// a complex result comes through the pointer ahead of the arguments, and every\n"
-              "// character argument is followed at the end by a hidden length.\n",
-              "extern \"C\" {\n"]
-    for sym, r in backend_symbols(routines, directs):
-        res = backend_result(r)
-        protos.append(f"{res} {sym}({', '.join(backend_params(r))});\n")
-    protos.append("}\n")
-    write_if_changed(out / "backend_blas.h", "".join(protos))
-    write_if_changed(out / "blas_cases.h", cases(routines, directs, table))
+    by_name = {r.name: r for r in routines}
+    entries = [entry(r.name, r.result, body_params(r), "enter", routine_traits(r, label), r) for r in routines]
+    entries += [entry(d.name, d.base.result, body_params(d.base, d.flag), "direct", direct_traits(d, label), d)
+                for d in directs]
+    return Family(
+        "blas", table, entries, backends(routines, directs),
+        head='#include <cstddef>\n#include <cstdint>\n\n#include "frame.h"\n#include "checks.h"\n',
+        header_head='#include <cstdint>\n\n#include "entry.h"\n#include "frame.h"\n\n'
+                    "// Hidden bodies of the BLAS entries, for the library's own C layers.\n",
+        backend_head="#include <cstddef>\n#include <cstdint>\n\n"
+                     "// What a back-end exports for the BLAS entries: integers are 64-bit and by reference,\n"
+                     "// a complex result comes through the pointer ahead of the arguments, and every\n"
+                     "// character argument is followed at the end by a hidden length.\n",
+        probe_head="using qnl_probe::word;\n\n",
+        standin=lambda b: standin(b, by_name[b.routine]),
+        cases=lambda: cases(routines, directs))
 
 
-def cases(routines, directs, table):
-    out = [banner(table), "#pragma once\n// Every BLAS entry, as the tests walk them.\n\n",
+def cases(routines, directs):
+    out = ["#pragma once\n// Every BLAS entry, as the tests walk them.\n\n",
            "struct BlasCase {\n  const char* name;\n  const char* roles;\n  const char* args;\n"
            "  char result;\n  const char* shape;\n  const char* field;\n  int field_len;\n  bool batch;\n};\n\n",
            "struct DirectCase {\n  const char* name;\n  const char* base;\n  const char* roles;\n"
@@ -295,39 +265,33 @@ def cases(routines, directs, table):
     return "".join(out)
 
 
-def probe(argv):
-    """Stand-ins that record every word they receive, then the 64-bit value behind each
-    integer argument, then (sparse routines) the first indices of the index array."""
-    table, outfile = argv
-    routines, directs = load(table)
-    out = [banner(table), '#include "probe_backend.h"\n#include "backend_blas.h"\n\n',
-           "using qnl_probe::word;\n\n"]
-    for sym, r in backend_symbols(routines, directs):
-        types = backend_params(r)
-        shift = 1 if r.complex_result else 0
-        decl = ", ".join(f"{t} a{i}" for i, t in enumerate(types))
-        words = [f"word(a{i})" for i in range(len(types))]
-        # the values behind the integer arguments, read while the caller's frame still holds them
-        words += [f"a{i + shift} ? word(*a{i + shift}) : 0" for i, (_, role) in enumerate(r.args) if role == "i"]
-        res = backend_result(r)
-        body = [f"{res} {sym}({decl}) {{\n"]
-        x = r.index("x")
-        if x >= 0:
-            body.append(f"  uint64_t w[] = {{{', '.join(words)}, 0, 0, 0, 0}};\n"
-                        f"  const int64_t nz = a{shift} ? *a{shift} : 0;\n"
-                        f"  int n = {len(words)};\n"
-                        f"  for (int64_t i = 0; i < nz && i < 4; ++i) w[n++] = static_cast<uint64_t>(a{x + shift}[i]);\n")
-        else:
-            body.append(f"  const uint64_t w[] = {{{', '.join(words)}}};\n  const int n = {len(words)};\n")
-        if r.complex_result:
-            body.append(f"  qnl_probe::answer<void>(\"{sym}\", w, n);\n"
-                        f"  const uint64_t bits = qnl_probe_result_bits(\"{sym}\");\n"
-                        f"  std::memcpy(a0, &bits, sizeof bits);\n")
-            if r.result.endswith("cdouble"):
-                body.append("  const uint64_t high = ~bits;\n"
-                            "  std::memcpy(static_cast<char*>(a0) + 8, &high, sizeof high);\n")
-            body.append("}\n")
-        else:
-            body.append(f"  return qnl_probe::answer<{res}>(\"{sym}\", w, n);\n}}\n")
-        out.append("".join(body))
-    write_if_changed(outfile, "".join(out))
+def standin(b, r):
+    """Records every word it receives, then the 64-bit value behind each integer argument,
+    then (sparse routines) the first indices of the index array."""
+    sym, types = b.symbol, b.params
+    shift = 1 if r.complex_result else 0
+    decl = ", ".join(f"{t} a{i}" for i, t in enumerate(types))
+    words = [f"word(a{i})" for i in range(len(types))]
+    # the values behind the integer arguments, read while the caller's frame still holds them
+    words += [f"a{i + shift} ? word(*a{i + shift}) : 0" for i, (_, role) in enumerate(r.args) if role == "i"]
+    res = b.result
+    body = [f"{res} {sym}({decl}) {{\n"]
+    x = r.index("x")
+    if x >= 0:
+        body.append(f"  uint64_t w[] = {{{', '.join(words)}, 0, 0, 0, 0}};\n"
+                    f"  const int64_t nz = a{shift} ? *a{shift} : 0;\n"
+                    f"  int n = {len(words)};\n"
+                    f"  for (int64_t i = 0; i < nz && i < 4; ++i) w[n++] = static_cast<uint64_t>(a{x + shift}[i]);\n")
+    else:
+        body.append(f"  const uint64_t w[] = {{{', '.join(words)}}};\n  const int n = {len(words)};\n")
+    if r.complex_result:
+        body.append(f"  qnl_probe::answer<void>(\"{sym}\", w, n);\n"
+                    f"  const uint64_t bits = qnl_probe_result_bits(\"{sym}\");\n"
+                    f"  std::memcpy(a0, &bits, sizeof bits);\n")
+        if r.result.endswith("cdouble"):
+            body.append("  const uint64_t high = ~bits;\n"
+                        "  std::memcpy(static_cast<char*>(a0) + 8, &high, sizeof high);\n")
+        body.append("}\n")
+    else:
+        body.append(f"  return qnl_probe::answer<{res}>(\"{sym}\", w, n);\n}}\n")
+    return "".join(body)

@@ -1,19 +1,17 @@
-"""cblas.sig -> the CBLAS entries: twin bodies, selectors, export names and the tests' cases.
-
-    cblas TABLE OUTDIR SHARDS   cblas_entries_<k>.cpp (SHARDS files), cblas.names, cblas_cases.h
-"""
+"""cblas.sig -> the CBLAS entries: an LP64 and an ILP64 body of each routine behind a
+C-layer selector, both ending in the library's own Fortran entry."""
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from .common import banner, table_rows, write_if_changed
+from .common import table_rows
+from .model import TWIN, Entry, Family, Param
 
-CODES = set("otugsdeijarwxyvnAC")
+CODES = set("LTUGSDKijareywvNAC")
 ELEMENT = {"s": "float", "d": "double", "c": "qnl::blas::cfloat", "z": "qnl::blas::cdouble"}
 REAL = {"s": "float", "d": "double", "c": "float", "z": "double"}
 C_ELEMENT = {"s": "float", "d": "double", "c": "void", "z": "void"}
-ENUMS = {"o": "CBLAS_LAYOUT", "t": "CBLAS_TRANSPOSE", "u": "CBLAS_UPLO", "g": "CBLAS_DIAG", "s": "CBLAS_SIDE",
-         "d": "CBLAS_IDENTIFIER", "e": "int"}
-WIDTHS = (("lp64", "int32_t"), ("ilp64", "int64_t"))
+ENUMS = {"L": "CBLAS_LAYOUT", "T": "CBLAS_TRANSPOSE", "U": "CBLAS_UPLO", "G": "CBLAS_DIAG", "S": "CBLAS_SIDE",
+         "D": "CBLAS_IDENTIFIER", "K": "int"}
 
 
 @dataclass
@@ -31,14 +29,6 @@ class Routine:
     @property
     def export(self):
         return "cblas_" + self.name
-
-    @property
-    def width_free(self):
-        """A routine without integers has one body: both layers lead to it."""
-        return not any(c in "ij" for _, c in self.args)
-
-    def body(self, width):
-        return f"qnl_{width}_cblas_{self.name}" if not self.width_free else f"qnl_cblas_{self.name}"
 
 
 def element_letter(prefix):
@@ -104,10 +94,10 @@ def c_type(code, letter, width):
         "a": real if letter in "sd" else "const void*",
         "r": real,
         "w": f"{real}*",
-        "x": f"const {e}*",
+        "e": f"const {e}*",
         "y": f"{e}*",
         "v": "const void*",
-        "n": "const CBLAS_TRANSPOSE*",
+        "N": "const CBLAS_TRANSPOSE*",
         "A": f"const {e}**",
         "C": f"{e}**",
     }[code]
@@ -115,10 +105,6 @@ def c_type(code, letter, width):
 
 def result_type(r):
     return {"-": "void", "R": REAL[r.letter], "d": "double", "Z": "size_t", "P": f"{C_ELEMENT[r.letter]}*"}[r.result]
-
-
-def signature(r, width):
-    return ", ".join(f"{c_type(code, r.letter, width)} a{i}" for i, (_, code) in enumerate(r.args)) or "void"
 
 
 def traits(r, label):
@@ -133,52 +119,35 @@ def traits(r, label):
     return "".join(out)
 
 
-def bodies(r):
+def entry(r, label):
+    """Twin bodies from the shape's template, exported through a selector; a routine without
+    integers has one body that both layers reach."""
+    params = [Param(name, c_type(code, r.letter, "{I}"), code, "value", TWIN if code in "ij" else "")
+              for name, code in r.args]
     names = ", ".join(f"a{i}" for i in range(len(r.args)))
-    res = result_type(r)
-    widths = WIDTHS[1:] if r.width_free else WIDTHS
-    out = []
-    for w, t in widths:
-        out.append(f"extern \"C\" QNL_HIDDEN {res} {r.body(w)}({signature(r, t)}) {{\n"
-                   f"  return qnl::cblas::{r.shape}<{t}, C_{r.name}>({names});\n}}\n")
-        if "widths" in r.flags:
-            out.append(f"QNL_ALIAS({r.body(w)}, {r.export}_{w})\n")
+    e = Entry(r.name, result_type(r), params, [r.export], symbol=f"qnl_cblas_{r.name}", selector=True, data=r,
+              width_exports="widths" in r.flags, prelude=traits(r, label),
+              call=f"  return qnl::cblas::{r.shape}<{{I}}, C_{r.name}>({names});\n")
     # The header is the contract: the LP64 body has the type its prototype declares.
-    out.append(f"static_assert(std::is_same_v<decltype({r.export}), decltype({r.body('lp64')})>);\n")
-    return "".join(out)
+    e.after = f"static_assert(std::is_same_v<decltype({r.export}), decltype({e.twin_body('lp64')})>);\n"
+    return e
 
 
-def selector(r):
-    """The export: reads the interface layer, settles it when unset, and jumps to a body."""
-    lp, ilp, sym = r.body("lp64"), r.body("ilp64"), r.export
-    return (f"QNL_CBLAS_SELECTOR({sym}, {lp}, {ilp})\n")
-
-
-def main(argv):
-    table, outdir, count = argv
+def family(tables):
+    table, = tables
     routines = load(table)
-    out = Path(outdir)
     label = Path(table).name
-    head = (banner(table) + "#include <cstddef>\n#include <cstdint>\n#include <type_traits>\n\n"
-            '#include "cblas.h"\n#include "cblas_bodies.h"\n\n')
-    count = int(count)
-    size = -(-len(routines) // count)
-    for k in range(count):
-        part = routines[k * size:(k + 1) * size]
-        text = [head, "namespace {\n"]
-        text += [traits(r, label) for r in part]
-        text.append("}  // namespace\n\n")
-        text += [bodies(r) + selector(r) + "\n" for r in part]
-        write_if_changed(out / f"cblas_entries_{k}.cpp", "".join(text))
-
-    names = [r.export for r in routines]
-    names += [f"{r.export}_{w}" for r in routines if "widths" in r.flags for w, _ in WIDTHS]
-    write_if_changed(out / "cblas.names", "\n".join(names) + "\n")
-    write_if_changed(out / "cblas_cases.h", cases(routines, table))
+    return Family(
+        "cblas", table, [entry(r, label) for r in routines],
+        head='#include <cstddef>\n#include <cstdint>\n#include <type_traits>\n\n'
+             '#include "cblas.h"\n#include "cblas_bodies.h"\n',
+        header_head='#include <cstddef>\n#include <cstdint>\n\n#include "cblas.h"\n#include "entry.h"\n\n'
+                    "// The LP64 and ILP64 bodies of the CBLAS entries.\n",
+        cases=lambda: cases(routines))
 
 
-def cases(routines, table):
-    out = [banner(table), "#pragma once\n// Every CBLAS entry, as the tests walk them.\n#include <cstdint>\n#include <cstring>\n\n"
+def cases(routines):
+    out = ["#pragma once\n// Every CBLAS entry, as the tests walk them.\n#include <cstdint>\n#include <cstring>\n\n"
            "#include \"cblas.h\"\n\n",
            "struct CblasCase {\n  const char* name;\n  char type;\n  const char* codes;\n  const char* args;\n"
            "  char result;\n  const char* shape;\n  const char* fortran;\n};\n\n",

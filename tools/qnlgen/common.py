@@ -21,7 +21,3 @@ def table_rows(path):
         if line:
             yield number, line.split()
 
-
-def c_string(text):
-    """A C string literal of `text`, whose only escape is \\n."""
-    return '"' + text.replace('"', '\\"') + '"'

@@ -1,10 +1,4 @@
-"""lapack.sig + lapack_ext.sig -> the Fortran LAPACK entries, their back-end
-prototypes, the probe's stand-ins and the test cases.
-
-    lapack TABLE EXT OUTDIR SHARDS        lapack_entries_<k>.cpp (k < SHARDS), lapack.names,
-                                          backend_lapack.h
-    lapack --probe TABLE EXT OUT SHARDS   probe_lapack_<k>.cpp in OUT
-    lapack --tests TABLE EXT OUT          lapack_cases.inc
+"""lapack.sig + lapack_ext.sig -> the Fortran LAPACK entries and their test cases.
 
 Each entry is data (a Routine record of argument classes, conditions and
 length programs) plus a call thunk; the frame that reads the data is the
@@ -14,7 +8,8 @@ import re
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from .common import banner, table_rows, write_if_changed
+from .common import table_rows
+from .model import WIDE, Backend, Entry, Family, Param
 
 CLASS_RE = re.compile(r"^(c|i|o|p|f|io|ii|iio|iw|ix|lw)(?:\[([^\]]*)\])?(?:<=([^?]+))?(?:\?(.*))?$")
 ARRAYS = {"io", "ii", "iio", "iw", "ix", "lw"}
@@ -28,7 +23,10 @@ CHECKS = {"getrf", "potrf", "geqrf", "gelqf", "geqlf", "gebrd", "gehrd", "orghr"
           "ormrq", "dtsvb", "dttrfb"}
 MAX_ARGS = 40
 MAX_ARRAYS = 8
-MAX_SHARD = 500
+# class -> type in the body's prototype
+BODY_TYPE = {"c": "const char*", "i": "const QnlLayerInt*", "o": "QnlLayerInt*", "p": "void*", "f": "void*",
+             "io": "QnlLayerInt*", "ii": "const QnlLayerInt*", "iio": "QnlLayerInt*", "iw": "QnlLayerInt*",
+             "ix": "QnlLayerInt*", "lw": "QnlLayerInt*"}
 
 
 # ---------------------------------------------------------------- expressions
@@ -389,10 +387,6 @@ def backend_result(r):
     return "void" if r.result_arg else RESULTS[r.result]
 
 
-def prototype(r, symbol):
-    return f"{backend_result(r)} {symbol}({', '.join(backend_params(r)) or 'void'});\n"
-
-
 def emit_routine(r):
     ident = r.name
     args = r.call_args()
@@ -435,7 +429,6 @@ def emit_routine(r):
     if conds:
         out.append(f"static const qnl::lapack::Cond C_{ident}[] = {{{', '.join(conds)}}};\n")
     # The call thunk: the marshalled addresses in order, then a length 1 per character.
-    params = backend_params(r)
     nchar = sum(a.cls == "c" for a in r.args)
     pass_args = []
     for k in range(len(args)):
@@ -460,80 +453,50 @@ def emit_routine(r):
         f"X_{ident}, {len(args)}, {r.info()}, {ROUTES.get(r.route, 0)}, qnl::lapack::{result_kind}, "
         f"{'true' if r.short else 'false'}, {'true' if has_iw else 'false'}}};\n")
     # The exported body: every argument arrives as an address; hidden lengths are not read.
-    params = [f"void* a{k}" for k in range(len(r.args))]
-    ptrs = [f"a{k}" for k in range(len(r.args))]
+    params = [Param(a.name, BODY_TYPE[a.cls], a.cls, "ref", WIDE if a.cls in ("i", "o") else "") for a in r.args]
+    ptrs = [f"qnl::vp(a{k})" for k in range(len(r.args))]
     ret = RESULTS[r.result] if r.result not in ("a",) else "void"
     pre = ""
     if r.result in ("c", "z"):
         pre = f"  {ret} v{{}};\n"
         ptrs = ["&v"] + ptrs
     elif r.result == "a":
-        params = ["void* res", "size_t"] + params
-        ptrs = ["res"] + ptrs
+        params = [Param("result", "char*", cname="res"), Param("length", "size_t", "n", "value", cname="")] + params
+        ptrs = ["res"] + [f"qnl::vp(a{k})" for k in range(2, len(params))]
     elif r.result != "-":
         pre = f"  {ret} v = 0;\n"
     call_result = "&v" if r.result not in ("-", "a", "c", "z") else "nullptr"
     plist = ", ".join(ptrs) if ptrs else "nullptr"
-    body = (f"extern \"C\" QNL_HIDDEN {ret} qnl_lapack_body_{ident}({', '.join(params) or 'void'}) {{\n{pre}"
-            f"  void* const p[] = {{{plist}}};\n"
+    call = (f"{pre}  void* const p[] = {{{plist}}};\n"
             f"  qnl::lapack::enter(R_{ident}, E_{ident}, p, {call_result});\n"
-            + ("  return v;\n" if ret != "void" else "") + "}\n")
-    out.append(body)
-    out += [f"QNL_ALIAS(qnl_lapack_body_{ident}, {s})\n" for s in r.spellings]
-    return "".join(out) + "\n"
+            + ("  return v;\n" if ret != "void" else ""))
+    return Entry(ident, ret, params, r.spellings, call, source=r.source, symbol=f"qnl_lapack_body_{ident}",
+                 before="".join(out), data=r)
 
 
-def shards(items, count):
-    per = -(-len(items) // count)
-    if per > MAX_SHARD:
-        raise SystemExit(f"{len(items)} routines need more than {count} shards")
-    return [items[i * per:(i + 1) * per] for i in range(count)]
-
-
-def main(argv):
-    if argv and argv[0] == "--probe":
-        return probe(argv[1:])
-    if argv and argv[0] == "--tests":
-        return tests(argv[1:])
-    table, ext, outdir, count = argv
-    routines = load(table, ext)
-    out = Path(outdir)
-    src = f"{table} and {ext}"
-    for k, part in enumerate(shards(routines, int(count))):
-        text = [banner(src), "#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n",
-                '#include "backend_lapack.h"\n#include "lapack_frame.h"\n\n']
-        text += [emit_routine(r) for r in part]
-        write_if_changed(out / f"lapack_entries_{k}.cpp", "".join(text))
-    names = [s for r in routines for s in r.spellings]
-    write_if_changed(out / "lapack.names", "\n".join(names) + "\n")
-    protos = [banner(src), "#pragma once\n#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n",
-              "// What a back-end exports for the LAPACK entries: 64-bit integers by\n"
-              "// address, a length after the arguments for each character argument.\n"
-              "extern \"C\" {\n"]
+def backends(routines):
+    out = []
     for r in routines:
-        protos.append(prototype(r, r.symbol))
+        cplx = RESULTS[r.result] if r.result in ("c", "z") else None
+        out.append(Backend(r.symbol, backend_result(r), backend_params(r), r.stem, complex_result=cplx))
         if r.ao_symbol:
-            protos.append(prototype(r, r.ao_symbol))
-    protos.append("}\n")
-    write_if_changed(out / "backend_lapack.h", "".join(protos))
+            out.append(Backend(r.ao_symbol, backend_result(r), backend_params(r), r.stem, plain=r.symbol))
+    return out
 
 
-def probe(argv):
-    table, ext, outdir, count = argv
+def family(tables):
+    table, ext = tables
     routines = load(table, ext)
-    src = f"{table} and {ext}"
-    syms = [(r, r.symbol) for r in routines] + [(r, r.ao_symbol) for r in routines if r.ao_symbol]
-    syms.sort(key=lambda x: x[1])
-    for k, part in enumerate(shards(syms, int(count))):
-        text = [banner(src), '#include "backend_lapack.h"\n#include "probe_backend.h"\n\nusing qnl_probe::word;\n\n']
-        for r, sym in part:
-            params = backend_params(r)
-            res = backend_result(r)
-            decl = ", ".join(f"{t} a{i}" for i, t in enumerate(params))
-            words = ", ".join(f"word(a{i})" for i in range(len(params)))
-            text.append(f"{res} {sym}({decl}) {{\n  const uint64_t w[] = {{{words}}};\n"
-                        f"  return qnl_probe::answer<{res}>(\"{sym}\", w, {len(params)});\n}}\n")
-        write_if_changed(Path(outdir) / f"probe_lapack_{k}.cpp", "".join(text))
+    return Family(
+        "lapack", f"{table} and {ext}", [emit_routine(r) for r in routines], backends(routines),
+        head='#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n'
+             '#include "backend_lapack.h"\n#include "lapack_frame.h"\n',
+        header_head='#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n#include "entry.h"\n\n'
+                    "// Hidden bodies of the LAPACK entries, for the library's own C layers.\n",
+        backend_head="#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n"
+                     "// What a back-end exports for the LAPACK entries: 64-bit integers by\n"
+                     "// address, a length after the arguments for each character argument.\n",
+        cases=lambda: "".join(case(r) for r in routines))
 
 
 # ---------------------------------------------------------------- test cases
@@ -661,11 +624,3 @@ def case(r):
     return (f"  {{\"{r.name}\", \"{r.symbol}\", {ao}, {fmt}, '{r.result}', {'true' if r.short else 'false'}, "
             f"{'true' if r.check else 'false'}, {'true' if work else 'false'}, {len(r.args)}, {off}, "
             f"{{{', '.join(rows)}}}}},\n")
-
-
-def tests(argv):
-    table, ext, out = argv
-    routines = load(table, ext)
-    text = [banner(f"{table} and {ext}")]
-    text += [case(r) for r in routines]
-    write_if_changed(out, "".join(text))

@@ -1,23 +1,19 @@
-"""matcopy.sig -> the matrix copy entries, their back-end prototypes, the probe's stand-ins
-and the case table of the tests.
-
-    matcopy TABLE OUTDIR           matcopy_entries.cpp, matcopy.names, backend_matcopy.h,
-                                   matcopy_cases.h
-    matcopy --probe TABLE OUT      probe_matcopy.cpp
-"""
+"""matcopy.sig -> the matrix copy entries: a C spelling by value and a Fortran spelling by
+reference of each routine, both forwarding to qnl_trans_qnl_<routine>."""
 from dataclasses import dataclass
 from pathlib import Path
 
-from .common import banner, table_rows, write_if_changed
+from .common import table_rows
+from .model import WIDE, Backend, Entry, Family, Param
 
 TYPES = "sdcz"
 ROLES = "cnap"
 ELEMENT = {"s": "float", "d": "double", "c": "qnl::blas::cfloat", "z": "qnl::blas::cdouble"}
-# role -> (type in the C spelling, type at the back-end); "a" takes the element type
+# role -> (type in the C spelling, type at the back-end, type in the Fortran spelling);
+# "a" takes the element type
 C_TYPE = {"c": "char", "n": "size_t", "p": "void*"}
 BACKEND_TYPE = {"c": "int32_t", "n": "size_t", "p": "void*"}
-
-
+FORTRAN_TYPE = {"c": "const char*", "n": "const QnlLayerInt*", "p": "void*"}
 @dataclass
 class Routine:
     line: int
@@ -55,6 +51,9 @@ class Routine:
     def backend_types(self):
         return [ELEMENT[self.letter] if r == "a" else BACKEND_TYPE[r] for r in self.roles]
 
+    def fortran_types(self):
+        return [f"const {ELEMENT[self.letter]}*" if r == "a" else FORTRAN_TYPE[r] for r in self.roles]
+
 
 def load(table):
     routines = []
@@ -75,26 +74,26 @@ def decl(types):
     return ", ".join(f"{t} a{i}" for i, t in enumerate(types))
 
 
-def names_of(n):
-    return ", ".join(f"a{i}" for i in range(n))
-
-
-def entries(r, table):
+def entries(r, label):
+    """The C spelling and the Fortran spelling of a routine, over one set of traits."""
     n = len(r.args)
-    fortran = ", ".join(f"void* a{i}" for i in range(n))
-    aliases = "".join(f"QNL_ALIAS(qnl_body_{r.fortran}, {s})\n" for s in r.spellings)
-    return (f"// {table}:{r.line} {r.name}\n"
-            f"namespace {{\nstruct M_{r.name} {{\n"
-            f"  using T = {ELEMENT[r.letter]};\n"
-            f"  using Backend = void({', '.join(r.backend_types())});\n"
-            f"  static constexpr char roles[] = \"{r.roles}\";\n"
-            f"  static constexpr char symbol[] = \"{r.symbol}\";\n"
-            f"  static qnl::Slot slot;\n}};\nqnl::Slot M_{r.name}::slot;\n}}  // namespace\n"
-            f"extern \"C\" QNL_HIDDEN void qnl_body_{r.c_name}({decl(r.c_types())}) {{\n"
-            f"  qnl::matcopy::by_value<M_{r.name}>({names_of(n)});\n}}\n"
-            f"QNL_ALIAS(qnl_body_{r.c_name}, {r.c_name})\n"
-            f"extern \"C\" QNL_HIDDEN void qnl_body_{r.fortran}({fortran}) {{\n"
-            f"  qnl::matcopy::by_reference<M_{r.name}>({names_of(n)});\n}}\n{aliases}\n")
+    names = ", ".join(f"a{i}" for i in range(n))
+    addresses = ", ".join(f"qnl::vp(a{i})" for i in range(n))
+    traits = (f"// {label}:{r.line} {r.name}\n"
+              f"struct M_{r.name} {{\n"
+              f"  using T = {ELEMENT[r.letter]};\n"
+              f"  using Backend = void({', '.join(r.backend_types())});\n"
+              f"  static constexpr char roles[] = \"{r.roles}\";\n"
+              f"  static constexpr char symbol[] = \"{r.symbol}\";\n"
+              f"  static qnl::Slot slot;\n}};\nqnl::Slot M_{r.name}::slot;\n")
+    by_value = [Param(a, t, role, "value") for (a, role), t in zip(r.args, r.c_types())]
+    by_ref = [Param(a, t, role, "ref", WIDE if role == "n" else "")
+              for (a, role), t in zip(r.args, r.fortran_types())]
+    where = f"{label}:{r.line}"
+    return [Entry(r.c_name, "void", by_value, [r.c_name], source=where, prelude=traits, data=r,
+                  call=f"  qnl::matcopy::by_value<M_{r.name}>({names});\n"),
+            Entry(r.fortran, "void", by_ref, r.spellings, source=where, data=r,
+                  call=f"  qnl::matcopy::by_reference<M_{r.name}>({addresses});\n")]
 
 
 def plain_types(types):
@@ -103,22 +102,10 @@ def plain_types(types):
             for t in types]
 
 
-def prototypes(routines, table):
-    out = [banner(table), "#pragma once\n#include <cstddef>\n#include <cstdint>\n\n",
-           "// What a back-end exports for the matrix copy entries: the C spelling's arguments, each\n"
-           "// character option as an int, complex scalars by value.\n",
-           "struct qnl_trans_cfloat {\n  float re, im;\n};\nstruct qnl_trans_cdouble {\n  double re, im;\n};\n\n",
-           'extern "C" {\n']
-    for r in sorted(routines, key=lambda r: r.symbol):
-        out.append(f"void {r.symbol}({', '.join(plain_types(r.backend_types()))});\n")
-    out.append("}\n")
-    return "".join(out)
-
-
-def cases(routines, table):
+def cases(routines):
     """One row per routine for the tests, with a caller of its C spelling that takes every
     argument from the test's value arrays in order of role."""
-    out = [banner(table), "#pragma once\n// Every matrix copy routine, as the tests walk them.\n\n",
+    out = ["#pragma once\n// Every matrix copy routine, as the tests walk them.\n\n",
            "struct MatcopyCase {\n  const char* name;\n  char letter;\n  const char* roles;\n"
            "  const char* c_name;\n  const char* fortran;\n  const char* symbol;\n"
            "  void (*call_c)(void* fn, const MatcopyValues& v);\n};\n\n",
@@ -144,37 +131,33 @@ def cases(routines, table):
     return "".join(out)
 
 
-def main(argv):
-    if argv and argv[0] == "--probe":
-        return probe(argv[1:])
-    table, outdir = argv
+def standin(b):
+    """Records every argument as words: a complex scalar of two floats as one word, of two
+    doubles as two."""
+    words = []
+    for i, t in enumerate(b.params):
+        words += [f"word(a{i}.re)", f"word(a{i}.im)"] if t == "qnl_trans_cdouble" else [f"word(a{i})"]
+    return (f"void {b.symbol}({decl(b.params)}) {{\n"
+            f"  const uint64_t w[] = {{{', '.join(words)}}};\n"
+            f"  qnl_probe::answer<void>(\"{b.symbol}\", w, {len(words)});\n}}\n")
+
+
+def family(tables):
+    table, = tables
     routines = load(table)
-    out = Path(outdir)
     label = Path(table).name
-    text = [banner(table), '#include <cstddef>\n#include <cstdint>\n\n#include "matcopy_frame.h"\n\n']
-    text += [entries(r, label) for r in routines]
-    write_if_changed(out / "matcopy_entries.cpp", "".join(text))
-    names = [s for r in routines for s in [r.c_name] + r.spellings]
-    write_if_changed(out / "matcopy.names", "\n".join(names) + "\n")
-    write_if_changed(out / "backend_matcopy.h", prototypes(routines, table))
-    write_if_changed(out / "matcopy_cases.h", cases(routines, table))
-
-
-def probe(argv):
-    """Stand-ins that record every argument as words: a complex scalar of two floats as one
-    word, of two doubles as two."""
-    table, outfile = argv
-    routines = load(table)
-    out = [banner(table), '#include "probe_backend.h"\n#include "backend_matcopy.h"\n\n',
-           "using qnl_probe::word;\n\n",
-           "namespace {\ninline uint64_t word(qnl_trans_cfloat v) {\n  uint64_t w;\n"
-           "  std::memcpy(&w, &v, sizeof w);\n  return w;\n}\n}  // namespace\n\n"]
-    for r in sorted(routines, key=lambda r: r.symbol):
-        types = plain_types(r.backend_types())
-        words = []
-        for i, t in enumerate(types):
-            words += [f"word(a{i}.re)", f"word(a{i}.im)"] if t == "qnl_trans_cdouble" else [f"word(a{i})"]
-        out.append(f"void {r.symbol}({decl(types)}) {{\n"
-                   f"  const uint64_t w[] = {{{', '.join(words)}}};\n"
-                   f"  qnl_probe::answer<void>(\"{r.symbol}\", w, {len(words)});\n}}\n")
-    write_if_changed(outfile, "".join(out))
+    backends = [Backend(r.symbol, "void", plain_types(r.backend_types()))
+                for r in sorted(routines, key=lambda r: r.symbol)]
+    return Family(
+        "matcopy", table, [e for r in routines for e in entries(r, label)], backends,
+        head='#include <cstddef>\n#include <cstdint>\n\n#include "matcopy_frame.h"\n',
+        header_head='#include <cstddef>\n#include <cstdint>\n\n#include "entry.h"\n#include "frame.h"\n\n'
+                    "// Hidden bodies of the matrix copy entries.\n",
+        backend_head="#include <cstddef>\n#include <cstdint>\n\n"
+                     "// What a back-end exports for the matrix copy entries: the C spelling's arguments, each\n"
+                     "// character option as an int, complex scalars by value.\n"
+                     "struct qnl_trans_cfloat {\n  float re, im;\n};\nstruct qnl_trans_cdouble {\n  double re, im;\n};\n\n",
+        probe_head="using qnl_probe::word;\n\n"
+                   "namespace {\ninline uint64_t word(qnl_trans_cfloat v) {\n  uint64_t w;\n"
+                   "  std::memcpy(&w, &v, sizeof w);\n  return w;\n}\n}  // namespace\n\n",
+        standin=standin, cases=lambda: cases(routines))

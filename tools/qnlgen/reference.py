@@ -49,21 +49,8 @@ def handwritten_names(path):
 
 
 def backend_symbols(blas_table, lapack_table, lapack_ext):
-    """(symbol, routine name at the library, plain symbol of a twin or None, complex result type or None,
-    parameter types) for every symbol the facade's BLAS and LAPACK entries bind."""
-    routines, directs = blas.load(blas_table)
-    for r in routines:
-        cplx = r.result if r.complex_result else None
-        yield f"qnl_blas_{r.name}", r.name, None, cplx, blas.backend_params(r)
-    for d in directs:
-        r = d.base
-        yield f"qnl_blas_{d.name}", r.name, f"qnl_blas_{r.name}", None, blas.backend_params(r)
-    for r in lapack.load(lapack_table, lapack_ext):
-        cplx = lapack.RESULTS[r.result] if r.result in ("c", "z") else None
-        params = lapack.backend_params(r)
-        yield r.symbol, r.stem, None, cplx, params
-        if r.ao_symbol:
-            yield r.ao_symbol, r.stem, r.symbol, None, params
+    """The back-end symbols that the facade's BLAS and LAPACK entries bind."""
+    return blas.family([blas_table]).backends + lapack.family([lapack_table, lapack_ext]).backends
 
 
 def plan(argv):
@@ -71,17 +58,17 @@ def plan(argv):
     hand = handwritten_names(handwritten)
     exports = [exported(lib) for lib in libraries]
     stubs, missing = [], []
-    for sym, name, plain, cplx, params in backend_symbols(blas_table, lapack_table, lapack_ext):
-        if sym in hand:
+    for b in backend_symbols(blas_table, lapack_table, lapack_ext):
+        if b.symbol in hand:
             continue
-        target = f"{name}_"
+        target = f"{b.routine}_"
         library = next((k for k, names in enumerate(exports) if target in names), None)
-        if library is None and plain in hand:
-            target, library = plain, SELF
+        if library is None and b.plain in hand:
+            target, library = b.plain, SELF
         if library is None:
-            missing.append(sym)
+            missing.append(b.symbol)
             continue
-        stubs.append((sym, target, library, cplx, params))
+        stubs.append((b.symbol, target, library, b.complex_result, b.params))
     return sorted(stubs), sorted(missing), libraries
 
 

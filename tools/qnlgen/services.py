@@ -1,15 +1,10 @@
-"""services.sig -> the service entries, their back-end prototypes and the probe's stand-ins.
-
-    services TABLE OUTDIR          services_entries.cpp, services_gen.h, services.names,
-                                   backend_services.h
-    probe-services TABLE OUT SKIP  probe_services.cpp, leaving out the symbols named in SKIP
-"""
+"""services.sig -> the service entries: thin bodies that jump to qnl_serv_<symbol>."""
 from dataclasses import dataclass
-from pathlib import Path
 
-from .common import banner, table_rows, write_if_changed
+from .common import table_rows
+from .model import Backend, Entry, Family, Param
 
-RESULTS = {"v": "void", "i": "int32_t", "l": "int64_t", "d": "double", "f": "float", "p": "void*"}
+RESULTS = {"-": "void", "i": "int32_t", "l": "int64_t", "d": "double", "s": "float", "p": "void*"}
 # argument form -> (type by value, type in a by-reference spelling, read through the pointer there)
 ARGS = {
     "i32": ("int32_t", "const int32_t*", True),
@@ -78,24 +73,7 @@ def backend_symbols(rows):
     return seen
 
 
-def body(name, row, by_reference, table):
-    """A thin entry: bound address first, then the by-reference reads, then the jump."""
-    params, values = [], []
-    for i, a in enumerate(row.args):
-        value_t, ref_t, deref = ARGS[a]
-        params.append(f"{ref_t if by_reference else value_t} a{i}")
-        values.append(f"*a{i}" if by_reference and deref else f"a{i}")
-    ret = RESULTS[row.result]
-    fn = f"{ret}({row.by_value()})"
-    return (f"// {table}:{row.line}\n"
-            f"static qnl::Slot s_{name};\n"
-            f"extern \"C\" QNL_HIDDEN {ret} qnl_body_{name}({', '.join(params) or 'void'}) {{\n"
-            f"  return qnl::thin<{fn}>(s_{name}, \"{row.backend}\",\n"
-            f"                        [=](auto* f) {{ return f({', '.join(values)}); }});\n"
-            f"}}\n")
-
-
-def entries(rows, table):
+def entries(rows):
     """Yields (body name, row, by_reference, exported spellings) for each entry body."""
     for r in rows:
         forms, twin = SPELLINGS[r.kind]
@@ -104,56 +82,41 @@ def entries(rows, table):
             yield r.mixed, r, False, [r.mixed]
 
 
-def main(argv):
-    if argv and argv[0] == "--probe":
-        return probe(argv[1:])
-    if argv and argv[0] == "--tests":
-        return tests(argv[1:])
-    table, outdir = argv
-    rows = load(table)
-    out = Path(outdir)
-    cpp = [banner(table), '#include <cstdint>\n#include "entry.h"\n#include "services_gen.h"\n\n']
-    hdr = [banner(table), "#pragma once\n#include <cstdint>\n\n#include \"entry.h\"\n\n",
-           "// Hidden bodies of the service entries, for the library's own frames.\n"]
-    names = []
-    for name, row, by_ref, spellings in entries(rows, table):
-        names += spellings
-        if row.kind == "local":
-            continue
-        aliases = "".join(f"QNL_ALIAS(qnl_body_{name}, {s})\n" for s in spellings)
-        params = ", ".join(ARGS[a][1] if by_ref else ARGS[a][0] for a in row.args) or "void"
-        hdr.append(f"extern \"C\" QNL_HIDDEN {RESULTS[row.result]} qnl_body_{name}({params});\n")
-        if row.kind == "custom":
-            # The body is hand-written; its file expands this macro beside it.
-            hdr.append(f"#define QNL_SERVICE_ALIASES_{name} " + aliases.replace("\n", " ") + "\n")
-        else:
-            cpp.append(body(name, row, by_ref, table) + aliases + "\n")
-    write_if_changed(out / "services_entries.cpp", "".join(cpp))
-    write_if_changed(out / "services_gen.h", "".join(hdr))
-    write_if_changed(out / "services.names", "\n".join(names) + "\n")
-    protos = [banner(table), "#pragma once\n#include <cstdint>\n\n",
-              "// What a back-end exports for the service entries.\nextern \"C\" {\n"]
-    for sym, (res, params) in sorted(backend_symbols(rows).items()):
-        protos.append(f"{RESULTS[res]} {sym}({params});\n")
-    protos.append("}\n")
-    write_if_changed(out / "backend_services.h", "".join(protos))
+def entry(name, row, by_ref, spellings, label):
+    """A thin entry: bound address first, then the by-reference reads, then the jump."""
+    params, values = [], []
+    for i, a in enumerate(row.args):
+        value_t, ref_t, deref = ARGS[a]
+        params.append(Param(f"a{i}", ref_t if by_ref else value_t, a, "ref" if by_ref else "value"))
+        values.append(f"*a{i}" if by_ref and deref else f"a{i}")
+    ret = RESULTS[row.result]
+    fn = f"{ret}({row.by_value()})"
+    e = Entry(name, ret, params, spellings, source=f"{label}:{row.line}", data=row,
+              hidden=row.kind not in ("local", "custom"), header=row.kind != "local",
+              before=f"// {label}:{row.line}\nstatic qnl::Slot s_{name};\n",
+              call=(f"  return qnl::thin<{fn}>(s_{name}, \"{row.backend}\",\n"
+                    f"                        [=](auto* f) {{ return f({', '.join(values)}); }});\n"))
+    return e
 
 
-def probe(argv):
-    table, out, skip_file = argv
-    skip = set(Path(skip_file).read_text().split())
+def family(tables):
+    table, = tables
     rows = load(table)
-    cpp = [banner(table), '#include "probe_backend.h"\n#include "backend_services.h"\n\n']
-    for sym, (res, params) in sorted(backend_symbols(rows).items()):
-        if sym in skip:
-            continue
-        types = [] if params == "void" else params.split(", ")
-        decl = ", ".join(f"{t} a{i}" for i, t in enumerate(types)) or "void"
-        words = ", ".join(f"qnl_probe::word(a{i})" for i in range(len(types)))
-        cpp.append(f"{RESULTS[res]} {sym}({decl}) {{\n"
-                   f"  const uint64_t w[] = {{{words or '0'}}};\n"
-                   f"  return qnl_probe::answer<{RESULTS[res]}>(\"{sym}\", w, {len(types)});\n}}\n")
-    write_if_changed(out, "".join(cpp))
+    items = [entry(*item, table) for item in entries(rows)]
+    # A custom body is hand-written; its file expands this macro beside it.
+    custom = "".join(f"#define QNL_SERVICE_ALIASES_{e.name} "
+                     + "".join(f"QNL_ALIAS(qnl_body_{e.name}, {s}) " for s in e.exports) + "\n"
+                     for e in items if e.data.kind == "custom")
+    backends = [Backend(sym, RESULTS[res], [] if params == "void" else params.split(", "))
+                for sym, (res, params) in sorted(backend_symbols(rows).items())]
+    return Family(
+        "services", table, items, backends,
+        head='#include <cstdint>\n#include "entry.h"\n',
+        header_head="#include <cstdint>\n\n#include \"entry.h\"\n\n"
+                    "// Hidden bodies of the service entries, for the library's own frames.\n",
+        header_tail=custom,
+        backend_head="#include <cstdint>\n\n// What a back-end exports for the service entries.\n",
+        cases=lambda: tests(rows))
 
 
 # Sentinel arrays the generated cases draw from; each form has its own, and the
@@ -185,13 +148,11 @@ def case(spelling, row, by_ref):
             + f"   }},\n   [] {{ return std::vector<uint64_t>{{{', '.join(words)}}}; }}}},\n")
 
 
-def tests(argv):
-    table, out = argv
-    rows = load(table)
-    cases = [banner(table)]
-    for name, row, by_ref, spellings in entries(rows, table):
+def tests(rows):
+    cases = []
+    for name, row, by_ref, spellings in entries(rows):
         if row.kind in ("local", "custom"):
             continue
         for s in spellings:
             cases.append(case(s, row, by_ref))
-    write_if_changed(out, "".join(cases))
+    return "".join(cases)
