@@ -23,7 +23,8 @@ void split(void* kernel, int32_t n, int32_t tag, A... args) {
   using Kernel = void (*)(int32_t, A..., int64_t);
   auto k = reinterpret_cast<Kernel>(kernel);
   int64_t threads = 1;
-  if (qnl_ref::kThreaded && tag > 0) {
+  if (qnl_ref::kThreaded && tag > 0 && n / tag >= 2) {
+    // Asked only for vectors worth cutting: the count may cost a system call.
     threads = n / tag;
     int64_t most = qnl_ref::max_threads();
     if (threads > most) threads = most;
