@@ -304,7 +304,7 @@ std::vector<T> points(double lo, double hi, int n, unsigned seed) {
 
 int sample_size() {
   const char* s = std::getenv("QNL_VML_ACCURACY_POINTS");
-  return s ? std::atoi(s) : 3000;
+  return s ? std::atoi(s) : 1000;
 }
 
 struct Mode {

@@ -91,13 +91,18 @@ void vmap_scalar(int32_t n, const T* a, T b, T* y) {
 // time, one precision wider: arguments beyond |x| <= limit (SLEEF's range for the
 // function, per type) and, in HA, subnormal results, where SLEEF bounds the
 // absolute error only.
+template <class T>
+constexpr T kTinyArgument = std::is_same_v<T, double> ? T(1e-8) : T(1e-3);
+
 template <class T, int A, class F>
 void fix_range(int32_t n, const T* a, T* y, double limit_d, double limit_f, F fallback) {
   using W = typename Wider<T>::type;
   const T limit = static_cast<T>(std::is_same_v<T, double> ? limit_d : limit_f);
   const T tiny = std::numeric_limits<T>::min();
   for (int32_t i = 0; i < n; ++i) {
-    const bool far = !(std::fabs(a[i]) <= limit), sub = A == kHA && y[i] != 0 && std::fabs(y[i]) < tiny;
+    // Tiny arguments too in HA: SLEEF's single-precision odd functions miss by a hair there.
+    const bool far = !(std::fabs(a[i]) <= limit),
+               sub = A == kHA && ((y[i] != 0 && std::fabs(y[i]) < tiny) || std::fabs(a[i]) < kTinyArgument<T>);
     if (__builtin_expect(far || sub, 0)) y[i] = static_cast<T>(fallback(static_cast<W>(a[i])));
   }
 }
