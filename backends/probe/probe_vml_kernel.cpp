@@ -1,0 +1,92 @@
+// The probe kernel library: the tables of every vector function, whose kernels
+// record their calls; the class, the table index and the mode calls, each
+// recorded and answered as a test chose. One build, copied under the kernel
+// libraries' file names.
+#include <xmmintrin.h>
+
+#include "probe_backend.h"
+
+using qnl_probe::word;
+
+namespace {
+
+int32_t g_mode = 0;
+int32_t g_status = 0;
+void* g_callback = nullptr;
+
+// A kernel as the pack frames call it directly: five words.
+template <int I>
+void kernel(uint64_t a, uint64_t b, uint64_t c, uint64_t d, uint64_t e) {
+  const uint64_t w[] = {static_cast<uint64_t>(I), a, b, c, d, e};
+  qnl_probe_record("qnl_vml_probe_kernel", QNL_PROBE_LIBRARY, w, 6);
+}
+
+using Kernel = void (*)(uint64_t, uint64_t, uint64_t, uint64_t, uint64_t);
+constexpr int kTableSize = 4;
+
+// Library start-up code that changes the floating-point control word, as some
+// do: the loader must give the caller's back.
+__attribute__((constructor)) void change_control_word() { _mm_setcsr(_mm_getcsr() | 0x8040); }
+
+int32_t answer_int(const char* symbol, const uint64_t* w, int n) { return qnl_probe::answer<int32_t>(symbol, w, n); }
+
+}  // namespace
+
+// Tags differ per function and per index, so a test can tell which table entry travelled.
+#define QNL_VML_FUNCTION(t, Stem, group)                                                                     \
+  QNL_PROBE_API const Kernel qnl_vml_kernel_##t##Stem##_ttab[kTableSize] = {kernel<0>, kernel<1>, kernel<2>, \
+                                                                            kernel<3>};                      \
+  QNL_PROBE_API const int32_t qnl_vml_kernel_##t##Stem##_ctab[kTableSize] = {__LINE__ * 4, __LINE__ * 4 + 1, \
+                                                                             __LINE__ * 4 + 2, __LINE__ * 4 + 3};
+#include "vml_functions.inc"
+
+QNL_PROBE_API int32_t dll_cpu_version(void) { return answer_int("dll_cpu_version", nullptr, 0); }
+
+QNL_PROBE_API int32_t qnl_vml_kernel_GetTTableIndex(int32_t kernel_index) {
+  const uint64_t w[] = {word(kernel_index)};
+  return answer_int("qnl_vml_kernel_GetTTableIndex", w, 1);
+}
+
+QNL_PROBE_API int32_t qnl_vml_kernel_SetMode(int32_t mode) {
+  const uint64_t w[] = {word(mode)};
+  qnl_probe_record("qnl_vml_kernel_SetMode", QNL_PROBE_LIBRARY, w, 1);
+  int32_t old = g_mode;
+  g_mode = mode;
+  return old;
+}
+QNL_PROBE_API int32_t qnl_vml_kernel_GetMode(void) {
+  qnl_probe_record("qnl_vml_kernel_GetMode", QNL_PROBE_LIBRARY, nullptr, 0);
+  return g_mode;
+}
+QNL_PROBE_API int32_t qnl_vml_kernel_SetErrStatus(int32_t status) {
+  const uint64_t w[] = {word(status)};
+  qnl_probe_record("qnl_vml_kernel_SetErrStatus", QNL_PROBE_LIBRARY, w, 1);
+  int32_t old = g_status;
+  g_status = status;
+  return old;
+}
+QNL_PROBE_API int32_t qnl_vml_kernel_GetErrStatus(void) {
+  qnl_probe_record("qnl_vml_kernel_GetErrStatus", QNL_PROBE_LIBRARY, nullptr, 0);
+  return g_status;
+}
+QNL_PROBE_API int32_t qnl_vml_kernel_ClearErrStatus(void) {
+  qnl_probe_record("qnl_vml_kernel_ClearErrStatus", QNL_PROBE_LIBRARY, nullptr, 0);
+  int32_t old = g_status;
+  g_status = 0;
+  return old;
+}
+QNL_PROBE_API int32_t qnl_vml_kernel_SetErrorCallBack(void* cb) {
+  const uint64_t w[] = {word(cb)};
+  qnl_probe_record("qnl_vml_kernel_SetErrorCallBack", QNL_PROBE_LIBRARY, w, 1);
+  g_callback = cb;
+  return 0;
+}
+QNL_PROBE_API void* qnl_vml_kernel_GetErrorCallBack(void) {
+  qnl_probe_record("qnl_vml_kernel_GetErrorCallBack", QNL_PROBE_LIBRARY, nullptr, 0);
+  return g_callback;
+}
+QNL_PROBE_API int32_t qnl_vml_kernel_ClearErrorCallBack(void) {
+  qnl_probe_record("qnl_vml_kernel_ClearErrorCallBack", QNL_PROBE_LIBRARY, nullptr, 0);
+  g_callback = nullptr;
+  return 0;
+}

@@ -1,0 +1,112 @@
+// Complex vector functions: element by element on std::complex, one precision
+// wider than the result in HA (so the rounding to the result dominates the error).
+#pragma once
+#include <complex>
+
+#include "ops.h"
+
+namespace qnl_vml::cplx {
+
+template <class T>
+using C = std::complex<T>;
+
+#define QNL_COMPLEX1(Stem, exact, errors, inf_status, expr)          \
+  struct Stem {                                                      \
+    static constexpr int kErrors = errors;                           \
+    static constexpr int32_t kPiece = kCostlyPiece;                  \
+    static constexpr bool kOwnEP = false;                            \
+    static constexpr int kInfiniteStatus = inf_status;               \
+    template <class W>                                               \
+    static C<W> eval(C<W> x) {                                       \
+      return expr;                                                   \
+    }                                                                \
+    template <int A, class T>                                        \
+    static void map(int32_t n, const C<T>* a, C<T>* y) {             \
+      using W = std::conditional_t<exact, T, Work<T, A>>;            \
+      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]))); \
+    }                                                                \
+  };
+
+QNL_COMPLEX1(Acos, false, kInfinite, kOverflow, std::acos(x))
+QNL_COMPLEX1(Acosh, false, kInfinite, kOverflow, std::acosh(x))
+QNL_COMPLEX1(Asin, false, kInfinite, kOverflow, std::asin(x))
+QNL_COMPLEX1(Asinh, false, kInfinite, kOverflow, std::asinh(x))
+QNL_COMPLEX1(Atan, false, kInfinite, kSing, std::atan(x))
+QNL_COMPLEX1(Atanh, false, kInfinite, kSing, std::atanh(x))
+QNL_COMPLEX1(Conj, true, kNone, kOverflow, std::conj(x))
+QNL_COMPLEX1(Cos, false, kInfinite, kOverflow, std::cos(x))
+QNL_COMPLEX1(Cosh, false, kInfinite, kOverflow, std::cosh(x))
+QNL_COMPLEX1(Exp, false, kInfinite, kOverflow, std::exp(x))
+QNL_COMPLEX1(Ln, false, kInfinite, kSing, std::log(x))
+QNL_COMPLEX1(Log10, false, kInfinite, kSing, std::log10(x))
+QNL_COMPLEX1(Sin, false, kInfinite, kOverflow, std::sin(x))
+QNL_COMPLEX1(Sinh, false, kInfinite, kOverflow, std::sinh(x))
+QNL_COMPLEX1(Sqrt, false, kInfinite, kOverflow, std::sqrt(x))
+QNL_COMPLEX1(Tan, false, kInfinite, kOverflow, std::tan(x))
+QNL_COMPLEX1(Tanh, false, kInfinite, kOverflow, std::tanh(x))
+
+#define QNL_COMPLEX2(Stem, exact, errors, inf_status, expr)                      \
+  struct Stem {                                                                  \
+    static constexpr int kErrors = errors;                                       \
+    static constexpr int32_t kPiece = exact ? kCheapPiece : kCostlyPiece;        \
+    static constexpr bool kOwnEP = false;                                        \
+    static constexpr int kInfiniteStatus = inf_status;                           \
+    template <class W>                                                           \
+    static C<W> eval(C<W> x, C<W> z) {                                           \
+      return expr;                                                               \
+    }                                                                            \
+    template <int A, class T>                                                    \
+    static void map(int32_t n, const C<T>* a, const C<T>* b, C<T>* y) {          \
+      using W = std::conditional_t<exact, T, Work<T, A>>;                        \
+      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b[i]))); \
+    }                                                                            \
+    template <int A, class T>                                                    \
+    static void map_scalar(int32_t n, const C<T>* a, C<T> b, C<T>* y) {          \
+      using W = std::conditional_t<exact, T, Work<T, A>>;                        \
+      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b)));    \
+    }                                                                            \
+  };
+
+QNL_COMPLEX2(Add, true, kInfinite, kOverflow, x + z)
+QNL_COMPLEX2(Sub, true, kInfinite, kOverflow, x - z)
+QNL_COMPLEX2(Mul, false, kInfinite, kOverflow, x* z)
+QNL_COMPLEX2(MulByConj, false, kInfinite, kOverflow, x* std::conj(z))
+QNL_COMPLEX2(Div, false, kInfinite, kSing, x / z)
+QNL_COMPLEX2(Pow, false, kInfinite, kOverflow, std::pow(x, z))
+
+// Complex to real, real to complex.
+struct Abs {
+  static constexpr int kErrors = kInfinite;
+  static constexpr int32_t kPiece = kCostlyPiece;
+  static constexpr bool kOwnEP = false;
+  static constexpr int kInfiniteStatus = kOverflow;
+  template <int A, class T>
+  static void map(int32_t n, const C<T>* a, T* y) {
+    using W = Work<T, A>;
+    for (int32_t i = 0; i < n; ++i) y[i] = static_cast<T>(std::hypot(W(a[i].real()), W(a[i].imag())));
+  }
+};
+struct Arg {
+  static constexpr int kErrors = kNone;
+  static constexpr int32_t kPiece = kCostlyPiece;
+  static constexpr bool kOwnEP = false;
+  static constexpr int kInfiniteStatus = kOverflow;
+  template <int A, class T>
+  static void map(int32_t n, const C<T>* a, T* y) {
+    using W = Work<T, A>;
+    for (int32_t i = 0; i < n; ++i) y[i] = static_cast<T>(std::atan2(W(a[i].imag()), W(a[i].real())));
+  }
+};
+struct CIS {
+  static constexpr int kErrors = kNone;
+  static constexpr int32_t kPiece = kCostlyPiece;
+  static constexpr bool kOwnEP = false;
+  static constexpr int kInfiniteStatus = kOverflow;
+  template <int A, class T>
+  static void map(int32_t n, const T* a, C<T>* y) {
+    using W = Work<T, A>;
+    for (int32_t i = 0; i < n; ++i) y[i] = C<T>(static_cast<T>(std::cos(W(a[i]))), static_cast<T>(std::sin(W(a[i]))));
+  }
+};
+
+}  // namespace qnl_vml::cplx

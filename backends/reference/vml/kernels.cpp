@@ -1,0 +1,466 @@
+// A reference kernel library: the tables of every vector function, the mode, the
+// error status and the error callback, and the class of processor this build
+// needs. The same source is compiled once per instruction set (QNL_VML_INDEX).
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <mutex>
+
+#include "complex_ops.h"
+#include "messages.h"
+#include "ops.h"
+#include "qnl_vml.h"
+
+#define QNL_KERNEL_API extern "C" __attribute__((visibility("default")))
+
+namespace qnl_vml {
+namespace {
+
+std::atomic<int32_t> g_mode{VML_DEFAULT_MODE};
+std::atomic<int32_t> g_status{VML_STATUS_OK};
+std::atomic<VMLErrorCallBack> g_callback{nullptr};
+std::mutex g_callback_lock;
+
+constexpr int32_t kBlock = 1024;  // elements computed, then checked, while in cache
+
+// Reports the errors of one piece: the status, errno, a line on stderr and the
+// callback, as the mode asks. A callback that returns non-zero hears no more of
+// this piece.
+class Reporter {
+ public:
+  explicit Reporter(const char* name) : name_(name), mode_(g_mode.load(std::memory_order_relaxed)) {}
+
+  // Returns what to store as the result: the callback may change it.
+  template <class T>
+  void report(int code, int64_t index, double a1, double a2, T* r, T* r_im = nullptr, double a1_im = 0,
+              double a2_im = 0) {
+    if (mode_ & VML_ERRMODE_IGNORE) return;
+    g_status.store(code, std::memory_order_relaxed);
+    if (mode_ & VML_ERRMODE_ERRNO) errno = code == kErrDom ? EDOM : ERANGE;
+    if (mode_ & VML_ERRMODE_STDERR) {
+      std::fprintf(stderr, qnl::messages::kRows[736 + code].text, name_);
+      std::fputc('\n', stderr);
+    }
+    VMLErrorCallBack cb = g_callback.load(std::memory_order_relaxed);
+    if (!(mode_ & VML_ERRMODE_CALLBACK) || !cb || stopped_) return;
+    VMLErrorContext ctx{};
+    ctx.code = code;
+    ctx.index = static_cast<int>(index);
+    ctx.a1 = a1;
+    ctx.a2 = a2;
+    ctx.r1 = static_cast<double>(*r);
+    ctx.a1_im = a1_im;
+    ctx.a2_im = a2_im;
+    ctx.r1_im = r_im ? static_cast<double>(*r_im) : 0;
+    std::snprintf(ctx.name, sizeof ctx.name, "%s", name_);
+    ctx.name_length = static_cast<int>(std::strlen(ctx.name));
+    std::lock_guard<std::mutex> lock(g_callback_lock);
+    stopped_ = cb(&ctx) != 0;
+    *r = static_cast<T>(ctx.r1);
+    if (r_im) *r_im = static_cast<T>(ctx.r1_im);
+  }
+
+ private:
+  const char* name_;
+  int32_t mode_;
+  bool stopped_ = false;
+};
+
+template <class T>
+bool out_of_range(T r, bool underflow) {
+  T m = std::fabs(r);
+  return !(m <= std::numeric_limits<T>::max()) || (underflow && m < std::numeric_limits<T>::min());
+}
+
+// The error of one real result from arguments x and z (z is 1 for one argument).
+template <class Op, class T>
+int error_of(T x, T z, T r) {
+  const bool nan_args = std::isnan(x) || std::isnan(z), finite_args = std::isfinite(x) && std::isfinite(z);
+  if ((Op::kErrors & kDomain) && std::isnan(r) && !nan_args) return kErrDom;
+  if ((Op::kErrors & kInfinite) && std::isinf(r) && finite_args) return Op::infinite(x, z);
+  if ((Op::kErrors & kUnderflow) && finite_args && x != 0 && z != 0 && std::fabs(r) < std::numeric_limits<T>::min())
+    return kUnder;
+  return 0;
+}
+
+// Scans a computed block: cheaply for anything out of range, closely if so.
+template <class Op, class T>
+void check(const char* name, int32_t n, const T* a, const T* b, T bscalar, T* y, int64_t first) {
+  bool suspect = false;
+  for (int32_t i = 0; i < n; ++i) suspect |= out_of_range(y[i], (Op::kErrors & kUnderflow) != 0);
+  if (!suspect) return;
+  Reporter rep(name);
+  for (int32_t i = 0; i < n; ++i) {
+    T z = b ? b[i] : bscalar;
+    if (int code = error_of<Op>(a[i], z, y[i])) rep.report(code, first + i, a[i], z, &y[i]);
+  }
+}
+
+// Inputs of a block kept aside when the output overwrites them.
+template <class T>
+const T* keep(const T* a, const T* y, int32_t m, T* buffer) {
+  if (a != y) return a;
+  std::memcpy(buffer, a, sizeof(T) * static_cast<size_t>(m));
+  return buffer;
+}
+
+template <class Op, class T, class N, int A>
+struct Unary {
+  static void run(int32_t n, const T* a, T* y, int64_t first) {
+    for (int32_t lo = 0; lo < n; lo += kBlock) {
+      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
+      T in[kBlock];
+      const T* x = Op::kErrors ? keep(a + lo, y + lo, m, in) : a + lo;
+      Op::template map<A>(m, x, y + lo);
+      if constexpr (Op::kErrors != 0)
+        check<Op>(N::name, m, x, static_cast<const T*>(nullptr), T(1), y + lo, first + lo);
+    }
+  }
+};
+
+template <class Op, class T, class N, int A>
+struct Binary {
+  static void run(int32_t n, const T* a, const T* b, T* y, int64_t first) {
+    for (int32_t lo = 0; lo < n; lo += kBlock) {
+      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
+      T in[kBlock], in2[kBlock];
+      const T* x = Op::kErrors ? keep(a + lo, y + lo, m, in) : a + lo;
+      const T* z = Op::kErrors ? keep(b + lo, y + lo, m, in2) : b + lo;
+      Op::template map<A>(m, x, z, y + lo);
+      if constexpr (Op::kErrors != 0) check<Op>(N::name, m, x, z, T(1), y + lo, first + lo);
+    }
+  }
+};
+
+template <class Op, class T, class N, int A>
+struct Powx {
+  static void run(int32_t n, const T* a, T b, T* y, int64_t first) {
+    for (int32_t lo = 0; lo < n; lo += kBlock) {
+      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
+      T in[kBlock];
+      const T* x = keep(a + lo, y + lo, m, in);
+      Op::template map_scalar<A>(m, x, b, y + lo);
+      check<Op>(N::name, m, x, static_cast<const T*>(nullptr), b, y + lo, first + lo);
+    }
+  }
+};
+
+// Complex results: an infinite or NaN part from finite arguments.
+template <class Op, class T>
+void check_complex(const char* name, int32_t n, const std::complex<T>* a, const std::complex<T>* b, std::complex<T>* y,
+                   int64_t first) {
+  bool suspect = false;
+  for (int32_t i = 0; i < n; ++i) suspect |= out_of_range(y[i].real(), false) || out_of_range(y[i].imag(), false);
+  if (!suspect) return;
+  Reporter rep(name);
+  for (int32_t i = 0; i < n; ++i) {
+    const std::complex<T> z = b ? b[i] : std::complex<T>(1);
+    const bool finite =
+        std::isfinite(a[i].real()) && std::isfinite(a[i].imag()) && std::isfinite(z.real()) && std::isfinite(z.imag());
+    const bool bad = !std::isfinite(y[i].real()) || !std::isfinite(y[i].imag());
+    if (!finite || !bad) continue;
+    T re = y[i].real(), im = y[i].imag();
+    rep.report(Op::kInfiniteStatus, first + i, a[i].real(), z.real(), &re, &im, a[i].imag(), z.imag());
+    y[i] = {re, im};
+  }
+}
+
+template <class Op, class T, class N, int A>
+struct ComplexUnary {
+  using C = std::complex<T>;
+  static void run(int32_t n, const C* a, C* y, int64_t first) {
+    for (int32_t lo = 0; lo < n; lo += kBlock) {
+      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
+      C in[kBlock];
+      const C* x = keep(a + lo, y + lo, m, in);
+      Op::template map<A>(m, x, y + lo);
+      if constexpr (Op::kErrors != 0)
+        check_complex<Op>(N::name, m, x, static_cast<const C*>(nullptr), y + lo, first + lo);
+    }
+  }
+};
+
+template <class Op, class T, class N, int A>
+struct ComplexBinary {
+  using C = std::complex<T>;
+  static void run(int32_t n, const C* a, const C* b, C* y, int64_t first) {
+    for (int32_t lo = 0; lo < n; lo += kBlock) {
+      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
+      C in[kBlock], in2[kBlock];
+      const C* x = keep(a + lo, y + lo, m, in);
+      const C* z = keep(b + lo, y + lo, m, in2);
+      Op::template map<A>(m, x, z, y + lo);
+      check_complex<Op>(N::name, m, x, z, y + lo, first + lo);
+    }
+  }
+};
+
+template <class Op, class T, class N, int A>
+struct ComplexPowx {
+  using C = std::complex<T>;
+  static void run(int32_t n, const C* a, C b, C* y, int64_t first) {
+    for (int32_t lo = 0; lo < n; lo += kBlock) {
+      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
+      C in[kBlock];
+      const C* x = keep(a + lo, y + lo, m, in);
+      Op::template map_scalar<A>(m, x, b, y + lo);
+      check_complex<Op>(N::name, m, x, static_cast<const C*>(nullptr), y + lo, first + lo);
+    }
+  }
+};
+
+// Complex to real and real to complex: no error can arise but overflow of |a|.
+template <class Op, class T, class N, int A>
+struct ToReal {
+  static void run(int32_t n, const std::complex<T>* a, T* y, int64_t first) {
+    Op::template map<A>(n, a, y);
+    if constexpr (Op::kErrors != 0) {
+      Reporter rep(N::name);
+      for (int32_t i = 0; i < n; ++i)
+        if (std::isinf(y[i]) && std::isfinite(a[i].real()) && std::isfinite(a[i].imag()))
+          rep.report(kOverflow, first + i, a[i].real(), 0, &y[i], static_cast<T*>(nullptr), a[i].imag());
+    }
+  }
+};
+template <class Op, class T, class N, int A>
+struct ToComplex {
+  static void run(int32_t n, const T* a, std::complex<T>* y, int64_t) { Op::template map<A>(n, a, y); }
+};
+
+// sin and cos together, and the integer and fraction parts.
+template <class T, int A>
+void sincos(int32_t n, const T* a, T* s, T* c) {
+  constexpr int L = kLanes<T>;
+  auto f = [](V<T> x) {
+    if constexpr (std::is_same_v<T, double>) {
+      if constexpr (A == kHA)
+        return QNL_VD(sincos, u10)(x);
+      else
+        return QNL_VD(sincos, u35)(x);
+    } else {
+      if constexpr (A == kHA)
+        return QNL_VF(sincos, u10)(x);
+      else
+        return QNL_VF(sincos, u35)(x);
+    }
+  };
+  int32_t i = 0;
+  for (; i + L <= n; i += L) {
+    auto r = f(load(a + i));
+    store(s + i, r.x);
+    store(c + i, r.y);
+  }
+  if (i < n) {
+    T in[L], o1[L], o2[L];
+    for (int k = 0; k < L; ++k) in[k] = i + k < n ? a[i + k] : T(0.5);
+    auto r = f(load(in));
+    store(o1, r.x);
+    store(o2, r.y);
+    for (int k = 0; i + k < n; ++k) {
+      s[i + k] = o1[k];
+      c[i + k] = o2[k];
+    }
+  }
+}
+
+template <class T, class N, int A>
+struct SinCos {
+  static void run(int32_t n, const T* a, T* y, T* z, int64_t) { sincos<T, A>(n, a, y, z); }
+};
+template <class T, class N, int A>
+struct Modf {
+  static void run(int32_t n, const T* a, T* y, T* z, int64_t) {
+    for (int32_t i = 0; i < n; ++i) {
+      T whole;
+      T frac = std::modf(a[i], &whole);
+      y[i] = whole;
+      z[i] = frac;
+    }
+  }
+};
+
+template <class T, class N, int A>
+struct LinearFrac {
+  static void run(int32_t n, const T* a, const T* b, T sa, T ha, T sb, T hb, T* y, int64_t first) {
+    for (int32_t i = 0; i < n; ++i) {
+      T num = a[i] * sa + ha, den = b[i] * sb + hb;
+      T r = num / den;
+      if (den == 0 && !std::isnan(num)) {
+        Reporter(N::name).report(kSing, first + i, a[i], b[i], &r);
+      }
+      y[i] = r;
+    }
+  }
+};
+
+// Pack and unpack: called directly with 64-bit n and strides; index and mask
+// elements are 32 or 64 bits as the width code says.
+int64_t element(const void* v, int64_t i, int32_t width) {
+  return width == 2 ? static_cast<const int64_t*>(v)[i] : static_cast<const int32_t*>(v)[i];
+}
+template <class T>
+struct Pack {
+  static void I(int64_t n, const T* a, int64_t inc, T* y, int32_t) {
+    for (int64_t i = 0; i < n; ++i) y[i] = a[i * inc];
+  }
+  static void V(int64_t n, const T* a, const void* ia, T* y, int32_t w) {
+    for (int64_t i = 0; i < n; ++i) y[i] = a[element(ia, i, w)];
+  }
+  static void M(int64_t n, const T* a, const void* ma, T* y, int32_t w) {
+    for (int64_t i = 0, j = 0; i < n; ++i)
+      if (element(ma, i, w)) y[j++] = a[i];
+  }
+  static void UI(int64_t n, const T* a, T* y, int64_t inc, int32_t) {
+    for (int64_t i = 0; i < n; ++i) y[i * inc] = a[i];
+  }
+  static void UV(int64_t n, const T* a, T* y, const void* iy, int32_t w) {
+    for (int64_t i = 0; i < n; ++i) y[element(iy, i, w)] = a[i];
+  }
+  static void UM(int64_t n, const T* a, T* y, const void* my, int32_t w) {
+    for (int64_t i = 0, j = 0; i < n; ++i)
+      if (element(my, i, w)) y[i] = a[j++];
+  }
+};
+
+using Kernel = void (*)();
+template <class F>
+Kernel as_kernel(F* f) {
+  return reinterpret_cast<Kernel>(f);
+}
+
+}  // namespace
+}  // namespace qnl_vml
+
+using namespace qnl_vml;
+
+// Type letter -> element type, and the namespace of its functions.
+#define QNL_T_s float
+#define QNL_T_d double
+#define QNL_T_c float
+#define QNL_T_z double
+#define QNL_NS_s real
+#define QNL_NS_d real
+#define QNL_NS_c cplx
+#define QNL_NS_z cplx
+#define QNL_UNARY_s Unary
+#define QNL_UNARY_d Unary
+#define QNL_UNARY_c ComplexUnary
+#define QNL_UNARY_z ComplexUnary
+#define QNL_BINARY_s Binary
+#define QNL_BINARY_d Binary
+#define QNL_BINARY_c ComplexBinary
+#define QNL_BINARY_z ComplexBinary
+#define QNL_POWX_s Powx
+#define QNL_POWX_d Powx
+#define QNL_POWX_c ComplexPowx
+#define QNL_POWX_z ComplexPowx
+
+// The table index is the accuracy the mode asks for: 1 LA, 2 HA, 3 EP; index 0
+// (a mode without accuracy bits) computes as HA.
+#define QNL_TABLES(t, Stem, K, piece, ep)                                               \
+  namespace names {                                                                     \
+  struct t##Stem {                                                                      \
+    static constexpr const char* name = "v" #t #Stem;                                   \
+  };                                                                                    \
+  }                                                                                     \
+  QNL_KERNEL_API const Kernel qnl_vml_kernel_##t##Stem##_ttab[4] = {                    \
+      as_kernel(&K<names::t##Stem, kHA>::run), as_kernel(&K<names::t##Stem, kLA>::run), \
+      as_kernel(&K<names::t##Stem, kHA>::run), as_kernel(&K<names::t##Stem, ep>::run)}; \
+  QNL_KERNEL_API const int32_t qnl_vml_kernel_##t##Stem##_ctab[4] = {piece, piece, piece, piece};
+
+#define QNL_GROUP_unary(t, Stem, N, A) QNL_UNARY_##t<QNL_NS_##t::Stem, QNL_T_##t, N, A>
+#define QNL_GROUP_binary(t, Stem, N, A) QNL_BINARY_##t<QNL_NS_##t::Stem, QNL_T_##t, N, A>
+#define QNL_GROUP_powx(t, Stem, N, A) QNL_POWX_##t<QNL_NS_##t::Pow, QNL_T_##t, N, A>
+#define QNL_GROUP_c2r(t, Stem, N, A) ToReal<cplx::Stem, QNL_T_##t, N, A>
+#define QNL_GROUP_r2c(t, Stem, N, A) ToComplex<cplx::Stem, QNL_T_##t, N, A>
+#define QNL_GROUP_tworesult(t, Stem, N, A) Stem<QNL_T_##t, N, A>
+#define QNL_GROUP_linfrac(t, Stem, N, A) LinearFrac<QNL_T_##t, N, A>
+
+#define QNL_PIECE_unary(t, Stem) QNL_NS_##t::Stem::kPiece
+#define QNL_PIECE_binary(t, Stem) QNL_NS_##t::Stem::kPiece
+#define QNL_PIECE_powx(t, Stem) kCostlyPiece
+#define QNL_PIECE_c2r(t, Stem) kCostlyPiece
+#define QNL_PIECE_r2c(t, Stem) kCostlyPiece
+#define QNL_PIECE_tworesult(t, Stem) kCostlyPiece
+#define QNL_PIECE_linfrac(t, Stem) kCheapPiece
+
+// EP has a kernel of its own only where SLEEF offers a faster variant; else it is LA's.
+#define QNL_EP_OF(own) ((own) ? kEP : kLA)
+#define QNL_EP_unary(t, Stem) QNL_EP_OF(QNL_NS_##t::Stem::kOwnEP)
+#define QNL_EP_binary(t, Stem) QNL_EP_OF(QNL_NS_##t::Stem::kOwnEP)
+#define QNL_EP_powx(t, Stem) QNL_EP_OF(QNL_NS_##t::Pow::kOwnEP)
+#define QNL_EP_c2r(t, Stem) kLA
+#define QNL_EP_r2c(t, Stem) kLA
+#define QNL_EP_tworesult(t, Stem) kLA
+#define QNL_EP_linfrac(t, Stem) kLA
+
+#define QNL_PACK_T_s float
+#define QNL_PACK_T_d double
+#define QNL_PACK_T_c std::complex<float>
+#define QNL_PACK_T_z std::complex<double>
+#define QNL_PACK_PackI I
+#define QNL_PACK_PackV V
+#define QNL_PACK_PackM M
+#define QNL_PACK_UnpackI UI
+#define QNL_PACK_UnpackV UV
+#define QNL_PACK_UnpackM UM
+#define QNL_PACK_FN(t, Stem) QNL_PACK_FN2(QNL_PACK_T_##t, QNL_PACK_##Stem)
+#define QNL_PACK_FN2(T, F) as_kernel(&Pack<T>::F)
+
+#define QNL_TABLE_pack(t, Stem)                                                                                  \
+  QNL_KERNEL_API const Kernel qnl_vml_kernel_##t##Stem##_ttab[4] = {QNL_PACK_FN(t, Stem), QNL_PACK_FN(t, Stem),  \
+                                                                    QNL_PACK_FN(t, Stem), QNL_PACK_FN(t, Stem)}; \
+  QNL_KERNEL_API const int32_t qnl_vml_kernel_##t##Stem##_ctab[4] = {0, 0, 0, 0};
+
+#define QNL_KERNEL_OF(group, t, Stem) QNL_KERNEL_OF2(group, t, Stem)
+#define QNL_VML_FUNCTION(t, Stem, group) QNL_FUNCTION_##group(t, Stem, group)
+#define QNL_FUNCTION_pack(t, Stem, group) QNL_TABLE_pack(t, Stem)
+#define QNL_FUNCTION_TABLE(t, Stem, group)      \
+  namespace kernels_##t##Stem {                 \
+    template <class N, int A>                   \
+    using K = QNL_GROUP_##group(t, Stem, N, A); \
+  }                                             \
+  QNL_TABLES(t, Stem, kernels_##t##Stem::K, QNL_PIECE_##group(t, Stem), QNL_EP_##group(t, Stem))
+#define QNL_FUNCTION_unary QNL_FUNCTION_TABLE
+#define QNL_FUNCTION_binary QNL_FUNCTION_TABLE
+#define QNL_FUNCTION_tworesult QNL_FUNCTION_TABLE
+#define QNL_FUNCTION_powx QNL_FUNCTION_TABLE
+#define QNL_FUNCTION_c2r QNL_FUNCTION_TABLE
+#define QNL_FUNCTION_r2c QNL_FUNCTION_TABLE
+#define QNL_FUNCTION_linfrac QNL_FUNCTION_TABLE
+#include "vml_functions.inc"
+
+extern "C" {
+
+QNL_KERNEL_API int32_t dll_cpu_version(void) { return QNL_VML_INDEX; }
+
+QNL_KERNEL_API int32_t qnl_vml_kernel_GetTTableIndex(int32_t) {
+  switch (g_mode.load(std::memory_order_relaxed) & VML_ACCURACY_MASK) {
+    case VML_LA:
+      return 1;
+    case VML_EP:
+      return 3;
+    default:
+      return 2;
+  }
+}
+
+// Mode, status and callback are the process's, shared by all threads: a thread
+// of a threaded layer reports into the same status its caller reads.
+QNL_KERNEL_API int32_t qnl_vml_kernel_SetMode(int32_t mode) { return g_mode.exchange(mode); }
+QNL_KERNEL_API int32_t qnl_vml_kernel_GetMode(void) { return g_mode.load(); }
+QNL_KERNEL_API int32_t qnl_vml_kernel_SetErrStatus(int32_t status) { return g_status.exchange(status); }
+QNL_KERNEL_API int32_t qnl_vml_kernel_GetErrStatus(void) { return g_status.load(); }
+QNL_KERNEL_API int32_t qnl_vml_kernel_ClearErrStatus(void) { return g_status.exchange(VML_STATUS_OK); }
+QNL_KERNEL_API int32_t qnl_vml_kernel_SetErrorCallBack(VMLErrorCallBack cb) {
+  g_callback.store(cb);
+  return VML_STATUS_OK;
+}
+QNL_KERNEL_API VMLErrorCallBack qnl_vml_kernel_GetErrorCallBack(void) { return g_callback.load(); }
+QNL_KERNEL_API int32_t qnl_vml_kernel_ClearErrorCallBack(void) {
+  g_callback.store(nullptr);
+  return VML_STATUS_OK;
+}
+
+}  // extern "C"

@@ -1,0 +1,84 @@
+// The vector threaders of the reference threading layers. A threader cuts a
+// vector into contiguous pieces, one per thread in the threaded layers, and calls
+// the kernel on each as kernel(count, arguments advanced to the piece, first
+// element's index). The tag is the kernel library's estimate of the smallest
+// piece worth a thread of its own.
+#include <cstdint>
+
+#include "reference.h"
+
+namespace {
+
+template <class T>
+T* at(T* p, int64_t k) {
+  return p + k;
+}
+template <class T>
+T at(T v, int64_t) {
+  return v;
+}
+
+template <class... A>
+void split(void* kernel, int32_t n, int32_t tag, A... args) {
+  using Kernel = void (*)(int32_t, A..., int64_t);
+  auto k = reinterpret_cast<Kernel>(kernel);
+  int64_t threads = 1;
+  if (qnl_ref::kThreaded && tag > 0 && n / tag >= 2) {
+    // Asked only for vectors worth cutting: the count may cost a system call.
+    threads = n / tag;
+    int64_t most = qnl_ref::max_threads();
+    if (threads > most) threads = most;
+    if (threads < 1) threads = 1;
+  }
+  if (threads == 1) return k(n, args..., 0);
+  // Pieces in multiples of 64 elements, so no two threads share a cache line.
+  const int64_t piece = ((n + threads - 1) / threads + 63) / 64 * 64;
+#ifdef _OPENMP
+#pragma omp parallel for num_threads(threads) schedule(static, 1)
+#endif
+  for (int64_t t = 0; t < threads; ++t) {
+    const int64_t lo = t * piece, hi = lo + piece < n ? lo + piece : n;
+    if (lo < hi) k(static_cast<int32_t>(hi - lo), at(args, lo)..., lo);
+  }
+}
+
+struct c8 {
+  float re, im;
+};
+struct c16 {
+  double re, im;
+};
+using f32 = float;
+using f64 = double;
+
+}  // namespace
+
+#define QNL_REF_THREADER(name, params, ...)                                            \
+  extern "C" __attribute__((visibility("default"))) void qnl_vml_serv_threader_##name( \
+      void* kernel, int32_t n, QNL_REF_UNPAREN params, int32_t tag, void*) {           \
+    split(kernel, n, tag, __VA_ARGS__);                                                \
+  }
+#define QNL_REF_UNPAREN(...) __VA_ARGS__
+
+QNL_REF_THREADER(s_1i_1o, (const f32* a, f32* y), a, y)
+QNL_REF_THREADER(d_1i_1o, (const f64* a, f64* y), a, y)
+QNL_REF_THREADER(s_2i_1o, (const f32* a, const f32* b, f32* y), a, b, y)
+QNL_REF_THREADER(d_2i_1o, (const f64* a, const f64* b, f64* y), a, b, y)
+QNL_REF_THREADER(s_1i_2o, (const f32* a, f32* y, f32* z), a, y, z)
+QNL_REF_THREADER(d_1i_2o, (const f64* a, f64* y, f64* z), a, y, z)
+QNL_REF_THREADER(s_cs_2i_s_1o, (const f32* a, f32 b, f32* y), a, b, y)
+QNL_REF_THREADER(d_cd_2i_d_1o, (const f64* a, f64 b, f64* y), a, b, y)
+QNL_REF_THREADER(c_1i_1o, (const c8* a, c8* y), a, y)
+QNL_REF_THREADER(z_1i_1o, (const c16* a, c16* y), a, y)
+QNL_REF_THREADER(c_2i_1o, (const c8* a, const c8* b, c8* y), a, b, y)
+QNL_REF_THREADER(z_2i_1o, (const c16* a, const c16* b, c16* y), a, b, y)
+QNL_REF_THREADER(c_1i_2o, (const c8* a, c8* y, c8* z), a, y, z)
+QNL_REF_THREADER(z_1i_2o, (const c16* a, c16* y, c16* z), a, y, z)
+QNL_REF_THREADER(c_cc_2i_c_1o, (const c8* a, c8 b, c8* y), a, b, y)
+QNL_REF_THREADER(z_cz_2i_z_1o, (const c16* a, c16 b, c16* y), a, b, y)
+QNL_REF_THREADER(c_1i_s_1o, (const c8* a, f32* y), a, y)
+QNL_REF_THREADER(z_1i_d_1o, (const c16* a, f64* y), a, y)
+QNL_REF_THREADER(s_1i_c_1o, (const f32* a, c8* y), a, y)
+QNL_REF_THREADER(d_1i_z_1o, (const f64* a, c16* y), a, y)
+QNL_REF_THREADER(s_6i_1o, (const f32* a, const f32* b, f32 sa, f32 ha, f32 sb, f32 hb, f32* y), a, b, sa, ha, sb, hb, y)
+QNL_REF_THREADER(d_6i_1o, (const f64* a, const f64* b, f64 sa, f64 ha, f64 sb, f64 hb, f64* y), a, b, sa, ha, sb, hb, y)

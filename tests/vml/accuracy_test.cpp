@@ -1,0 +1,400 @@
+// Accuracy of the vector functions on the reference kernel libraries, in ulps
+// against MPFR at 256 bits, for every accuracy mode: HA at most 1 ulp, LA at most
+// 4, EP at least half the mantissa bits. Points are spread over each function's
+// domain by exponent and mantissa, plus its special values; their number comes
+// from QNL_VML_ACCURACY_POINTS (a quick sample by default). Prints the worst
+// error per function and mode.
+#include <gtest/gtest.h>
+#include <mpfr.h>
+
+#include <cmath>
+#include <complex>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "qnl_vml.h"
+#include "test_util.h"
+
+namespace {
+
+constexpr mpfr_prec_t kPrec = 256;
+
+struct Mp {
+  mpfr_t v;
+  Mp() { mpfr_init2(v, kPrec); }
+  explicit Mp(double x) : Mp() { mpfr_set_d(v, x, MPFR_RNDN); }
+  ~Mp() { mpfr_clear(v); }
+  Mp(const Mp&) = delete;
+  operator mpfr_ptr() { return v; }
+};
+
+using Oracle1 = std::function<void(mpfr_ptr r, mpfr_ptr x)>;
+using Oracle2 = std::function<void(mpfr_ptr r, mpfr_ptr x, mpfr_ptr y)>;
+
+Oracle1 mp1(int (*f)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t)) {
+  return [f](mpfr_ptr r, mpfr_ptr x) { f(r, x, MPFR_RNDN); };
+}
+Oracle2 mp2(int (*f)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr, mpfr_rnd_t)) {
+  return [f](mpfr_ptr r, mpfr_ptr x, mpfr_ptr y) { f(r, x, y, MPFR_RNDN); };
+}
+
+// Solves f(y) = x by Newton steps at 256 bits, from the value in r on entry
+// (the value under test).
+Oracle1 inverse(std::function<void(mpfr_ptr, mpfr_ptr)> f, std::function<void(mpfr_ptr, mpfr_ptr)> df) {
+  return [=](mpfr_ptr r, mpfr_ptr x) {
+    Mp y, fy, d;
+    mpfr_set(y, r, MPFR_RNDN);
+    for (int i = 0; i < 8; ++i) {
+      f(fy, y);
+      mpfr_sub(fy, fy, x, MPFR_RNDN);
+      df(d, y);
+      if (mpfr_zero_p(d)) break;
+      mpfr_div(fy, fy, d, MPFR_RNDN);
+      mpfr_sub(y, y, fy, MPFR_RNDN);
+    }
+    mpfr_set(r, y, MPFR_RNDN);
+  };
+}
+
+void gauss_density(mpfr_ptr r, mpfr_ptr y, double scale_exp) {  // 2/sqrt(pi) e^{-scale y^2}
+  Mp t, c;
+  mpfr_sqr(t, y, MPFR_RNDN);
+  mpfr_mul_d(t, t, -scale_exp, MPFR_RNDN);
+  mpfr_exp(t, t, MPFR_RNDN);
+  mpfr_const_pi(c, MPFR_RNDN);
+  mpfr_sqrt(c, c, MPFR_RNDN);
+  mpfr_div(r, t, c, MPFR_RNDN);
+  mpfr_mul_2ui(r, r, 1, MPFR_RNDN);
+}
+
+struct RealFunction {
+  const char* stem;
+  int arity;
+  double lo, hi;  // domain sampled (clamped to the type's range)
+  Oracle1 f1;
+  Oracle2 f2;
+  double bound = 0;  // > 0: a tighter bound than the mode's (exact functions: 0.5)
+};
+
+std::vector<RealFunction> real_functions() {
+  const double big = 1e300;
+  std::vector<RealFunction> v = {
+      {"Acos", 1, -1, 1, mp1(mpfr_acos), {}},
+      {"Acosh", 1, 1, big, mp1(mpfr_acosh), {}},
+      {"Asin", 1, -1, 1, mp1(mpfr_asin), {}},
+      {"Asinh", 1, -big, big, mp1(mpfr_asinh), {}},
+      {"Atan", 1, -big, big, mp1(mpfr_atan), {}},
+      {"Atanh", 1, -1, 1, mp1(mpfr_atanh), {}},
+      {"Cbrt", 1, -big, big, mp1(mpfr_cbrt), {}},
+      {"Cos", 1, -1e7, 1e7, mp1(mpfr_cos), {}},
+      {"Cosh", 1, -710, 710, mp1(mpfr_cosh), {}},
+      {"Erf", 1, -6, 6, mp1(mpfr_erf), {}},
+      {"Erfc", 1, -6, 27, mp1(mpfr_erfc), {}},
+      {"Exp", 1, -745, 709, mp1(mpfr_exp), {}},
+      {"Expm1", 1, -40, 709, mp1(mpfr_expm1), {}},
+      {"Ln", 1, 0, big, mp1(mpfr_log), {}},
+      {"Log10", 1, 0, big, mp1(mpfr_log10), {}},
+      {"Log1p", 1, -1, big, mp1(mpfr_log1p), {}},
+      {"Sin", 1, -1e7, 1e7, mp1(mpfr_sin), {}},
+      {"Sinh", 1, -710, 710, mp1(mpfr_sinh), {}},
+      {"Sqrt", 1, 0, big, mp1(mpfr_sqrt), {}},
+      {"Tan", 1, -1e7, 1e7, mp1(mpfr_tan), {}},
+      {"Tanh", 1, -20, 20, mp1(mpfr_tanh), {}},
+      {"TGamma", 1, 1e-300, 171, mp1(mpfr_gamma), {}},
+      {"LGamma",
+       1,
+       1e-300,
+       1e300,
+       [](mpfr_ptr r, mpfr_ptr x) {
+         int s;
+         mpfr_lgamma(r, &s, x, MPFR_RNDN);
+       },
+       {}},
+      {"ExpInt1",
+       1,
+       1e-300,
+       700,
+       [](mpfr_ptr r, mpfr_ptr x) {
+         Mp t;
+         mpfr_neg(t, x, MPFR_RNDN);
+         mpfr_eint(r, t, MPFR_RNDN);
+         mpfr_neg(r, r, MPFR_RNDN);
+       },
+       {}},
+      {"CdfNorm",
+       1,
+       -38,
+       9,
+       [](mpfr_ptr r, mpfr_ptr x) {
+         Mp t, s2;
+         mpfr_sqrt_ui(s2, 2, MPFR_RNDN);
+         mpfr_div(t, x, s2, MPFR_RNDN);
+         mpfr_neg(t, t, MPFR_RNDN);
+         mpfr_erfc(r, t, MPFR_RNDN);
+         mpfr_div_2ui(r, r, 1, MPFR_RNDN);
+       },
+       {}},
+      {"ErfInv",
+       1,
+       -1,
+       1,
+       inverse([](mpfr_ptr r, mpfr_ptr y) { mpfr_erf(r, y, MPFR_RNDN); },
+               [](mpfr_ptr r, mpfr_ptr y) { gauss_density(r, y, 1); }),
+       {}},
+      {"ErfcInv",
+       1,
+       0,
+       2,
+       inverse([](mpfr_ptr r, mpfr_ptr y) { mpfr_erfc(r, y, MPFR_RNDN); },
+               [](mpfr_ptr r, mpfr_ptr y) {
+                 gauss_density(r, y, 1);
+                 mpfr_neg(r, r, MPFR_RNDN);
+               }),
+       {}},
+      {"CdfNormInv",
+       1,
+       0,
+       1,
+       inverse(
+           [](mpfr_ptr r, mpfr_ptr y) {
+             Mp t, s2;
+             mpfr_sqrt_ui(s2, 2, MPFR_RNDN);
+             mpfr_div(t, y, s2, MPFR_RNDN);
+             mpfr_neg(t, t, MPFR_RNDN);
+             mpfr_erfc(r, t, MPFR_RNDN);
+             mpfr_div_2ui(r, r, 1, MPFR_RNDN);
+           },
+           [](mpfr_ptr r, mpfr_ptr y) {
+             gauss_density(r, y, 0.5);  // 2/sqrt(pi) e^{-y^2/2}; the density is that / (2 sqrt 2)
+             Mp s8;
+             mpfr_sqrt_ui(s8, 8, MPFR_RNDN);
+             mpfr_div(r, r, s8, MPFR_RNDN);
+           }),
+       {}},
+      // 1/sqrt(-0) is -inf, as 1/-0 is.
+      {"InvSqrt",
+       1,
+       0,
+       big,
+       [](mpfr_ptr r, mpfr_ptr x) {
+         if (mpfr_zero_p(x))
+           mpfr_set_inf(r, mpfr_signbit(x) ? -1 : 1);
+         else
+           mpfr_rec_sqrt(r, x, MPFR_RNDN);
+       },
+       {}},
+      {"InvCbrt",
+       1,
+       -big,
+       big,
+       [](mpfr_ptr r, mpfr_ptr x) {
+         mpfr_cbrt(r, x, MPFR_RNDN);
+         mpfr_ui_div(r, 1, r, MPFR_RNDN);
+       },
+       {}},
+      {"Pow2o3",
+       1,
+       -big,
+       big,
+       [](mpfr_ptr r, mpfr_ptr x) {
+         mpfr_sqr(r, x, MPFR_RNDN);
+         mpfr_cbrt(r, r, MPFR_RNDN);
+       },
+       {}},
+      {"Pow3o2",
+       1,
+       0,
+       big,
+       [](mpfr_ptr r, mpfr_ptr x) {
+         mpfr_sqrt(r, x, MPFR_RNDN);
+         mpfr_mul(r, r, x, MPFR_RNDN);
+       },
+       {}},
+      {"Inv", 1, -big, big, [](mpfr_ptr r, mpfr_ptr x) { mpfr_ui_div(r, 1, x, MPFR_RNDN); }, {}, 0.5},
+      {"Sqr", 1, -big, big, [](mpfr_ptr r, mpfr_ptr x) { mpfr_sqr(r, x, MPFR_RNDN); }, {}, 0.5},
+      {"Abs", 1, -big, big, mp1(mpfr_abs), {}, 0.5},
+      {"Ceil", 1, -big, big, [](mpfr_ptr r, mpfr_ptr x) { mpfr_ceil(r, x); }, {}, 0.5},
+      {"Floor", 1, -big, big, [](mpfr_ptr r, mpfr_ptr x) { mpfr_floor(r, x); }, {}, 0.5},
+      {"Trunc", 1, -big, big, [](mpfr_ptr r, mpfr_ptr x) { mpfr_trunc(r, x); }, {}, 0.5},
+      {"Round", 1, -big, big, [](mpfr_ptr r, mpfr_ptr x) { mpfr_round(r, x); }, {}, 0.5},
+      {"Rint", 1, -big, big, [](mpfr_ptr r, mpfr_ptr x) { mpfr_rint(r, x, MPFR_RNDN); }, {}, 0.5},
+      {"NearbyInt", 1, -big, big, [](mpfr_ptr r, mpfr_ptr x) { mpfr_rint(r, x, MPFR_RNDN); }, {}, 0.5},
+      {"Frac", 1, -big, big, [](mpfr_ptr r, mpfr_ptr x) { mpfr_frac(r, x, MPFR_RNDN); }, {}, 0.5},
+      {"Add", 2, -big, big, {}, mp2(mpfr_add), 0.5},
+      {"Sub", 2, -big, big, {}, mp2(mpfr_sub), 0.5},
+      {"Mul", 2, -1e150, 1e150, {}, mp2(mpfr_mul), 0.5},
+      {"Div", 2, -1e150, 1e150, {}, mp2(mpfr_div), 0.5},
+      {"Atan2", 2, -big, big, {}, mp2(mpfr_atan2)},
+      {"Hypot", 2, -1e150, 1e150, {}, mp2(mpfr_hypot)},
+      {"Pow", 2, 0, 30, {}, mp2(mpfr_pow)},
+  };
+  return v;
+}
+
+template <class T>
+struct Traits;
+template <>
+struct Traits<float> {
+  static constexpr char letter = 's';
+  static constexpr int p = 24, emin = -149;
+};
+template <>
+struct Traits<double> {
+  static constexpr char letter = 'd';
+  static constexpr int p = 53, emin = -1074;
+};
+
+// Error of y in ulps of the exact value, in the format of T.
+template <class T>
+double ulps(T y, mpfr_ptr exact) {
+  if (mpfr_nan_p(exact)) return std::isnan(y) ? 0 : INFINITY;
+  if (std::isnan(y)) return INFINITY;
+  Mp rounded;
+  mpfr_set(rounded, exact, MPFR_RNDN);
+  const double big = std::numeric_limits<T>::max();
+  if (mpfr_inf_p(exact) || mpfr_get_d(exact, MPFR_RNDZ) > big) {
+    return std::isinf(y) && (y > 0) == (mpfr_sgn(exact) > 0) ? 0 : INFINITY;
+  }
+  if (mpfr_get_d(exact, MPFR_RNDZ) < -big) return std::isinf(y) && y < 0 ? 0 : INFINITY;
+  if (std::isinf(y)) {
+    // Rounded to T the exact value overflows exactly when y may be infinite.
+    double e = mpfr_get_d(exact, MPFR_RNDN);
+    return static_cast<T>(e) == y ? 0 : INFINITY;
+  }
+  Mp d;
+  mpfr_set_d(d, static_cast<double>(y), MPFR_RNDN);
+  mpfr_sub(d, d, exact, MPFR_RNDN);
+  long e = mpfr_zero_p(exact) ? Traits<T>::emin + Traits<T>::p : mpfr_get_exp(exact);
+  long ulp_exp = std::max<long>(e - Traits<T>::p, Traits<T>::emin);
+  mpfr_div_2si(d, d, ulp_exp, MPFR_RNDN);
+  return std::fabs(mpfr_get_d(d, MPFR_RNDN));
+}
+
+// Points over [lo, hi]: random exponents and mantissas, both signs where the
+// domain has them, plus the special values and the domain's edges.
+template <class T>
+std::vector<T> points(double lo, double hi, int n, unsigned seed) {
+  const double tmax = std::numeric_limits<T>::max();
+  lo = std::max(lo, -tmax);
+  hi = std::min(hi, tmax);
+  const T inf = std::numeric_limits<T>::infinity();
+  std::vector<T> v = {std::numeric_limits<T>::quiet_NaN()};
+  // Special values inside the domain; the infinities where it is unbounded.
+  for (T x : {T(0), -T(0), T(1), T(-1), T(0.5), T(2), std::numeric_limits<T>::denorm_min(),
+              std::numeric_limits<T>::min(), std::numeric_limits<T>::max(), -std::numeric_limits<T>::max(), T(lo),
+              T(hi), lo <= -1e300 ? -inf : T(lo), hi >= 1e300 ? inf : T(hi)})
+    if ((x >= lo && x <= hi) || std::isinf(x)) v.push_back(x);
+  std::mt19937_64 rng(seed);
+  const double amax = std::max(std::fabs(lo), std::fabs(hi));
+  const int emax = static_cast<int>(std::ceil(std::log2(amax))) + 1;
+  std::uniform_int_distribution<int> ex(Traits<T>::emin, emax);
+  std::uniform_real_distribution<double> mant(1, 2), uni(lo, hi);
+  while (static_cast<int>(v.size()) < n) {
+    double x = (rng() & 1) ? uni(rng) : std::ldexp(mant(rng), ex(rng)) * ((rng() & 2) ? -1 : 1);
+    if (x >= lo && x <= hi) v.push_back(static_cast<T>(x));
+  }
+  return v;
+}
+
+int sample_size() {
+  const char* s = std::getenv("QNL_VML_ACCURACY_POINTS");
+  return s ? std::atoi(s) : 1000;
+}
+
+struct Mode {
+  const char* name;
+  int bits;
+};
+const Mode kModes[] = {{"HA", VML_HA}, {"LA", VML_LA}, {"EP", VML_EP}};
+
+template <class T>
+double mode_bound(int mode) {
+  if (mode == VML_HA) return 1.0;
+  if (mode == VML_LA) return 4.0;
+  return std::ldexp(1.0, Traits<T>::p / 2);
+}
+
+template <class T>
+void real_accuracy() {
+  const int n = sample_size();
+  const char t = Traits<T>::letter;
+  vmlClearErrStatus();  // also links the facade, whose entries the loop finds by name
+  std::printf("%-12s %-3s %12s %12s %12s\n", "function", "", "HA", "LA", "EP");
+  for (const RealFunction& f : real_functions()) {
+    std::vector<T> a = points<T>(f.lo, f.hi, n, 1), b;
+    if (f.arity == 2) {
+      b = points<T>(f.stem == std::string("Pow") ? -40 : f.lo, f.stem == std::string("Pow") ? 40 : f.hi, n, 2);
+      b.resize(a.size());
+    }
+    std::string name = std::string("vm") + t + f.stem;
+    void* fn = qnl_test::exported(name.c_str());
+    ASSERT_NE(fn, nullptr) << name;
+    double worst[3] = {0, 0, 0};
+    for (int m = 0; m < 3; ++m) {
+      const int mode = kModes[m].bits | VML_ERRMODE_IGNORE;
+      std::vector<T> y(a.size());
+      if (f.arity == 1)
+        reinterpret_cast<void (*)(int, const T*, T*, int)>(fn)(static_cast<int>(a.size()), a.data(), y.data(), mode);
+      else
+        reinterpret_cast<void (*)(int, const T*, const T*, T*, int)>(fn)(static_cast<int>(a.size()), a.data(), b.data(),
+                                                                         y.data(), mode);
+      const double bound = f.bound > 0 ? f.bound : mode_bound<T>(kModes[m].bits);
+      int reported = 0;
+      for (size_t i = 0; i < a.size(); ++i) {
+        Mp x(a[i]), r;
+        if (f.arity == 1) {
+          if (f.f1 == nullptr) continue;
+          // The inverse functions solve from the value under test.
+          if (std::string(f.stem).find("Inv") != std::string::npos && std::string(f.stem) != "Inv" &&
+              std::string(f.stem) != "InvSqrt" && std::string(f.stem) != "InvCbrt") {
+            if (!std::isfinite(y[i])) {
+              mpfr_set_d(r, NAN, MPFR_RNDN);
+              // Edges: the inverse is infinite or undefined; compare by class.
+              double e = f.stem == std::string("ErfInv")    ? (a[i] == 1    ? INFINITY
+                                                               : a[i] == -1 ? -INFINITY
+                                                                            : NAN)
+                         : f.stem == std::string("ErfcInv") ? (a[i] == 0   ? INFINITY
+                                                               : a[i] == 2 ? -INFINITY
+                                                                           : NAN)
+                                                            : (a[i] == 1   ? INFINITY
+                                                               : a[i] == 0 ? -INFINITY
+                                                                           : NAN);
+              double err = (std::isnan(e) && std::isnan(y[i])) || e == static_cast<double>(y[i]) ? 0 : INFINITY;
+              worst[m] = std::max(worst[m], err);
+              continue;
+            }
+            Mp y0(static_cast<double>(y[i]));
+            // Newton from y itself.
+            auto solve = f.f1;
+            mpfr_set(r, y0, MPFR_RNDN);
+            Mp target(a[i]);
+            solve(r, target);
+          } else {
+            f.f1(r, x);
+          }
+        } else {
+          Mp z(b[i]);
+          f.f2(r, x, z);
+        }
+        double e = ulps(y[i], r);
+        if (e > bound && reported++ < 3)
+          ADD_FAILURE() << name << " " << kModes[m].name << " a=" << a[i] << (f.arity == 2 ? " b=" : "")
+                        << (f.arity == 2 ? b[i] : T(0)) << " y=" << y[i] << " exact=" << mpfr_get_d(r, MPFR_RNDN)
+                        << " ulps=" << e << " bound=" << bound;
+        worst[m] = std::max(worst[m], e);
+      }
+    }
+    std::printf("v%c%-10s     %12.3g %12.3g %12.3g\n", t, f.stem, worst[0], worst[1], worst[2]);
+  }
+}
+
+TEST(VmlAccuracy, RealSingle) { real_accuracy<float>(); }
+TEST(VmlAccuracy, RealDouble) { real_accuracy<double>(); }
+
+}  // namespace

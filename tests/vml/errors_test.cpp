@@ -1,0 +1,190 @@
+// Errors on the reference kernel libraries through the facade: each status with
+// its IEEE result, errno, the callback's context and both of its return paths, an
+// in-place call, a misaligned vector, NaN arguments that are no error, pack and
+// unpack with both widths of index, and the threaded layer's pieces.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "qnl_vml.h"
+
+namespace {
+
+const double kInf = std::numeric_limits<double>::infinity();
+
+struct Seen {
+  int calls = 0;
+  int code = 0, index = -1;
+  double a1 = 0;
+  std::string name;
+};
+Seen g_seen;
+
+int record_and_replace(VMLErrorContext* c) {
+  ++g_seen.calls;
+  g_seen.code = c->code;
+  g_seen.index = c->index;
+  g_seen.a1 = c->a1;
+  g_seen.name.assign(c->name, static_cast<size_t>(c->name_length));
+  c->r1 = 42;  // written to the result
+  return 0;
+}
+int stop_after_first(VMLErrorContext*) {
+  ++g_seen.calls;
+  return 1;
+}
+
+struct ErrorCase {
+  const char* what;
+  void (*call)(const double* a, double* y, int n);
+  double arg;
+  int status;
+  double result;  // IEEE result without a callback
+};
+
+const ErrorCase kCases[] = {
+    {"Ln(-1)", [](const double* a, double* y, int n) { vdLn(n, a, y); }, -1, VML_STATUS_ERRDOM, NAN},
+    {"Ln(0)", [](const double* a, double* y, int n) { vdLn(n, a, y); }, 0, VML_STATUS_SING, -kInf},
+    {"Exp(800)", [](const double* a, double* y, int n) { vdExp(n, a, y); }, 800, VML_STATUS_OVERFLOW, kInf},
+    {"Exp(-800)", [](const double* a, double* y, int n) { vdExp(n, a, y); }, -800, VML_STATUS_UNDERFLOW, 0},
+    {"Inv(0)", [](const double* a, double* y, int n) { vdInv(n, a, y); }, 0, VML_STATUS_SING, kInf},
+    {"Sqrt(-4)", [](const double* a, double* y, int n) { vdSqrt(n, a, y); }, -4, VML_STATUS_ERRDOM, NAN},
+    {"ErfInv(2)", [](const double* a, double* y, int n) { vdErfInv(n, a, y); }, 2, VML_STATUS_ERRDOM, NAN},
+    {"TGamma(0)", [](const double* a, double* y, int n) { vdTGamma(n, a, y); }, 0, VML_STATUS_SING, kInf},
+};
+
+void same(double got, double want, const char* what) {
+  if (std::isnan(want))
+    EXPECT_TRUE(std::isnan(got)) << what;
+  else
+    EXPECT_EQ(got, want) << what;
+}
+
+TEST(VmlErrors, EachStatusWithItsIeeeResultErrnoAndCallback) {
+  for (const ErrorCase& c : kCases) {
+    // Element 3 of 5 fails; the others are fine.
+    std::vector<double> a = {0.25, 0.5, 0.125, c.arg, 0.375}, y(5);
+    vmlClearErrStatus();
+    vmlClearErrorCallBack();
+    errno = 0;
+    c.call(a.data(), y.data(), 5);
+    EXPECT_EQ(vmlGetErrStatus(), c.status) << c.what;
+    EXPECT_EQ(errno, c.status == VML_STATUS_ERRDOM ? EDOM : ERANGE) << c.what;
+    same(y[3], c.result, c.what);
+    EXPECT_TRUE(std::isfinite(y[0]) && std::isfinite(y[4])) << c.what;
+    // With a callback: it sees the element and its argument, and its result is stored.
+    g_seen = {};
+    vmlSetErrorCallBack(record_and_replace);
+    vmlClearErrStatus();
+    c.call(a.data(), y.data(), 5);
+    EXPECT_EQ(g_seen.calls, 1) << c.what;
+    EXPECT_EQ(g_seen.code, c.status) << c.what;
+    EXPECT_EQ(g_seen.index, 3) << c.what;
+    EXPECT_EQ(g_seen.a1, c.arg) << c.what;
+    EXPECT_EQ(y[3], 42) << c.what;
+    // Ignored errors leave the status alone.
+    vmlClearErrStatus();
+    std::vector<double> y2(5);
+    vmlSetMode(VML_HA | VML_ERRMODE_IGNORE);
+    c.call(a.data(), y2.data(), 5);
+    EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_OK) << c.what;
+    same(y2[3], c.result, c.what);
+    vmlSetMode(VML_DEFAULT_MODE);
+  }
+  vmlClearErrorCallBack();
+}
+
+TEST(VmlErrors, CallbackReturningNonZeroHearsNoMoreOfTheCall) {
+  std::vector<double> a(100, -1.0), y(100);
+  g_seen = {};
+  vmlSetErrorCallBack(stop_after_first);
+  vdLn(100, a.data(), y.data());
+  EXPECT_EQ(g_seen.calls, 1);
+  EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_ERRDOM);
+  vmlSetErrorCallBack(record_and_replace);
+  g_seen = {};
+  vdLn(100, a.data(), y.data());
+  EXPECT_EQ(g_seen.calls, 100);
+  EXPECT_EQ(g_seen.name, "vdLn");
+  vmlClearErrorCallBack();
+}
+
+TEST(VmlErrors, NanArgumentsAreNoErrorAndInPlaceMisalignedCallsCompute) {
+  vmlClearErrStatus();
+  std::vector<double> buf(1003);
+  double* v = reinterpret_cast<double*>(reinterpret_cast<char*>(buf.data()) + 4);  // 4-byte aligned only
+  std::vector<double> want(1000);
+  for (int i = 0; i < 1000; ++i) {
+    double x = i % 7 == 0 ? NAN : 0.01 * i - 3;
+    std::memcpy(v + i, &x, sizeof x);
+    want[i] = std::exp(x);
+  }
+  vdExp(1000, v, v);  // in place
+  EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_OK);
+  for (int i = 0; i < 1000; ++i) {
+    double got;
+    std::memcpy(&got, v + i, sizeof got);
+    if (std::isnan(want[i]))
+      EXPECT_TRUE(std::isnan(got)) << i;
+    else
+      EXPECT_NEAR(got, want[i], 1e-15 * want[i]) << i;
+  }
+}
+
+TEST(VmlErrors, BadSizeAndNullStatus) {
+  vmlClearErrStatus();
+  double y;
+  vdExp(-1, nullptr, &y);
+  EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_BADSIZE);
+  vdExp(1, nullptr, &y);
+  EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_BADMEM);
+}
+
+TEST(VmlErrors, PackAndUnpackBothWays) {
+  std::vector<double> a = {0, 1, 2, 3, 4, 5, 6, 7}, y(4, -1), back(8, -1);
+  vdPackI(4, a.data(), 2, y.data());
+  EXPECT_EQ(y, (std::vector<double>{0, 2, 4, 6}));
+  const int idx[4] = {7, 0, 3, 3};
+  vdPackV(4, a.data(), idx, y.data());
+  EXPECT_EQ(y, (std::vector<double>{7, 0, 3, 3}));
+  const int mask[8] = {0, 1, 0, 1, 1, 0, 0, 1};
+  vdPackM(8, a.data(), mask, y.data());
+  EXPECT_EQ(y, (std::vector<double>{1, 3, 4, 7}));
+  vdUnpackM(8, y.data(), back.data(), mask);
+  EXPECT_EQ(back, (std::vector<double>{-1, 1, -1, 3, 4, -1, -1, 7}));
+  std::vector<double> spread(8, 0);
+  vdUnpackI(4, y.data(), spread.data(), 2);
+  EXPECT_EQ(spread, (std::vector<double>{1, 0, 3, 0, 4, 0, 7, 0}));
+}
+
+// Power of a complex vector in LA warns that the double complex kernel is not the
+// HA one; single complex does not.
+TEST(VmlErrors, AccuracyWarningOfDoubleComplexPow) {
+  QNL_Complex16 a[2] = {{1, 1}, {2, 0}}, y[2];
+  vmlClearErrStatus();
+  vmzPow(2, a, a, y, VML_LA);
+  EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_ACCURACYWARNING);
+  vmlClearErrStatus();
+  vmzPow(2, a, a, y, VML_HA);
+  EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_OK);
+  QNL_Complex8 c[2] = {{1, 1}, {2, 0}}, cy[2];
+  vmcPow(2, c, c, cy, VML_LA);
+  EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_OK);
+  EXPECT_NEAR(y[1].real, 4, 1e-14);
+}
+
+// The threaded layer cuts a long vector among threads: every element computed.
+TEST(VmlErrors, LongVectorComputedWhole) {
+  const int n = 1 << 20;
+  std::vector<double> a(n), y(n);
+  for (int i = 0; i < n; ++i) a[i] = 1e-5 * i;
+  vdSin(n, a.data(), y.data());
+  for (int i = 0; i < n; i += 4099) EXPECT_NEAR(y[i], std::sin(a[i]), 1e-15) << i;
+  EXPECT_NEAR(y[n - 1], std::sin(a[n - 1]), 1e-15);
+}
+
+}  // namespace
