@@ -21,3 +21,17 @@ def table_rows(path):
         if line:
             yield number, line.split()
 
+
+
+def split_top(text):
+    """Splits `text` at the commas outside parentheses: "a,b(c,d)" -> ["a", "b(c,d)"]."""
+    depth, cur, out = 0, "", []
+    for ch in text:
+        if ch == "," and depth == 0:
+            out.append(cur)
+            cur = ""
+            continue
+        depth += ch == "("
+        depth -= ch == ")"
+        cur += ch
+    return out + [cur]

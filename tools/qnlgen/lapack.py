@@ -8,7 +8,7 @@ import re
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from .common import table_rows
+from .common import split_top, table_rows
 from .model import WIDE, Backend, Entry, Family, Param
 
 CLASS_RE = re.compile(r"^(c|i|o|p|f|io|ii|iio|iw|ix|lw)(?:\[([^\]]*)\])?(?:<=([^?]+))?(?:\?(.*))?$")
@@ -288,19 +288,6 @@ def parse_row(fields, where):
             for n in used:
                 a.length = substitute(a.length, n, bounds[n])
     return Routine(name, result, args, where)
-
-
-def split_top(text):
-    depth, cur, out = 0, "", []
-    for ch in text:
-        if ch == "," and depth == 0:
-            out.append(cur)
-            cur = ""
-            continue
-        depth += ch == "("
-        depth -= ch == ")"
-        cur += ch
-    return out + [cur]
 
 
 def load(table, ext):

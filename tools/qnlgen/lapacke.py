@@ -13,7 +13,7 @@ bodies, the exported selectors and the export list.
 import re
 from pathlib import Path
 
-from .common import banner, write_if_changed
+from .common import banner, split_top, write_if_changed
 
 TYPES = {"s": "float", "d": "double", "c": "lapack_complex_float", "z": "lapack_complex_double",
          "i": "lapack_int", "l": "lapack_logical"}
@@ -41,20 +41,6 @@ class Arg:
         self.hpos = 0
         self.cond = -1  # a letter argument that must be one of `letters` for the matrix to be used
         self.letters = ""
-
-
-def split_args(text):
-    out, depth, cur = [], 0, ""
-    for ch in text:
-        if ch == "," and depth == 0:
-            out.append(cur)
-            cur = ""
-            continue
-        depth += ch == "("
-        depth -= ch == ")"
-        cur += ch
-    out.append(cur)
-    return out
 
 
 class Routine:
@@ -162,7 +148,7 @@ def classify(r):
                 a.cond, a.letters = index[job], letters
             a.kind, a.type = SHAPES[shape], ty
             a.dir = {"i": 1, "o": 2, "io": 3}[direction]
-            vals = split_args(params)
+            vals = split_top(params)
             roles = SHAPE_PARAMS[shape]
             if len(vals) != len(roles):
                 raise ValueError(f"{a.name}: {shape} takes {len(roles)} parameters")

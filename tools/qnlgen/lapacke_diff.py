@@ -12,7 +12,7 @@ Debian's liblapacke with identical copies.
 import re
 from pathlib import Path
 
-from .common import banner, write_if_changed
+from .common import banner, split_top, write_if_changed
 from .lapacke import classify, parse
 
 INTS = {"m": 6, "n": 5, "k": 3, "nrhs": 2, "kl": 1, "ku": 2, "kd": 2, "ka": 2, "kb": 1, "ilo": 1, "ihi": 5,
@@ -47,17 +47,7 @@ def shape_parts(code):
     m = re.match(r"(\w\w)\[(.*)\]@(\w)/", code)
     if not m:
         return None
-    depth, cur, out = 0, "", []
-    for ch in m.group(2):
-        if ch == "," and depth == 0:
-            out.append(cur)
-            cur = ""
-            continue
-        depth += ch == "("
-        depth -= ch == ")"
-        cur += ch
-    out.append(cur)
-    return m.group(1), out, m.group(3)
+    return m.group(1), split_top(m.group(2)), m.group(3)
 
 
 def case(r, layout):
