@@ -4,6 +4,7 @@
 
 #include <cstddef>
 
+#include "arg_registers.h"
 #include "entry.h"
 
 static_assert(offsetof(QnlRuntimeState, interface_layer) == QNL_C_SELECTOR_LAYER_OFFSET,
@@ -30,24 +31,8 @@ qnl_c_settle:
   pushq %r11
   pushq %rax
   subq $136, %rsp
-  movdqu %xmm0, 0(%rsp)
-  movdqu %xmm1, 16(%rsp)
-  movdqu %xmm2, 32(%rsp)
-  movdqu %xmm3, 48(%rsp)
-  movdqu %xmm4, 64(%rsp)
-  movdqu %xmm5, 80(%rsp)
-  movdqu %xmm6, 96(%rsp)
-  movdqu %xmm7, 112(%rsp)
-  call qnl_c_settle_layer
-  movdqu 0(%rsp), %xmm0
-  movdqu 16(%rsp), %xmm1
-  movdqu 32(%rsp), %xmm2
-  movdqu 48(%rsp), %xmm3
-  movdqu 64(%rsp), %xmm4
-  movdqu 80(%rsp), %xmm5
-  movdqu 96(%rsp), %xmm6
-  movdqu 112(%rsp), %xmm7
-  addq $136, %rsp
+)" QNL_ASM_SAVE_XMM_ARGS R"(  call qnl_c_settle_layer
+)" QNL_ASM_RESTORE_XMM_ARGS R"(  addq $136, %rsp
   popq %rax
   popq %r11
   popq %r9

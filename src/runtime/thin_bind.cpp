@@ -3,6 +3,7 @@
 // keeps every argument register itself (the six integer ones and xmm0-7) across the
 // binding. In: r10 the slot, r11 the symbol. Out: rax the slot's address after
 // binding. Clobbers r10, r11 and the flags only.
+#include "arg_registers.h"
 #include "entry.h"
 
 extern "C" QNL_HIDDEN void* qnl_rt_bind_thin_c(qnl::Slot* slot, const char* symbol) {
@@ -26,26 +27,10 @@ qnl_rt_bind_thin_keeping:
   pushq %r8
   pushq %r9
   subq $128, %rsp
-  movdqu %xmm0, 0(%rsp)
-  movdqu %xmm1, 16(%rsp)
-  movdqu %xmm2, 32(%rsp)
-  movdqu %xmm3, 48(%rsp)
-  movdqu %xmm4, 64(%rsp)
-  movdqu %xmm5, 80(%rsp)
-  movdqu %xmm6, 96(%rsp)
-  movdqu %xmm7, 112(%rsp)
-  movq %r10, %rdi
+)" QNL_ASM_SAVE_XMM_ARGS R"(  movq %r10, %rdi
   movq %r11, %rsi
   call qnl_rt_bind_thin_c
-  movdqu 0(%rsp), %xmm0
-  movdqu 16(%rsp), %xmm1
-  movdqu 32(%rsp), %xmm2
-  movdqu 48(%rsp), %xmm3
-  movdqu 64(%rsp), %xmm4
-  movdqu 80(%rsp), %xmm5
-  movdqu 96(%rsp), %xmm6
-  movdqu 112(%rsp), %xmm7
-  addq $128, %rsp
+)" QNL_ASM_RESTORE_XMM_ARGS R"(  addq $128, %rsp
   popq %r9
   popq %r8
   popq %rcx
