@@ -23,24 +23,24 @@ struct Recorded {
 };
 
 const Recorded kProcessors[] = {
-    {"SSE3, no SSSE3", "GenuineIntel", 0x0000441D, 0, 0x00000001, 0, 0},
-    {"SSSE3", "GenuineIntel", 0x0000E3BD, 0, 0x00000001, 0, 3},
-    {"SSE4.1", "GenuineIntel", 0x0008E3FD, 0, 0x00000001, 0, 4},
-    {"SSE4.2", "GenuineIntel", 0x0098E3BD, 0, 0x00000001, 0, 5},
-    {"SSE4.2 low-power core", "GenuineIntel", 0x43D8E3BF, 0x00002282, 0x00000101, 0, 5},
-    {"AVX, AES", "GenuineIntel", 0x1FBAE3FF, 0, 0x00000001, 0x7, 6},
-    {"AVX2, FMA, BMI, LZCNT", "GenuineIntel", 0x7FFAFBBF, 0x000027AB, 0x00000021, 0x7, 7},
-    {"AVX2 client with MPX state", "GenuineIntel", 0x7FFAFBBF, 0x029C6FBF, 0x00000121, 0x1F, 7},
-    {"AVX-512 F/DQ/BW/VL server", "GenuineIntel", 0x7FFEFBFF, 0xD39FFFFB, 0x00000121, 0x2FF, 9},
-    {"AVX-512 F/PF/ER/CD many-core", "GenuineIntel", 0x7FF8F3BF, 0x1C0D23AB, 0x00000121, 0xE7, 8},
-    {"AVX2 of another design", "AuthenticAMD", 0x7ED8320B, 0x219C91A9, 0x75C237FF, 0x7, 7},
-    {"AVX-512 of another design", "AuthenticAMD", 0x7EFA320B, 0xF1BF97A9, 0x75C237FF, 0x2E7, 9},
+    {"SSE3, no SSSE3", "MakerOneCPUs", 0x0000441D, 0, 0x00000001, 0, 0},
+    {"SSSE3", "MakerOneCPUs", 0x0000E3BD, 0, 0x00000001, 0, 3},
+    {"SSE4.1", "MakerOneCPUs", 0x0008E3FD, 0, 0x00000001, 0, 4},
+    {"SSE4.2", "MakerOneCPUs", 0x0098E3BD, 0, 0x00000001, 0, 5},
+    {"SSE4.2 low-power core", "MakerOneCPUs", 0x43D8E3BF, 0x00002282, 0x00000101, 0, 5},
+    {"AVX, AES", "MakerOneCPUs", 0x1FBAE3FF, 0, 0x00000001, 0x7, 6},
+    {"AVX2, FMA, BMI, LZCNT", "MakerOneCPUs", 0x7FFAFBBF, 0x000027AB, 0x00000021, 0x7, 7},
+    {"AVX2 client with MPX state", "MakerOneCPUs", 0x7FFAFBBF, 0x029C6FBF, 0x00000121, 0x1F, 7},
+    {"AVX-512 F/DQ/BW/VL server", "MakerOneCPUs", 0x7FFEFBFF, 0xD39FFFFB, 0x00000121, 0x2FF, 9},
+    {"AVX-512 F/PF/ER/CD many-core", "MakerOneCPUs", 0x7FF8F3BF, 0x1C0D23AB, 0x00000121, 0xE7, 8},
+    {"AVX2 of another design", "MakerTwoCPUs", 0x7ED8320B, 0x219C91A9, 0x75C237FF, 0x7, 7},
+    {"AVX-512 of another design", "MakerTwoCPUs", 0x7EFA320B, 0xF1BF97A9, 0x75C237FF, 0x2E7, 9},
     // The same chips as an operating system presents them.
-    {"AVX2 chip, OS saves no AVX state", "GenuineIntel", 0x7FFAFBBF, 0x000027AB, 0x00000021, 0x3, 5},
-    {"AVX2 chip, OS without XSAVE", "GenuineIntel", 0x77FAFBBF, 0x000027AB, 0x00000021, 0, 5},
-    {"AVX-512 chip, OS saves no ZMM state", "GenuineIntel", 0x7FFEFBFF, 0xD39FFFFB, 0x00000121, 0x7, 7},
-    {"AVX2 chip without AES", "GenuineIntel", 0x7DFAFBBF, 0x000027AB, 0x00000021, 0x7, 6},
-    {"AVX2 chip without LZCNT", "GenuineIntel", 0x7FFAFBBF, 0x000027AB, 0x00000001, 0x7, 6},
+    {"AVX2 chip, OS saves no AVX state", "MakerOneCPUs", 0x7FFAFBBF, 0x000027AB, 0x00000021, 0x3, 5},
+    {"AVX2 chip, OS without XSAVE", "MakerOneCPUs", 0x77FAFBBF, 0x000027AB, 0x00000021, 0, 5},
+    {"AVX-512 chip, OS saves no ZMM state", "MakerOneCPUs", 0x7FFEFBFF, 0xD39FFFFB, 0x00000121, 0x7, 7},
+    {"AVX2 chip without AES", "MakerOneCPUs", 0x7DFAFBBF, 0x000027AB, 0x00000021, 0x7, 6},
+    {"AVX2 chip without LZCNT", "MakerOneCPUs", 0x7FFAFBBF, 0x000027AB, 0x00000001, 0x7, 6},
 };
 
 struct Replay {
