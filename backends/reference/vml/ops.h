@@ -10,7 +10,7 @@
 #include <type_traits>
 
 #include "isa.h"
-#include "special.h"
+#include "own_kernels.h"
 
 namespace qnl_vml {
 
