@@ -70,8 +70,12 @@ HEADER_LINES = """\
 #         widened before the call (in/out ones are read) and narrowed after
 #   o<=X  the same, documented as 0 <= value <= X; an array length that
 #         uses it is allocated with X and copied back with the value returned
-#   p     real/complex scalar or array, or anything else passed by address
-#   f     callback (EXTERNAL function), passed unchanged
+#   e y   real/complex scalar or array of the routine's precision (its first
+#         letter), read (e) or written (y); passed by address
+#   r w   the same for the real values of a complex routine
+#   e.X y.X  the same in precision X (s d c z) for any other type
+#   f1 f2 f3  callback (EXTERNAL LOGICAL function of 1-3 element addresses),
+#         passed unchanged
 #   io[L]   integer/logical array written by the routine (pivots out)
 #   io[L,K] the same, a workspace of L elements of which only the first K
 #           carry results back
@@ -356,7 +360,8 @@ def f_kind(decl):
     raise Unclassified(f"declaration '{decl}'")
 
 
-CLASS_RE = re.compile(r"^(c|i|o|p|f|io|ii|iio|iw|ix|lw)(?:\[([^\]]*)\])?(?:<=([^?]+))?(?:\?(.*))?$")
+CLASS_RE = re.compile(r"^(c|i|o|p|f[123]?|io|ii|iio|iw|ix|lw|[eyrw](?:\.[sdcz])?)"
+                      r"(?:\[([^\]]*)\])?(?:<=([^?]+))?(?:\?(.*))?$")
 ARRAY_CLASSES = {"io", "ii", "iio", "iw", "ix", "lw"}
 
 
@@ -559,6 +564,53 @@ def classify(doc, cproto, notes, draft=False):
                        [f"{p.name.lower()}:{cls}" for p, cls in fields])
 
 
+C_PRECISION = {"float": "s", "double": "d", "lapack_complex_float": "c", "lapack_complex_double": "z"}
+F_PRECISION = {"real": "s", "double precision": "d", "complex": "c", "complex*16": "z", "double complex": "z"}
+
+
+def data_class(name, precision, read):
+    """The letter of a real or complex argument: e (read) or y (written) in the routine's
+    own precision, r or w for the real values of a complex routine, e.X or y.X otherwise."""
+    own = name[0] if name[0] in "sdcz" else None
+    if precision == own:
+        return "e" if read else "y"
+    if own in ("c", "z") and precision == {"c": "s", "z": "d"}[own]:
+        return "r" if read else "w"
+    return ("e." if read else "y.") + precision
+
+
+def typed(line, doc, cproto):
+    """Gives each p (real/complex data) and f (callback) of a line its typed letter: the
+    precision and const-ness of lapack.h, or the documented type and intent without it."""
+    head, _, rest = line.partition(" : ")
+    name = head.split()[0]
+    fields = rest.split()
+    for k, f in enumerate(fields):
+        arg, _, cls = f.partition(":")
+        if cls not in ("p", "f"):
+            continue
+        if cproto:
+            cname, ctype = cproto.args[k]
+            if cls == "f":
+                m = re.fullmatch(r"LAPACK_[SDCZ]_SELECT([123])", ctype)
+                if not m:
+                    raise Unclassified(f"{arg}: callback type '{ctype}'")
+                fields[k] = f"{arg}:f{m.group(1)}"
+                continue
+            base = ctype.replace("const", "").replace("*", "").strip()
+            precision, read = C_PRECISION.get(base), "const" in ctype
+        elif doc and cls == "p":
+            q = doc.params[k]
+            base = re.sub(r"\((?:kind\s*=\s*)?(?:wp|sp|dp|\d+)\)$", "", q.decl.split(",")[0].strip())
+            precision, read = F_PRECISION.get(base), (q.intent or text_intent(q)) == "in"
+        else:
+            raise Unclassified(f"{arg}: no type for class {cls}")
+        if precision is None:
+            raise Unclassified(f"{arg}: no precision for '{f}'")
+        fields[k] = f"{arg}:{data_class(name, precision, read)}"
+    return f"{head} : {' '.join(fields)}"
+
+
 def bound_outputs(fields, lengths):
     """Give output scalars that size an array their documented bound
     (m:o<=n), so that the array can be allocated before the call."""
@@ -731,7 +783,7 @@ def extract(args):
             continue
         rnotes = cross_check(doc, protos.get(name))
         try:
-            table[name] = classify(doc, protos.get(name), rnotes)
+            table[name] = typed(classify(doc, protos.get(name), rnotes), doc, protos.get(name))
         except Unclassified as e:
             unclassified[name] = str(e)
         if doc.note:

@@ -19,9 +19,9 @@ namespace qnl::blas::check {
 // whole 64-bit result register as its truth value, the LP64 twin the low 32 bits.
 template <class I>
 QNL_CHECKER bool same(const void* a, const char* letter) {
-  using Lsame = I (*)(void*, void*, int32_t, int32_t);
+  using Lsame = I (*)(const char*, const char*, int32_t, int32_t);
   auto fn = reinterpret_cast<Lsame>(reinterpret_cast<void*>(&qnl_body_qnl_serv_lsame));
-  return fn(const_cast<void*>(a), const_cast<char*>(letter), 1, 1) != 0;
+  return fn(static_cast<const char*>(a), letter, 1, 1) != 0;
 }
 
 template <class I>

@@ -12,10 +12,10 @@
 #               reads it at the interface layer's width (LP64: 32 bits, sign-extended)
 #            a  scalar of the routine's type: by value in C, read through its address in
 #               Fortran
-#            p  array, passed on as it is
+#            e  array the routine reads, y  array it writes: passed on as they are
 #
 # family    args
-imatcopy    ordering:c trans:c rows:n cols:n alpha:a ab:p lda:n ldb:n
-omatcopy    ordering:c trans:c rows:n cols:n alpha:a a:p lda:n b:p ldb:n
-omatcopy2   ordering:c trans:c rows:n cols:n alpha:a a:p lda:n stridea:n b:p ldb:n strideb:n
-omatadd     ordering:c transa:c transb:c rows:n cols:n alpha:a a:p lda:n beta:a b:p ldb:n c:p ldc:n
+imatcopy    ordering:c trans:c rows:n cols:n alpha:a ab:y lda:n ldb:n
+omatcopy    ordering:c trans:c rows:n cols:n alpha:a a:e lda:n b:y ldb:n
+omatcopy2   ordering:c trans:c rows:n cols:n alpha:a a:e lda:n stridea:n b:y ldb:n strideb:n
+omatadd     ordering:c transa:c transb:c rows:n cols:n alpha:a a:e lda:n beta:a b:e ldb:n c:y ldc:n

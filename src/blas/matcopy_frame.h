@@ -24,6 +24,8 @@ template <char Role, class V>
 inline auto pass(V v) {
   if constexpr (Role == 'c')
     return option(static_cast<signed char>(v));
+  else if constexpr (Role == 'p')
+    return qnl::vp(v);  // a matrix: the back-end takes its address
   else
     return v;
 }

@@ -24,7 +24,7 @@ struct Args {
     *static_cast<I*>(a[r.info]) = 0;
   }
   int64_t operator[](int k) const { return *static_cast<const I*>(a[k - 1]); }
-  bool is(int k, char c) const { return qnl_body_qnl_serv_lsame(a[k - 1], &c, 1, 1) != 0; }
+  bool is(int k, char c) const { return qnl_body_qnl_serv_lsame(static_cast<const char*>(a[k - 1]), &c, 1, 1) != 0; }
   bool either(int k, char c, char d) const { return is(k, c) || is(k, d); }
   int fail(int k) const {
     *static_cast<I*>(a[r.info]) = static_cast<I>(-k);

@@ -11,8 +11,12 @@
 #         widened before the call (in/out ones are read) and narrowed after
 #   o<=X  the same, documented as 0 <= value <= X; an array length that
 #         uses it is allocated with X and copied back with the value returned
-#   p     real/complex scalar or array, or anything else passed by address
-#   f     callback (EXTERNAL function), passed unchanged
+#   e y   real/complex scalar or array of the routine's precision (its first
+#         letter), read (e) or written (y); passed by address
+#   r w   the same for the real values of a complex routine
+#   e.X y.X  the same in precision X (s d c z) for any other type
+#   f1 f2 f3  callback (EXTERNAL LOGICAL function of 1-3 element addresses),
+#         passed unchanged
 #   io[L]   integer/logical array written by the routine (pivots out)
 #   io[L,K] the same, a workspace of L elements of which only the first K
 #           carry results back
@@ -30,1958 +34,1958 @@
 #   of the given first letters (range=I) or none of them (jobz!=N), or an
 #   integer argument has (icompq=1) or has not (icompq!=0) the given value;
 #   conditions joined with & must all hold.
-cbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:p phi:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i b11d:p b11e:p b12d:p b12e:p b21d:p b21e:p b22d:p b22e:p rwork:p lrwork:i info:o
-cbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i rwork:p info:o
-cgbbrd - : vect:c m:i n:i ncc:i kl:i ku:i ab:p ldab:i d:p e:p q:p ldq:i pt:p ldpt:i c:p ldc:i work:p rwork:p info:o
-cgbcon - : norm:c n:i kl:i ku:i ab:p ldab:i ipiv:ii[n] anorm:p rcond:p work:p rwork:p info:o
-cgbequ - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-cgbequb - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-cgbrfs - : trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i afb:p ldafb:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-cgbsv - : n:i kl:i ku:i nrhs:i ab:p ldab:i ipiv:io[n] b:p ldb:i info:o
-cgbsvx - : fact:c trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i afb:p ldafb:i ipiv:iio[n] equed:c r:p c:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-cgbtf2 - : m:i n:i kl:i ku:i ab:p ldab:i ipiv:io[min(m,n)] info:o
-cgbtrf - : m:i n:i kl:i ku:i ab:p ldab:i ipiv:io[min(m,n)] info:o
-cgbtrs - : trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i ipiv:ii[n] b:p ldb:i info:o
-cgebak - : job:c side:c n:i ilo:i ihi:i scale:p m:i v:p ldv:i info:o
-cgebal - : job:c n:i a:p lda:i ilo:o ihi:o scale:p info:o
-cgebd2 - : m:i n:i a:p lda:i d:p e:p tauq:p taup:p work:p info:o
-cgebrd - : m:i n:i a:p lda:i d:p e:p tauq:p taup:p work:p lwork:i info:o
-cgecon - : norm:c n:i a:p lda:i anorm:p rcond:p work:p rwork:p info:o
-cgeequ - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-cgeequb - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-cgees - : jobvs:c sort:c select:f n:i a:p lda:i sdim:o w:p vs:p ldvs:i work:p lwork:i rwork:p bwork:lw[n]?sort=S info:o
-cgeesx - : jobvs:c sort:c select:f sense:c n:i a:p lda:i sdim:o w:p vs:p ldvs:i rconde:p rcondv:p work:p lwork:i rwork:p bwork:lw[n]?sort=S info:o
-cgeev - : jobvl:c jobvr:c n:i a:p lda:i w:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
-cgeevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:p lda:i w:p vl:p ldvl:i vr:p ldvr:i ilo:o ihi:o scale:p abnrm:p rconde:p rcondv:p work:p lwork:i rwork:p info:o
-cgegs - : jobvsl:c jobvsr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i rwork:p info:o
-cgegv - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
-cgehd2 - : n:i ilo:i ihi:i a:p lda:i tau:p work:p info:o
-cgehrd - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
-cgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:p lda:i sva:p u:p ldu:i v:p ldv:i cwork:p lwork:i rwork:p lrwork:i iwork:io[max(4,2*n+m),4] info:o
-cgelq - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
-cgelq2 - : m:i n:i a:p lda:i tau:p work:p info:o
-cgelqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-cgelqt - : m:i n:i mb:i a:p lda:i t:p ldt:i work:p info:o
-cgelqt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
-cgels - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-cgelsd - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i rwork:p iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
-cgelss - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i rwork:p info:o
-cgelst - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-cgelsx - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p rwork:p info:o
-cgelsy - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p lwork:i rwork:p info:o
-cgemlq - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
-cgemlqt - : side:c trans:c m:i n:i k:i mb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
-cgemqr - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
-cgemqrt - : side:c trans:c m:i n:i k:i nb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
-cgeql2 - : m:i n:i a:p lda:i tau:p work:p info:o
-cgeqlf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-cgeqp3 - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p lwork:i rwork:p info:o
-cgeqpf - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p rwork:p info:o
-cgeqr - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
-cgeqr2 - : m:i n:i a:p lda:i tau:p work:p info:o
-cgeqr2p - : m:i n:i a:p lda:i tau:p work:p info:o
-cgeqrf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-cgeqrfp - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-cgeqrt - : m:i n:i nb:i a:p lda:i t:p ldt:i work:p info:o
-cgeqrt2 - : m:i n:i a:p lda:i t:p ldt:i info:o
-cgeqrt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
-cgerfs - : trans:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-cgerq2 - : m:i n:i a:p lda:i tau:p work:p info:o
-cgerqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-cgesc2 - : n:i a:p lda:i rhs:p ipiv:ii[n] jpiv:ii[n] scale:p
-cgesdd - : jobz:c m:i n:i a:p lda:i s:p u:p ldu:i vt:p ldvt:i work:p lwork:i rwork:p iwork:ix[8*min(m,n)] info:o
-cgesv - : n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i info:o
-cgesvd - : jobu:c jobvt:c m:i n:i a:p lda:i s:p u:p ldu:i vt:p ldvt:i work:p lwork:i rwork:p info:o
-cgesvdq - : joba:c jobp:c jobr:c jobu:c jobv:c m:i n:i a:p lda:i s:p u:p ldu:i v:p ldv:i numrank:o iwork:io[max(1,liwork)] liwork:i cwork:p lcwork:o rwork:p lrwork:i info:o
-cgesvdx - : jobu:c jobvt:c range:c m:i n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I ns:o s:p u:p ldu:i vt:p ldvt:i work:p lwork:i rwork:p iwork:io[12*min(m,n)] info:o
-cgesvj - : joba:c jobu:c jobv:c m:i n:i a:p lda:i sva:p mv:i v:p ldv:i cwork:p lwork:i rwork:p lrwork:i info:o
-cgesvx - : fact:c trans:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] equed:c r:p c:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-cgetc2 - : n:i a:p lda:i ipiv:io[n] jpiv:io[n] info:o
-cgetf2 - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-cgetrf - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-cgetrf2 - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-cgetri - : n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-cgetrs - : trans:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-cgetsls - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-cgetsqrhrt - : m:i n:i mb1:i nb1:i nb2:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-cggbak - : job:c side:c n:i ilo:i ihi:i lscale:p rscale:p m:i v:p ldv:i info:o
-cggbal - : job:c n:i a:p lda:i b:p ldb:i ilo:o ihi:o lscale:p rscale:p work:p info:o
-cgges - : jobvsl:c jobvsr:c sort:c selctg:f n:i a:p lda:i b:p ldb:i sdim:o alpha:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i rwork:p bwork:lw[n]?sort=S info:o
-cgges3 - : jobvsl:c jobvsr:c sort:c selctg:f n:i a:p lda:i b:p ldb:i sdim:o alpha:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i rwork:p bwork:lw[n]?sort=S info:o
-cggesx - : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:p lda:i b:p ldb:i sdim:o alpha:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i rconde:p rcondv:p work:p lwork:i rwork:p iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
-cggev - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
-cggev3 - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
-cggevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i ilo:o ihi:o lscale:p rscale:p abnrm:p bbnrm:p rconde:p rcondv:p work:p lwork:i rwork:p iwork:ix[n+2]?sense=BNV bwork:lw[n]?sense=BEV info:o
-cggglm - : n:i m:i p:i a:p lda:i b:p ldb:i d:p x:p y:p work:p lwork:i info:o
-cgghd3 - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i work:p lwork:i info:o
-cgghrd - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i info:o
-cgglse - : m:i n:i p:i a:p lda:i b:p ldb:i c:p d:p x:p work:p lwork:i info:o
-cggqrf - : n:i m:i p:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
-cggrqf - : m:i p:i n:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
-cggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p rwork:p iwork:io[n] info:o
-cggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p lwork:i rwork:p iwork:io[n] info:o
-cggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] rwork:p tau:p work:p info:o
-cggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] rwork:p tau:p work:p lwork:i info:o
-cgsvj0 - : jobv:c m:i n:i a:p lda:i d:p sva:p mv:i?jobv=AV v:p ldv:i eps:p sfmin:p tol:p nsweep:i work:p lwork:i info:o
-cgsvj1 - : jobv:c m:i n:i n1:i a:p lda:i d:p sva:p mv:i?jobv=AV v:p ldv:i eps:p sfmin:p tol:p nsweep:i work:p lwork:i info:o
-cgtcon - : norm:c n:i dl:p d:p du:p du2:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-cgtrfs - : trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-cgtsv - : n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-cgtsvx - : fact:c trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-cgttrf - : n:i dl:p d:p du:p du2:p ipiv:io[n] info:o
-cgttrs - : trans:c n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i info:o
-cgtts2 - : itrans:i n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i
-chb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:p lda:i v:p tau:p ldvt:i work:p
-chbev - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p rwork:p info:o
-chbev_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p info:o
-chbevd - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-chbevd_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-chbevx - : jobz:c range:c uplo:c n:i kd:i ab:p ldab:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-chbevx_2stage - : jobz:c range:c uplo:c n:i kd:i ab:p ldab:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-chbgst - : vect:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i x:p ldx:i work:p rwork:p info:o
-chbgv - : jobz:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i w:p z:p ldz:i work:p rwork:p info:o
-chbgvd - : jobz:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-chbgvx - : jobz:c range:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-chbtrd - : vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p q:p ldq:i work:p info:o
-checon - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p info:o
-checon_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-checon_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p info:o
-cheequb - : uplo:c n:i a:p lda:i s:p scond:p amax:p work:p info:o
-cheev - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i rwork:p info:o
-cheev_2stage - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i rwork:p info:o
-cheevd - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-cheevd_2stage - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-cheevr - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-cheevr_2stage - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-cheevx - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-cheevx_2stage - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-chegs2 - : itype:i uplo:c n:i a:p lda:i b:p ldb:i info:o
-chegst - : itype:i uplo:c n:i a:p lda:i b:p ldb:i info:o
-chegv - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i rwork:p info:o
-chegv_2stage - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i rwork:p info:o
-chegvd - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-chegvx - : itype:i jobz:c range:c uplo:c n:i a:p lda:i b:p ldb:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-cherfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-chesv - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-chesv_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-chesv_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] b:p ldb:i work:p lwork:i info:o
-chesv_rk - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-chesv_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-chesvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p lwork:i rwork:p info:o
-cheswapr - : uplo:c n:i a:p lda:i i1:i i2:i
-chetd2 - : uplo:c n:i a:p lda:i d:p e:p tau:p info:o
-chetf2 - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-chetf2_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] info:o
-chetf2_rook - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-chetrd - : uplo:c n:i a:p lda:i d:p e:p tau:p work:p lwork:i info:o
-chetrd_2stage - : vect:c uplo:c n:i a:p lda:i d:p e:p tau:p hous2:p lhous2:i work:p lwork:i info:o
-chetrd_hb2st - : stage1:c vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p hous:p lhous:i work:p lwork:i info:o
-chetrd_he2hb - : uplo:c n:i kd:i a:p lda:i ab:p ldab:i tau:p work:p lwork:i info:o
-chetrf - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-chetrf_aa - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-chetrf_aa_2stage - : uplo:c n:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] work:p lwork:i info:o
-chetrf_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] work:p lwork:i info:o
-chetrf_rook - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-chetri - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-chetri2 - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-chetri2x - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p nb:i info:o
-chetri_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p lwork:i info:o
-chetri_3x - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p nb:i info:o
-chetri_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-chetrs - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-chetrs2 - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p info:o
-chetrs_3 - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:ii[n] b:p ldb:i info:o
-chetrs_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p lwork:i info:o
-chetrs_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:ii[n] ipiv2:ii[n] b:p ldb:i info:o
-chetrs_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-chfrk - : transr:c uplo:c trans:c n:i k:i alpha:p a:p lda:i beta:p c:p
-chgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:p ldh:i t:p ldt:i alpha:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rwork:p info:o
+cbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:w phi:w u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i v2t:y ldv2t:i b11d:w b11e:w b12d:w b12e:w b21d:w b21e:w b22d:w b22e:w rwork:w lrwork:i info:o
+cbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:w e:w vt:y ldvt:i u:y ldu:i c:y ldc:i rwork:w info:o
+cgbbrd - : vect:c m:i n:i ncc:i kl:i ku:i ab:y ldab:i d:w e:w q:y ldq:i pt:y ldpt:i c:y ldc:i work:y rwork:w info:o
+cgbcon - : norm:c n:i kl:i ku:i ab:e ldab:i ipiv:ii[n] anorm:r rcond:w work:y rwork:w info:o
+cgbequ - : m:i n:i kl:i ku:i ab:e ldab:i r:w c:w rowcnd:w colcnd:w amax:w info:o
+cgbequb - : m:i n:i kl:i ku:i ab:e ldab:i r:w c:w rowcnd:w colcnd:w amax:w info:o
+cgbrfs - : trans:c n:i kl:i ku:i nrhs:i ab:e ldab:i afb:e ldafb:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+cgbsv - : n:i kl:i ku:i nrhs:i ab:y ldab:i ipiv:io[n] b:y ldb:i info:o
+cgbsvx - : fact:c trans:c n:i kl:i ku:i nrhs:i ab:y ldab:i afb:y ldafb:i ipiv:iio[n] equed:c r:w c:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+cgbtf2 - : m:i n:i kl:i ku:i ab:y ldab:i ipiv:io[min(m,n)] info:o
+cgbtrf - : m:i n:i kl:i ku:i ab:y ldab:i ipiv:io[min(m,n)] info:o
+cgbtrs - : trans:c n:i kl:i ku:i nrhs:i ab:e ldab:i ipiv:ii[n] b:y ldb:i info:o
+cgebak - : job:c side:c n:i ilo:i ihi:i scale:r m:i v:y ldv:i info:o
+cgebal - : job:c n:i a:y lda:i ilo:o ihi:o scale:w info:o
+cgebd2 - : m:i n:i a:y lda:i d:w e:w tauq:y taup:y work:y info:o
+cgebrd - : m:i n:i a:y lda:i d:w e:w tauq:y taup:y work:y lwork:i info:o
+cgecon - : norm:c n:i a:e lda:i anorm:r rcond:w work:y rwork:w info:o
+cgeequ - : m:i n:i a:e lda:i r:w c:w rowcnd:w colcnd:w amax:w info:o
+cgeequb - : m:i n:i a:e lda:i r:w c:w rowcnd:w colcnd:w amax:w info:o
+cgees - : jobvs:c sort:c select:f1 n:i a:y lda:i sdim:o w:y vs:y ldvs:i work:y lwork:i rwork:w bwork:lw[n]?sort=S info:o
+cgeesx - : jobvs:c sort:c select:f1 sense:c n:i a:y lda:i sdim:o w:y vs:y ldvs:i rconde:w rcondv:w work:y lwork:i rwork:w bwork:lw[n]?sort=S info:o
+cgeev - : jobvl:c jobvr:c n:i a:y lda:i w:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i rwork:w info:o
+cgeevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:y lda:i w:y vl:y ldvl:i vr:y ldvr:i ilo:o ihi:o scale:w abnrm:w rconde:w rcondv:w work:y lwork:i rwork:w info:o
+cgegs - : jobvsl:c jobvsr:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i rwork:w info:o
+cgegv - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i rwork:w info:o
+cgehd2 - : n:i ilo:i ihi:i a:y lda:i tau:y work:y info:o
+cgehrd - : n:i ilo:i ihi:i a:y lda:i tau:y work:y lwork:i info:o
+cgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:y lda:i sva:w u:y ldu:i v:y ldv:i cwork:y lwork:i rwork:w lrwork:i iwork:io[max(4,2*n+m),4] info:o
+cgelq - : m:i n:i a:y lda:i t:y tsize:i work:y lwork:i info:o
+cgelq2 - : m:i n:i a:y lda:i tau:y work:y info:o
+cgelqf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+cgelqt - : m:i n:i mb:i a:y lda:i t:y ldt:i work:y info:o
+cgelqt3 - : m:i n:i a:y lda:i t:y ldt:i info:o
+cgels - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+cgelsd - : m:i n:i nrhs:i a:y lda:i b:y ldb:i s:w rcond:r rank:o work:y lwork:i rwork:w iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
+cgelss - : m:i n:i nrhs:i a:y lda:i b:y ldb:i s:w rcond:r rank:o work:y lwork:i rwork:w info:o
+cgelst - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+cgelsx - : m:i n:i nrhs:i a:y lda:i b:y ldb:i jpvt:iio[n] rcond:r rank:o work:y rwork:w info:o
+cgelsy - : m:i n:i nrhs:i a:y lda:i b:y ldb:i jpvt:iio[n] rcond:r rank:o work:y lwork:i rwork:w info:o
+cgemlq - : side:c trans:c m:i n:i k:i a:e lda:i t:e tsize:i c:y ldc:i work:y lwork:i info:o
+cgemlqt - : side:c trans:c m:i n:i k:i mb:i v:e ldv:i t:e ldt:i c:y ldc:i work:y info:o
+cgemqr - : side:c trans:c m:i n:i k:i a:e lda:i t:e tsize:i c:y ldc:i work:y lwork:i info:o
+cgemqrt - : side:c trans:c m:i n:i k:i nb:i v:e ldv:i t:e ldt:i c:y ldc:i work:y info:o
+cgeql2 - : m:i n:i a:y lda:i tau:y work:y info:o
+cgeqlf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+cgeqp3 - : m:i n:i a:y lda:i jpvt:iio[n] tau:y work:y lwork:i rwork:w info:o
+cgeqpf - : m:i n:i a:y lda:i jpvt:iio[n] tau:y work:y rwork:w info:o
+cgeqr - : m:i n:i a:y lda:i t:y tsize:i work:y lwork:i info:o
+cgeqr2 - : m:i n:i a:y lda:i tau:y work:y info:o
+cgeqr2p - : m:i n:i a:y lda:i tau:y work:y info:o
+cgeqrf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+cgeqrfp - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+cgeqrt - : m:i n:i nb:i a:y lda:i t:y ldt:i work:y info:o
+cgeqrt2 - : m:i n:i a:y lda:i t:y ldt:i info:o
+cgeqrt3 - : m:i n:i a:y lda:i t:y ldt:i info:o
+cgerfs - : trans:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+cgerq2 - : m:i n:i a:y lda:i tau:y work:y info:o
+cgerqf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+cgesc2 - : n:i a:e lda:i rhs:y ipiv:ii[n] jpiv:ii[n] scale:w
+cgesdd - : jobz:c m:i n:i a:y lda:i s:w u:y ldu:i vt:y ldvt:i work:y lwork:i rwork:w iwork:ix[8*min(m,n)] info:o
+cgesv - : n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i info:o
+cgesvd - : jobu:c jobvt:c m:i n:i a:y lda:i s:w u:y ldu:i vt:y ldvt:i work:y lwork:i rwork:w info:o
+cgesvdq - : joba:c jobp:c jobr:c jobu:c jobv:c m:i n:i a:y lda:i s:w u:y ldu:i v:y ldv:i numrank:o iwork:io[max(1,liwork)] liwork:i cwork:y lcwork:o rwork:w lrwork:i info:o
+cgesvdx - : jobu:c jobvt:c range:c m:i n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I ns:o s:w u:y ldu:i vt:y ldvt:i work:y lwork:i rwork:w iwork:io[12*min(m,n)] info:o
+cgesvj - : joba:c jobu:c jobv:c m:i n:i a:y lda:i sva:w mv:i v:y ldv:i cwork:y lwork:i rwork:w lrwork:i info:o
+cgesvx - : fact:c trans:c n:i nrhs:i a:y lda:i af:y ldaf:i ipiv:iio[n] equed:c r:w c:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+cgetc2 - : n:i a:y lda:i ipiv:io[n] jpiv:io[n] info:o
+cgetf2 - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+cgetrf - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+cgetrf2 - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+cgetri - : n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+cgetrs - : trans:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+cgetsls - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+cgetsqrhrt - : m:i n:i mb1:i nb1:i nb2:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+cggbak - : job:c side:c n:i ilo:i ihi:i lscale:r rscale:r m:i v:y ldv:i info:o
+cggbal - : job:c n:i a:y lda:i b:y ldb:i ilo:o ihi:o lscale:w rscale:w work:w info:o
+cgges - : jobvsl:c jobvsr:c sort:c selctg:f2 n:i a:y lda:i b:y ldb:i sdim:o alpha:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i rwork:w bwork:lw[n]?sort=S info:o
+cgges3 - : jobvsl:c jobvsr:c sort:c selctg:f2 n:i a:y lda:i b:y ldb:i sdim:o alpha:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i rwork:w bwork:lw[n]?sort=S info:o
+cggesx - : jobvsl:c jobvsr:c sort:c selctg:f2 sense:c n:i a:y lda:i b:y ldb:i sdim:o alpha:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i rconde:w rcondv:w work:y lwork:i rwork:w iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
+cggev - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i rwork:w info:o
+cggev3 - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i rwork:w info:o
+cggevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vl:y ldvl:i vr:y ldvr:i ilo:o ihi:o lscale:w rscale:w abnrm:w bbnrm:w rconde:w rcondv:w work:y lwork:i rwork:w iwork:ix[n+2]?sense=BNV bwork:lw[n]?sense=BEV info:o
+cggglm - : n:i m:i p:i a:y lda:i b:y ldb:i d:y x:y y:y work:y lwork:i info:o
+cgghd3 - : compq:c compz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i work:y lwork:i info:o
+cgghrd - : compq:c compz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i info:o
+cgglse - : m:i n:i p:i a:y lda:i b:y ldb:i c:y d:y x:y work:y lwork:i info:o
+cggqrf - : n:i m:i p:i a:y lda:i taua:y b:y ldb:i taub:y work:y lwork:i info:o
+cggrqf - : m:i p:i n:i a:y lda:i taua:y b:y ldb:i taub:y work:y lwork:i info:o
+cggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:y lda:i b:y ldb:i alpha:w beta:w u:y ldu:i v:y ldv:i q:y ldq:i work:y rwork:w iwork:io[n] info:o
+cggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:y lda:i b:y ldb:i alpha:w beta:w u:y ldu:i v:y ldv:i q:y ldq:i work:y lwork:i rwork:w iwork:io[n] info:o
+cggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:y lda:i b:y ldb:i tola:w tolb:w k:o l:o u:y ldu:i v:y ldv:i q:y ldq:i iwork:ix[n] rwork:w tau:y work:y info:o
+cggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:y lda:i b:y ldb:i tola:r tolb:r k:o l:o u:y ldu:i v:y ldv:i q:y ldq:i iwork:ix[n] rwork:w tau:y work:y lwork:i info:o
+cgsvj0 - : jobv:c m:i n:i a:y lda:i d:y sva:w mv:i?jobv=AV v:y ldv:i eps:r sfmin:r tol:r nsweep:i work:y lwork:i info:o
+cgsvj1 - : jobv:c m:i n:i n1:i a:y lda:i d:y sva:w mv:i?jobv=AV v:y ldv:i eps:r sfmin:r tol:r nsweep:i work:y lwork:i info:o
+cgtcon - : norm:c n:i dl:e d:e du:e du2:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+cgtrfs - : trans:c n:i nrhs:i dl:e d:e du:e dlf:e df:e duf:e du2:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+cgtsv - : n:i nrhs:i dl:y d:y du:y b:y ldb:i info:o
+cgtsvx - : fact:c trans:c n:i nrhs:i dl:e d:e du:e dlf:y df:y duf:y du2:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+cgttrf - : n:i dl:y d:y du:y du2:y ipiv:io[n] info:o
+cgttrs - : trans:c n:i nrhs:i dl:e d:e du:e du2:e ipiv:ii[n] b:y ldb:i info:o
+cgtts2 - : itrans:i n:i nrhs:i dl:e d:e du:e du2:e ipiv:ii[n] b:y ldb:i
+chb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:y lda:i v:y tau:y ldvt:i work:y
+chbev - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:w z:y ldz:i work:y rwork:w info:o
+chbev_2stage - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:w z:y ldz:i work:y lwork:i rwork:w info:o
+chbevd - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+chbevd_2stage - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+chbevx - : jobz:c range:c uplo:c n:i kd:i ab:y ldab:i q:y ldq:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+chbevx_2stage - : jobz:c range:c uplo:c n:i kd:i ab:y ldab:i q:y ldq:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y lwork:i rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+chbgst - : vect:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:e ldbb:i x:y ldx:i work:y rwork:w info:o
+chbgv - : jobz:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i w:w z:y ldz:i work:y rwork:w info:o
+chbgvd - : jobz:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+chbgvx - : jobz:c range:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i q:y ldq:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+chbtrd - : vect:c uplo:c n:i kd:i ab:y ldab:i d:w e:w q:y ldq:i work:y info:o
+checon - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:r rcond:w work:y info:o
+checon_3 - : uplo:c n:i a:e lda:i e:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+checon_rook - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:r rcond:w work:y info:o
+cheequb - : uplo:c n:i a:e lda:i s:w scond:w amax:w work:y info:o
+cheev - : jobz:c uplo:c n:i a:y lda:i w:w work:y lwork:i rwork:w info:o
+cheev_2stage - : jobz:c uplo:c n:i a:y lda:i w:w work:y lwork:i rwork:w info:o
+cheevd - : jobz:c uplo:c n:i a:y lda:i w:w work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+cheevd_2stage - : jobz:c uplo:c n:i a:y lda:i w:w work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+cheevr - : jobz:c range:c uplo:c n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o<=n w:w z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+cheevr_2stage - : jobz:c range:c uplo:c n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o<=n w:w z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+cheevx - : jobz:c range:c uplo:c n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y lwork:i rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+cheevx_2stage - : jobz:c range:c uplo:c n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y lwork:i rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+chegs2 - : itype:i uplo:c n:i a:y lda:i b:y ldb:i info:o
+chegst - : itype:i uplo:c n:i a:y lda:i b:e ldb:i info:o
+chegv - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:w work:y lwork:i rwork:w info:o
+chegv_2stage - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:w work:y lwork:i rwork:w info:o
+chegvd - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:w work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+chegvx - : itype:i jobz:c range:c uplo:c n:i a:y lda:i b:y ldb:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y lwork:i rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+cherfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+chesv - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+chesv_aa - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+chesv_aa_2stage - : uplo:c n:i nrhs:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] b:y ldb:i work:y lwork:i info:o
+chesv_rk - : uplo:c n:i nrhs:i a:y lda:i e:y ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+chesv_rook - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+chesvx - : fact:c uplo:c n:i nrhs:i a:e lda:i af:y ldaf:i ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y lwork:i rwork:w info:o
+cheswapr - : uplo:c n:i a:y lda:i i1:i i2:i
+chetd2 - : uplo:c n:i a:y lda:i d:w e:w tau:y info:o
+chetf2 - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+chetf2_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] info:o
+chetf2_rook - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+chetrd - : uplo:c n:i a:y lda:i d:w e:w tau:y work:y lwork:i info:o
+chetrd_2stage - : vect:c uplo:c n:i a:y lda:i d:w e:w tau:y hous2:y lhous2:i work:y lwork:i info:o
+chetrd_hb2st - : stage1:c vect:c uplo:c n:i kd:i ab:y ldab:i d:w e:w hous:y lhous:i work:y lwork:i info:o
+chetrd_he2hb - : uplo:c n:i kd:i a:y lda:i ab:y ldab:i tau:y work:y lwork:i info:o
+chetrf - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+chetrf_aa - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+chetrf_aa_2stage - : uplo:c n:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] work:y lwork:i info:o
+chetrf_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] work:y lwork:i info:o
+chetrf_rook - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+chetri - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+chetri2 - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+chetri2x - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y nb:i info:o
+chetri_3 - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y lwork:i info:o
+chetri_3x - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y nb:i info:o
+chetri_rook - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+chetrs - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+chetrs2 - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y info:o
+chetrs_3 - : uplo:c n:i nrhs:i a:e lda:i e:e ipiv:ii[n] b:y ldb:i info:o
+chetrs_aa - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y lwork:i info:o
+chetrs_aa_2stage - : uplo:c n:i nrhs:i a:e lda:i tb:y ltb:i ipiv:ii[n] ipiv2:ii[n] b:y ldb:i info:o
+chetrs_rook - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+chfrk - : transr:c uplo:c trans:c n:i k:i alpha:r a:e lda:i beta:r c:y
+chgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:y ldh:i t:y ldt:i alpha:y beta:y q:y ldq:i z:y ldz:i work:y lwork:i rwork:w info:o
 chla_transtype a : trans:i
-chpcon - : uplo:c n:i ap:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-chpev - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p rwork:p info:o
-chpevd - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-chpevx - : jobz:c range:c uplo:c n:i ap:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-chpgst - : itype:i uplo:c n:i ap:p bp:p info:o
-chpgv - : itype:i jobz:c uplo:c n:i ap:p bp:p w:p z:p ldz:i work:p rwork:p info:o
-chpgvd - : itype:i jobz:c uplo:c n:i ap:p bp:p w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-chpgvx - : itype:i jobz:c range:c uplo:c n:i ap:p bp:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-chprfs - : uplo:c n:i nrhs:i ap:p afp:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-chpsv - : uplo:c n:i nrhs:i ap:p ipiv:io[n] b:p ldb:i info:o
-chpsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-chptrd - : uplo:c n:i ap:p d:p e:p tau:p info:o
-chptrf - : uplo:c n:i ap:p ipiv:io[n] info:o
-chptri - : uplo:c n:i ap:p ipiv:ii[n] work:p info:o
-chptrs - : uplo:c n:i nrhs:i ap:p ipiv:ii[n] b:p ldb:i info:o
-chsein - : side:c eigsrc:c initv:c select:ii[n] n:i h:p ldh:i w:p vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p rwork:p ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
-chseqr - : job:c compz:c n:i ilo:i ihi:i h:p ldh:i w:p z:p ldz:i work:p lwork:i info:o
-clabrd - : m:i n:i nb:i a:p lda:i d:p e:p tauq:p taup:p x:p ldx:i y:p ldy:i
-clacgv - : n:i x:p incx:i
-clacn2 - : n:i v:p x:p est:p kase:o isave:iio[3]
-clacon - : n:i v:p x:p est:p kase:o
-clacp2 - : uplo:c m:i n:i a:p lda:i b:p ldb:i
-clacpy - : uplo:c m:i n:i a:p lda:i b:p ldb:i
-clacrm - : m:i n:i a:p lda:i b:p ldb:i c:p ldc:i rwork:p
-clacrt - : n:i cx:p incx:i cy:p incy:i c:p s:p
-cladiv c : x:p y:p
-claed0 - : qsiz:i n:i d:p e:p q:p ldq:i qstore:p ldqs:i rwork:p iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
-claed7 - : n:i cutpnt:i qsiz:i tlvls:i curlvl:i curpbm:i d:p q:p ldq:i rho:p indxq:io[n] qstore:p qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:p work:p rwork:p iwork:ix[4*n] info:o
-claed8 - : k:o n:i qsiz:i q:p ldq:i d:p rho:p cutpnt:i z:p dlamda:p q2:p ldq2:i w:p indxp:io[n] indx:io[n] indxq:ii[n] perm:io[n] givptr:o givcol:io[2*n] givnum:p info:o
-claein - : rightv:i noinit:i n:i h:p ldh:i w:p v:p b:p ldb:i rwork:p eps3:p smlnum:p info:o
-claesy - : a:p b:p c:p rt1:p rt2:p evscal:p cs1:p sn1:p
-claev2 - : a:p b:p c:p rt1:p rt2:p cs1:p sn1:p
-clag2z - : m:i n:i sa:p ldsa:i a:p lda:i info:o
-clags2 - : upper:i a1:p a2:p a3:p b1:p b2:p b3:p csu:p snu:p csv:p snv:p csq:p snq:p
-clagtm - : trans:c n:i nrhs:i alpha:p dl:p d:p du:p x:p ldx:i beta:p b:p ldb:i
-clahef - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-clahef_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
-clahef_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
-clahef_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-clahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i info:o
-clahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
-clahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
-claic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
-clals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
-clalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p rwork:p iwork:ix[3*n] info:o
-clalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p rwork:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
-clamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
-clamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
-clangb s : norm:c n:i kl:i ku:i ab:p ldab:i work:p
-clange s : norm:c m:i n:i a:p lda:i work:p
-clangt s : norm:c n:i dl:p d:p du:p
-clanhb s : norm:c uplo:c n:i k:i ab:p ldab:i work:p
-clanhe s : norm:c uplo:c n:i a:p lda:i work:p
-clanhf s : norm:c transr:c uplo:c n:i a:p work:p
-clanhp s : norm:c uplo:c n:i ap:p work:p
-clanhs s : norm:c n:i a:p lda:i work:p
-clanht s : norm:c n:i d:p e:p
-clansb s : norm:c uplo:c n:i k:i ab:p ldab:i work:p
-clansp s : norm:c uplo:c n:i ap:p work:p
-clansy s : norm:c uplo:c n:i a:p lda:i work:p
-clantb s : norm:c uplo:c diag:c n:i k:i ab:p ldab:i work:p
-clantp s : norm:c uplo:c diag:c n:i ap:p work:p
-clantr s : norm:c uplo:c diag:c m:i n:i a:p lda:i work:p
-clapll - : n:i x:p incx:i y:p incy:i ssmin:p
-clapmr - : forwrd:i m:i n:i x:p ldx:i k:iio[m]
-clapmt - : forwrd:i m:i n:i x:p ldx:i k:iio[n]
-claqgb - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p equed:c
-claqge - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p equed:c
-claqhb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
-claqhe - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
-claqhp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
-claqp2 - : m:i n:i offset:i a:p lda:i jpvt:iio[n] tau:p vn1:p vn2:p work:p
-claqps - : m:i n:i offset:i nb:i kb:o a:p lda:i jpvt:iio[n] tau:p vn1:p vn2:p auxv:p f:p ldf:i
-claqr0 - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i work:p lwork:i info:o
-claqr1 - : n:i h:p ldh:i s1:p s2:p v:p
-claqr2 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:p ldh:i iloz:i ihiz:i z:p ldz:i ns:o nd:o sh:p v:p ldv:i nh:i t:p ldt:i nv:i wv:p ldwv:i work:p lwork:i
-claqr3 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:p ldh:i iloz:i ihiz:i z:p ldz:i ns:o nd:o sh:p v:p ldv:i nh:i t:p ldt:i nv:i wv:p ldwv:i work:p lwork:i
-claqr4 - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i work:p lwork:i info:o
-claqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i s:p h:p ldh:i iloz:i ihiz:i z:p ldz:i v:p ldv:i u:p ldu:i nv:i wv:p ldwv:i nh:i wh:p ldwh:i
-claqsb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
-claqsp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
-claqsy - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
-claqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i alpha:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rwork:p rec:i info:o
-claqz1 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:p lda:i b:p ldb:i nq:i qstart:i q:p ldq:i nz:i zstart:i z:p ldz:i
-claqz2 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ns:o nd:o alpha:p beta:p qc:p ldqc:i zc:p ldzc:i work:p lwork:i rwork:p rec:i info:o
-claqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i alpha:p beta:p a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i qc:p ldqc:i zc:p ldzc:i work:p lwork:i info:o
-clar1v - : n:i b1:i bn:i lambda:p d:p l:p ld:p lld:p pivmin:p gaptol:p z:p wantnc:i negcnt:o ztz:p mingma:p r:o isuppz:io[2] nrminv:p resid:p rqcorr:p work:p
-clar2v - : n:i x:p y:p z:p incx:i c:p s:p incc:i
-clarcm - : m:i n:i a:p lda:i b:p ldb:i c:p ldc:i rwork:p
-clarf - : side:c m:i n:i v:p incv:i tau:p c:p ldc:i work:p
-clarfb - : side:c trans:c direct:c storev:c m:i n:i k:i v:p ldv:i t:p ldt:i c:p ldc:i work:p ldwork:i
-clarfb_gett - : ident:c m:i n:i k:i t:p ldt:i a:p lda:i b:p ldb:i work:p ldwork:i
-clarfg - : n:i alpha:p x:p incx:i tau:p
-clarfgp - : n:i alpha:p x:p incx:i tau:p
-clarft - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
-clarfx - : side:c m:i n:i v:p tau:p c:p ldc:i work:p
-clarfy - : uplo:c n:i v:p incv:i tau:p c:p ldc:i work:p
-clargv - : n:i x:p incx:i y:p incy:i c:p incc:i
-clarnv - : idist:i iseed:iio[4] n:i x:p
-clarrv - : n:i vl:p vu:p d:p l:p pivmin:p isplit:ii[n] m:i dol:i dou:i minrgp:p rtol1:p rtol2:p w:p werr:p wgap:p iblock:ii[n] indexw:ii[n] gers:p z:p ldz:i isuppz:io[2*max(1,m)] work:p iwork:ix[7*n] info:o
-clartg - : f:p g:p c:p s:p r:p
-clartv - : n:i x:p incx:i y:p incy:i c:p s:p incc:i
-clarz - : side:c m:i n:i l:i v:p incv:i tau:p c:p ldc:i work:p
-clarzb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:p ldv:i t:p ldt:i c:p ldc:i work:p ldwork:i
-clarzt - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
-clascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
-claset - : uplo:c m:i n:i alpha:p beta:p a:p lda:i
-clasr - : side:c pivot:c direct:c m:i n:i c:p s:p a:p lda:i
-classq - : n:i x:p incx:i scl:p sumsq:p
-claswlq - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-claswp - : n:i a:p lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
-clasyf - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-clasyf_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
-clasyf_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
-clasyf_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-clatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:p ldab:i x:p scale:p cnorm:p info:o
-clatdf - : ijob:i n:i z:p ldz:i rhs:p rdsum:p rdscal:p ipiv:ii[n] jpiv:ii[n]
-clatm2 c : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
-clatm3 c : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
-clatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:p mode:i cond:p dmax:p rsign:c grade:c dl:p model:i condl:p dr:p moder:i condr:p pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:p anorm:p pack:c a:p lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
-clatps - : uplo:c trans:c diag:c normin:c n:i ap:p x:p scale:p cnorm:p info:o
-clatrd - : uplo:c n:i nb:i a:p lda:i e:p tau:p w:p ldw:i
-clatrs - : uplo:c trans:c diag:c normin:c n:i a:p lda:i x:p scale:p cnorm:p info:o
-clatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:p lda:i x:p ldx:i scale:p cnorm:p work:p lwork:i info:o
-clatrz - : m:i n:i l:i a:p lda:i tau:p work:p
-clatsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-clatzm - : side:c m:i n:i v:p incv:i tau:p c1:p c2:p ldc:i work:p
-claunhr_col_getrfnp - : m:i n:i a:p lda:i d:p info:o
-claunhr_col_getrfnp2 - : m:i n:i a:p lda:i d:p info:o
-clauu2 - : uplo:c n:i a:p lda:i info:o
-clauum - : uplo:c n:i a:p lda:i info:o
-cpbcon - : uplo:c n:i kd:i ab:p ldab:i anorm:p rcond:p work:p rwork:p info:o
-cpbequ - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p info:o
-cpbrfs - : uplo:c n:i kd:i nrhs:i ab:p ldab:i afb:p ldafb:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-cpbstf - : uplo:c n:i kd:i ab:p ldab:i info:o
-cpbsv - : uplo:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-cpbsvx - : fact:c uplo:c n:i kd:i nrhs:i ab:p ldab:i afb:p ldafb:i equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-cpbtf2 - : uplo:c n:i kd:i ab:p ldab:i info:o
-cpbtrf - : uplo:c n:i kd:i ab:p ldab:i info:o
-cpbtrs - : uplo:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-cpftrf - : transr:c uplo:c n:i a:p info:o
-cpftri - : transr:c uplo:c n:i a:p info:o
-cpftrs - : transr:c uplo:c n:i nrhs:i a:p b:p ldb:i info:o
-cpocon - : uplo:c n:i a:p lda:i anorm:p rcond:p work:p rwork:p info:o
-cpoequ - : n:i a:p lda:i s:p scond:p amax:p info:o
-cpoequb - : n:i a:p lda:i s:p scond:p amax:p info:o
-cporfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-cposv - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-cposvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-cpotf2 - : uplo:c n:i a:p lda:i info:o
-cpotrf - : uplo:c n:i a:p lda:i info:o
-cpotrf2 - : uplo:c n:i a:p lda:i info:o
-cpotri - : uplo:c n:i a:p lda:i info:o
-cpotrs - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-cppcon - : uplo:c n:i ap:p anorm:p rcond:p work:p rwork:p info:o
-cppequ - : uplo:c n:i ap:p s:p scond:p amax:p info:o
-cpprfs - : uplo:c n:i nrhs:i ap:p afp:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-cppsv - : uplo:c n:i nrhs:i ap:p b:p ldb:i info:o
-cppsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-cpptrf - : uplo:c n:i ap:p info:o
-cpptri - : uplo:c n:i ap:p info:o
-cpptrs - : uplo:c n:i nrhs:i ap:p b:p ldb:i info:o
-cpstf2 - : uplo:c n:i a:p lda:i piv:io[n] rank:o tol:p work:p info:o
-cpstrf - : uplo:c n:i a:p lda:i piv:io[n] rank:o tol:p work:p info:o
-cptcon - : n:i d:p e:p anorm:p rcond:p rwork:p info:o
-cpteqr - : compz:c n:i d:p e:p z:p ldz:i work:p info:o
-cptrfs - : uplo:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-cptsv - : n:i nrhs:i d:p e:p b:p ldb:i info:o
-cptsvx - : fact:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-cpttrf - : n:i d:p e:p info:o
-cpttrs - : uplo:c n:i nrhs:i d:p e:p b:p ldb:i info:o
-cptts2 - : iuplo:i n:i nrhs:i d:p e:p b:p ldb:i
-cspcon - : uplo:c n:i ap:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-cspmv - : uplo:c n:i alpha:p ap:p x:p incx:i beta:p y:p incy:i
-cspr - : uplo:c n:i alpha:p x:p incx:i ap:p
-csprfs - : uplo:c n:i nrhs:i ap:p afp:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-cspsv - : uplo:c n:i nrhs:i ap:p ipiv:io[n] b:p ldb:i info:o
-cspsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-csptrf - : uplo:c n:i ap:p ipiv:io[n] info:o
-csptri - : uplo:c n:i ap:p ipiv:ii[n] work:p info:o
-csptrs - : uplo:c n:i nrhs:i ap:p ipiv:ii[n] b:p ldb:i info:o
-csrscl - : n:i sa:p sx:p incx:i
-cstedc - : compz:c n:i d:p e:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-cstegr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[liwork] liwork:i info:o
-cstein - : n:i d:p e:p m:i w:p iblock:ii[n] isplit:ii[n] z:p ldz:i work:p iwork:ix[n] ifail:io[m] info:o
-cstemr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I m:o<=n w:p z:p ldz:i nzc:i isuppz:io[2*max(1,m)] tryrac:o work:p lwork:i iwork:iw[liwork] liwork:i info:o
-csteqr - : compz:c n:i d:p e:p z:p ldz:i work:p info:o
-csycon - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p info:o
-csycon_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-csycon_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p info:o
-csyconv - : uplo:c way:c n:i a:p lda:i ipiv:ii[n] e:p info:o
-csyconvf - : uplo:c way:c n:i a:p lda:i e:p ipiv:iio[n] info:o
-csyconvf_rook - : uplo:c way:c n:i a:p lda:i e:p ipiv:ii[n] info:o
-csyequb - : uplo:c n:i a:p lda:i s:p scond:p amax:p work:p info:o
-csymv - : uplo:c n:i alpha:p a:p lda:i x:p incx:i beta:p y:p incy:i
-csyr - : uplo:c n:i alpha:p x:p incx:i a:p lda:i
-csyrfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-csysv - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-csysv_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-csysv_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] b:p ldb:i work:p lwork:i info:o
-csysv_rk - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-csysv_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-csysvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p lwork:i rwork:p info:o
-csyswapr - : uplo:c n:i a:p lda:i i1:i i2:i
-csytf2 - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-csytf2_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] info:o
-csytf2_rook - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-csytrf - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-csytrf_aa - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-csytrf_aa_2stage - : uplo:c n:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] work:p lwork:i info:o
-csytrf_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] work:p lwork:i info:o
-csytrf_rook - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-csytri - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-csytri2 - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-csytri2x - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p nb:i info:o
-csytri_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p lwork:i info:o
-csytri_3x - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p nb:i info:o
-csytri_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-csytrs - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-csytrs2 - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p info:o
-csytrs_3 - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:ii[n] b:p ldb:i info:o
-csytrs_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p lwork:i info:o
-csytrs_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:ii[n] ipiv2:ii[n] b:p ldb:i info:o
-csytrs_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-ctbcon - : norm:c uplo:c diag:c n:i kd:i ab:p ldab:i rcond:p work:p rwork:p info:o
-ctbrfs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-ctbtrs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-ctfsm - : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:p a:p b:p ldb:i
-ctftri - : transr:c uplo:c diag:c n:i a:p info:o
-ctfttp - : transr:c uplo:c n:i arf:p ap:p info:o
-ctfttr - : transr:c uplo:c n:i arf:p a:p lda:i info:o
-ctgevc - : side:c howmny:c select:ii[n]?howmny=S n:i s:p lds:i p:p ldp:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p rwork:p info:o
-ctgex2 - : wantq:i wantz:i n:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i j1:i info:o
-ctgexc - : wantq:i wantz:i n:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ifst:i ilst:o info:o
-ctgsen - : ijob:i wantq:i wantz:i select:ii[n] n:i a:p lda:i b:p ldb:i alpha:p beta:p q:p ldq:i z:p ldz:i m:o pl:p pr:p dif:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ctgsja - : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:p lda:i b:p ldb:i tola:p tolb:p alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p ncycle:o info:o
-ctgsna - : job:c howmny:c select:ii[n]?howmny=S n:i a:p lda:i b:p ldb:i vl:p ldvl:i vr:p ldvr:i s:p dif:p mm:i m:o work:p lwork:i iwork:ix[n+2]?job=BV info:o
-ctgsy2 - : trans:c ijob:i?trans=N m:i n:i a:p lda:i b:p ldb:i c:p ldc:i d:p ldd:i e:p lde:i f:p ldf:i scale:p rdsum:p rdscal:p info:o
-ctgsyl - : trans:c ijob:i?trans=N m:i n:i a:p lda:i b:p ldb:i c:p ldc:i d:p ldd:i e:p lde:i f:p ldf:i scale:p dif:p work:p lwork:i iwork:ix[m+n+2] info:o
-ctpcon - : norm:c uplo:c diag:c n:i ap:p rcond:p work:p rwork:p info:o
-ctplqt - : m:i n:i l:i mb:i a:p lda:i b:p ldb:i t:p ldt:i work:p info:o
-ctplqt2 - : m:i n:i l:i a:p lda:i b:p ldb:i t:p ldt:i info:o
-ctpmlqt - : side:c trans:c m:i n:i k:i l:i mb:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p info:o
-ctpmqrt - : side:c trans:c m:i n:i k:i l:i nb:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p info:o
-ctpqrt - : m:i n:i l:i nb:i a:p lda:i b:p ldb:i t:p ldt:i work:p info:o
-ctpqrt2 - : m:i n:i l:i a:p lda:i b:p ldb:i t:p ldt:i info:o
-ctprfb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p ldwork:i
-ctprfs - : uplo:c trans:c diag:c n:i nrhs:i ap:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-ctptri - : uplo:c diag:c n:i ap:p info:o
-ctptrs - : uplo:c trans:c diag:c n:i nrhs:i ap:p b:p ldb:i info:o
-ctpttf - : transr:c uplo:c n:i ap:p arf:p info:o
-ctpttr - : uplo:c n:i ap:p a:p lda:i info:o
-ctrcon - : norm:c uplo:c diag:c n:i a:p lda:i rcond:p work:p rwork:p info:o
-ctrevc - : side:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p rwork:p info:o
-ctrevc3 - : side:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p lwork:i rwork:p lrwork:i info:o
-ctrexc - : compq:c n:i t:p ldt:i q:p ldq:i ifst:i ilst:i info:o
-ctrrfs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-ctrsen - : job:c compq:c select:ii[n] n:i t:p ldt:i q:p ldq:i w:p m:o s:p sep:p work:p lwork:i info:o
-ctrsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i s:p sep:p mm:i m:o work:p ldwork:i rwork:p info:o
-ctrsyl - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p info:o
-ctrsyl3 - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p swork:p ldswork:i info:o
-ctrti2 - : uplo:c diag:c n:i a:p lda:i info:o
-ctrtri - : uplo:c diag:c n:i a:p lda:i info:o
-ctrtrs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-ctrttf - : transr:c uplo:c n:i a:p lda:i arf:p info:o
-ctrttp - : uplo:c n:i a:p lda:i ap:p info:o
-ctzrqf - : m:i n:i a:p lda:i tau:p info:o
-ctzrzf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-cunbdb - : trans:c signs:c m:i p:i q:i x11:p ldx11:i x12:p ldx12:i x21:p ldx21:i x22:p ldx22:i theta:p phi:p taup1:p taup2:p tauq1:p tauq2:p work:p lwork:i info:o
-cunbdb1 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-cunbdb2 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-cunbdb3 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-cunbdb4 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p phantom:p work:p lwork:i info:o
-cunbdb5 - : m1:i m2:i n:i x1:p incx1:i x2:p incx2:i q1:p ldq1:i q2:p ldq2:i work:p lwork:i info:o
-cunbdb6 - : m1:i m2:i n:i x1:p incx1:i x2:p incx2:i q1:p ldq1:i q2:p ldq2:i work:p lwork:i info:o
-cuncsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:p ldx11:i x12:p ldx12:i x21:p ldx21:i x22:p ldx22:i theta:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i work:p lwork:i rwork:p lrwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
-cuncsd2by1 - : jobu1:c jobu2:c jobv1t:c m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i work:p lwork:i rwork:p lrwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
-cung2l - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-cung2r - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-cungbr - : vect:c m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-cunghr - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
-cungl2 - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-cunglq - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-cungql - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-cungqr - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-cungr2 - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-cungrq - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-cungtr - : uplo:c n:i a:p lda:i tau:p work:p lwork:i info:o
-cungtsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-cungtsqr_row - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-cunhr_col - : m:i n:i nb:i a:p lda:i t:p ldt:i d:p info:o
-cunm22 - : side:c trans:c m:i n:i n1:i n2:i q:p ldq:i c:p ldc:i work:p lwork:i info:o
-cunm2l - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-cunm2r - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-cunmbr - : vect:c side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-cunmhr - : side:c trans:c m:i n:i ilo:i ihi:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-cunml2 - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-cunmlq - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-cunmql - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-cunmqr - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-cunmr2 - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-cunmr3 - : side:c trans:c m:i n:i k:i l:i a:p lda:i tau:p c:p ldc:i work:p info:o
-cunmrq - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-cunmrz - : side:c trans:c m:i n:i k:i l:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-cunmtr - : side:c uplo:c trans:c m:i n:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-cupgtr - : uplo:c n:i ap:p tau:p q:p ldq:i work:p info:o
-cupmtr - : side:c uplo:c trans:c m:i n:i ap:p tau:p c:p ldc:i work:p info:o
-dbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:p phi:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i b11d:p b11e:p b12d:p b12e:p b21d:p b21e:p b22d:p b22e:p work:p lwork:i info:o
-dbdsdc - : uplo:c compq:c n:i d:p e:p u:p ldu:i vt:p ldvt:i q:p iq:io[n*(3+3*log2(n/26))]?compq=P work:p iwork:ix[8*n] info:o
-dbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
-dbdsvdx - : uplo:c jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I ns:o s:p z:p ldz:i work:p iwork:io[12*n] info:o
-ddisna - : job:c m:i n:i d:p sep:p info:o
-dgbbrd - : vect:c m:i n:i ncc:i kl:i ku:i ab:p ldab:i d:p e:p q:p ldq:i pt:p ldpt:i c:p ldc:i work:p info:o
-dgbcon - : norm:c n:i kl:i ku:i ab:p ldab:i ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-dgbequ - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-dgbequb - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-dgbrfs - : trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i afb:p ldafb:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dgbsv - : n:i kl:i ku:i nrhs:i ab:p ldab:i ipiv:io[n] b:p ldb:i info:o
-dgbsvx - : fact:c trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i afb:p ldafb:i ipiv:iio[n] equed:c r:p c:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-dgbtf2 - : m:i n:i kl:i ku:i ab:p ldab:i ipiv:io[min(m,n)] info:o
-dgbtrf - : m:i n:i kl:i ku:i ab:p ldab:i ipiv:io[min(m,n)] info:o
-dgbtrs - : trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i ipiv:ii[n] b:p ldb:i info:o
-dgebak - : job:c side:c n:i ilo:i ihi:i scale:p m:i v:p ldv:i info:o
-dgebal - : job:c n:i a:p lda:i ilo:o ihi:o scale:p info:o
-dgebd2 - : m:i n:i a:p lda:i d:p e:p tauq:p taup:p work:p info:o
-dgebrd - : m:i n:i a:p lda:i d:p e:p tauq:p taup:p work:p lwork:i info:o
-dgecon - : norm:c n:i a:p lda:i anorm:p rcond:p work:p iwork:ix[n] info:o
-dgeequ - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-dgeequb - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-dgees - : jobvs:c sort:c select:f n:i a:p lda:i sdim:o wr:p wi:p vs:p ldvs:i work:p lwork:i bwork:lw[n]?sort=S info:o
-dgeesx - : jobvs:c sort:c select:f sense:c n:i a:p lda:i sdim:o wr:p wi:p vs:p ldvs:i rconde:p rcondv:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
-dgeev - : jobvl:c jobvr:c n:i a:p lda:i wr:p wi:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i info:o
-dgeevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:p lda:i wr:p wi:p vl:p ldvl:i vr:p ldvr:i ilo:o ihi:o scale:p abnrm:p rconde:p rcondv:p work:p lwork:i iwork:ix[2*n-2]?sense=BV info:o
-dgegs - : jobvsl:c jobvsr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i info:o
-dgegv - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i info:o
-dgehd2 - : n:i ilo:i ihi:i a:p lda:i tau:p work:p info:o
-dgehrd - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
-dgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:p lda:i sva:p u:p ldu:i v:p ldv:i work:p lwork:i iwork:io[m+3*n] info:o
-dgelq - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
-dgelq2 - : m:i n:i a:p lda:i tau:p work:p info:o
-dgelqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-dgelqt - : m:i n:i mb:i a:p lda:i t:p ldt:i work:p info:o
-dgelqt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
-dgels - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-dgelsd - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
-dgelss - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i info:o
-dgelst - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-dgelsx - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p info:o
-dgelsy - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p lwork:i info:o
-dgemlq - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
-dgemlqt - : side:c trans:c m:i n:i k:i mb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
-dgemqr - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
-dgemqrt - : side:c trans:c m:i n:i k:i nb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
-dgeql2 - : m:i n:i a:p lda:i tau:p work:p info:o
-dgeqlf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-dgeqp3 - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p lwork:i info:o
-dgeqpf - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p info:o
-dgeqr - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
-dgeqr2 - : m:i n:i a:p lda:i tau:p work:p info:o
-dgeqr2p - : m:i n:i a:p lda:i tau:p work:p info:o
-dgeqrf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-dgeqrfp - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-dgeqrt - : m:i n:i nb:i a:p lda:i t:p ldt:i work:p info:o
-dgeqrt2 - : m:i n:i a:p lda:i t:p ldt:i info:o
-dgeqrt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
-dgerfs - : trans:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dgerq2 - : m:i n:i a:p lda:i tau:p work:p info:o
-dgerqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-dgesc2 - : n:i a:p lda:i rhs:p ipiv:ii[n] jpiv:ii[n] scale:p
-dgesdd - : jobz:c m:i n:i a:p lda:i s:p u:p ldu:i vt:p ldvt:i work:p lwork:i iwork:ix[8*min(m,n)] info:o
-dgesv - : n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i info:o
-dgesvd - : jobu:c jobvt:c m:i n:i a:p lda:i s:p u:p ldu:i vt:p ldvt:i work:p lwork:i info:o
-dgesvdq - : joba:c jobp:c jobr:c jobu:c jobv:c m:i n:i a:p lda:i s:p u:p ldu:i v:p ldv:i numrank:o iwork:io[max(1,liwork)] liwork:i work:p lwork:o rwork:p lrwork:i info:o
-dgesvdx - : jobu:c jobvt:c range:c m:i n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I ns:o s:p u:p ldu:i vt:p ldvt:i work:p lwork:i iwork:io[12*min(m,n)] info:o
-dgesvj - : joba:c jobu:c jobv:c m:i n:i a:p lda:i sva:p mv:i v:p ldv:i work:p lwork:i info:o
-dgesvx - : fact:c trans:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] equed:c r:p c:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-dgetc2 - : n:i a:p lda:i ipiv:io[n] jpiv:io[n] info:o
-dgetf2 - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-dgetrf - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-dgetrf2 - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-dgetri - : n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-dgetrs - : trans:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-dgetsls - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-dgetsqrhrt - : m:i n:i mb1:i nb1:i nb2:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-dggbak - : job:c side:c n:i ilo:i ihi:i lscale:p rscale:p m:i v:p ldv:i info:o
-dggbal - : job:c n:i a:p lda:i b:p ldb:i ilo:o ihi:o lscale:p rscale:p work:p info:o
-dgges - : jobvsl:c jobvsr:c sort:c selctg:f n:i a:p lda:i b:p ldb:i sdim:o alphar:p alphai:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i bwork:lw[n]?sort=S info:o
-dgges3 - : jobvsl:c jobvsr:c sort:c selctg:f n:i a:p lda:i b:p ldb:i sdim:o alphar:p alphai:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i bwork:lw[n]?sort=S info:o
-dggesx - : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:p lda:i b:p ldb:i sdim:o alphar:p alphai:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i rconde:p rcondv:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
-dggev - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i info:o
-dggev3 - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i info:o
-dggevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p ldvl:i vr:p ldvr:i ilo:o ihi:o lscale:p rscale:p abnrm:p bbnrm:p rconde:p rcondv:p work:p lwork:i iwork:ix[n+6]?sense=BNV bwork:lw[n]?sense=BEV info:o
-dggglm - : n:i m:i p:i a:p lda:i b:p ldb:i d:p x:p y:p work:p lwork:i info:o
-dgghd3 - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i work:p lwork:i info:o
-dgghrd - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i info:o
-dgglse - : m:i n:i p:i a:p lda:i b:p ldb:i c:p d:p x:p work:p lwork:i info:o
-dggqrf - : n:i m:i p:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
-dggrqf - : m:i p:i n:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
-dggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p iwork:io[n] info:o
-dggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p lwork:i iwork:io[n] info:o
-dggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] tau:p work:p info:o
-dggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] tau:p work:p lwork:i info:o
-dgsvj0 - : jobv:c m:i n:i a:p lda:i d:p sva:p mv:i?jobv=AV v:p ldv:i eps:p sfmin:p tol:p nsweep:i work:p lwork:i info:o
-dgsvj1 - : jobv:c m:i n:i n1:i a:p lda:i d:p sva:p mv:i?jobv=AV v:p ldv:i eps:p sfmin:p tol:p nsweep:i work:p lwork:i info:o
-dgtcon - : norm:c n:i dl:p d:p du:p du2:p ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-dgtrfs - : trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dgtsv - : n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-dgtsvx - : fact:c trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-dgttrf - : n:i dl:p d:p du:p du2:p ipiv:io[n] info:o
-dgttrs - : trans:c n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i info:o
-dgtts2 - : itrans:i n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i
-dhgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:p ldh:i t:p ldt:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i info:o
-dhsein - : side:c eigsrc:c initv:c select:iio[n] n:i h:p ldh:i wr:p wi:p vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
-dhseqr - : job:c compz:c n:i ilo:i ihi:i h:p ldh:i wr:p wi:p z:p ldz:i work:p lwork:i info:o
-disnan l : din:p
-dlabad - : small:p large:p
-dlabrd - : m:i n:i nb:i a:p lda:i d:p e:p tauq:p taup:p x:p ldx:i y:p ldy:i
-dlacn2 - : n:i v:p x:p isgn:iio[n] est:p kase:o isave:iio[3]
-dlacon - : n:i v:p x:p isgn:iio[n] est:p kase:o
-dlacpy - : uplo:c m:i n:i a:p lda:i b:p ldb:i
-dladiv - : a:p b:p c:p d:p p:p q:p
-dladiv1 - : a:p b:p c:p d:p p:p q:p
-dladiv2 d : a:p b:p c:p d:p r:p t:p
-dlae2 - : a:p b:p c:p rt1:p rt2:p
-dlaebz - : ijob:i nitmax:i n:i mmax:i minp:i nbmin:i abstol:p reltol:p pivmin:p d:p e:p e2:p nval:iio[minp] ab:p c:p mout:o nab:iio[mmax*2] work:p iwork:ix[mmax] info:o
-dlaed0 - : icompq:i qsiz:i n:i d:p e:p q:p ldq:i qstore:p ldqs:i work:p iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
-dlaed1 - : n:i d:p q:p ldq:i indxq:iio[n] rho:p cutpnt:i work:p iwork:ix[4*n] info:o
-dlaed2 - : k:o n:i n1:i d:p q:p ldq:i indxq:iio[n] rho:p z:p dlamda:p w:p q2:p indx:io[n] indxc:io[n] indxp:io[n] coltyp:io[n] info:o
-dlaed3 - : k:i n:i n1:i d:p q:p ldq:i rho:p dlamda:p q2:p indx:ii[n] ctot:ii[4] w:p s:p info:o
-dlaed4 - : n:i i:i d:p z:p delta:p rho:p dlam:p info:o
-dlaed5 - : i:i d:p z:p delta:p rho:p dlam:p
-dlaed6 - : kniter:i orgati:i rho:p d:p z:p finit:p tau:p info:o
-dlaed7 - : icompq:i n:i qsiz:i tlvls:i curlvl:i curpbm:i d:p q:p ldq:i indxq:io[n] rho:p cutpnt:i qstore:p qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:p work:p iwork:ix[4*n] info:o
-dlaed8 - : icompq:i k:o n:i qsiz:i d:p q:p ldq:i indxq:ii[n] rho:p cutpnt:i z:p dlamda:p q2:p ldq2:i w:p perm:io[n] givptr:o givcol:io[2*n] givnum:p indxp:io[n] indx:io[n] info:o
-dlaed9 - : k:i kstart:i kstop:i n:i d:p q:p ldq:i rho:p dlamda:p w:p s:p lds:i info:o
-dlaeda - : n:i tlvls:i curlvl:i curpbm:i prmptr:ii[n*log2(2*n-1)] perm:ii[n*log2(2*n-1)] givptr:ii[n*log2(2*n-1)] givcol:ii[2*n*log2(2*n-1)] givnum:p q:p qptr:ii[n+2] z:p ztemp:p info:o
-dlaein - : rightv:i noinit:i n:i h:p ldh:i wr:p wi:p vr:p vi:p b:p ldb:i work:p eps3:p smlnum:p bignum:p info:o
-dlaev2 - : a:p b:p c:p rt1:p rt2:p cs1:p sn1:p
-dlaexc - : wantq:i n:i t:p ldt:i q:p ldq:i j1:i n1:i n2:i work:p info:o
-dlag2 - : a:p lda:i b:p ldb:i safmin:p scale1:p scale2:p wr1:p wr2:p wi:p
-dlag2s - : m:i n:i a:p lda:i sa:p ldsa:i info:o
-dlags2 - : upper:i a1:p a2:p a3:p b1:p b2:p b3:p csu:p snu:p csv:p snv:p csq:p snq:p
-dlagtf - : n:i a:p lambda:p b:p c:p tol:p d:p in:io[n] info:o
-dlagtm - : trans:c n:i nrhs:i alpha:p dl:p d:p du:p x:p ldx:i beta:p b:p ldb:i
-dlagts - : job:i n:i a:p b:p c:p d:p in:ii[n] y:p tol:p info:o
-dlagv2 - : a:p lda:i b:p ldb:i alphar:p alphai:p beta:p csl:p snl:p csr:p snr:p
-dlahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i wr:p wi:p iloz:i ihiz:i z:p ldz:i info:o
-dlahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
-dlahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
-dlaic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
-dlaisnan l : din1:p din2:p
-dlaln2 - : ltrans:i na:i nw:i smin:p ca:p a:p lda:i d1:p d2:p b:p ldb:i wr:p wi:p x:p ldx:i scale:p xnorm:p info:o
-dlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
-dlalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p work:p iwork:ix[3*n] info:o
-dlalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
-dlamc3 d : a:p b:p
+chpcon - : uplo:c n:i ap:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+chpev - : jobz:c uplo:c n:i ap:y w:w z:y ldz:i work:y rwork:w info:o
+chpevd - : jobz:c uplo:c n:i ap:y w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+chpevx - : jobz:c range:c uplo:c n:i ap:y vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+chpgst - : itype:i uplo:c n:i ap:y bp:e info:o
+chpgv - : itype:i jobz:c uplo:c n:i ap:y bp:y w:w z:y ldz:i work:y rwork:w info:o
+chpgvd - : itype:i jobz:c uplo:c n:i ap:y bp:y w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+chpgvx - : itype:i jobz:c range:c uplo:c n:i ap:y bp:y vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+chprfs - : uplo:c n:i nrhs:i ap:e afp:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+chpsv - : uplo:c n:i nrhs:i ap:y ipiv:io[n] b:y ldb:i info:o
+chpsvx - : fact:c uplo:c n:i nrhs:i ap:e afp:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+chptrd - : uplo:c n:i ap:y d:w e:w tau:y info:o
+chptrf - : uplo:c n:i ap:y ipiv:io[n] info:o
+chptri - : uplo:c n:i ap:y ipiv:ii[n] work:y info:o
+chptrs - : uplo:c n:i nrhs:i ap:e ipiv:ii[n] b:y ldb:i info:o
+chsein - : side:c eigsrc:c initv:c select:ii[n] n:i h:e ldh:i w:y vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y rwork:w ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
+chseqr - : job:c compz:c n:i ilo:i ihi:i h:y ldh:i w:y z:y ldz:i work:y lwork:i info:o
+clabrd - : m:i n:i nb:i a:y lda:i d:w e:w tauq:y taup:y x:y ldx:i y:y ldy:i
+clacgv - : n:i x:y incx:i
+clacn2 - : n:i v:y x:y est:w kase:o isave:iio[3]
+clacon - : n:i v:y x:y est:w kase:o
+clacp2 - : uplo:c m:i n:i a:r lda:i b:y ldb:i
+clacpy - : uplo:c m:i n:i a:e lda:i b:y ldb:i
+clacrm - : m:i n:i a:e lda:i b:r ldb:i c:y ldc:i rwork:w
+clacrt - : n:i cx:y incx:i cy:y incy:i c:e s:e
+cladiv c : x:e y:e
+claed0 - : qsiz:i n:i d:w e:w q:y ldq:i qstore:y ldqs:i rwork:w iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
+claed7 - : n:i cutpnt:i qsiz:i tlvls:i curlvl:i curpbm:i d:w q:y ldq:i rho:r indxq:io[n] qstore:w qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:r work:y rwork:w iwork:ix[4*n] info:o
+claed8 - : k:o n:i qsiz:i q:y ldq:i d:w rho:w cutpnt:i z:r dlamda:w q2:y ldq2:i w:w indxp:io[n] indx:io[n] indxq:ii[n] perm:io[n] givptr:o givcol:io[2*n] givnum:w info:o
+claein - : rightv:i noinit:i n:i h:e ldh:i w:e v:y b:y ldb:i rwork:w eps3:r smlnum:r info:o
+claesy - : a:e b:e c:e rt1:y rt2:y evscal:y cs1:y sn1:y
+claev2 - : a:e b:e c:e rt1:w rt2:w cs1:w sn1:y
+clag2z - : m:i n:i sa:e ldsa:i a:y.z lda:i info:o
+clags2 - : upper:i a1:r a2:e a3:r b1:r b2:e b3:r csu:w snu:y csv:w snv:y csq:w snq:y
+clagtm - : trans:c n:i nrhs:i alpha:r dl:e d:e du:e x:e ldx:i beta:r b:y ldb:i
+clahef - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+clahef_aa - : uplo:c j1:i m:i nb:i a:y lda:i ipiv:io[m] h:y ldh:i work:y
+clahef_rk - : uplo:c n:i nb:i kb:o a:y lda:i e:y ipiv:io[n] w:y ldw:i info:o
+clahef_rook - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+clahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i w:y iloz:i ihiz:i z:y ldz:i info:o
+clahr2 - : n:i k:i nb:i a:y lda:i tau:y t:y ldt:i y:y ldy:i
+clahrd - : n:i k:i nb:i a:y lda:i tau:y t:y ldt:i y:y ldy:i
+claic1 - : job:i j:i x:e sest:r w:e gamma:e sestpr:w s:y c:y
+clals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:y ldb:i bx:y ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:r ldgnum:i poles:r difl:r difr:r z:r k:i c:r s:r rwork:w info:o
+clalsa - : icompq:i smlsiz:i n:i nrhs:i b:y ldb:i bx:y ldbx:i u:r ldu:i vt:r k:ii[n] difl:r difr:r z:r poles:r givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:r c:r s:r rwork:w iwork:ix[3*n] info:o
+clalsd - : uplo:c smlsiz:i n:i nrhs:i d:w e:w b:y ldb:i rcond:r rank:o work:y rwork:w iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
+clamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:e lda:i t:e ldt:i c:y ldc:i work:y lwork:i info:o
+clamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:e lda:i t:e ldt:i c:y ldc:i work:y lwork:i info:o
+clangb s : norm:c n:i kl:i ku:i ab:e ldab:i work:w
+clange s : norm:c m:i n:i a:e lda:i work:w
+clangt s : norm:c n:i dl:e d:e du:e
+clanhb s : norm:c uplo:c n:i k:i ab:e ldab:i work:w
+clanhe s : norm:c uplo:c n:i a:e lda:i work:w
+clanhf s : norm:c transr:c uplo:c n:i a:e work:w
+clanhp s : norm:c uplo:c n:i ap:e work:w
+clanhs s : norm:c n:i a:e lda:i work:w
+clanht s : norm:c n:i d:r e:e
+clansb s : norm:c uplo:c n:i k:i ab:e ldab:i work:w
+clansp s : norm:c uplo:c n:i ap:e work:w
+clansy s : norm:c uplo:c n:i a:e lda:i work:w
+clantb s : norm:c uplo:c diag:c n:i k:i ab:e ldab:i work:w
+clantp s : norm:c uplo:c diag:c n:i ap:e work:w
+clantr s : norm:c uplo:c diag:c m:i n:i a:e lda:i work:w
+clapll - : n:i x:y incx:i y:y incy:i ssmin:w
+clapmr - : forwrd:i m:i n:i x:y ldx:i k:iio[m]
+clapmt - : forwrd:i m:i n:i x:y ldx:i k:iio[n]
+claqgb - : m:i n:i kl:i ku:i ab:y ldab:i r:r c:r rowcnd:r colcnd:r amax:r equed:c
+claqge - : m:i n:i a:y lda:i r:r c:r rowcnd:r colcnd:r amax:r equed:c
+claqhb - : uplo:c n:i kd:i ab:y ldab:i s:w scond:r amax:r equed:c
+claqhe - : uplo:c n:i a:y lda:i s:r scond:r amax:r equed:c
+claqhp - : uplo:c n:i ap:y s:r scond:r amax:r equed:c
+claqp2 - : m:i n:i offset:i a:y lda:i jpvt:iio[n] tau:y vn1:w vn2:w work:y
+claqps - : m:i n:i offset:i nb:i kb:o a:y lda:i jpvt:iio[n] tau:y vn1:w vn2:w auxv:y f:y ldf:i
+claqr0 - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i w:y iloz:i ihiz:i z:y ldz:i work:y lwork:i info:o
+claqr1 - : n:i h:e ldh:i s1:e s2:e v:y
+claqr2 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:y ldh:i iloz:i ihiz:i z:y ldz:i ns:o nd:o sh:y v:y ldv:i nh:i t:y ldt:i nv:i wv:y ldwv:i work:y lwork:i
+claqr3 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:y ldh:i iloz:i ihiz:i z:y ldz:i ns:o nd:o sh:y v:y ldv:i nh:i t:y ldt:i nv:i wv:y ldwv:i work:y lwork:i
+claqr4 - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i w:y iloz:i ihiz:i z:y ldz:i work:y lwork:i info:o
+claqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i s:y h:y ldh:i iloz:i ihiz:i z:y ldz:i v:y ldv:i u:y ldu:i nv:i wv:y ldwv:i nh:i wh:y ldwh:i
+claqsb - : uplo:c n:i kd:i ab:y ldab:i s:r scond:r amax:r equed:c
+claqsp - : uplo:c n:i ap:y s:r scond:r amax:r equed:c
+claqsy - : uplo:c n:i a:y lda:i s:r scond:r amax:r equed:c
+claqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i alpha:y beta:y q:y ldq:i z:y ldz:i work:y lwork:i rwork:w rec:i info:o
+claqz1 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:y lda:i b:y ldb:i nq:i qstart:i q:y ldq:i nz:i zstart:i z:y ldz:i
+claqz2 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i ns:o nd:o alpha:y beta:y qc:y ldqc:i zc:y ldzc:i work:y lwork:i rwork:w rec:i info:o
+claqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i alpha:e beta:e a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i qc:y ldqc:i zc:y ldzc:i work:y lwork:i info:o
+clar1v - : n:i b1:i bn:i lambda:r d:r l:r ld:r lld:r pivmin:r gaptol:r z:y wantnc:i negcnt:o ztz:w mingma:w r:o isuppz:io[2] nrminv:w resid:w rqcorr:w work:w
+clar2v - : n:i x:y y:y z:y incx:i c:r s:e incc:i
+clarcm - : m:i n:i a:r lda:i b:e ldb:i c:y ldc:i rwork:w
+clarf - : side:c m:i n:i v:e incv:i tau:e c:y ldc:i work:y
+clarfb - : side:c trans:c direct:c storev:c m:i n:i k:i v:e ldv:i t:e ldt:i c:y ldc:i work:y ldwork:i
+clarfb_gett - : ident:c m:i n:i k:i t:e ldt:i a:y lda:i b:y ldb:i work:y ldwork:i
+clarfg - : n:i alpha:y x:y incx:i tau:y
+clarfgp - : n:i alpha:y x:y incx:i tau:y
+clarft - : direct:c storev:c n:i k:i v:e ldv:i tau:e t:y ldt:i
+clarfx - : side:c m:i n:i v:e tau:e c:y ldc:i work:y
+clarfy - : uplo:c n:i v:e incv:i tau:e c:y ldc:i work:y
+clargv - : n:i x:y incx:i y:y incy:i c:w incc:i
+clarnv - : idist:i iseed:iio[4] n:i x:y
+clarrv - : n:i vl:r vu:r d:w l:w pivmin:r isplit:ii[n] m:i dol:i dou:i minrgp:r rtol1:r rtol2:r w:w werr:w wgap:w iblock:ii[n] indexw:ii[n] gers:r z:y ldz:i isuppz:io[2*max(1,m)] work:w iwork:ix[7*n] info:o
+clartg - : f:e g:e c:w s:y r:y
+clartv - : n:i x:y incx:i y:y incy:i c:r s:e incc:i
+clarz - : side:c m:i n:i l:i v:e incv:i tau:e c:y ldc:i work:y
+clarzb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:e ldv:i t:e ldt:i c:y ldc:i work:y ldwork:i
+clarzt - : direct:c storev:c n:i k:i v:y ldv:i tau:e t:y ldt:i
+clascl - : type:c kl:i ku:i cfrom:r cto:r m:i n:i a:y lda:i info:o
+claset - : uplo:c m:i n:i alpha:e beta:e a:y lda:i
+clasr - : side:c pivot:c direct:c m:i n:i c:r s:r a:y lda:i
+classq - : n:i x:e incx:i scl:w sumsq:w
+claswlq - : m:i n:i mb:i nb:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+claswp - : n:i a:y lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
+clasyf - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+clasyf_aa - : uplo:c j1:i m:i nb:i a:y lda:i ipiv:io[m] h:y ldh:i work:y
+clasyf_rk - : uplo:c n:i nb:i kb:o a:y lda:i e:y ipiv:io[n] w:y ldw:i info:o
+clasyf_rook - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+clatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:e ldab:i x:y scale:w cnorm:w info:o
+clatdf - : ijob:i n:i z:e ldz:i rhs:y rdsum:w rdscal:w ipiv:ii[n] jpiv:ii[n]
+clatm2 c : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:e igrade:i dl:e dr:e ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:r
+clatm3 c : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:e igrade:i dl:e dr:e ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:r
+clatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:y mode:i cond:r dmax:e rsign:c grade:c dl:y model:i condl:r dr:y moder:i condr:r pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:r anorm:r pack:c a:y lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
+clatps - : uplo:c trans:c diag:c normin:c n:i ap:e x:y scale:w cnorm:w info:o
+clatrd - : uplo:c n:i nb:i a:y lda:i e:w tau:y w:y ldw:i
+clatrs - : uplo:c trans:c diag:c normin:c n:i a:e lda:i x:y scale:w cnorm:w info:o
+clatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:e lda:i x:y ldx:i scale:w cnorm:w work:w lwork:i info:o
+clatrz - : m:i n:i l:i a:y lda:i tau:y work:y
+clatsqr - : m:i n:i mb:i nb:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+clatzm - : side:c m:i n:i v:e incv:i tau:e c1:y c2:y ldc:i work:y
+claunhr_col_getrfnp - : m:i n:i a:y lda:i d:y info:o
+claunhr_col_getrfnp2 - : m:i n:i a:y lda:i d:y info:o
+clauu2 - : uplo:c n:i a:y lda:i info:o
+clauum - : uplo:c n:i a:y lda:i info:o
+cpbcon - : uplo:c n:i kd:i ab:e ldab:i anorm:r rcond:w work:y rwork:w info:o
+cpbequ - : uplo:c n:i kd:i ab:e ldab:i s:w scond:w amax:w info:o
+cpbrfs - : uplo:c n:i kd:i nrhs:i ab:e ldab:i afb:e ldafb:i b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+cpbstf - : uplo:c n:i kd:i ab:y ldab:i info:o
+cpbsv - : uplo:c n:i kd:i nrhs:i ab:y ldab:i b:y ldb:i info:o
+cpbsvx - : fact:c uplo:c n:i kd:i nrhs:i ab:y ldab:i afb:y ldafb:i equed:c s:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+cpbtf2 - : uplo:c n:i kd:i ab:y ldab:i info:o
+cpbtrf - : uplo:c n:i kd:i ab:y ldab:i info:o
+cpbtrs - : uplo:c n:i kd:i nrhs:i ab:e ldab:i b:y ldb:i info:o
+cpftrf - : transr:c uplo:c n:i a:y info:o
+cpftri - : transr:c uplo:c n:i a:y info:o
+cpftrs - : transr:c uplo:c n:i nrhs:i a:e b:y ldb:i info:o
+cpocon - : uplo:c n:i a:e lda:i anorm:r rcond:w work:y rwork:w info:o
+cpoequ - : n:i a:e lda:i s:w scond:w amax:w info:o
+cpoequb - : n:i a:e lda:i s:w scond:w amax:w info:o
+cporfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+cposv - : uplo:c n:i nrhs:i a:y lda:i b:y ldb:i info:o
+cposvx - : fact:c uplo:c n:i nrhs:i a:y lda:i af:y ldaf:i equed:c s:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+cpotf2 - : uplo:c n:i a:y lda:i info:o
+cpotrf - : uplo:c n:i a:y lda:i info:o
+cpotrf2 - : uplo:c n:i a:y lda:i info:o
+cpotri - : uplo:c n:i a:y lda:i info:o
+cpotrs - : uplo:c n:i nrhs:i a:e lda:i b:y ldb:i info:o
+cppcon - : uplo:c n:i ap:e anorm:r rcond:w work:y rwork:w info:o
+cppequ - : uplo:c n:i ap:e s:w scond:w amax:w info:o
+cpprfs - : uplo:c n:i nrhs:i ap:e afp:e b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+cppsv - : uplo:c n:i nrhs:i ap:y b:y ldb:i info:o
+cppsvx - : fact:c uplo:c n:i nrhs:i ap:y afp:y equed:c s:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+cpptrf - : uplo:c n:i ap:y info:o
+cpptri - : uplo:c n:i ap:y info:o
+cpptrs - : uplo:c n:i nrhs:i ap:e b:y ldb:i info:o
+cpstf2 - : uplo:c n:i a:y lda:i piv:io[n] rank:o tol:r work:w info:o
+cpstrf - : uplo:c n:i a:y lda:i piv:io[n] rank:o tol:r work:w info:o
+cptcon - : n:i d:r e:e anorm:r rcond:w rwork:w info:o
+cpteqr - : compz:c n:i d:w e:w z:y ldz:i work:w info:o
+cptrfs - : uplo:c n:i nrhs:i d:r e:e df:r ef:e b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+cptsv - : n:i nrhs:i d:w e:y b:y ldb:i info:o
+cptsvx - : fact:c n:i nrhs:i d:r e:e df:w ef:y b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+cpttrf - : n:i d:w e:y info:o
+cpttrs - : uplo:c n:i nrhs:i d:r e:e b:y ldb:i info:o
+cptts2 - : iuplo:i n:i nrhs:i d:r e:e b:y ldb:i
+cspcon - : uplo:c n:i ap:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+cspmv - : uplo:c n:i alpha:e ap:e x:e incx:i beta:e y:y incy:i
+cspr - : uplo:c n:i alpha:e x:e incx:i ap:y
+csprfs - : uplo:c n:i nrhs:i ap:e afp:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+cspsv - : uplo:c n:i nrhs:i ap:y ipiv:io[n] b:y ldb:i info:o
+cspsvx - : fact:c uplo:c n:i nrhs:i ap:e afp:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+csptrf - : uplo:c n:i ap:y ipiv:io[n] info:o
+csptri - : uplo:c n:i ap:y ipiv:ii[n] work:y info:o
+csptrs - : uplo:c n:i nrhs:i ap:e ipiv:ii[n] b:y ldb:i info:o
+csrscl - : n:i sa:r sx:y incx:i
+cstedc - : compz:c n:i d:w e:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+cstegr - : jobz:c range:c n:i d:w e:w vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o<=n w:w z:y ldz:i isuppz:io[2*max(1,m)] work:w lwork:i iwork:iw[liwork] liwork:i info:o
+cstein - : n:i d:r e:r m:i w:r iblock:ii[n] isplit:ii[n] z:y ldz:i work:w iwork:ix[n] ifail:io[m] info:o
+cstemr - : jobz:c range:c n:i d:w e:w vl:r vu:r il:i?range=I iu:i?range=I m:o<=n w:w z:y ldz:i nzc:i isuppz:io[2*max(1,m)] tryrac:o work:w lwork:i iwork:iw[liwork] liwork:i info:o
+csteqr - : compz:c n:i d:w e:w z:y ldz:i work:w info:o
+csycon - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:r rcond:w work:y info:o
+csycon_3 - : uplo:c n:i a:e lda:i e:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+csycon_rook - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:r rcond:w work:y info:o
+csyconv - : uplo:c way:c n:i a:y lda:i ipiv:ii[n] e:y info:o
+csyconvf - : uplo:c way:c n:i a:y lda:i e:y ipiv:iio[n] info:o
+csyconvf_rook - : uplo:c way:c n:i a:y lda:i e:y ipiv:ii[n] info:o
+csyequb - : uplo:c n:i a:e lda:i s:w scond:w amax:w work:y info:o
+csymv - : uplo:c n:i alpha:e a:e lda:i x:e incx:i beta:e y:y incy:i
+csyr - : uplo:c n:i alpha:e x:e incx:i a:y lda:i
+csyrfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+csysv - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+csysv_aa - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+csysv_aa_2stage - : uplo:c n:i nrhs:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] b:y ldb:i work:y lwork:i info:o
+csysv_rk - : uplo:c n:i nrhs:i a:y lda:i e:y ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+csysv_rook - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+csysvx - : fact:c uplo:c n:i nrhs:i a:e lda:i af:y ldaf:i ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y lwork:i rwork:w info:o
+csyswapr - : uplo:c n:i a:y lda:i i1:i i2:i
+csytf2 - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+csytf2_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] info:o
+csytf2_rook - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+csytrf - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+csytrf_aa - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+csytrf_aa_2stage - : uplo:c n:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] work:y lwork:i info:o
+csytrf_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] work:y lwork:i info:o
+csytrf_rook - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+csytri - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+csytri2 - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+csytri2x - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y nb:i info:o
+csytri_3 - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y lwork:i info:o
+csytri_3x - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y nb:i info:o
+csytri_rook - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+csytrs - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+csytrs2 - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y info:o
+csytrs_3 - : uplo:c n:i nrhs:i a:e lda:i e:e ipiv:ii[n] b:y ldb:i info:o
+csytrs_aa - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y lwork:i info:o
+csytrs_aa_2stage - : uplo:c n:i nrhs:i a:e lda:i tb:y ltb:i ipiv:ii[n] ipiv2:ii[n] b:y ldb:i info:o
+csytrs_rook - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+ctbcon - : norm:c uplo:c diag:c n:i kd:i ab:e ldab:i rcond:w work:y rwork:w info:o
+ctbrfs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:e ldab:i b:e ldb:i x:e ldx:i ferr:w berr:w work:y rwork:w info:o
+ctbtrs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:e ldab:i b:y ldb:i info:o
+ctfsm - : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:e a:e b:y ldb:i
+ctftri - : transr:c uplo:c diag:c n:i a:y info:o
+ctfttp - : transr:c uplo:c n:i arf:e ap:y info:o
+ctfttr - : transr:c uplo:c n:i arf:e a:y lda:i info:o
+ctgevc - : side:c howmny:c select:ii[n]?howmny=S n:i s:e lds:i p:e ldp:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y rwork:w info:o
+ctgex2 - : wantq:i wantz:i n:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i j1:i info:o
+ctgexc - : wantq:i wantz:i n:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i ifst:i ilst:o info:o
+ctgsen - : ijob:i wantq:i wantz:i select:ii[n] n:i a:y lda:i b:y ldb:i alpha:y beta:y q:y ldq:i z:y ldz:i m:o pl:w pr:w dif:w work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ctgsja - : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:y lda:i b:y ldb:i tola:r tolb:r alpha:w beta:w u:y ldu:i v:y ldv:i q:y ldq:i work:y ncycle:o info:o
+ctgsna - : job:c howmny:c select:ii[n]?howmny=S n:i a:e lda:i b:e ldb:i vl:e ldvl:i vr:e ldvr:i s:w dif:w mm:i m:o work:y lwork:i iwork:ix[n+2]?job=BV info:o
+ctgsy2 - : trans:c ijob:i?trans=N m:i n:i a:e lda:i b:e ldb:i c:y ldc:i d:e ldd:i e:e lde:i f:y ldf:i scale:w rdsum:w rdscal:w info:o
+ctgsyl - : trans:c ijob:i?trans=N m:i n:i a:e lda:i b:e ldb:i c:y ldc:i d:e ldd:i e:e lde:i f:y ldf:i scale:w dif:w work:y lwork:i iwork:ix[m+n+2] info:o
+ctpcon - : norm:c uplo:c diag:c n:i ap:e rcond:w work:y rwork:w info:o
+ctplqt - : m:i n:i l:i mb:i a:y lda:i b:y ldb:i t:y ldt:i work:y info:o
+ctplqt2 - : m:i n:i l:i a:y lda:i b:y ldb:i t:y ldt:i info:o
+ctpmlqt - : side:c trans:c m:i n:i k:i l:i mb:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y info:o
+ctpmqrt - : side:c trans:c m:i n:i k:i l:i nb:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y info:o
+ctpqrt - : m:i n:i l:i nb:i a:y lda:i b:y ldb:i t:y ldt:i work:y info:o
+ctpqrt2 - : m:i n:i l:i a:y lda:i b:y ldb:i t:y ldt:i info:o
+ctprfb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y ldwork:i
+ctprfs - : uplo:c trans:c diag:c n:i nrhs:i ap:e b:e ldb:i x:e ldx:i ferr:w berr:w work:y rwork:w info:o
+ctptri - : uplo:c diag:c n:i ap:y info:o
+ctptrs - : uplo:c trans:c diag:c n:i nrhs:i ap:e b:y ldb:i info:o
+ctpttf - : transr:c uplo:c n:i ap:e arf:y info:o
+ctpttr - : uplo:c n:i ap:e a:y lda:i info:o
+ctrcon - : norm:c uplo:c diag:c n:i a:e lda:i rcond:w work:y rwork:w info:o
+ctrevc - : side:c howmny:c select:ii[n]?howmny=S n:i t:y ldt:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y rwork:w info:o
+ctrevc3 - : side:c howmny:c select:ii[n]?howmny=S n:i t:y ldt:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y lwork:i rwork:w lrwork:i info:o
+ctrexc - : compq:c n:i t:y ldt:i q:y ldq:i ifst:i ilst:i info:o
+ctrrfs - : uplo:c trans:c diag:c n:i nrhs:i a:e lda:i b:e ldb:i x:e ldx:i ferr:w berr:w work:y rwork:w info:o
+ctrsen - : job:c compq:c select:ii[n] n:i t:y ldt:i q:y ldq:i w:y m:o s:w sep:w work:y lwork:i info:o
+ctrsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:e ldt:i vl:e ldvl:i vr:e ldvr:i s:w sep:w mm:i m:o work:y ldwork:i rwork:w info:o
+ctrsyl - : trana:c tranb:c isgn:i m:i n:i a:e lda:i b:e ldb:i c:y ldc:i scale:w info:o
+ctrsyl3 - : trana:c tranb:c isgn:i m:i n:i a:e lda:i b:e ldb:i c:y ldc:i scale:w swork:w ldswork:i info:o
+ctrti2 - : uplo:c diag:c n:i a:y lda:i info:o
+ctrtri - : uplo:c diag:c n:i a:y lda:i info:o
+ctrtrs - : uplo:c trans:c diag:c n:i nrhs:i a:e lda:i b:y ldb:i info:o
+ctrttf - : transr:c uplo:c n:i a:e lda:i arf:y info:o
+ctrttp - : uplo:c n:i a:e lda:i ap:y info:o
+ctzrqf - : m:i n:i a:y lda:i tau:y info:o
+ctzrzf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+cunbdb - : trans:c signs:c m:i p:i q:i x11:y ldx11:i x12:y ldx12:i x21:y ldx21:i x22:y ldx22:i theta:w phi:w taup1:y taup2:y tauq1:y tauq2:y work:y lwork:i info:o
+cunbdb1 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w phi:w taup1:y taup2:y tauq1:y work:y lwork:i info:o
+cunbdb2 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w phi:w taup1:y taup2:y tauq1:y work:y lwork:i info:o
+cunbdb3 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w phi:w taup1:y taup2:y tauq1:y work:y lwork:i info:o
+cunbdb4 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w phi:w taup1:y taup2:y tauq1:y phantom:y work:y lwork:i info:o
+cunbdb5 - : m1:i m2:i n:i x1:y incx1:i x2:y incx2:i q1:e ldq1:i q2:e ldq2:i work:y lwork:i info:o
+cunbdb6 - : m1:i m2:i n:i x1:y incx1:i x2:y incx2:i q1:e ldq1:i q2:e ldq2:i work:y lwork:i info:o
+cuncsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:y ldx11:i x12:y ldx12:i x21:y ldx21:i x22:y ldx22:i theta:w u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i v2t:y ldv2t:i work:y lwork:i rwork:w lrwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
+cuncsd2by1 - : jobu1:c jobu2:c jobv1t:c m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i work:y lwork:i rwork:w lrwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
+cung2l - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+cung2r - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+cungbr - : vect:c m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+cunghr - : n:i ilo:i ihi:i a:y lda:i tau:e work:y lwork:i info:o
+cungl2 - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+cunglq - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+cungql - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+cungqr - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+cungr2 - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+cungrq - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+cungtr - : uplo:c n:i a:y lda:i tau:e work:y lwork:i info:o
+cungtsqr - : m:i n:i mb:i nb:i a:y lda:i t:e ldt:i work:y lwork:i info:o
+cungtsqr_row - : m:i n:i mb:i nb:i a:y lda:i t:e ldt:i work:y lwork:i info:o
+cunhr_col - : m:i n:i nb:i a:y lda:i t:y ldt:i d:y info:o
+cunm22 - : side:c trans:c m:i n:i n1:i n2:i q:e ldq:i c:y ldc:i work:y lwork:i info:o
+cunm2l - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+cunm2r - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+cunmbr - : vect:c side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+cunmhr - : side:c trans:c m:i n:i ilo:i ihi:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+cunml2 - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+cunmlq - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+cunmql - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+cunmqr - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+cunmr2 - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+cunmr3 - : side:c trans:c m:i n:i k:i l:i a:e lda:i tau:e c:y ldc:i work:y info:o
+cunmrq - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+cunmrz - : side:c trans:c m:i n:i k:i l:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+cunmtr - : side:c uplo:c trans:c m:i n:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+cupgtr - : uplo:c n:i ap:e tau:e q:y ldq:i work:y info:o
+cupmtr - : side:c uplo:c trans:c m:i n:i ap:e tau:e c:y ldc:i work:y info:o
+dbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:y phi:y u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i v2t:y ldv2t:i b11d:y b11e:y b12d:y b12e:y b21d:y b21e:y b22d:y b22e:y work:y lwork:i info:o
+dbdsdc - : uplo:c compq:c n:i d:y e:y u:y ldu:i vt:y ldvt:i q:y iq:io[n*(3+3*log2(n/26))]?compq=P work:y iwork:ix[8*n] info:o
+dbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:y e:y vt:y ldvt:i u:y ldu:i c:y ldc:i work:y info:o
+dbdsvdx - : uplo:c jobz:c range:c n:i d:e e:e vl:e vu:e il:i?range=I iu:i?range=I ns:o s:y z:y ldz:i work:y iwork:io[12*n] info:o
+ddisna - : job:c m:i n:i d:e sep:y info:o
+dgbbrd - : vect:c m:i n:i ncc:i kl:i ku:i ab:y ldab:i d:y e:y q:y ldq:i pt:y ldpt:i c:y ldc:i work:y info:o
+dgbcon - : norm:c n:i kl:i ku:i ab:e ldab:i ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+dgbequ - : m:i n:i kl:i ku:i ab:e ldab:i r:y c:y rowcnd:y colcnd:y amax:y info:o
+dgbequb - : m:i n:i kl:i ku:i ab:e ldab:i r:y c:y rowcnd:y colcnd:y amax:y info:o
+dgbrfs - : trans:c n:i kl:i ku:i nrhs:i ab:e ldab:i afb:e ldafb:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dgbsv - : n:i kl:i ku:i nrhs:i ab:y ldab:i ipiv:io[n] b:y ldb:i info:o
+dgbsvx - : fact:c trans:c n:i kl:i ku:i nrhs:i ab:y ldab:i afb:y ldafb:i ipiv:iio[n] equed:c r:y c:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+dgbtf2 - : m:i n:i kl:i ku:i ab:y ldab:i ipiv:io[min(m,n)] info:o
+dgbtrf - : m:i n:i kl:i ku:i ab:y ldab:i ipiv:io[min(m,n)] info:o
+dgbtrs - : trans:c n:i kl:i ku:i nrhs:i ab:e ldab:i ipiv:ii[n] b:y ldb:i info:o
+dgebak - : job:c side:c n:i ilo:i ihi:i scale:e m:i v:y ldv:i info:o
+dgebal - : job:c n:i a:y lda:i ilo:o ihi:o scale:y info:o
+dgebd2 - : m:i n:i a:y lda:i d:y e:y tauq:y taup:y work:y info:o
+dgebrd - : m:i n:i a:y lda:i d:y e:y tauq:y taup:y work:y lwork:i info:o
+dgecon - : norm:c n:i a:e lda:i anorm:e rcond:y work:y iwork:ix[n] info:o
+dgeequ - : m:i n:i a:e lda:i r:y c:y rowcnd:y colcnd:y amax:y info:o
+dgeequb - : m:i n:i a:e lda:i r:y c:y rowcnd:y colcnd:y amax:y info:o
+dgees - : jobvs:c sort:c select:f2 n:i a:y lda:i sdim:o wr:y wi:y vs:y ldvs:i work:y lwork:i bwork:lw[n]?sort=S info:o
+dgeesx - : jobvs:c sort:c select:f2 sense:c n:i a:y lda:i sdim:o wr:y wi:y vs:y ldvs:i rconde:y rcondv:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
+dgeev - : jobvl:c jobvr:c n:i a:y lda:i wr:y wi:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i info:o
+dgeevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:y lda:i wr:y wi:y vl:y ldvl:i vr:y ldvr:i ilo:o ihi:o scale:y abnrm:y rconde:y rcondv:y work:y lwork:i iwork:ix[2*n-2]?sense=BV info:o
+dgegs - : jobvsl:c jobvsr:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i info:o
+dgegv - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i info:o
+dgehd2 - : n:i ilo:i ihi:i a:y lda:i tau:y work:y info:o
+dgehrd - : n:i ilo:i ihi:i a:y lda:i tau:y work:y lwork:i info:o
+dgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:y lda:i sva:y u:y ldu:i v:y ldv:i work:y lwork:i iwork:io[m+3*n] info:o
+dgelq - : m:i n:i a:y lda:i t:y tsize:i work:y lwork:i info:o
+dgelq2 - : m:i n:i a:y lda:i tau:y work:y info:o
+dgelqf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+dgelqt - : m:i n:i mb:i a:y lda:i t:y ldt:i work:y info:o
+dgelqt3 - : m:i n:i a:y lda:i t:y ldt:i info:o
+dgels - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+dgelsd - : m:i n:i nrhs:i a:y lda:i b:y ldb:i s:y rcond:e rank:o work:y lwork:i iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
+dgelss - : m:i n:i nrhs:i a:y lda:i b:y ldb:i s:y rcond:e rank:o work:y lwork:i info:o
+dgelst - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+dgelsx - : m:i n:i nrhs:i a:y lda:i b:y ldb:i jpvt:iio[n] rcond:e rank:o work:y info:o
+dgelsy - : m:i n:i nrhs:i a:y lda:i b:y ldb:i jpvt:iio[n] rcond:e rank:o work:y lwork:i info:o
+dgemlq - : side:c trans:c m:i n:i k:i a:e lda:i t:e tsize:i c:y ldc:i work:y lwork:i info:o
+dgemlqt - : side:c trans:c m:i n:i k:i mb:i v:e ldv:i t:e ldt:i c:y ldc:i work:y info:o
+dgemqr - : side:c trans:c m:i n:i k:i a:e lda:i t:e tsize:i c:y ldc:i work:y lwork:i info:o
+dgemqrt - : side:c trans:c m:i n:i k:i nb:i v:e ldv:i t:e ldt:i c:y ldc:i work:y info:o
+dgeql2 - : m:i n:i a:y lda:i tau:y work:y info:o
+dgeqlf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+dgeqp3 - : m:i n:i a:y lda:i jpvt:iio[n] tau:y work:y lwork:i info:o
+dgeqpf - : m:i n:i a:y lda:i jpvt:iio[n] tau:y work:y info:o
+dgeqr - : m:i n:i a:y lda:i t:y tsize:i work:y lwork:i info:o
+dgeqr2 - : m:i n:i a:y lda:i tau:y work:y info:o
+dgeqr2p - : m:i n:i a:y lda:i tau:y work:y info:o
+dgeqrf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+dgeqrfp - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+dgeqrt - : m:i n:i nb:i a:y lda:i t:y ldt:i work:y info:o
+dgeqrt2 - : m:i n:i a:y lda:i t:y ldt:i info:o
+dgeqrt3 - : m:i n:i a:y lda:i t:y ldt:i info:o
+dgerfs - : trans:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dgerq2 - : m:i n:i a:y lda:i tau:y work:y info:o
+dgerqf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+dgesc2 - : n:i a:e lda:i rhs:y ipiv:ii[n] jpiv:ii[n] scale:y
+dgesdd - : jobz:c m:i n:i a:y lda:i s:y u:y ldu:i vt:y ldvt:i work:y lwork:i iwork:ix[8*min(m,n)] info:o
+dgesv - : n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i info:o
+dgesvd - : jobu:c jobvt:c m:i n:i a:y lda:i s:y u:y ldu:i vt:y ldvt:i work:y lwork:i info:o
+dgesvdq - : joba:c jobp:c jobr:c jobu:c jobv:c m:i n:i a:y lda:i s:y u:y ldu:i v:y ldv:i numrank:o iwork:io[max(1,liwork)] liwork:i work:y lwork:o rwork:y lrwork:i info:o
+dgesvdx - : jobu:c jobvt:c range:c m:i n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I ns:o s:y u:y ldu:i vt:y ldvt:i work:y lwork:i iwork:io[12*min(m,n)] info:o
+dgesvj - : joba:c jobu:c jobv:c m:i n:i a:y lda:i sva:y mv:i v:y ldv:i work:y lwork:i info:o
+dgesvx - : fact:c trans:c n:i nrhs:i a:y lda:i af:y ldaf:i ipiv:iio[n] equed:c r:y c:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+dgetc2 - : n:i a:y lda:i ipiv:io[n] jpiv:io[n] info:o
+dgetf2 - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+dgetrf - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+dgetrf2 - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+dgetri - : n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+dgetrs - : trans:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+dgetsls - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+dgetsqrhrt - : m:i n:i mb1:i nb1:i nb2:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+dggbak - : job:c side:c n:i ilo:i ihi:i lscale:e rscale:e m:i v:y ldv:i info:o
+dggbal - : job:c n:i a:y lda:i b:y ldb:i ilo:o ihi:o lscale:y rscale:y work:y info:o
+dgges - : jobvsl:c jobvsr:c sort:c selctg:f3 n:i a:y lda:i b:y ldb:i sdim:o alphar:y alphai:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i bwork:lw[n]?sort=S info:o
+dgges3 - : jobvsl:c jobvsr:c sort:c selctg:f3 n:i a:y lda:i b:y ldb:i sdim:o alphar:y alphai:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i bwork:lw[n]?sort=S info:o
+dggesx - : jobvsl:c jobvsr:c sort:c selctg:f3 sense:c n:i a:y lda:i b:y ldb:i sdim:o alphar:y alphai:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i rconde:y rcondv:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
+dggev - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i info:o
+dggev3 - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i info:o
+dggevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vl:y ldvl:i vr:y ldvr:i ilo:o ihi:o lscale:y rscale:y abnrm:y bbnrm:y rconde:y rcondv:y work:y lwork:i iwork:ix[n+6]?sense=BNV bwork:lw[n]?sense=BEV info:o
+dggglm - : n:i m:i p:i a:y lda:i b:y ldb:i d:y x:y y:y work:y lwork:i info:o
+dgghd3 - : compq:c compz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i work:y lwork:i info:o
+dgghrd - : compq:c compz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i info:o
+dgglse - : m:i n:i p:i a:y lda:i b:y ldb:i c:y d:y x:y work:y lwork:i info:o
+dggqrf - : n:i m:i p:i a:y lda:i taua:y b:y ldb:i taub:y work:y lwork:i info:o
+dggrqf - : m:i p:i n:i a:y lda:i taua:y b:y ldb:i taub:y work:y lwork:i info:o
+dggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:y lda:i b:y ldb:i alpha:y beta:y u:y ldu:i v:y ldv:i q:y ldq:i work:y iwork:io[n] info:o
+dggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:y lda:i b:y ldb:i alpha:y beta:y u:y ldu:i v:y ldv:i q:y ldq:i work:y lwork:i iwork:io[n] info:o
+dggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:y lda:i b:y ldb:i tola:y tolb:y k:o l:o u:y ldu:i v:y ldv:i q:y ldq:i iwork:ix[n] tau:y work:y info:o
+dggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:y lda:i b:y ldb:i tola:e tolb:e k:o l:o u:y ldu:i v:y ldv:i q:y ldq:i iwork:ix[n] tau:y work:y lwork:i info:o
+dgsvj0 - : jobv:c m:i n:i a:y lda:i d:y sva:y mv:i?jobv=AV v:y ldv:i eps:e sfmin:e tol:e nsweep:i work:y lwork:i info:o
+dgsvj1 - : jobv:c m:i n:i n1:i a:y lda:i d:y sva:y mv:i?jobv=AV v:y ldv:i eps:e sfmin:e tol:e nsweep:i work:y lwork:i info:o
+dgtcon - : norm:c n:i dl:e d:e du:e du2:e ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+dgtrfs - : trans:c n:i nrhs:i dl:e d:e du:e dlf:e df:e duf:e du2:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dgtsv - : n:i nrhs:i dl:y d:y du:y b:y ldb:i info:o
+dgtsvx - : fact:c trans:c n:i nrhs:i dl:e d:e du:e dlf:y df:y duf:y du2:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+dgttrf - : n:i dl:y d:y du:y du2:y ipiv:io[n] info:o
+dgttrs - : trans:c n:i nrhs:i dl:e d:e du:e du2:e ipiv:ii[n] b:y ldb:i info:o
+dgtts2 - : itrans:i n:i nrhs:i dl:e d:e du:e du2:e ipiv:ii[n] b:y ldb:i
+dhgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:y ldh:i t:y ldt:i alphar:y alphai:y beta:y q:y ldq:i z:y ldz:i work:y lwork:i info:o
+dhsein - : side:c eigsrc:c initv:c select:iio[n] n:i h:e ldh:i wr:y wi:e vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
+dhseqr - : job:c compz:c n:i ilo:i ihi:i h:y ldh:i wr:y wi:y z:y ldz:i work:y lwork:i info:o
+disnan l : din:e
+dlabad - : small:y large:y
+dlabrd - : m:i n:i nb:i a:y lda:i d:y e:y tauq:y taup:y x:y ldx:i y:y ldy:i
+dlacn2 - : n:i v:y x:y isgn:iio[n] est:y kase:o isave:iio[3]
+dlacon - : n:i v:y x:y isgn:iio[n] est:y kase:o
+dlacpy - : uplo:c m:i n:i a:e lda:i b:y ldb:i
+dladiv - : a:e b:e c:e d:e p:y q:y
+dladiv1 - : a:y b:e c:e d:e p:y q:y
+dladiv2 d : a:e b:e c:e d:e r:e t:e
+dlae2 - : a:e b:e c:e rt1:y rt2:y
+dlaebz - : ijob:i nitmax:i n:i mmax:i minp:i nbmin:i abstol:e reltol:e pivmin:e d:e e:e e2:e nval:iio[minp] ab:y c:y mout:o nab:iio[mmax*2] work:y iwork:ix[mmax] info:o
+dlaed0 - : icompq:i qsiz:i n:i d:y e:e q:y ldq:i qstore:y ldqs:i work:y iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
+dlaed1 - : n:i d:y q:y ldq:i indxq:iio[n] rho:e cutpnt:i work:y iwork:ix[4*n] info:o
+dlaed2 - : k:o n:i n1:i d:y q:y ldq:i indxq:iio[n] rho:y z:e dlamda:y w:y q2:y indx:io[n] indxc:io[n] indxp:io[n] coltyp:io[n] info:o
+dlaed3 - : k:i n:i n1:i d:y q:y ldq:i rho:e dlamda:y q2:e indx:ii[n] ctot:ii[4] w:y s:y info:o
+dlaed4 - : n:i i:i d:e z:e delta:y rho:e dlam:y info:o
+dlaed5 - : i:i d:e z:e delta:y rho:e dlam:y
+dlaed6 - : kniter:i orgati:i rho:e d:e z:e finit:e tau:y info:o
+dlaed7 - : icompq:i n:i qsiz:i tlvls:i curlvl:i curpbm:i d:y q:y ldq:i indxq:io[n] rho:e cutpnt:i qstore:y qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:e work:y iwork:ix[4*n] info:o
+dlaed8 - : icompq:i k:o n:i qsiz:i d:y q:y ldq:i indxq:ii[n] rho:y cutpnt:i z:e dlamda:y q2:y ldq2:i w:y perm:io[n] givptr:o givcol:io[2*n] givnum:y indxp:io[n] indx:io[n] info:o
+dlaed9 - : k:i kstart:i kstop:i n:i d:y q:y ldq:i rho:e dlamda:e w:e s:y lds:i info:o
+dlaeda - : n:i tlvls:i curlvl:i curpbm:i prmptr:ii[n*log2(2*n-1)] perm:ii[n*log2(2*n-1)] givptr:ii[n*log2(2*n-1)] givcol:ii[2*n*log2(2*n-1)] givnum:e q:e qptr:ii[n+2] z:y ztemp:y info:o
+dlaein - : rightv:i noinit:i n:i h:e ldh:i wr:e wi:e vr:y vi:y b:y ldb:i work:y eps3:e smlnum:e bignum:e info:o
+dlaev2 - : a:e b:e c:e rt1:y rt2:y cs1:y sn1:y
+dlaexc - : wantq:i n:i t:y ldt:i q:y ldq:i j1:i n1:i n2:i work:y info:o
+dlag2 - : a:e lda:i b:e ldb:i safmin:e scale1:y scale2:y wr1:y wr2:y wi:y
+dlag2s - : m:i n:i a:e lda:i sa:y.s ldsa:i info:o
+dlags2 - : upper:i a1:e a2:e a3:e b1:e b2:e b3:e csu:y snu:y csv:y snv:y csq:y snq:y
+dlagtf - : n:i a:y lambda:e b:y c:y tol:e d:y in:io[n] info:o
+dlagtm - : trans:c n:i nrhs:i alpha:e dl:e d:e du:e x:e ldx:i beta:e b:y ldb:i
+dlagts - : job:i n:i a:e b:e c:e d:e in:ii[n] y:y tol:y info:o
+dlagv2 - : a:y lda:i b:y ldb:i alphar:y alphai:y beta:y csl:y snl:y csr:y snr:y
+dlahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i wr:y wi:y iloz:i ihiz:i z:y ldz:i info:o
+dlahr2 - : n:i k:i nb:i a:y lda:i tau:y t:y ldt:i y:y ldy:i
+dlahrd - : n:i k:i nb:i a:y lda:i tau:y t:y ldt:i y:y ldy:i
+dlaic1 - : job:i j:i x:e sest:e w:e gamma:e sestpr:y s:y c:y
+dlaisnan l : din1:e din2:e
+dlaln2 - : ltrans:i na:i nw:i smin:e ca:e a:e lda:i d1:e d2:e b:e ldb:i wr:e wi:e x:y ldx:i scale:y xnorm:y info:o
+dlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:y ldb:i bx:y ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:e ldgnum:i poles:e difl:e difr:e z:e k:i c:e s:e work:y info:o
+dlalsa - : icompq:i smlsiz:i n:i nrhs:i b:y ldb:i bx:y ldbx:i u:e ldu:i vt:e k:ii[n] difl:e difr:e z:e poles:e givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:e c:e s:e work:y iwork:ix[3*n] info:o
+dlalsd - : uplo:c smlsiz:i n:i nrhs:i d:y e:y b:y ldb:i rcond:e rank:o work:y iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
+dlamc3 d : a:e b:e
 dlamch d : cmach:c
-dlamrg - : n1:i n2:i a:p dtrd1:i dtrd2:i index:io[n1+n2]
-dlamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
-dlamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
-dlaneg i : n:i d:p lld:p sigma:p pivmin:p r:i
-dlangb d : norm:c n:i kl:i ku:i ab:p ldab:i work:p
-dlange d : norm:c m:i n:i a:p lda:i work:p
-dlangt d : norm:c n:i dl:p d:p du:p
-dlanhs d : norm:c n:i a:p lda:i work:p
-dlansb d : norm:c uplo:c n:i k:i ab:p ldab:i work:p
-dlansf d : norm:c transr:c uplo:c n:i a:p work:p
-dlansp d : norm:c uplo:c n:i ap:p work:p
-dlanst d : norm:c n:i d:p e:p
-dlansy d : norm:c uplo:c n:i a:p lda:i work:p
-dlantb d : norm:c uplo:c diag:c n:i k:i ab:p ldab:i work:p
-dlantp d : norm:c uplo:c diag:c n:i ap:p work:p
-dlantr d : norm:c uplo:c diag:c m:i n:i a:p lda:i work:p
-dlanv2 - : a:p b:p c:p d:p rt1r:p rt1i:p rt2r:p rt2i:p cs:p sn:p
-dlaorhr_col_getrfnp - : m:i n:i a:p lda:i d:p info:o
-dlaorhr_col_getrfnp2 - : m:i n:i a:p lda:i d:p info:o
-dlapll - : n:i x:p incx:i y:p incy:i ssmin:p
-dlapmr - : forwrd:i m:i n:i x:p ldx:i k:iio[m]
-dlapmt - : forwrd:i m:i n:i x:p ldx:i k:iio[n]
-dlapy2 d : x:p y:p
-dlapy3 d : x:p y:p z:p
-dlaqgb - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p equed:c
-dlaqge - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p equed:c
-dlaqp2 - : m:i n:i offset:i a:p lda:i jpvt:iio[n] tau:p vn1:p vn2:p work:p
-dlaqps - : m:i n:i offset:i nb:i kb:o a:p lda:i jpvt:iio[n] tau:p vn1:p vn2:p auxv:p f:p ldf:i
-dlaqr0 - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i wr:p wi:p iloz:i ihiz:i z:p ldz:i work:p lwork:i info:o
-dlaqr1 - : n:i h:p ldh:i sr1:p si1:p sr2:p si2:p v:p
-dlaqr2 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:p ldh:i iloz:i ihiz:i z:p ldz:i ns:o nd:o sr:p si:p v:p ldv:i nh:i t:p ldt:i nv:i wv:p ldwv:i work:p lwork:i
-dlaqr3 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:p ldh:i iloz:i ihiz:i z:p ldz:i ns:o nd:o sr:p si:p v:p ldv:i nh:i t:p ldt:i nv:i wv:p ldwv:i work:p lwork:i
-dlaqr4 - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i wr:p wi:p iloz:i ihiz:i z:p ldz:i work:p lwork:i info:o
-dlaqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i sr:p si:p h:p ldh:i iloz:i ihiz:i z:p ldz:i v:p ldv:i u:p ldu:i nv:i wv:p ldwv:i nh:i wh:p ldwh:i
-dlaqsb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
-dlaqsp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
-dlaqsy - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
-dlaqtr - : ltran:i lreal:i n:i t:p ldt:i b:p w:p scale:p x:p work:p info:o
-dlaqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rec:i info:o
-dlaqz1 - : a:p lda:i b:p ldb:i sr1:p sr2:p si:p beta1:p beta2:p v:p
-dlaqz2 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:p lda:i b:p ldb:i nq:i qstart:i q:p ldq:i nz:i zstart:i z:p ldz:i
-dlaqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ns:o nd:o alphar:p alphai:p beta:p qc:p ldqc:i zc:p ldzc:i work:p lwork:i rec:i info:o
-dlaqz4 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i sr:p si:p ss:p a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i qc:p ldqc:i zc:p ldzc:i work:p lwork:i info:o
-dlar1v - : n:i b1:i bn:i lambda:p d:p l:p ld:p lld:p pivmin:p gaptol:p z:p wantnc:i negcnt:o ztz:p mingma:p r:o isuppz:io[2] nrminv:p resid:p rqcorr:p work:p
-dlar2v - : n:i x:p y:p z:p incx:i c:p s:p incc:i
-dlarf - : side:c m:i n:i v:p incv:i tau:p c:p ldc:i work:p
-dlarfb - : side:c trans:c direct:c storev:c m:i n:i k:i v:p ldv:i t:p ldt:i c:p ldc:i work:p ldwork:i
-dlarfb_gett - : ident:c m:i n:i k:i t:p ldt:i a:p lda:i b:p ldb:i work:p ldwork:i
-dlarfg - : n:i alpha:p x:p incx:i tau:p
-dlarfgp - : n:i alpha:p x:p incx:i tau:p
-dlarft - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
-dlarfx - : side:c m:i n:i v:p tau:p c:p ldc:i work:p
-dlarfy - : uplo:c n:i v:p incv:i tau:p c:p ldc:i work:p
-dlargv - : n:i x:p incx:i y:p incy:i c:p incc:i
-dlarmm d : anorm:p bnorm:p cnorm:p
-dlarnv - : idist:i iseed:iio[4] n:i x:p
-dlarra - : n:i d:p e:p e2:p spltol:p tnrm:p nsplit:o isplit:io[n] info:o
-dlarrb - : n:i d:p lld:p ifirst:i ilast:i rtol1:p rtol2:p offset:i w:p wgap:p werr:p work:p iwork:ix[2*n] pivmin:p spdiam:p twist:i info:o
-dlarrc - : jobt:c n:i vl:p vu:p d:p e:p pivmin:p eigcnt:o lcnt:o rcnt:o info:o
-dlarrd - : range:c order:c n:i vl:p vu:p il:i?range=I iu:i?range=I gers:p reltol:p d:p e:p e2:p pivmin:p nsplit:i isplit:ii[n] m:o w:p werr:p wl:p wu:p iblock:io[n] indexw:io[n] work:p iwork:ix[3*n] info:o
-dlarre - : range:c n:i vl:p vu:p il:i iu:i d:p e:p e2:p rtol1:p rtol2:p spltol:p nsplit:o isplit:io[n] m:o w:p werr:p wgap:p iblock:io[n] indexw:io[n] gers:p pivmin:p work:p iwork:ix[5*n] info:o
-dlarrf - : n:i d:p l:p ld:p clstrt:i clend:i w:p wgap:p werr:p spdiam:p clgapl:p clgapr:p pivmin:p sigma:p dplus:p lplus:p work:p info:o
-dlarrj - : n:i d:p e2:p ifirst:i ilast:i rtol:p offset:i w:p werr:p work:p iwork:ix[2*n] pivmin:p spdiam:p info:o
-dlarrk - : n:i iw:i gl:p gu:p d:p e2:p pivmin:p reltol:p w:p werr:p info:o
-dlarrr - : n:i d:p e:p info:o
-dlarrv - : n:i vl:p vu:p d:p l:p pivmin:p isplit:ii[n] m:i dol:i dou:i minrgp:p rtol1:p rtol2:p w:p werr:p wgap:p iblock:ii[n] indexw:ii[n] gers:p z:p ldz:i isuppz:io[2*max(1,m)] work:p iwork:ix[7*n] info:o
-dlartg - : f:p g:p c:p s:p r:p
-dlartgp - : f:p g:p cs:p sn:p r:p
-dlartgs - : x:p y:p sigma:p cs:p sn:p
-dlartv - : n:i x:p incx:i y:p incy:i c:p s:p incc:i
-dlaruv - : iseed:iio[4] n:i x:p
-dlarz - : side:c m:i n:i l:i v:p incv:i tau:p c:p ldc:i work:p
-dlarzb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:p ldv:i t:p ldt:i c:p ldc:i work:p ldwork:i
-dlarzt - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
-dlas2 - : f:p g:p h:p ssmin:p ssmax:p
-dlascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
-dlasd0 - : n:i sqre:i d:p e:p u:p ldu:i vt:p ldvt:i smlsiz:i iwork:ix[8*n] work:p info:o
-dlasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[nl+nr+1] iwork:ix[4*(nl+nr+1)] work:p info:o
-dlasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[nl+nr+1] idx:io[nl+nr+1] idxc:io[nl+nr+1] idxq:iio[nl+nr+1] coltyp:io[nl+nr+1] info:o
-dlasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[nl+nr+1] ctot:ii[4] z:p info:o
-dlasd4 - : n:i i:i d:p z:p delta:p rho:p sigma:p work:p info:o
-dlasd5 - : i:i d:p z:p delta:p rho:p dsigma:p work:p
-dlasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
-dlasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[nl+nr+1] idxp:io[nl+nr+1] idxq:ii[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
-dlasd8 - : icompq:i k:i d:p z:p vf:p vl:p difl:p difr:p lddifr:i dsigma:p work:p info:o
-dlasda - : icompq:i smlsiz:i n:i sqre:i d:p e:p u:p ldu:i vt:p k:io[1+(n-1)*icompq] difl:p difr:p z:p poles:p givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:p c:p s:p work:p iwork:ix[7*n] info:o
-dlasdq - : uplo:c sqre:i n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
+dlamrg - : n1:i n2:i a:e dtrd1:i dtrd2:i index:io[n1+n2]
+dlamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:e lda:i t:e ldt:i c:y ldc:i work:y lwork:i info:o
+dlamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:e lda:i t:e ldt:i c:y ldc:i work:y lwork:i info:o
+dlaneg i : n:i d:e lld:e sigma:e pivmin:e r:i
+dlangb d : norm:c n:i kl:i ku:i ab:e ldab:i work:y
+dlange d : norm:c m:i n:i a:e lda:i work:y
+dlangt d : norm:c n:i dl:e d:e du:e
+dlanhs d : norm:c n:i a:e lda:i work:y
+dlansb d : norm:c uplo:c n:i k:i ab:e ldab:i work:y
+dlansf d : norm:c transr:c uplo:c n:i a:e work:y
+dlansp d : norm:c uplo:c n:i ap:e work:y
+dlanst d : norm:c n:i d:e e:e
+dlansy d : norm:c uplo:c n:i a:e lda:i work:y
+dlantb d : norm:c uplo:c diag:c n:i k:i ab:e ldab:i work:y
+dlantp d : norm:c uplo:c diag:c n:i ap:e work:y
+dlantr d : norm:c uplo:c diag:c m:i n:i a:e lda:i work:y
+dlanv2 - : a:y b:y c:y d:y rt1r:y rt1i:y rt2r:y rt2i:y cs:y sn:y
+dlaorhr_col_getrfnp - : m:i n:i a:y lda:i d:y info:o
+dlaorhr_col_getrfnp2 - : m:i n:i a:y lda:i d:y info:o
+dlapll - : n:i x:y incx:i y:y incy:i ssmin:y
+dlapmr - : forwrd:i m:i n:i x:y ldx:i k:iio[m]
+dlapmt - : forwrd:i m:i n:i x:y ldx:i k:iio[n]
+dlapy2 d : x:e y:e
+dlapy3 d : x:e y:e z:e
+dlaqgb - : m:i n:i kl:i ku:i ab:y ldab:i r:e c:e rowcnd:e colcnd:e amax:e equed:c
+dlaqge - : m:i n:i a:y lda:i r:e c:e rowcnd:e colcnd:e amax:e equed:c
+dlaqp2 - : m:i n:i offset:i a:y lda:i jpvt:iio[n] tau:y vn1:y vn2:y work:y
+dlaqps - : m:i n:i offset:i nb:i kb:o a:y lda:i jpvt:iio[n] tau:y vn1:y vn2:y auxv:y f:y ldf:i
+dlaqr0 - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i wr:y wi:y iloz:i ihiz:i z:y ldz:i work:y lwork:i info:o
+dlaqr1 - : n:i h:e ldh:i sr1:e si1:e sr2:e si2:e v:y
+dlaqr2 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:y ldh:i iloz:i ihiz:i z:y ldz:i ns:o nd:o sr:y si:y v:y ldv:i nh:i t:y ldt:i nv:i wv:y ldwv:i work:y lwork:i
+dlaqr3 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:y ldh:i iloz:i ihiz:i z:y ldz:i ns:o nd:o sr:y si:y v:y ldv:i nh:i t:y ldt:i nv:i wv:y ldwv:i work:y lwork:i
+dlaqr4 - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i wr:y wi:y iloz:i ihiz:i z:y ldz:i work:y lwork:i info:o
+dlaqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i sr:y si:y h:y ldh:i iloz:i ihiz:i z:y ldz:i v:y ldv:i u:y ldu:i nv:i wv:y ldwv:i nh:i wh:y ldwh:i
+dlaqsb - : uplo:c n:i kd:i ab:y ldab:i s:e scond:e amax:e equed:c
+dlaqsp - : uplo:c n:i ap:y s:e scond:e amax:e equed:c
+dlaqsy - : uplo:c n:i a:y lda:i s:e scond:e amax:e equed:c
+dlaqtr - : ltran:i lreal:i n:i t:e ldt:i b:e w:e scale:y x:y work:y info:o
+dlaqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y q:y ldq:i z:y ldz:i work:y lwork:i rec:i info:o
+dlaqz1 - : a:e lda:i b:e ldb:i sr1:e sr2:e si:e beta1:e beta2:e v:y
+dlaqz2 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:y lda:i b:y ldb:i nq:i qstart:i q:y ldq:i nz:i zstart:i z:y ldz:i
+dlaqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i ns:o nd:o alphar:y alphai:y beta:y qc:y ldqc:i zc:y ldzc:i work:y lwork:i rec:i info:o
+dlaqz4 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i sr:e si:e ss:e a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i qc:y ldqc:i zc:y ldzc:i work:y lwork:i info:o
+dlar1v - : n:i b1:i bn:i lambda:e d:e l:e ld:e lld:e pivmin:e gaptol:e z:y wantnc:i negcnt:o ztz:y mingma:y r:o isuppz:io[2] nrminv:y resid:y rqcorr:y work:y
+dlar2v - : n:i x:y y:y z:y incx:i c:e s:e incc:i
+dlarf - : side:c m:i n:i v:e incv:i tau:e c:y ldc:i work:y
+dlarfb - : side:c trans:c direct:c storev:c m:i n:i k:i v:e ldv:i t:e ldt:i c:y ldc:i work:y ldwork:i
+dlarfb_gett - : ident:c m:i n:i k:i t:e ldt:i a:y lda:i b:y ldb:i work:y ldwork:i
+dlarfg - : n:i alpha:y x:y incx:i tau:y
+dlarfgp - : n:i alpha:y x:y incx:i tau:y
+dlarft - : direct:c storev:c n:i k:i v:e ldv:i tau:e t:y ldt:i
+dlarfx - : side:c m:i n:i v:e tau:e c:y ldc:i work:y
+dlarfy - : uplo:c n:i v:e incv:i tau:e c:y ldc:i work:y
+dlargv - : n:i x:y incx:i y:y incy:i c:y incc:i
+dlarmm d : anorm:e bnorm:e cnorm:e
+dlarnv - : idist:i iseed:iio[4] n:i x:y
+dlarra - : n:i d:e e:y e2:y spltol:e tnrm:e nsplit:o isplit:io[n] info:o
+dlarrb - : n:i d:e lld:e ifirst:i ilast:i rtol1:e rtol2:e offset:i w:y wgap:y werr:y work:y iwork:ix[2*n] pivmin:e spdiam:e twist:i info:o
+dlarrc - : jobt:c n:i vl:e vu:e d:e e:e pivmin:e eigcnt:o lcnt:o rcnt:o info:o
+dlarrd - : range:c order:c n:i vl:e vu:e il:i?range=I iu:i?range=I gers:e reltol:e d:e e:e e2:e pivmin:e nsplit:i isplit:ii[n] m:o w:y werr:y wl:y wu:y iblock:io[n] indexw:io[n] work:y iwork:ix[3*n] info:o
+dlarre - : range:c n:i vl:y vu:y il:i iu:i d:y e:y e2:y rtol1:e rtol2:e spltol:e nsplit:o isplit:io[n] m:o w:y werr:y wgap:y iblock:io[n] indexw:io[n] gers:y pivmin:y work:y iwork:ix[5*n] info:o
+dlarrf - : n:i d:e l:e ld:e clstrt:i clend:i w:e wgap:y werr:e spdiam:e clgapl:e clgapr:e pivmin:e sigma:y dplus:y lplus:y work:y info:o
+dlarrj - : n:i d:e e2:e ifirst:i ilast:i rtol:e offset:i w:y werr:y work:y iwork:ix[2*n] pivmin:e spdiam:e info:o
+dlarrk - : n:i iw:i gl:e gu:e d:e e2:e pivmin:e reltol:e w:y werr:y info:o
+dlarrr - : n:i d:e e:y info:o
+dlarrv - : n:i vl:e vu:e d:y l:y pivmin:e isplit:ii[n] m:i dol:i dou:i minrgp:e rtol1:e rtol2:e w:y werr:y wgap:y iblock:ii[n] indexw:ii[n] gers:e z:y ldz:i isuppz:io[2*max(1,m)] work:y iwork:ix[7*n] info:o
+dlartg - : f:e.s g:e.s c:y.s s:y.s r:y.s
+dlartgp - : f:e g:e cs:y sn:y r:y
+dlartgs - : x:e y:e sigma:e cs:y sn:y
+dlartv - : n:i x:y incx:i y:y incy:i c:e s:e incc:i
+dlaruv - : iseed:iio[4] n:i x:y
+dlarz - : side:c m:i n:i l:i v:e incv:i tau:e c:y ldc:i work:y
+dlarzb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:e ldv:i t:e ldt:i c:y ldc:i work:y ldwork:i
+dlarzt - : direct:c storev:c n:i k:i v:y ldv:i tau:e t:y ldt:i
+dlas2 - : f:e g:e h:e ssmin:y ssmax:y
+dlascl - : type:c kl:i ku:i cfrom:e cto:e m:i n:i a:y lda:i info:o
+dlasd0 - : n:i sqre:i d:y e:y u:y ldu:i vt:y ldvt:i smlsiz:i iwork:ix[8*n] work:y info:o
+dlasd1 - : nl:i nr:i sqre:i d:y alpha:y beta:y u:y ldu:i vt:y ldvt:i idxq:iio[nl+nr+1] iwork:ix[4*(nl+nr+1)] work:y info:o
+dlasd2 - : nl:i nr:i sqre:i k:o d:y z:y alpha:e beta:e u:y ldu:i vt:y ldvt:i dsigma:y u2:y ldu2:i vt2:y ldvt2:i idxp:io[nl+nr+1] idx:io[nl+nr+1] idxc:io[nl+nr+1] idxq:iio[nl+nr+1] coltyp:io[nl+nr+1] info:o
+dlasd3 - : nl:i nr:i sqre:i k:i d:y q:y ldq:i dsigma:y u:y ldu:i u2:e ldu2:i vt:y ldvt:i vt2:y ldvt2:i idxc:ii[nl+nr+1] ctot:ii[4] z:y info:o
+dlasd4 - : n:i i:i d:e z:e delta:y rho:e sigma:y work:y info:o
+dlasd5 - : i:i d:e z:e delta:y rho:e dsigma:y work:y
+dlasd6 - : icompq:i nl:i nr:i sqre:i d:y vf:y vl:y alpha:y beta:y idxq:iio[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:y ldgnum:i poles:y difl:y difr:y z:y k:o c:y s:y work:y iwork:ix[3*(nl+nr+1)] info:o
+dlasd7 - : icompq:i nl:i nr:i sqre:i k:o d:y z:y zw:y vf:y vfw:y vl:y vlw:y alpha:e beta:e dsigma:y idx:io[nl+nr+1] idxp:io[nl+nr+1] idxq:ii[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:y ldgnum:i c:y s:y info:o
+dlasd8 - : icompq:i k:i d:y z:y vf:y vl:y difl:y difr:y lddifr:i dsigma:y work:y info:o
+dlasda - : icompq:i smlsiz:i n:i sqre:i d:y e:e u:y ldu:i vt:y k:io[1+(n-1)*icompq] difl:y difr:y z:y poles:y givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:y c:y s:y work:y iwork:ix[7*n] info:o
+dlasdq - : uplo:c sqre:i n:i ncvt:i nru:i ncc:i d:y e:y vt:y ldvt:i u:y ldu:i c:y ldc:i work:y info:o
 dlasdt - : n:i lvl:o nd:o inode:io[n] ndiml:io[n] ndimr:io[n] msub:i
-dlaset - : uplo:c m:i n:i alpha:p beta:p a:p lda:i
-dlasq1 - : n:i d:p e:p work:p info:o
-dlasq2 - : n:i z:p info:o
-dlasq3 - : i0:i n0:o z:p pp:o dmin:p sigma:p desig:p qmax:p nfail:o iter:o ndiv:o ieee:i ttype:o dmin1:p dmin2:p dn:p dn1:p dn2:p g:p tau:p
-dlasq4 - : i0:i n0:i z:p pp:i n0in:i dmin:p dmin1:p dmin2:p dn:p dn1:p dn2:p tau:p ttype:o g:p
-dlasq5 - : i0:i n0:i z:p pp:i tau:p sigma:p dmin:p dmin1:p dmin2:p dn:p dnm1:p dnm2:p ieee:i eps:p
-dlasq6 - : i0:i n0:i z:p pp:i dmin:p dmin1:p dmin2:p dn:p dnm1:p dnm2:p
-dlasr - : side:c pivot:c direct:c m:i n:i c:p s:p a:p lda:i
-dlasrt - : id:c n:i d:p info:o
-dlassq - : n:i x:p incx:i scl:p sumsq:p
-dlasv2 - : f:p g:p h:p ssmin:p ssmax:p snr:p csr:p snl:p csl:p
-dlaswlq - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-dlaswp - : n:i a:p lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
-dlasy2 - : ltranl:i ltranr:i isgn:i n1:i n2:i tl:p ldtl:i tr:p ldtr:i b:p ldb:i scale:p x:p ldx:i xnorm:p info:o
-dlasyf - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-dlasyf_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
-dlasyf_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
-dlasyf_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-dlat2s - : uplo:c n:i a:p lda:i sa:p ldsa:i info:o
-dlatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:p ldab:i x:p scale:p cnorm:p info:o
-dlatdf - : ijob:i n:i z:p ldz:i rhs:p rdsum:p rdscal:p ipiv:ii[n] jpiv:ii[n]
-dlatm2 d : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
-dlatm3 d : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
-dlatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:p mode:i cond:p dmax:p rsign:c grade:c dl:p model:i condl:p dr:p moder:i condr:p pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:p anorm:p pack:c a:p lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
-dlatps - : uplo:c trans:c diag:c normin:c n:i ap:p x:p scale:p cnorm:p info:o
-dlatrd - : uplo:c n:i nb:i a:p lda:i e:p tau:p w:p ldw:i
-dlatrs - : uplo:c trans:c diag:c normin:c n:i a:p lda:i x:p scale:p cnorm:p info:o
-dlatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:p lda:i x:p ldx:i scale:p cnorm:p work:p lwork:i info:o
-dlatrz - : m:i n:i l:i a:p lda:i tau:p work:p
-dlatsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-dlatzm - : side:c m:i n:i v:p incv:i tau:p c1:p c2:p ldc:i work:p
-dlauu2 - : uplo:c n:i a:p lda:i info:o
-dlauum - : uplo:c n:i a:p lda:i info:o
-dopgtr - : uplo:c n:i ap:p tau:p q:p ldq:i work:p info:o
-dopmtr - : side:c uplo:c trans:c m:i n:i ap:p tau:p c:p ldc:i work:p info:o
-dorbdb - : trans:c signs:c m:i p:i q:i x11:p ldx11:i x12:p ldx12:i x21:p ldx21:i x22:p ldx22:i theta:p phi:p taup1:p taup2:p tauq1:p tauq2:p work:p lwork:i info:o
-dorbdb1 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-dorbdb2 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-dorbdb3 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-dorbdb4 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p phantom:p work:p lwork:i info:o
-dorbdb5 - : m1:i m2:i n:i x1:p incx1:i x2:p incx2:i q1:p ldq1:i q2:p ldq2:i work:p lwork:i info:o
-dorbdb6 - : m1:i m2:i n:i x1:p incx1:i x2:p incx2:i q1:p ldq1:i q2:p ldq2:i work:p lwork:i info:o
-dorcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:p ldx11:i x12:p ldx12:i x21:p ldx21:i x22:p ldx22:i theta:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i work:p lwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
-dorcsd2by1 - : jobu1:c jobu2:c jobv1t:c m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i work:p lwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
-dorg2l - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-dorg2r - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-dorgbr - : vect:c m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-dorghr - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
-dorgl2 - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-dorglq - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-dorgql - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-dorgqr - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-dorgr2 - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-dorgrq - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-dorgtr - : uplo:c n:i a:p lda:i tau:p work:p lwork:i info:o
-dorgtsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-dorgtsqr_row - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-dorhr_col - : m:i n:i nb:i a:p lda:i t:p ldt:i d:p info:o
-dorm22 - : side:c trans:c m:i n:i n1:i n2:i q:p ldq:i c:p ldc:i work:p lwork:i info:o
-dorm2l - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-dorm2r - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-dormbr - : vect:c side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-dormhr - : side:c trans:c m:i n:i ilo:i ihi:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-dorml2 - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-dormlq - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-dormql - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-dormqr - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-dormr2 - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-dormr3 - : side:c trans:c m:i n:i k:i l:i a:p lda:i tau:p c:p ldc:i work:p info:o
-dormrq - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-dormrz - : side:c trans:c m:i n:i k:i l:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-dormtr - : side:c uplo:c trans:c m:i n:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-dpbcon - : uplo:c n:i kd:i ab:p ldab:i anorm:p rcond:p work:p iwork:ix[n] info:o
-dpbequ - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p info:o
-dpbrfs - : uplo:c n:i kd:i nrhs:i ab:p ldab:i afb:p ldafb:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dpbstf - : uplo:c n:i kd:i ab:p ldab:i info:o
-dpbsv - : uplo:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-dpbsvx - : fact:c uplo:c n:i kd:i nrhs:i ab:p ldab:i afb:p ldafb:i equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-dpbtf2 - : uplo:c n:i kd:i ab:p ldab:i info:o
-dpbtrf - : uplo:c n:i kd:i ab:p ldab:i info:o
-dpbtrs - : uplo:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-dpftrf - : transr:c uplo:c n:i a:p info:o
-dpftri - : transr:c uplo:c n:i a:p info:o
-dpftrs - : transr:c uplo:c n:i nrhs:i a:p b:p ldb:i info:o
-dpocon - : uplo:c n:i a:p lda:i anorm:p rcond:p work:p iwork:ix[n] info:o
-dpoequ - : n:i a:p lda:i s:p scond:p amax:p info:o
-dpoequb - : n:i a:p lda:i s:p scond:p amax:p info:o
-dporfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dposv - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-dposvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-dpotf2 - : uplo:c n:i a:p lda:i info:o
-dpotrf - : uplo:c n:i a:p lda:i info:o
-dpotrf2 - : uplo:c n:i a:p lda:i info:o
-dpotri - : uplo:c n:i a:p lda:i info:o
-dpotrs - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-dppcon - : uplo:c n:i ap:p anorm:p rcond:p work:p iwork:ix[n] info:o
-dppequ - : uplo:c n:i ap:p s:p scond:p amax:p info:o
-dpprfs - : uplo:c n:i nrhs:i ap:p afp:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dppsv - : uplo:c n:i nrhs:i ap:p b:p ldb:i info:o
-dppsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-dpptrf - : uplo:c n:i ap:p info:o
-dpptri - : uplo:c n:i ap:p info:o
-dpptrs - : uplo:c n:i nrhs:i ap:p b:p ldb:i info:o
-dpstf2 - : uplo:c n:i a:p lda:i piv:io[n] rank:o tol:p work:p info:o
-dpstrf - : uplo:c n:i a:p lda:i piv:io[n] rank:o tol:p work:p info:o
-dptcon - : n:i d:p e:p anorm:p rcond:p work:p info:o
-dpteqr - : compz:c n:i d:p e:p z:p ldz:i work:p info:o
-dptrfs - : n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p info:o
-dptsv - : n:i nrhs:i d:p e:p b:p ldb:i info:o
-dptsvx - : fact:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p info:o
-dpttrf - : n:i d:p e:p info:o
-dpttrs - : n:i nrhs:i d:p e:p b:p ldb:i info:o
-dptts2 - : n:i nrhs:i d:p e:p b:p ldb:i
+dlaset - : uplo:c m:i n:i alpha:e beta:e a:y lda:i
+dlasq1 - : n:i d:y e:y work:y info:o
+dlasq2 - : n:i z:y info:o
+dlasq3 - : i0:i n0:o z:y pp:o dmin:y sigma:y desig:y qmax:e nfail:o iter:o ndiv:o ieee:i ttype:o dmin1:y dmin2:y dn:y dn1:y dn2:y g:y tau:y
+dlasq4 - : i0:i n0:i z:e pp:i n0in:i dmin:e dmin1:e dmin2:e dn:e dn1:e dn2:e tau:y ttype:o g:y
+dlasq5 - : i0:i n0:i z:e pp:i tau:e sigma:e dmin:y dmin1:y dmin2:y dn:y dnm1:y dnm2:y ieee:i eps:e
+dlasq6 - : i0:i n0:i z:e pp:i dmin:y dmin1:y dmin2:y dn:y dnm1:y dnm2:y
+dlasr - : side:c pivot:c direct:c m:i n:i c:e s:e a:y lda:i
+dlasrt - : id:c n:i d:y info:o
+dlassq - : n:i x:e incx:i scl:y sumsq:y
+dlasv2 - : f:e g:e h:e ssmin:y ssmax:y snr:y csr:y snl:y csl:y
+dlaswlq - : m:i n:i mb:i nb:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+dlaswp - : n:i a:y lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
+dlasy2 - : ltranl:i ltranr:i isgn:i n1:i n2:i tl:e ldtl:i tr:e ldtr:i b:e ldb:i scale:y x:y ldx:i xnorm:y info:o
+dlasyf - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+dlasyf_aa - : uplo:c j1:i m:i nb:i a:y lda:i ipiv:io[m] h:y ldh:i work:y
+dlasyf_rk - : uplo:c n:i nb:i kb:o a:y lda:i e:y ipiv:io[n] w:y ldw:i info:o
+dlasyf_rook - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+dlat2s - : uplo:c n:i a:e lda:i sa:y.s ldsa:i info:o
+dlatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:e ldab:i x:y scale:y cnorm:y info:o
+dlatdf - : ijob:i n:i z:e ldz:i rhs:y rdsum:y rdscal:y ipiv:ii[n] jpiv:ii[n]
+dlatm2 d : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:e igrade:i dl:e dr:e ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:e
+dlatm3 d : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:e igrade:i dl:e dr:e ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:e
+dlatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:y mode:i cond:e dmax:e rsign:c grade:c dl:y model:i condl:e dr:y moder:i condr:e pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:e anorm:e pack:c a:y lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
+dlatps - : uplo:c trans:c diag:c normin:c n:i ap:e x:y scale:y cnorm:y info:o
+dlatrd - : uplo:c n:i nb:i a:y lda:i e:y tau:y w:y ldw:i
+dlatrs - : uplo:c trans:c diag:c normin:c n:i a:e lda:i x:y scale:y cnorm:y info:o
+dlatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:e lda:i x:y ldx:i scale:y cnorm:y work:y lwork:i info:o
+dlatrz - : m:i n:i l:i a:y lda:i tau:y work:y
+dlatsqr - : m:i n:i mb:i nb:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+dlatzm - : side:c m:i n:i v:e incv:i tau:e c1:y c2:y ldc:i work:y
+dlauu2 - : uplo:c n:i a:y lda:i info:o
+dlauum - : uplo:c n:i a:y lda:i info:o
+dopgtr - : uplo:c n:i ap:e tau:e q:y ldq:i work:y info:o
+dopmtr - : side:c uplo:c trans:c m:i n:i ap:e tau:e c:y ldc:i work:y info:o
+dorbdb - : trans:c signs:c m:i p:i q:i x11:y ldx11:i x12:y ldx12:i x21:y ldx21:i x22:y ldx22:i theta:y phi:y taup1:y taup2:y tauq1:y tauq2:y work:y lwork:i info:o
+dorbdb1 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y phi:y taup1:y taup2:y tauq1:y work:y lwork:i info:o
+dorbdb2 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y phi:y taup1:y taup2:y tauq1:y work:y lwork:i info:o
+dorbdb3 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y phi:y taup1:y taup2:y tauq1:y work:y lwork:i info:o
+dorbdb4 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y phi:y taup1:y taup2:y tauq1:y phantom:y work:y lwork:i info:o
+dorbdb5 - : m1:i m2:i n:i x1:y incx1:i x2:y incx2:i q1:e ldq1:i q2:e ldq2:i work:y lwork:i info:o
+dorbdb6 - : m1:i m2:i n:i x1:y incx1:i x2:y incx2:i q1:e ldq1:i q2:e ldq2:i work:y lwork:i info:o
+dorcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:y ldx11:i x12:y ldx12:i x21:y ldx21:i x22:y ldx22:i theta:y u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i v2t:y ldv2t:i work:y lwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
+dorcsd2by1 - : jobu1:c jobu2:c jobv1t:c m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i work:y lwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
+dorg2l - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+dorg2r - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+dorgbr - : vect:c m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+dorghr - : n:i ilo:i ihi:i a:y lda:i tau:e work:y lwork:i info:o
+dorgl2 - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+dorglq - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+dorgql - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+dorgqr - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+dorgr2 - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+dorgrq - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+dorgtr - : uplo:c n:i a:y lda:i tau:e work:y lwork:i info:o
+dorgtsqr - : m:i n:i mb:i nb:i a:y lda:i t:e ldt:i work:y lwork:i info:o
+dorgtsqr_row - : m:i n:i mb:i nb:i a:y lda:i t:e ldt:i work:y lwork:i info:o
+dorhr_col - : m:i n:i nb:i a:y lda:i t:y ldt:i d:y info:o
+dorm22 - : side:c trans:c m:i n:i n1:i n2:i q:e ldq:i c:y ldc:i work:y lwork:i info:o
+dorm2l - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+dorm2r - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+dormbr - : vect:c side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+dormhr - : side:c trans:c m:i n:i ilo:i ihi:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+dorml2 - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+dormlq - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+dormql - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+dormqr - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+dormr2 - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+dormr3 - : side:c trans:c m:i n:i k:i l:i a:e lda:i tau:e c:y ldc:i work:y info:o
+dormrq - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+dormrz - : side:c trans:c m:i n:i k:i l:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+dormtr - : side:c uplo:c trans:c m:i n:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+dpbcon - : uplo:c n:i kd:i ab:e ldab:i anorm:e rcond:y work:y iwork:ix[n] info:o
+dpbequ - : uplo:c n:i kd:i ab:e ldab:i s:y scond:y amax:y info:o
+dpbrfs - : uplo:c n:i kd:i nrhs:i ab:e ldab:i afb:e ldafb:i b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dpbstf - : uplo:c n:i kd:i ab:y ldab:i info:o
+dpbsv - : uplo:c n:i kd:i nrhs:i ab:y ldab:i b:y ldb:i info:o
+dpbsvx - : fact:c uplo:c n:i kd:i nrhs:i ab:y ldab:i afb:y ldafb:i equed:c s:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+dpbtf2 - : uplo:c n:i kd:i ab:y ldab:i info:o
+dpbtrf - : uplo:c n:i kd:i ab:y ldab:i info:o
+dpbtrs - : uplo:c n:i kd:i nrhs:i ab:e ldab:i b:y ldb:i info:o
+dpftrf - : transr:c uplo:c n:i a:y info:o
+dpftri - : transr:c uplo:c n:i a:y info:o
+dpftrs - : transr:c uplo:c n:i nrhs:i a:e b:y ldb:i info:o
+dpocon - : uplo:c n:i a:e lda:i anorm:e rcond:y work:y iwork:ix[n] info:o
+dpoequ - : n:i a:e lda:i s:y scond:y amax:y info:o
+dpoequb - : n:i a:e lda:i s:y scond:y amax:y info:o
+dporfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dposv - : uplo:c n:i nrhs:i a:y lda:i b:y ldb:i info:o
+dposvx - : fact:c uplo:c n:i nrhs:i a:y lda:i af:y ldaf:i equed:c s:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+dpotf2 - : uplo:c n:i a:y lda:i info:o
+dpotrf - : uplo:c n:i a:y lda:i info:o
+dpotrf2 - : uplo:c n:i a:y lda:i info:o
+dpotri - : uplo:c n:i a:y lda:i info:o
+dpotrs - : uplo:c n:i nrhs:i a:e lda:i b:y ldb:i info:o
+dppcon - : uplo:c n:i ap:e anorm:e rcond:y work:y iwork:ix[n] info:o
+dppequ - : uplo:c n:i ap:e s:y scond:y amax:y info:o
+dpprfs - : uplo:c n:i nrhs:i ap:e afp:e b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dppsv - : uplo:c n:i nrhs:i ap:y b:y ldb:i info:o
+dppsvx - : fact:c uplo:c n:i nrhs:i ap:y afp:y equed:c s:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+dpptrf - : uplo:c n:i ap:y info:o
+dpptri - : uplo:c n:i ap:y info:o
+dpptrs - : uplo:c n:i nrhs:i ap:e b:y ldb:i info:o
+dpstf2 - : uplo:c n:i a:y lda:i piv:io[n] rank:o tol:e work:y info:o
+dpstrf - : uplo:c n:i a:y lda:i piv:io[n] rank:o tol:e work:y info:o
+dptcon - : n:i d:e e:e anorm:e rcond:y work:y info:o
+dpteqr - : compz:c n:i d:y e:y z:y ldz:i work:y info:o
+dptrfs - : n:i nrhs:i d:e e:e df:e ef:e b:e ldb:i x:y ldx:i ferr:y berr:y work:y info:o
+dptsv - : n:i nrhs:i d:y e:y b:y ldb:i info:o
+dptsvx - : fact:c n:i nrhs:i d:e e:e df:y ef:y b:e ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y info:o
+dpttrf - : n:i d:y e:y info:o
+dpttrs - : n:i nrhs:i d:e e:e b:y ldb:i info:o
+dptts2 - : n:i nrhs:i d:e e:e b:y ldb:i
 droundup_lwork d : lwork:i
-drscl - : n:i sa:p sx:p incx:i
-dsb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:p lda:i v:p tau:p ldvt:i work:p
-dsbev - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p info:o
-dsbev_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i info:o
-dsbevd - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dsbevd_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dsbevx - : jobz:c range:c uplo:c n:i kd:i ab:p ldab:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-dsbevx_2stage - : jobz:c range:c uplo:c n:i kd:i ab:p ldab:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-dsbgst - : vect:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i x:p ldx:i work:p info:o
-dsbgv - : jobz:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i w:p z:p ldz:i work:p info:o
-dsbgvd - : jobz:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dsbgvx - : jobz:c range:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[m]?jobz=V info:o
-dsbtrd - : vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p q:p ldq:i work:p info:o
-dsfrk - : transr:c uplo:c trans:c n:i k:i alpha:p a:p lda:i beta:p c:p
-dsgesv - : n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i x:p ldx:i work:p swork:p iter:o info:o
-dspcon - : uplo:c n:i ap:p ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-dspev - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p info:o
-dspevd - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dspevx - : jobz:c range:c uplo:c n:i ap:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-dspgst - : itype:i uplo:c n:i ap:p bp:p info:o
-dspgv - : itype:i jobz:c uplo:c n:i ap:p bp:p w:p z:p ldz:i work:p info:o
-dspgvd - : itype:i jobz:c uplo:c n:i ap:p bp:p w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dspgvx - : itype:i jobz:c range:c uplo:c n:i ap:p bp:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-dsposv - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i x:p ldx:i work:p swork:p iter:o info:o
-dsprfs - : uplo:c n:i nrhs:i ap:p afp:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dspsv - : uplo:c n:i nrhs:i ap:p ipiv:io[n] b:p ldb:i info:o
-dspsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-dsptrd - : uplo:c n:i ap:p d:p e:p tau:p info:o
-dsptrf - : uplo:c n:i ap:p ipiv:io[n] info:o
-dsptri - : uplo:c n:i ap:p ipiv:ii[n] work:p info:o
-dsptrs - : uplo:c n:i nrhs:i ap:p ipiv:ii[n] b:p ldb:i info:o
-dstebz - : range:c order:c n:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p d:p e:p m:o nsplit:o w:p iblock:io[n] isplit:io[n] work:p iwork:ix[3*n] info:o
-dstedc - : compz:c n:i d:p e:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dstegr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[liwork] liwork:i info:o
-dstein - : n:i d:p e:p m:i w:p iblock:ii[n] isplit:ii[n] z:p ldz:i work:p iwork:ix[n] ifail:io[m] info:o
-dstemr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I m:o<=n w:p z:p ldz:i nzc:i isuppz:io[2*max(1,m)] tryrac:o work:p lwork:i iwork:iw[liwork] liwork:i info:o
-dsteqr - : compz:c n:i d:p e:p z:p ldz:i work:p info:o
-dsterf - : n:i d:p e:p info:o
-dstev - : jobz:c n:i d:p e:p z:p ldz:i work:p info:o
-dstevd - : jobz:c n:i d:p e:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dstevr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dstevx - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-dsycon - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-dsycon_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-dsycon_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-dsyconv - : uplo:c way:c n:i a:p lda:i ipiv:ii[n] e:p info:o
-dsyconvf - : uplo:c way:c n:i a:p lda:i e:p ipiv:iio[n] info:o
-dsyconvf_rook - : uplo:c way:c n:i a:p lda:i e:p ipiv:ii[n] info:o
-dsyequb - : uplo:c n:i a:p lda:i s:p scond:p amax:p work:p info:o
-dsyev - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i info:o
-dsyev_2stage - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i info:o
-dsyevd - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dsyevd_2stage - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dsyevr - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dsyevr_2stage - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dsyevx - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-dsyevx_2stage - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-dsygs2 - : itype:i uplo:c n:i a:p lda:i b:p ldb:i info:o
-dsygst - : itype:i uplo:c n:i a:p lda:i b:p ldb:i info:o
-dsygv - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i info:o
-dsygv_2stage - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i info:o
-dsygvd - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dsygvx - : itype:i jobz:c range:c uplo:c n:i a:p lda:i b:p ldb:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-dsyrfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dsysv - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-dsysv_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-dsysv_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] b:p ldb:i work:p lwork:i info:o
-dsysv_rk - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-dsysv_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-dsysvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p lwork:i iwork:ix[n] info:o
-dsyswapr - : uplo:c n:i a:p lda:i i1:i i2:i
-dsytd2 - : uplo:c n:i a:p lda:i d:p e:p tau:p info:o
-dsytf2 - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-dsytf2_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] info:o
-dsytf2_rook - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-dsytrd - : uplo:c n:i a:p lda:i d:p e:p tau:p work:p lwork:i info:o
-dsytrd_2stage - : vect:c uplo:c n:i a:p lda:i d:p e:p tau:p hous2:p lhous2:i work:p lwork:i info:o
-dsytrd_sb2st - : stage1:c vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p hous:p lhous:i work:p lwork:i info:o
-dsytrd_sy2sb - : uplo:c n:i kd:i a:p lda:i ab:p ldab:i tau:p work:p lwork:i info:o
-dsytrf - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-dsytrf_aa - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-dsytrf_aa_2stage - : uplo:c n:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] work:p lwork:i info:o
-dsytrf_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] work:p lwork:i info:o
-dsytrf_rook - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-dsytri - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-dsytri2 - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-dsytri2x - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p nb:i info:o
-dsytri_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p lwork:i info:o
-dsytri_3x - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p nb:i info:o
-dsytri_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-dsytrs - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-dsytrs2 - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p info:o
-dsytrs_3 - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:ii[n] b:p ldb:i info:o
-dsytrs_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p lwork:i info:o
-dsytrs_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:ii[n] ipiv2:ii[n] b:p ldb:i info:o
-dsytrs_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-dtbcon - : norm:c uplo:c diag:c n:i kd:i ab:p ldab:i rcond:p work:p iwork:ix[n] info:o
-dtbrfs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dtbtrs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-dtfsm - : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:p a:p b:p ldb:i
-dtftri - : transr:c uplo:c diag:c n:i a:p info:o
-dtfttp - : transr:c uplo:c n:i arf:p ap:p info:o
-dtfttr - : transr:c uplo:c n:i arf:p a:p lda:i info:o
-dtgevc - : side:c howmny:c select:ii[n]?howmny=S n:i s:p lds:i p:p ldp:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p info:o
-dtgex2 - : wantq:i wantz:i n:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i j1:i n1:i n2:i work:p lwork:i info:o
-dtgexc - : wantq:i wantz:i n:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ifst:o ilst:o work:p lwork:i info:o
-dtgsen - : ijob:i wantq:i wantz:i select:ii[n] n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i m:o pl:p pr:p dif:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dtgsja - : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:p lda:i b:p ldb:i tola:p tolb:p alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p ncycle:o info:o
-dtgsna - : job:c howmny:c select:ii[n]?howmny=S n:i a:p lda:i b:p ldb:i vl:p ldvl:i vr:p ldvr:i s:p dif:p mm:i m:o work:p lwork:i iwork:ix[n+6]?job=BV info:o
-dtgsy2 - : trans:c ijob:i?trans=N m:i n:i a:p lda:i b:p ldb:i c:p ldc:i d:p ldd:i e:p lde:i f:p ldf:i scale:p rdsum:p rdscal:p iwork:ix[m+n+2] pq:o info:o
-dtgsyl - : trans:c ijob:i?trans=N m:i n:i a:p lda:i b:p ldb:i c:p ldc:i d:p ldd:i e:p lde:i f:p ldf:i scale:p dif:p work:p lwork:i iwork:ix[m+n+6] info:o
-dtpcon - : norm:c uplo:c diag:c n:i ap:p rcond:p work:p iwork:ix[n] info:o
-dtplqt - : m:i n:i l:i mb:i a:p lda:i b:p ldb:i t:p ldt:i work:p info:o
-dtplqt2 - : m:i n:i l:i a:p lda:i b:p ldb:i t:p ldt:i info:o
-dtpmlqt - : side:c trans:c m:i n:i k:i l:i mb:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p info:o
-dtpmqrt - : side:c trans:c m:i n:i k:i l:i nb:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p info:o
-dtpqrt - : m:i n:i l:i nb:i a:p lda:i b:p ldb:i t:p ldt:i work:p info:o
-dtpqrt2 - : m:i n:i l:i a:p lda:i b:p ldb:i t:p ldt:i info:o
-dtprfb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p ldwork:i
-dtprfs - : uplo:c trans:c diag:c n:i nrhs:i ap:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dtptri - : uplo:c diag:c n:i ap:p info:o
-dtptrs - : uplo:c trans:c diag:c n:i nrhs:i ap:p b:p ldb:i info:o
-dtpttf - : transr:c uplo:c n:i ap:p arf:p info:o
-dtpttr - : uplo:c n:i ap:p a:p lda:i info:o
-dtrcon - : norm:c uplo:c diag:c n:i a:p lda:i rcond:p work:p iwork:ix[n] info:o
-dtrevc - : side:c howmny:c select:iio[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p info:o
-dtrevc3 - : side:c howmny:c select:iio[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p lwork:i info:o
-dtrexc - : compq:c n:i t:p ldt:i q:p ldq:i ifst:o ilst:o work:p info:o
-dtrrfs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-dtrsen - : job:c compq:c select:ii[n] n:i t:p ldt:i q:p ldq:i wr:p wi:p m:o s:p sep:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-dtrsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i s:p sep:p mm:i m:o work:p ldwork:i iwork:ix[2*(n-1)]?job=BV info:o
-dtrsyl - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p info:o
-dtrsyl3 - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p iwork:iw[max(1,liwork)] liwork:i swork:p ldswork:i info:o
-dtrti2 - : uplo:c diag:c n:i a:p lda:i info:o
-dtrtri - : uplo:c diag:c n:i a:p lda:i info:o
-dtrtrs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-dtrttf - : transr:c uplo:c n:i a:p lda:i arf:p info:o
-dtrttp - : uplo:c n:i a:p lda:i ap:p info:o
-dtzrqf - : m:i n:i a:p lda:i tau:p info:o
-dtzrzf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-dzsum1 d : n:i cx:p incx:i
-icmax1 i : n:i cx:p incx:i
-ieeeck i : ispec:i zero:p one:p
-ilaclc i : m:i n:i a:p lda:i
-ilaclr i : m:i n:i a:p lda:i
+drscl - : n:i sa:e sx:y incx:i
+dsb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:y lda:i v:y tau:y ldvt:i work:y
+dsbev - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:y z:y ldz:i work:y info:o
+dsbev_2stage - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:y z:y ldz:i work:y lwork:i info:o
+dsbevd - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dsbevd_2stage - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dsbevx - : jobz:c range:c uplo:c n:i kd:i ab:y ldab:i q:y ldq:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+dsbevx_2stage - : jobz:c range:c uplo:c n:i kd:i ab:y ldab:i q:y ldq:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+dsbgst - : vect:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:e ldbb:i x:y ldx:i work:y info:o
+dsbgv - : jobz:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i w:y z:y ldz:i work:y info:o
+dsbgvd - : jobz:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dsbgvx - : jobz:c range:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i q:y ldq:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[m]?jobz=V info:o
+dsbtrd - : vect:c uplo:c n:i kd:i ab:y ldab:i d:y e:y q:y ldq:i work:y info:o
+dsfrk - : transr:c uplo:c trans:c n:i k:i alpha:e a:e lda:i beta:e c:y
+dsgesv - : n:i nrhs:i a:y lda:i ipiv:io[n] b:e ldb:i x:y ldx:i work:y swork:y.s iter:o info:o
+dspcon - : uplo:c n:i ap:e ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+dspev - : jobz:c uplo:c n:i ap:y w:y z:y ldz:i work:y info:o
+dspevd - : jobz:c uplo:c n:i ap:y w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dspevx - : jobz:c range:c uplo:c n:i ap:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+dspgst - : itype:i uplo:c n:i ap:y bp:e info:o
+dspgv - : itype:i jobz:c uplo:c n:i ap:y bp:y w:y z:y ldz:i work:y info:o
+dspgvd - : itype:i jobz:c uplo:c n:i ap:y bp:y w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dspgvx - : itype:i jobz:c range:c uplo:c n:i ap:y bp:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+dsposv - : uplo:c n:i nrhs:i a:y lda:i b:e ldb:i x:y ldx:i work:y swork:y.s iter:o info:o
+dsprfs - : uplo:c n:i nrhs:i ap:e afp:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dspsv - : uplo:c n:i nrhs:i ap:y ipiv:io[n] b:y ldb:i info:o
+dspsvx - : fact:c uplo:c n:i nrhs:i ap:e afp:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+dsptrd - : uplo:c n:i ap:y d:y e:y tau:y info:o
+dsptrf - : uplo:c n:i ap:y ipiv:io[n] info:o
+dsptri - : uplo:c n:i ap:y ipiv:ii[n] work:y info:o
+dsptrs - : uplo:c n:i nrhs:i ap:e ipiv:ii[n] b:y ldb:i info:o
+dstebz - : range:c order:c n:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e d:e e:e m:o nsplit:o w:y iblock:io[n] isplit:io[n] work:y iwork:ix[3*n] info:o
+dstedc - : compz:c n:i d:y e:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dstegr - : jobz:c range:c n:i d:y e:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i iwork:iw[liwork] liwork:i info:o
+dstein - : n:i d:e e:e m:i w:e iblock:ii[n] isplit:ii[n] z:y ldz:i work:y iwork:ix[n] ifail:io[m] info:o
+dstemr - : jobz:c range:c n:i d:y e:y vl:e vu:e il:i?range=I iu:i?range=I m:o<=n w:y z:y ldz:i nzc:i isuppz:io[2*max(1,m)] tryrac:o work:y lwork:i iwork:iw[liwork] liwork:i info:o
+dsteqr - : compz:c n:i d:y e:y z:y ldz:i work:y info:o
+dsterf - : n:i d:y e:y info:o
+dstev - : jobz:c n:i d:y e:y z:y ldz:i work:y info:o
+dstevd - : jobz:c n:i d:y e:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dstevr - : jobz:c range:c n:i d:y e:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dstevx - : jobz:c range:c n:i d:y e:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+dsycon - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+dsycon_3 - : uplo:c n:i a:e lda:i e:e ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+dsycon_rook - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+dsyconv - : uplo:c way:c n:i a:y lda:i ipiv:ii[n] e:y info:o
+dsyconvf - : uplo:c way:c n:i a:y lda:i e:y ipiv:iio[n] info:o
+dsyconvf_rook - : uplo:c way:c n:i a:y lda:i e:y ipiv:ii[n] info:o
+dsyequb - : uplo:c n:i a:e lda:i s:y scond:y amax:y work:y info:o
+dsyev - : jobz:c uplo:c n:i a:y lda:i w:y work:y lwork:i info:o
+dsyev_2stage - : jobz:c uplo:c n:i a:y lda:i w:y work:y lwork:i info:o
+dsyevd - : jobz:c uplo:c n:i a:y lda:i w:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dsyevd_2stage - : jobz:c uplo:c n:i a:y lda:i w:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dsyevr - : jobz:c range:c uplo:c n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dsyevr_2stage - : jobz:c range:c uplo:c n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dsyevx - : jobz:c range:c uplo:c n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+dsyevx_2stage - : jobz:c range:c uplo:c n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+dsygs2 - : itype:i uplo:c n:i a:y lda:i b:e ldb:i info:o
+dsygst - : itype:i uplo:c n:i a:y lda:i b:e ldb:i info:o
+dsygv - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:y work:y lwork:i info:o
+dsygv_2stage - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:y work:y lwork:i info:o
+dsygvd - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dsygvx - : itype:i jobz:c range:c uplo:c n:i a:y lda:i b:y ldb:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+dsyrfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dsysv - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+dsysv_aa - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+dsysv_aa_2stage - : uplo:c n:i nrhs:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] b:y ldb:i work:y lwork:i info:o
+dsysv_rk - : uplo:c n:i nrhs:i a:y lda:i e:y ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+dsysv_rook - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+dsysvx - : fact:c uplo:c n:i nrhs:i a:e lda:i af:y ldaf:i ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y lwork:i iwork:ix[n] info:o
+dsyswapr - : uplo:c n:i a:y lda:i i1:i i2:i
+dsytd2 - : uplo:c n:i a:y lda:i d:y e:y tau:y info:o
+dsytf2 - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+dsytf2_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] info:o
+dsytf2_rook - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+dsytrd - : uplo:c n:i a:y lda:i d:y e:y tau:y work:y lwork:i info:o
+dsytrd_2stage - : vect:c uplo:c n:i a:y lda:i d:y e:y tau:y hous2:y lhous2:i work:y lwork:i info:o
+dsytrd_sb2st - : stage1:c vect:c uplo:c n:i kd:i ab:y ldab:i d:y e:y hous:y lhous:i work:y lwork:i info:o
+dsytrd_sy2sb - : uplo:c n:i kd:i a:y lda:i ab:y ldab:i tau:y work:y lwork:i info:o
+dsytrf - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+dsytrf_aa - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+dsytrf_aa_2stage - : uplo:c n:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] work:y lwork:i info:o
+dsytrf_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] work:y lwork:i info:o
+dsytrf_rook - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+dsytri - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+dsytri2 - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+dsytri2x - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y nb:i info:o
+dsytri_3 - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y lwork:i info:o
+dsytri_3x - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y nb:i info:o
+dsytri_rook - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+dsytrs - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+dsytrs2 - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y info:o
+dsytrs_3 - : uplo:c n:i nrhs:i a:e lda:i e:e ipiv:ii[n] b:y ldb:i info:o
+dsytrs_aa - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y lwork:i info:o
+dsytrs_aa_2stage - : uplo:c n:i nrhs:i a:e lda:i tb:y ltb:i ipiv:ii[n] ipiv2:ii[n] b:y ldb:i info:o
+dsytrs_rook - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+dtbcon - : norm:c uplo:c diag:c n:i kd:i ab:e ldab:i rcond:y work:y iwork:ix[n] info:o
+dtbrfs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:e ldab:i b:e ldb:i x:e ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dtbtrs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:e ldab:i b:y ldb:i info:o
+dtfsm - : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:e a:e b:y ldb:i
+dtftri - : transr:c uplo:c diag:c n:i a:y info:o
+dtfttp - : transr:c uplo:c n:i arf:e ap:y info:o
+dtfttr - : transr:c uplo:c n:i arf:e a:y lda:i info:o
+dtgevc - : side:c howmny:c select:ii[n]?howmny=S n:i s:e lds:i p:e ldp:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y info:o
+dtgex2 - : wantq:i wantz:i n:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i j1:i n1:i n2:i work:y lwork:i info:o
+dtgexc - : wantq:i wantz:i n:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i ifst:o ilst:o work:y lwork:i info:o
+dtgsen - : ijob:i wantq:i wantz:i select:ii[n] n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y q:y ldq:i z:y ldz:i m:o pl:y pr:y dif:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dtgsja - : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:y lda:i b:y ldb:i tola:e tolb:e alpha:y beta:y u:y ldu:i v:y ldv:i q:y ldq:i work:y ncycle:o info:o
+dtgsna - : job:c howmny:c select:ii[n]?howmny=S n:i a:e lda:i b:e ldb:i vl:e ldvl:i vr:e ldvr:i s:y dif:y mm:i m:o work:y lwork:i iwork:ix[n+6]?job=BV info:o
+dtgsy2 - : trans:c ijob:i?trans=N m:i n:i a:e lda:i b:e ldb:i c:y ldc:i d:e ldd:i e:e lde:i f:y ldf:i scale:y rdsum:y rdscal:y iwork:ix[m+n+2] pq:o info:o
+dtgsyl - : trans:c ijob:i?trans=N m:i n:i a:e lda:i b:e ldb:i c:y ldc:i d:e ldd:i e:e lde:i f:y ldf:i scale:y dif:y work:y lwork:i iwork:ix[m+n+6] info:o
+dtpcon - : norm:c uplo:c diag:c n:i ap:e rcond:y work:y iwork:ix[n] info:o
+dtplqt - : m:i n:i l:i mb:i a:y lda:i b:y ldb:i t:y ldt:i work:y info:o
+dtplqt2 - : m:i n:i l:i a:y lda:i b:y ldb:i t:y ldt:i info:o
+dtpmlqt - : side:c trans:c m:i n:i k:i l:i mb:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y info:o
+dtpmqrt - : side:c trans:c m:i n:i k:i l:i nb:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y info:o
+dtpqrt - : m:i n:i l:i nb:i a:y lda:i b:y ldb:i t:y ldt:i work:y info:o
+dtpqrt2 - : m:i n:i l:i a:y lda:i b:y ldb:i t:y ldt:i info:o
+dtprfb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y ldwork:i
+dtprfs - : uplo:c trans:c diag:c n:i nrhs:i ap:e b:e ldb:i x:e ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dtptri - : uplo:c diag:c n:i ap:y info:o
+dtptrs - : uplo:c trans:c diag:c n:i nrhs:i ap:e b:y ldb:i info:o
+dtpttf - : transr:c uplo:c n:i ap:e arf:y info:o
+dtpttr - : uplo:c n:i ap:e a:y lda:i info:o
+dtrcon - : norm:c uplo:c diag:c n:i a:e lda:i rcond:y work:y iwork:ix[n] info:o
+dtrevc - : side:c howmny:c select:iio[n]?howmny=S n:i t:e ldt:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y info:o
+dtrevc3 - : side:c howmny:c select:iio[n]?howmny=S n:i t:e ldt:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y lwork:i info:o
+dtrexc - : compq:c n:i t:y ldt:i q:y ldq:i ifst:o ilst:o work:y info:o
+dtrrfs - : uplo:c trans:c diag:c n:i nrhs:i a:e lda:i b:e ldb:i x:e ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+dtrsen - : job:c compq:c select:ii[n] n:i t:y ldt:i q:y ldq:i wr:y wi:y m:o s:y sep:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+dtrsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:e ldt:i vl:e ldvl:i vr:e ldvr:i s:y sep:y mm:i m:o work:y ldwork:i iwork:ix[2*(n-1)]?job=BV info:o
+dtrsyl - : trana:c tranb:c isgn:i m:i n:i a:e lda:i b:e ldb:i c:y ldc:i scale:y info:o
+dtrsyl3 - : trana:c tranb:c isgn:i m:i n:i a:e lda:i b:e ldb:i c:y ldc:i scale:y iwork:iw[max(1,liwork)] liwork:i swork:y ldswork:i info:o
+dtrti2 - : uplo:c diag:c n:i a:y lda:i info:o
+dtrtri - : uplo:c diag:c n:i a:y lda:i info:o
+dtrtrs - : uplo:c trans:c diag:c n:i nrhs:i a:e lda:i b:y ldb:i info:o
+dtrttf - : transr:c uplo:c n:i a:e lda:i arf:y info:o
+dtrttp - : uplo:c n:i a:e lda:i ap:y info:o
+dtzrqf - : m:i n:i a:y lda:i tau:y info:o
+dtzrzf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+dzsum1 d : n:i cx:e.z incx:i
+icmax1 i : n:i cx:e.c incx:i
+ieeeck i : ispec:i zero:e.s one:e.s
+ilaclc i : m:i n:i a:e.c lda:i
+ilaclr i : m:i n:i a:e.c lda:i
 iladiag i : diag:c
-iladlc i : m:i n:i a:p lda:i
-iladlr i : m:i n:i a:p lda:i
+iladlc i : m:i n:i a:e.d lda:i
+iladlr i : m:i n:i a:e.d lda:i
 ilaenv i : ispec:i name:c opts:c n1:i n2:i n3:i n4:i
 ilaenv2stage i : ispec:i name:c opts:c n1:i n2:i n3:i n4:i
 ilaprec i : prec:c
-ilaslc i : m:i n:i a:p lda:i
-ilaslr i : m:i n:i a:p lda:i
+ilaslc i : m:i n:i a:e.s lda:i
+ilaslr i : m:i n:i a:e.s lda:i
 ilatrans i : trans:c
 ilauplo i : uplo:c
 ilaver - : vers_major:o vers_minor:o vers_patch:o
-ilazlc i : m:i n:i a:p lda:i
-ilazlr i : m:i n:i a:p lda:i
+ilazlc i : m:i n:i a:e.z lda:i
+ilazlr i : m:i n:i a:e.z lda:i
 iparam2stage i : ispec:i name:c opts:c ni:i nbi:i ibi:i nxi:i
 iparmq i : ispec:i name:c opts:c n:i ilo:i ihi:i lwork:i
-izmax1 i : n:i zx:p incx:i
+izmax1 i : n:i zx:e.z incx:i
 lsamen l : n:i ca:c cb:c
-sbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:p phi:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i b11d:p b11e:p b12d:p b12e:p b21d:p b21e:p b22d:p b22e:p work:p lwork:i info:o
-sbdsdc - : uplo:c compq:c n:i d:p e:p u:p ldu:i vt:p ldvt:i q:p iq:io[n*(3+3*log2(n/26))]?compq=P work:p iwork:ix[8*n] info:o
-sbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
-sbdsvdx - : uplo:c jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I ns:o s:p z:p ldz:i work:p iwork:io[12*n] info:o
-scsum1 s : n:i cx:p incx:i
-sdisna - : job:c m:i n:i d:p sep:p info:o
-sgbbrd - : vect:c m:i n:i ncc:i kl:i ku:i ab:p ldab:i d:p e:p q:p ldq:i pt:p ldpt:i c:p ldc:i work:p info:o
-sgbcon - : norm:c n:i kl:i ku:i ab:p ldab:i ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-sgbequ - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-sgbequb - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-sgbrfs - : trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i afb:p ldafb:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-sgbsv - : n:i kl:i ku:i nrhs:i ab:p ldab:i ipiv:io[n] b:p ldb:i info:o
-sgbsvx - : fact:c trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i afb:p ldafb:i ipiv:iio[n] equed:c r:p c:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-sgbtf2 - : m:i n:i kl:i ku:i ab:p ldab:i ipiv:io[min(m,n)] info:o
-sgbtrf - : m:i n:i kl:i ku:i ab:p ldab:i ipiv:io[min(m,n)] info:o
-sgbtrs - : trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i ipiv:ii[n] b:p ldb:i info:o
-sgebak - : job:c side:c n:i ilo:i ihi:i scale:p m:i v:p ldv:i info:o
-sgebal - : job:c n:i a:p lda:i ilo:o ihi:o scale:p info:o
-sgebd2 - : m:i n:i a:p lda:i d:p e:p tauq:p taup:p work:p info:o
-sgebrd - : m:i n:i a:p lda:i d:p e:p tauq:p taup:p work:p lwork:i info:o
-sgecon - : norm:c n:i a:p lda:i anorm:p rcond:p work:p iwork:ix[n] info:o
-sgeequ - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-sgeequb - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-sgees - : jobvs:c sort:c select:f n:i a:p lda:i sdim:o wr:p wi:p vs:p ldvs:i work:p lwork:i bwork:lw[n]?sort=S info:o
-sgeesx - : jobvs:c sort:c select:f sense:c n:i a:p lda:i sdim:o wr:p wi:p vs:p ldvs:i rconde:p rcondv:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
-sgeev - : jobvl:c jobvr:c n:i a:p lda:i wr:p wi:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i info:o
-sgeevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:p lda:i wr:p wi:p vl:p ldvl:i vr:p ldvr:i ilo:o ihi:o scale:p abnrm:p rconde:p rcondv:p work:p lwork:i iwork:ix[2*n-2]?sense=BV info:o
-sgegs - : jobvsl:c jobvsr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i info:o
-sgegv - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i info:o
-sgehd2 - : n:i ilo:i ihi:i a:p lda:i tau:p work:p info:o
-sgehrd - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
-sgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:p lda:i sva:p u:p ldu:i v:p ldv:i work:p lwork:i iwork:io[m+3*n] info:o
-sgelq - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
-sgelq2 - : m:i n:i a:p lda:i tau:p work:p info:o
-sgelqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-sgelqt - : m:i n:i mb:i a:p lda:i t:p ldt:i work:p info:o
-sgelqt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
-sgels - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-sgelsd - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
-sgelss - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i info:o
-sgelst - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-sgelsx - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p info:o
-sgelsy - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p lwork:i info:o
-sgemlq - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
-sgemlqt - : side:c trans:c m:i n:i k:i mb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
-sgemqr - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
-sgemqrt - : side:c trans:c m:i n:i k:i nb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
-sgeql2 - : m:i n:i a:p lda:i tau:p work:p info:o
-sgeqlf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-sgeqp3 - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p lwork:i info:o
-sgeqpf - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p info:o
-sgeqr - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
-sgeqr2 - : m:i n:i a:p lda:i tau:p work:p info:o
-sgeqr2p - : m:i n:i a:p lda:i tau:p work:p info:o
-sgeqrf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-sgeqrfp - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-sgeqrt - : m:i n:i nb:i a:p lda:i t:p ldt:i work:p info:o
-sgeqrt2 - : m:i n:i a:p lda:i t:p ldt:i info:o
-sgeqrt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
-sgerfs - : trans:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-sgerq2 - : m:i n:i a:p lda:i tau:p work:p info:o
-sgerqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-sgesc2 - : n:i a:p lda:i rhs:p ipiv:ii[n] jpiv:ii[n] scale:p
-sgesdd - : jobz:c m:i n:i a:p lda:i s:p u:p ldu:i vt:p ldvt:i work:p lwork:i iwork:ix[8*min(m,n)] info:o
-sgesv - : n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i info:o
-sgesvd - : jobu:c jobvt:c m:i n:i a:p lda:i s:p u:p ldu:i vt:p ldvt:i work:p lwork:i info:o
-sgesvdq - : joba:c jobp:c jobr:c jobu:c jobv:c m:i n:i a:p lda:i s:p u:p ldu:i v:p ldv:i numrank:o iwork:io[max(1,liwork)] liwork:i work:p lwork:o rwork:p lrwork:i info:o
-sgesvdx - : jobu:c jobvt:c range:c m:i n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I ns:o s:p u:p ldu:i vt:p ldvt:i work:p lwork:i iwork:io[12*min(m,n)] info:o
-sgesvj - : joba:c jobu:c jobv:c m:i n:i a:p lda:i sva:p mv:i v:p ldv:i work:p lwork:i info:o
-sgesvx - : fact:c trans:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] equed:c r:p c:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-sgetc2 - : n:i a:p lda:i ipiv:io[n] jpiv:io[n] info:o
-sgetf2 - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-sgetrf - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-sgetrf2 - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-sgetri - : n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-sgetrs - : trans:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-sgetsls - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-sgetsqrhrt - : m:i n:i mb1:i nb1:i nb2:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-sggbak - : job:c side:c n:i ilo:i ihi:i lscale:p rscale:p m:i v:p ldv:i info:o
-sggbal - : job:c n:i a:p lda:i b:p ldb:i ilo:o ihi:o lscale:p rscale:p work:p info:o
-sgges - : jobvsl:c jobvsr:c sort:c selctg:f n:i a:p lda:i b:p ldb:i sdim:o alphar:p alphai:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i bwork:lw[n]?sort=S info:o
-sgges3 - : jobvsl:c jobvsr:c sort:c selctg:f n:i a:p lda:i b:p ldb:i sdim:o alphar:p alphai:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i bwork:lw[n]?sort=S info:o
-sggesx - : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:p lda:i b:p ldb:i sdim:o alphar:p alphai:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i rconde:p rcondv:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
-sggev - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i info:o
-sggev3 - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i info:o
-sggevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p vl:p ldvl:i vr:p ldvr:i ilo:o ihi:o lscale:p rscale:p abnrm:p bbnrm:p rconde:p rcondv:p work:p lwork:i iwork:ix[n+6]?sense=BNV bwork:lw[n]?sense=BEV info:o
-sggglm - : n:i m:i p:i a:p lda:i b:p ldb:i d:p x:p y:p work:p lwork:i info:o
-sgghd3 - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i work:p lwork:i info:o
-sgghrd - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i info:o
-sgglse - : m:i n:i p:i a:p lda:i b:p ldb:i c:p d:p x:p work:p lwork:i info:o
-sggqrf - : n:i m:i p:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
-sggrqf - : m:i p:i n:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
-sggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p iwork:io[n] info:o
-sggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p lwork:i iwork:io[n] info:o
-sggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] tau:p work:p info:o
-sggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] tau:p work:p lwork:i info:o
-sgsvj0 - : jobv:c m:i n:i a:p lda:i d:p sva:p mv:i?jobv=AV v:p ldv:i eps:p sfmin:p tol:p nsweep:i work:p lwork:i info:o
-sgsvj1 - : jobv:c m:i n:i n1:i a:p lda:i d:p sva:p mv:i?jobv=AV v:p ldv:i eps:p sfmin:p tol:p nsweep:i work:p lwork:i info:o
-sgtcon - : norm:c n:i dl:p d:p du:p du2:p ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-sgtrfs - : trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-sgtsv - : n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-sgtsvx - : fact:c trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-sgttrf - : n:i dl:p d:p du:p du2:p ipiv:io[n] info:o
-sgttrs - : trans:c n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i info:o
-sgtts2 - : itrans:i n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i
-shgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:p ldh:i t:p ldt:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i info:o
-shsein - : side:c eigsrc:c initv:c select:iio[n] n:i h:p ldh:i wr:p wi:p vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
-shseqr - : job:c compz:c n:i ilo:i ihi:i h:p ldh:i wr:p wi:p z:p ldz:i work:p lwork:i info:o
-sisnan l : sin:p
-slabad - : small:p large:p
-slabrd - : m:i n:i nb:i a:p lda:i d:p e:p tauq:p taup:p x:p ldx:i y:p ldy:i
-slacn2 - : n:i v:p x:p isgn:iio[n] est:p kase:o isave:iio[3]
-slacon - : n:i v:p x:p isgn:iio[n] est:p kase:o
-slacpy - : uplo:c m:i n:i a:p lda:i b:p ldb:i
-sladiv - : a:p b:p c:p d:p p:p q:p
-sladiv1 - : a:p b:p c:p d:p p:p q:p
-sladiv2 s : a:p b:p c:p d:p r:p t:p
-slae2 - : a:p b:p c:p rt1:p rt2:p
-slaebz - : ijob:i nitmax:i n:i mmax:i minp:i nbmin:i abstol:p reltol:p pivmin:p d:p e:p e2:p nval:iio[minp] ab:p c:p mout:o nab:iio[mmax*2] work:p iwork:ix[mmax] info:o
-slaed0 - : icompq:i qsiz:i n:i d:p e:p q:p ldq:i qstore:p ldqs:i work:p iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
-slaed1 - : n:i d:p q:p ldq:i indxq:iio[n] rho:p cutpnt:i work:p iwork:ix[4*n] info:o
-slaed2 - : k:o n:i n1:i d:p q:p ldq:i indxq:iio[n] rho:p z:p dlamda:p w:p q2:p indx:io[n] indxc:io[n] indxp:io[n] coltyp:io[n] info:o
-slaed3 - : k:i n:i n1:i d:p q:p ldq:i rho:p dlamda:p q2:p indx:ii[n] ctot:ii[4] w:p s:p info:o
-slaed4 - : n:i i:i d:p z:p delta:p rho:p dlam:p info:o
-slaed5 - : i:i d:p z:p delta:p rho:p dlam:p
-slaed6 - : kniter:i orgati:i rho:p d:p z:p finit:p tau:p info:o
-slaed7 - : icompq:i n:i qsiz:i tlvls:i curlvl:i curpbm:i d:p q:p ldq:i indxq:io[n] rho:p cutpnt:i qstore:p qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:p work:p iwork:ix[4*n] info:o
-slaed8 - : icompq:i k:o n:i qsiz:i d:p q:p ldq:i indxq:ii[n] rho:p cutpnt:i z:p dlamda:p q2:p ldq2:i w:p perm:io[n] givptr:o givcol:io[2*n] givnum:p indxp:io[n] indx:io[n] info:o
-slaed9 - : k:i kstart:i kstop:i n:i d:p q:p ldq:i rho:p dlamda:p w:p s:p lds:i info:o
-slaeda - : n:i tlvls:i curlvl:i curpbm:i prmptr:ii[n*log2(2*n-1)] perm:ii[n*log2(2*n-1)] givptr:ii[n*log2(2*n-1)] givcol:ii[2*n*log2(2*n-1)] givnum:p q:p qptr:ii[n+2] z:p ztemp:p info:o
-slaein - : rightv:i noinit:i n:i h:p ldh:i wr:p wi:p vr:p vi:p b:p ldb:i work:p eps3:p smlnum:p bignum:p info:o
-slaev2 - : a:p b:p c:p rt1:p rt2:p cs1:p sn1:p
-slaexc - : wantq:i n:i t:p ldt:i q:p ldq:i j1:i n1:i n2:i work:p info:o
-slag2 - : a:p lda:i b:p ldb:i safmin:p scale1:p scale2:p wr1:p wr2:p wi:p
-slag2d - : m:i n:i sa:p ldsa:i a:p lda:i info:o
-slags2 - : upper:i a1:p a2:p a3:p b1:p b2:p b3:p csu:p snu:p csv:p snv:p csq:p snq:p
-slagtf - : n:i a:p lambda:p b:p c:p tol:p d:p in:io[n] info:o
-slagtm - : trans:c n:i nrhs:i alpha:p dl:p d:p du:p x:p ldx:i beta:p b:p ldb:i
-slagts - : job:i n:i a:p b:p c:p d:p in:ii[n] y:p tol:p info:o
-slagv2 - : a:p lda:i b:p ldb:i alphar:p alphai:p beta:p csl:p snl:p csr:p snr:p
-slahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i wr:p wi:p iloz:i ihiz:i z:p ldz:i info:o
-slahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
-slahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
-slaic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
-slaisnan l : sin1:p sin2:p
-slaln2 - : ltrans:i na:i nw:i smin:p ca:p a:p lda:i d1:p d2:p b:p ldb:i wr:p wi:p x:p ldx:i scale:p xnorm:p info:o
-slals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p work:p info:o
-slalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p work:p iwork:ix[3*n] info:o
-slalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
-slamc3 s : a:p b:p
+sbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:y phi:y u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i v2t:y ldv2t:i b11d:y b11e:y b12d:y b12e:y b21d:y b21e:y b22d:y b22e:y work:y lwork:i info:o
+sbdsdc - : uplo:c compq:c n:i d:y e:y u:y ldu:i vt:y ldvt:i q:y iq:io[n*(3+3*log2(n/26))]?compq=P work:y iwork:ix[8*n] info:o
+sbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:y e:y vt:y ldvt:i u:y ldu:i c:y ldc:i work:y info:o
+sbdsvdx - : uplo:c jobz:c range:c n:i d:e e:e vl:e vu:e il:i?range=I iu:i?range=I ns:o s:y z:y ldz:i work:y iwork:io[12*n] info:o
+scsum1 s : n:i cx:e.c incx:i
+sdisna - : job:c m:i n:i d:e sep:y info:o
+sgbbrd - : vect:c m:i n:i ncc:i kl:i ku:i ab:y ldab:i d:y e:y q:y ldq:i pt:y ldpt:i c:y ldc:i work:y info:o
+sgbcon - : norm:c n:i kl:i ku:i ab:e ldab:i ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+sgbequ - : m:i n:i kl:i ku:i ab:e ldab:i r:y c:y rowcnd:y colcnd:y amax:y info:o
+sgbequb - : m:i n:i kl:i ku:i ab:e ldab:i r:y c:y rowcnd:y colcnd:y amax:y info:o
+sgbrfs - : trans:c n:i kl:i ku:i nrhs:i ab:e ldab:i afb:e ldafb:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+sgbsv - : n:i kl:i ku:i nrhs:i ab:y ldab:i ipiv:io[n] b:y ldb:i info:o
+sgbsvx - : fact:c trans:c n:i kl:i ku:i nrhs:i ab:y ldab:i afb:y ldafb:i ipiv:iio[n] equed:c r:y c:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+sgbtf2 - : m:i n:i kl:i ku:i ab:y ldab:i ipiv:io[min(m,n)] info:o
+sgbtrf - : m:i n:i kl:i ku:i ab:y ldab:i ipiv:io[min(m,n)] info:o
+sgbtrs - : trans:c n:i kl:i ku:i nrhs:i ab:e ldab:i ipiv:ii[n] b:y ldb:i info:o
+sgebak - : job:c side:c n:i ilo:i ihi:i scale:e m:i v:y ldv:i info:o
+sgebal - : job:c n:i a:y lda:i ilo:o ihi:o scale:y info:o
+sgebd2 - : m:i n:i a:y lda:i d:y e:y tauq:y taup:y work:y info:o
+sgebrd - : m:i n:i a:y lda:i d:y e:y tauq:y taup:y work:y lwork:i info:o
+sgecon - : norm:c n:i a:e lda:i anorm:e rcond:y work:y iwork:ix[n] info:o
+sgeequ - : m:i n:i a:e lda:i r:y c:y rowcnd:y colcnd:y amax:y info:o
+sgeequb - : m:i n:i a:e lda:i r:y c:y rowcnd:y colcnd:y amax:y info:o
+sgees - : jobvs:c sort:c select:f2 n:i a:y lda:i sdim:o wr:y wi:y vs:y ldvs:i work:y lwork:i bwork:lw[n]?sort=S info:o
+sgeesx - : jobvs:c sort:c select:f2 sense:c n:i a:y lda:i sdim:o wr:y wi:y vs:y ldvs:i rconde:y rcondv:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
+sgeev - : jobvl:c jobvr:c n:i a:y lda:i wr:y wi:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i info:o
+sgeevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:y lda:i wr:y wi:y vl:y ldvl:i vr:y ldvr:i ilo:o ihi:o scale:y abnrm:y rconde:y rcondv:y work:y lwork:i iwork:ix[2*n-2]?sense=BV info:o
+sgegs - : jobvsl:c jobvsr:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i info:o
+sgegv - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i info:o
+sgehd2 - : n:i ilo:i ihi:i a:y lda:i tau:y work:y info:o
+sgehrd - : n:i ilo:i ihi:i a:y lda:i tau:y work:y lwork:i info:o
+sgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:y lda:i sva:y u:y ldu:i v:y ldv:i work:y lwork:i iwork:io[m+3*n] info:o
+sgelq - : m:i n:i a:y lda:i t:y tsize:i work:y lwork:i info:o
+sgelq2 - : m:i n:i a:y lda:i tau:y work:y info:o
+sgelqf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+sgelqt - : m:i n:i mb:i a:y lda:i t:y ldt:i work:y info:o
+sgelqt3 - : m:i n:i a:y lda:i t:y ldt:i info:o
+sgels - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+sgelsd - : m:i n:i nrhs:i a:y lda:i b:y ldb:i s:y rcond:e rank:o work:y lwork:i iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
+sgelss - : m:i n:i nrhs:i a:y lda:i b:y ldb:i s:y rcond:e rank:o work:y lwork:i info:o
+sgelst - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+sgelsx - : m:i n:i nrhs:i a:y lda:i b:y ldb:i jpvt:iio[n] rcond:e rank:o work:y info:o
+sgelsy - : m:i n:i nrhs:i a:y lda:i b:y ldb:i jpvt:iio[n] rcond:e rank:o work:y lwork:i info:o
+sgemlq - : side:c trans:c m:i n:i k:i a:e lda:i t:e tsize:i c:y ldc:i work:y lwork:i info:o
+sgemlqt - : side:c trans:c m:i n:i k:i mb:i v:e ldv:i t:e ldt:i c:y ldc:i work:y info:o
+sgemqr - : side:c trans:c m:i n:i k:i a:e lda:i t:e tsize:i c:y ldc:i work:y lwork:i info:o
+sgemqrt - : side:c trans:c m:i n:i k:i nb:i v:e ldv:i t:e ldt:i c:y ldc:i work:y info:o
+sgeql2 - : m:i n:i a:y lda:i tau:y work:y info:o
+sgeqlf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+sgeqp3 - : m:i n:i a:y lda:i jpvt:iio[n] tau:y work:y lwork:i info:o
+sgeqpf - : m:i n:i a:y lda:i jpvt:iio[n] tau:y work:y info:o
+sgeqr - : m:i n:i a:y lda:i t:y tsize:i work:y lwork:i info:o
+sgeqr2 - : m:i n:i a:y lda:i tau:y work:y info:o
+sgeqr2p - : m:i n:i a:y lda:i tau:y work:y info:o
+sgeqrf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+sgeqrfp - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+sgeqrt - : m:i n:i nb:i a:y lda:i t:y ldt:i work:y info:o
+sgeqrt2 - : m:i n:i a:y lda:i t:y ldt:i info:o
+sgeqrt3 - : m:i n:i a:y lda:i t:y ldt:i info:o
+sgerfs - : trans:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+sgerq2 - : m:i n:i a:y lda:i tau:y work:y info:o
+sgerqf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+sgesc2 - : n:i a:e lda:i rhs:y ipiv:ii[n] jpiv:ii[n] scale:y
+sgesdd - : jobz:c m:i n:i a:y lda:i s:y u:y ldu:i vt:y ldvt:i work:y lwork:i iwork:ix[8*min(m,n)] info:o
+sgesv - : n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i info:o
+sgesvd - : jobu:c jobvt:c m:i n:i a:y lda:i s:y u:y ldu:i vt:y ldvt:i work:y lwork:i info:o
+sgesvdq - : joba:c jobp:c jobr:c jobu:c jobv:c m:i n:i a:y lda:i s:y u:y ldu:i v:y ldv:i numrank:o iwork:io[max(1,liwork)] liwork:i work:y lwork:o rwork:y lrwork:i info:o
+sgesvdx - : jobu:c jobvt:c range:c m:i n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I ns:o s:y u:y ldu:i vt:y ldvt:i work:y lwork:i iwork:io[12*min(m,n)] info:o
+sgesvj - : joba:c jobu:c jobv:c m:i n:i a:y lda:i sva:y mv:i v:y ldv:i work:y lwork:i info:o
+sgesvx - : fact:c trans:c n:i nrhs:i a:y lda:i af:y ldaf:i ipiv:iio[n] equed:c r:y c:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+sgetc2 - : n:i a:y lda:i ipiv:io[n] jpiv:io[n] info:o
+sgetf2 - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+sgetrf - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+sgetrf2 - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+sgetri - : n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+sgetrs - : trans:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+sgetsls - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+sgetsqrhrt - : m:i n:i mb1:i nb1:i nb2:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+sggbak - : job:c side:c n:i ilo:i ihi:i lscale:e rscale:e m:i v:y ldv:i info:o
+sggbal - : job:c n:i a:y lda:i b:y ldb:i ilo:o ihi:o lscale:y rscale:y work:y info:o
+sgges - : jobvsl:c jobvsr:c sort:c selctg:f3 n:i a:y lda:i b:y ldb:i sdim:o alphar:y alphai:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i bwork:lw[n]?sort=S info:o
+sgges3 - : jobvsl:c jobvsr:c sort:c selctg:f3 n:i a:y lda:i b:y ldb:i sdim:o alphar:y alphai:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i bwork:lw[n]?sort=S info:o
+sggesx - : jobvsl:c jobvsr:c sort:c selctg:f3 sense:c n:i a:y lda:i b:y ldb:i sdim:o alphar:y alphai:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i rconde:y rcondv:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
+sggev - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i info:o
+sggev3 - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i info:o
+sggevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y vl:y ldvl:i vr:y ldvr:i ilo:o ihi:o lscale:y rscale:y abnrm:y bbnrm:y rconde:y rcondv:y work:y lwork:i iwork:ix[n+6]?sense=BNV bwork:lw[n]?sense=BEV info:o
+sggglm - : n:i m:i p:i a:y lda:i b:y ldb:i d:y x:y y:y work:y lwork:i info:o
+sgghd3 - : compq:c compz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i work:y lwork:i info:o
+sgghrd - : compq:c compz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i info:o
+sgglse - : m:i n:i p:i a:y lda:i b:y ldb:i c:y d:y x:y work:y lwork:i info:o
+sggqrf - : n:i m:i p:i a:y lda:i taua:y b:y ldb:i taub:y work:y lwork:i info:o
+sggrqf - : m:i p:i n:i a:y lda:i taua:y b:y ldb:i taub:y work:y lwork:i info:o
+sggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:y lda:i b:y ldb:i alpha:y beta:y u:y ldu:i v:y ldv:i q:y ldq:i work:y iwork:io[n] info:o
+sggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:y lda:i b:y ldb:i alpha:y beta:y u:y ldu:i v:y ldv:i q:y ldq:i work:y lwork:i iwork:io[n] info:o
+sggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:y lda:i b:y ldb:i tola:y tolb:y k:o l:o u:y ldu:i v:y ldv:i q:y ldq:i iwork:ix[n] tau:y work:y info:o
+sggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:y lda:i b:y ldb:i tola:e tolb:e k:o l:o u:y ldu:i v:y ldv:i q:y ldq:i iwork:ix[n] tau:y work:y lwork:i info:o
+sgsvj0 - : jobv:c m:i n:i a:y lda:i d:y sva:y mv:i?jobv=AV v:y ldv:i eps:e sfmin:e tol:e nsweep:i work:y lwork:i info:o
+sgsvj1 - : jobv:c m:i n:i n1:i a:y lda:i d:y sva:y mv:i?jobv=AV v:y ldv:i eps:e sfmin:e tol:e nsweep:i work:y lwork:i info:o
+sgtcon - : norm:c n:i dl:e d:e du:e du2:e ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+sgtrfs - : trans:c n:i nrhs:i dl:e d:e du:e dlf:e df:e duf:e du2:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+sgtsv - : n:i nrhs:i dl:y d:y du:y b:y ldb:i info:o
+sgtsvx - : fact:c trans:c n:i nrhs:i dl:e d:e du:e dlf:y df:y duf:y du2:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+sgttrf - : n:i dl:y d:y du:y du2:y ipiv:io[n] info:o
+sgttrs - : trans:c n:i nrhs:i dl:e d:e du:e du2:e ipiv:ii[n] b:y ldb:i info:o
+sgtts2 - : itrans:i n:i nrhs:i dl:e d:e du:e du2:e ipiv:ii[n] b:y ldb:i
+shgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:y ldh:i t:y ldt:i alphar:y alphai:y beta:y q:y ldq:i z:y ldz:i work:y lwork:i info:o
+shsein - : side:c eigsrc:c initv:c select:iio[n] n:i h:e ldh:i wr:y wi:e vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
+shseqr - : job:c compz:c n:i ilo:i ihi:i h:y ldh:i wr:y wi:y z:y ldz:i work:y lwork:i info:o
+sisnan l : sin:e
+slabad - : small:y large:y
+slabrd - : m:i n:i nb:i a:y lda:i d:y e:y tauq:y taup:y x:y ldx:i y:y ldy:i
+slacn2 - : n:i v:y x:y isgn:iio[n] est:y kase:o isave:iio[3]
+slacon - : n:i v:y x:y isgn:iio[n] est:y kase:o
+slacpy - : uplo:c m:i n:i a:e lda:i b:y ldb:i
+sladiv - : a:e b:e c:e d:e p:y q:y
+sladiv1 - : a:y b:e c:e d:e p:y q:y
+sladiv2 s : a:e b:e c:e d:e r:e t:e
+slae2 - : a:e b:e c:e rt1:y rt2:y
+slaebz - : ijob:i nitmax:i n:i mmax:i minp:i nbmin:i abstol:e reltol:e pivmin:e d:e e:e e2:e nval:iio[minp] ab:y c:y mout:o nab:iio[mmax*2] work:y iwork:ix[mmax] info:o
+slaed0 - : icompq:i qsiz:i n:i d:y e:e q:y ldq:i qstore:y ldqs:i work:y iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
+slaed1 - : n:i d:y q:y ldq:i indxq:iio[n] rho:e cutpnt:i work:y iwork:ix[4*n] info:o
+slaed2 - : k:o n:i n1:i d:y q:y ldq:i indxq:iio[n] rho:y z:e dlamda:y w:y q2:y indx:io[n] indxc:io[n] indxp:io[n] coltyp:io[n] info:o
+slaed3 - : k:i n:i n1:i d:y q:y ldq:i rho:e dlamda:y q2:e indx:ii[n] ctot:ii[4] w:y s:y info:o
+slaed4 - : n:i i:i d:e z:e delta:y rho:e dlam:y info:o
+slaed5 - : i:i d:e z:e delta:y rho:e dlam:y
+slaed6 - : kniter:i orgati:i rho:e d:e z:e finit:e tau:y info:o
+slaed7 - : icompq:i n:i qsiz:i tlvls:i curlvl:i curpbm:i d:y q:y ldq:i indxq:io[n] rho:e cutpnt:i qstore:y qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:e work:y iwork:ix[4*n] info:o
+slaed8 - : icompq:i k:o n:i qsiz:i d:y q:y ldq:i indxq:ii[n] rho:y cutpnt:i z:e dlamda:y q2:y ldq2:i w:y perm:io[n] givptr:o givcol:io[2*n] givnum:y indxp:io[n] indx:io[n] info:o
+slaed9 - : k:i kstart:i kstop:i n:i d:y q:y ldq:i rho:e dlamda:e w:e s:y lds:i info:o
+slaeda - : n:i tlvls:i curlvl:i curpbm:i prmptr:ii[n*log2(2*n-1)] perm:ii[n*log2(2*n-1)] givptr:ii[n*log2(2*n-1)] givcol:ii[2*n*log2(2*n-1)] givnum:e q:e qptr:ii[n+2] z:y ztemp:y info:o
+slaein - : rightv:i noinit:i n:i h:e ldh:i wr:e wi:e vr:y vi:y b:y ldb:i work:y eps3:e smlnum:e bignum:e info:o
+slaev2 - : a:e b:e c:e rt1:y rt2:y cs1:y sn1:y
+slaexc - : wantq:i n:i t:y ldt:i q:y ldq:i j1:i n1:i n2:i work:y info:o
+slag2 - : a:e lda:i b:e ldb:i safmin:e scale1:y scale2:y wr1:y wr2:y wi:y
+slag2d - : m:i n:i sa:e ldsa:i a:y.d lda:i info:o
+slags2 - : upper:i a1:e a2:e a3:e b1:e b2:e b3:e csu:y snu:y csv:y snv:y csq:y snq:y
+slagtf - : n:i a:y lambda:e b:y c:y tol:e d:y in:io[n] info:o
+slagtm - : trans:c n:i nrhs:i alpha:e dl:e d:e du:e x:e ldx:i beta:e b:y ldb:i
+slagts - : job:i n:i a:e b:e c:e d:e in:ii[n] y:y tol:y info:o
+slagv2 - : a:y lda:i b:y ldb:i alphar:y alphai:y beta:y csl:y snl:y csr:y snr:y
+slahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i wr:y wi:y iloz:i ihiz:i z:y ldz:i info:o
+slahr2 - : n:i k:i nb:i a:y lda:i tau:y t:y ldt:i y:y ldy:i
+slahrd - : n:i k:i nb:i a:y lda:i tau:y t:y ldt:i y:y ldy:i
+slaic1 - : job:i j:i x:e sest:e w:e gamma:e sestpr:y s:y c:y
+slaisnan l : sin1:e sin2:e
+slaln2 - : ltrans:i na:i nw:i smin:e ca:e a:e lda:i d1:e d2:e b:e ldb:i wr:e wi:e x:y ldx:i scale:y xnorm:y info:o
+slals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:y ldb:i bx:y ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:e ldgnum:i poles:e difl:e difr:e z:e k:i c:e s:e work:y info:o
+slalsa - : icompq:i smlsiz:i n:i nrhs:i b:y ldb:i bx:y ldbx:i u:e ldu:i vt:e k:ii[n] difl:e difr:e z:e poles:e givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:e c:e s:e work:y iwork:ix[3*n] info:o
+slalsd - : uplo:c smlsiz:i n:i nrhs:i d:y e:y b:y ldb:i rcond:e rank:o work:y iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
+slamc3 s : a:e b:e
 slamch s : cmach:c
-slamrg - : n1:i n2:i a:p strd1:i strd2:i index:io[n1+n2]
-slamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
-slamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
-slaneg i : n:i d:p lld:p sigma:p pivmin:p r:i
-slangb s : norm:c n:i kl:i ku:i ab:p ldab:i work:p
-slange s : norm:c m:i n:i a:p lda:i work:p
-slangt s : norm:c n:i dl:p d:p du:p
-slanhs s : norm:c n:i a:p lda:i work:p
-slansb s : norm:c uplo:c n:i k:i ab:p ldab:i work:p
-slansf s : norm:c transr:c uplo:c n:i a:p work:p
-slansp s : norm:c uplo:c n:i ap:p work:p
-slanst s : norm:c n:i d:p e:p
-slansy s : norm:c uplo:c n:i a:p lda:i work:p
-slantb s : norm:c uplo:c diag:c n:i k:i ab:p ldab:i work:p
-slantp s : norm:c uplo:c diag:c n:i ap:p work:p
-slantr s : norm:c uplo:c diag:c m:i n:i a:p lda:i work:p
-slanv2 - : a:p b:p c:p d:p rt1r:p rt1i:p rt2r:p rt2i:p cs:p sn:p
-slaorhr_col_getrfnp - : m:i n:i a:p lda:i d:p info:o
-slaorhr_col_getrfnp2 - : m:i n:i a:p lda:i d:p info:o
-slapll - : n:i x:p incx:i y:p incy:i ssmin:p
-slapmr - : forwrd:i m:i n:i x:p ldx:i k:iio[m]
-slapmt - : forwrd:i m:i n:i x:p ldx:i k:iio[n]
-slapy2 s : x:p y:p
-slapy3 s : x:p y:p z:p
-slaqgb - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p equed:c
-slaqge - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p equed:c
-slaqp2 - : m:i n:i offset:i a:p lda:i jpvt:iio[n] tau:p vn1:p vn2:p work:p
-slaqps - : m:i n:i offset:i nb:i kb:o a:p lda:i jpvt:iio[n] tau:p vn1:p vn2:p auxv:p f:p ldf:i
-slaqr0 - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i wr:p wi:p iloz:i ihiz:i z:p ldz:i work:p lwork:i info:o
-slaqr1 - : n:i h:p ldh:i sr1:p si1:p sr2:p si2:p v:p
-slaqr2 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:p ldh:i iloz:i ihiz:i z:p ldz:i ns:o nd:o sr:p si:p v:p ldv:i nh:i t:p ldt:i nv:i wv:p ldwv:i work:p lwork:i
-slaqr3 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:p ldh:i iloz:i ihiz:i z:p ldz:i ns:o nd:o sr:p si:p v:p ldv:i nh:i t:p ldt:i nv:i wv:p ldwv:i work:p lwork:i
-slaqr4 - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i wr:p wi:p iloz:i ihiz:i z:p ldz:i work:p lwork:i info:o
-slaqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i sr:p si:p h:p ldh:i iloz:i ihiz:i z:p ldz:i v:p ldv:i u:p ldu:i nv:i wv:p ldwv:i nh:i wh:p ldwh:i
-slaqsb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
-slaqsp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
-slaqsy - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
-slaqtr - : ltran:i lreal:i n:i t:p ldt:i b:p w:p scale:p x:p work:p info:o
-slaqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rec:i info:o
-slaqz1 - : a:p lda:i b:p ldb:i sr1:p sr2:p si:p beta1:p beta2:p v:p
-slaqz2 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:p lda:i b:p ldb:i nq:i qstart:i q:p ldq:i nz:i zstart:i z:p ldz:i
-slaqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ns:o nd:o alphar:p alphai:p beta:p qc:p ldqc:i zc:p ldzc:i work:p lwork:i rec:i info:o
-slaqz4 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i sr:p si:p ss:p a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i qc:p ldqc:i zc:p ldzc:i work:p lwork:i info:o
-slar1v - : n:i b1:i bn:i lambda:p d:p l:p ld:p lld:p pivmin:p gaptol:p z:p wantnc:i negcnt:o ztz:p mingma:p r:o isuppz:io[2] nrminv:p resid:p rqcorr:p work:p
-slar2v - : n:i x:p y:p z:p incx:i c:p s:p incc:i
-slarf - : side:c m:i n:i v:p incv:i tau:p c:p ldc:i work:p
-slarfb - : side:c trans:c direct:c storev:c m:i n:i k:i v:p ldv:i t:p ldt:i c:p ldc:i work:p ldwork:i
-slarfb_gett - : ident:c m:i n:i k:i t:p ldt:i a:p lda:i b:p ldb:i work:p ldwork:i
-slarfg - : n:i alpha:p x:p incx:i tau:p
-slarfgp - : n:i alpha:p x:p incx:i tau:p
-slarft - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
-slarfx - : side:c m:i n:i v:p tau:p c:p ldc:i work:p
-slarfy - : uplo:c n:i v:p incv:i tau:p c:p ldc:i work:p
-slargv - : n:i x:p incx:i y:p incy:i c:p incc:i
-slarmm s : anorm:p bnorm:p cnorm:p
-slarnv - : idist:i iseed:iio[4] n:i x:p
-slarra - : n:i d:p e:p e2:p spltol:p tnrm:p nsplit:o isplit:io[n] info:o
-slarrb - : n:i d:p lld:p ifirst:i ilast:i rtol1:p rtol2:p offset:i w:p wgap:p werr:p work:p iwork:ix[2*n] pivmin:p spdiam:p twist:i info:o
-slarrc - : jobt:c n:i vl:p vu:p d:p e:p pivmin:p eigcnt:o lcnt:o rcnt:o info:o
-slarrd - : range:c order:c n:i vl:p vu:p il:i?range=I iu:i?range=I gers:p reltol:p d:p e:p e2:p pivmin:p nsplit:i isplit:ii[n] m:o w:p werr:p wl:p wu:p iblock:io[n] indexw:io[n] work:p iwork:ix[3*n] info:o
-slarre - : range:c n:i vl:p vu:p il:i iu:i d:p e:p e2:p rtol1:p rtol2:p spltol:p nsplit:o isplit:io[n] m:o w:p werr:p wgap:p iblock:io[n] indexw:io[n] gers:p pivmin:p work:p iwork:ix[5*n] info:o
-slarrf - : n:i d:p l:p ld:p clstrt:i clend:i w:p wgap:p werr:p spdiam:p clgapl:p clgapr:p pivmin:p sigma:p dplus:p lplus:p work:p info:o
-slarrj - : n:i d:p e2:p ifirst:i ilast:i rtol:p offset:i w:p werr:p work:p iwork:ix[2*n] pivmin:p spdiam:p info:o
-slarrk - : n:i iw:i gl:p gu:p d:p e2:p pivmin:p reltol:p w:p werr:p info:o
-slarrr - : n:i d:p e:p info:o
-slarrv - : n:i vl:p vu:p d:p l:p pivmin:p isplit:ii[n] m:i dol:i dou:i minrgp:p rtol1:p rtol2:p w:p werr:p wgap:p iblock:ii[n] indexw:ii[n] gers:p z:p ldz:i isuppz:io[2*max(1,m)] work:p iwork:ix[7*n] info:o
-slartg - : f:p g:p c:p s:p r:p
-slartgp - : f:p g:p cs:p sn:p r:p
-slartgs - : x:p y:p sigma:p cs:p sn:p
-slartv - : n:i x:p incx:i y:p incy:i c:p s:p incc:i
-slaruv - : iseed:iio[4] n:i x:p
-slarz - : side:c m:i n:i l:i v:p incv:i tau:p c:p ldc:i work:p
-slarzb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:p ldv:i t:p ldt:i c:p ldc:i work:p ldwork:i
-slarzt - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
-slas2 - : f:p g:p h:p ssmin:p ssmax:p
-slascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
-slasd0 - : n:i sqre:i d:p e:p u:p ldu:i vt:p ldvt:i smlsiz:i iwork:ix[8*n] work:p info:o
-slasd1 - : nl:i nr:i sqre:i d:p alpha:p beta:p u:p ldu:i vt:p ldvt:i idxq:iio[nl+nr+1] iwork:ix[4*(nl+nr+1)] work:p info:o
-slasd2 - : nl:i nr:i sqre:i k:o d:p z:p alpha:p beta:p u:p ldu:i vt:p ldvt:i dsigma:p u2:p ldu2:i vt2:p ldvt2:i idxp:io[nl+nr+1] idx:io[nl+nr+1] idxc:io[nl+nr+1] idxq:iio[nl+nr+1] coltyp:io[nl+nr+1] info:o
-slasd3 - : nl:i nr:i sqre:i k:i d:p q:p ldq:i dsigma:p u:p ldu:i u2:p ldu2:i vt:p ldvt:i vt2:p ldvt2:i idxc:ii[nl+nr+1] ctot:ii[4] z:p info:o
-slasd4 - : n:i i:i d:p z:p delta:p rho:p sigma:p work:p info:o
-slasd5 - : i:i d:p z:p delta:p rho:p dsigma:p work:p
-slasd6 - : icompq:i nl:i nr:i sqre:i d:p vf:p vl:p alpha:p beta:p idxq:iio[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:o c:p s:p work:p iwork:ix[3*(nl+nr+1)] info:o
-slasd7 - : icompq:i nl:i nr:i sqre:i k:o d:p z:p zw:p vf:p vfw:p vl:p vlw:p alpha:p beta:p dsigma:p idx:io[nl+nr+1] idxp:io[nl+nr+1] idxq:ii[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:p ldgnum:i c:p s:p info:o
-slasd8 - : icompq:i k:i d:p z:p vf:p vl:p difl:p difr:p lddifr:i dsigma:p work:p info:o
-slasda - : icompq:i smlsiz:i n:i sqre:i d:p e:p u:p ldu:i vt:p k:io[1+(n-1)*icompq] difl:p difr:p z:p poles:p givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:p c:p s:p work:p iwork:ix[7*n] info:o
-slasdq - : uplo:c sqre:i n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i work:p info:o
+slamrg - : n1:i n2:i a:e strd1:i strd2:i index:io[n1+n2]
+slamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:e lda:i t:e ldt:i c:y ldc:i work:y lwork:i info:o
+slamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:e lda:i t:e ldt:i c:y ldc:i work:y lwork:i info:o
+slaneg i : n:i d:e lld:e sigma:e pivmin:e r:i
+slangb s : norm:c n:i kl:i ku:i ab:e ldab:i work:y
+slange s : norm:c m:i n:i a:e lda:i work:y
+slangt s : norm:c n:i dl:e d:e du:e
+slanhs s : norm:c n:i a:e lda:i work:y
+slansb s : norm:c uplo:c n:i k:i ab:e ldab:i work:y
+slansf s : norm:c transr:c uplo:c n:i a:e work:y
+slansp s : norm:c uplo:c n:i ap:e work:y
+slanst s : norm:c n:i d:e e:e
+slansy s : norm:c uplo:c n:i a:e lda:i work:y
+slantb s : norm:c uplo:c diag:c n:i k:i ab:e ldab:i work:y
+slantp s : norm:c uplo:c diag:c n:i ap:e work:y
+slantr s : norm:c uplo:c diag:c m:i n:i a:e lda:i work:y
+slanv2 - : a:y b:y c:y d:y rt1r:y rt1i:y rt2r:y rt2i:y cs:y sn:y
+slaorhr_col_getrfnp - : m:i n:i a:y lda:i d:y info:o
+slaorhr_col_getrfnp2 - : m:i n:i a:y lda:i d:y info:o
+slapll - : n:i x:y incx:i y:y incy:i ssmin:y
+slapmr - : forwrd:i m:i n:i x:y ldx:i k:iio[m]
+slapmt - : forwrd:i m:i n:i x:y ldx:i k:iio[n]
+slapy2 s : x:e y:e
+slapy3 s : x:e y:e z:e
+slaqgb - : m:i n:i kl:i ku:i ab:y ldab:i r:e c:e rowcnd:e colcnd:e amax:e equed:c
+slaqge - : m:i n:i a:y lda:i r:e c:e rowcnd:e colcnd:e amax:e equed:c
+slaqp2 - : m:i n:i offset:i a:y lda:i jpvt:iio[n] tau:y vn1:y vn2:y work:y
+slaqps - : m:i n:i offset:i nb:i kb:o a:y lda:i jpvt:iio[n] tau:y vn1:y vn2:y auxv:y f:y ldf:i
+slaqr0 - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i wr:y wi:y iloz:i ihiz:i z:y ldz:i work:y lwork:i info:o
+slaqr1 - : n:i h:e ldh:i sr1:e si1:e sr2:e si2:e v:y
+slaqr2 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:y ldh:i iloz:i ihiz:i z:y ldz:i ns:o nd:o sr:y si:y v:y ldv:i nh:i t:y ldt:i nv:i wv:y ldwv:i work:y lwork:i
+slaqr3 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:y ldh:i iloz:i ihiz:i z:y ldz:i ns:o nd:o sr:y si:y v:y ldv:i nh:i t:y ldt:i nv:i wv:y ldwv:i work:y lwork:i
+slaqr4 - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i wr:y wi:y iloz:i ihiz:i z:y ldz:i work:y lwork:i info:o
+slaqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i sr:y si:y h:y ldh:i iloz:i ihiz:i z:y ldz:i v:y ldv:i u:y ldu:i nv:i wv:y ldwv:i nh:i wh:y ldwh:i
+slaqsb - : uplo:c n:i kd:i ab:y ldab:i s:e scond:e amax:e equed:c
+slaqsp - : uplo:c n:i ap:y s:e scond:e amax:e equed:c
+slaqsy - : uplo:c n:i a:y lda:i s:e scond:e amax:e equed:c
+slaqtr - : ltran:i lreal:i n:i t:e ldt:i b:e w:e scale:y x:y work:y info:o
+slaqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y q:y ldq:i z:y ldz:i work:y lwork:i rec:i info:o
+slaqz1 - : a:e lda:i b:e ldb:i sr1:e sr2:e si:e beta1:e beta2:e v:y
+slaqz2 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:y lda:i b:y ldb:i nq:i qstart:i q:y ldq:i nz:i zstart:i z:y ldz:i
+slaqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i ns:o nd:o alphar:y alphai:y beta:y qc:y ldqc:i zc:y ldzc:i work:y lwork:i rec:i info:o
+slaqz4 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i sr:e si:e ss:e a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i qc:y ldqc:i zc:y ldzc:i work:y lwork:i info:o
+slar1v - : n:i b1:i bn:i lambda:e d:e l:e ld:e lld:e pivmin:e gaptol:e z:y wantnc:i negcnt:o ztz:y mingma:y r:o isuppz:io[2] nrminv:y resid:y rqcorr:y work:y
+slar2v - : n:i x:y y:y z:y incx:i c:e s:e incc:i
+slarf - : side:c m:i n:i v:e incv:i tau:e c:y ldc:i work:y
+slarfb - : side:c trans:c direct:c storev:c m:i n:i k:i v:e ldv:i t:e ldt:i c:y ldc:i work:y ldwork:i
+slarfb_gett - : ident:c m:i n:i k:i t:e ldt:i a:y lda:i b:y ldb:i work:y ldwork:i
+slarfg - : n:i alpha:y x:y incx:i tau:y
+slarfgp - : n:i alpha:y x:y incx:i tau:y
+slarft - : direct:c storev:c n:i k:i v:e ldv:i tau:e t:y ldt:i
+slarfx - : side:c m:i n:i v:e tau:e c:y ldc:i work:y
+slarfy - : uplo:c n:i v:e incv:i tau:e c:y ldc:i work:y
+slargv - : n:i x:y incx:i y:y incy:i c:y incc:i
+slarmm s : anorm:e bnorm:e cnorm:e
+slarnv - : idist:i iseed:iio[4] n:i x:y
+slarra - : n:i d:e e:y e2:y spltol:e tnrm:e nsplit:o isplit:io[n] info:o
+slarrb - : n:i d:e lld:e ifirst:i ilast:i rtol1:e rtol2:e offset:i w:y wgap:y werr:y work:y iwork:ix[2*n] pivmin:e spdiam:e twist:i info:o
+slarrc - : jobt:c n:i vl:e vu:e d:e e:e pivmin:e eigcnt:o lcnt:o rcnt:o info:o
+slarrd - : range:c order:c n:i vl:e vu:e il:i?range=I iu:i?range=I gers:e reltol:e d:e e:e e2:e pivmin:e nsplit:i isplit:ii[n] m:o w:y werr:y wl:y wu:y iblock:io[n] indexw:io[n] work:y iwork:ix[3*n] info:o
+slarre - : range:c n:i vl:y vu:y il:i iu:i d:y e:y e2:y rtol1:e rtol2:e spltol:e nsplit:o isplit:io[n] m:o w:y werr:y wgap:y iblock:io[n] indexw:io[n] gers:y pivmin:y work:y iwork:ix[5*n] info:o
+slarrf - : n:i d:e l:e ld:e clstrt:i clend:i w:e wgap:y werr:e spdiam:e clgapl:e clgapr:e pivmin:e sigma:y dplus:y lplus:y work:y info:o
+slarrj - : n:i d:e e2:e ifirst:i ilast:i rtol:e offset:i w:y werr:y work:y iwork:ix[2*n] pivmin:e spdiam:e info:o
+slarrk - : n:i iw:i gl:e gu:e d:e e2:e pivmin:e reltol:e w:y werr:y info:o
+slarrr - : n:i d:e e:y info:o
+slarrv - : n:i vl:e vu:e d:y l:y pivmin:e isplit:ii[n] m:i dol:i dou:i minrgp:e rtol1:e rtol2:e w:y werr:y wgap:y iblock:ii[n] indexw:ii[n] gers:e z:y ldz:i isuppz:io[2*max(1,m)] work:y iwork:ix[7*n] info:o
+slartg - : f:e g:e c:y s:y r:y
+slartgp - : f:e g:e cs:y sn:y r:y
+slartgs - : x:e y:e sigma:e cs:y sn:y
+slartv - : n:i x:y incx:i y:y incy:i c:e s:e incc:i
+slaruv - : iseed:iio[4] n:i x:y
+slarz - : side:c m:i n:i l:i v:e incv:i tau:e c:y ldc:i work:y
+slarzb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:e ldv:i t:e ldt:i c:y ldc:i work:y ldwork:i
+slarzt - : direct:c storev:c n:i k:i v:y ldv:i tau:e t:y ldt:i
+slas2 - : f:e g:e h:e ssmin:y ssmax:y
+slascl - : type:c kl:i ku:i cfrom:e cto:e m:i n:i a:y lda:i info:o
+slasd0 - : n:i sqre:i d:y e:y u:y ldu:i vt:y ldvt:i smlsiz:i iwork:ix[8*n] work:y info:o
+slasd1 - : nl:i nr:i sqre:i d:y alpha:y beta:y u:y ldu:i vt:y ldvt:i idxq:iio[nl+nr+1] iwork:ix[4*(nl+nr+1)] work:y info:o
+slasd2 - : nl:i nr:i sqre:i k:o d:y z:y alpha:e beta:e u:y ldu:i vt:y ldvt:i dsigma:y u2:y ldu2:i vt2:y ldvt2:i idxp:io[nl+nr+1] idx:io[nl+nr+1] idxc:io[nl+nr+1] idxq:iio[nl+nr+1] coltyp:io[nl+nr+1] info:o
+slasd3 - : nl:i nr:i sqre:i k:i d:y q:y ldq:i dsigma:y u:y ldu:i u2:e ldu2:i vt:y ldvt:i vt2:y ldvt2:i idxc:ii[nl+nr+1] ctot:ii[4] z:y info:o
+slasd4 - : n:i i:i d:e z:e delta:y rho:e sigma:y work:y info:o
+slasd5 - : i:i d:e z:e delta:y rho:e dsigma:y work:y
+slasd6 - : icompq:i nl:i nr:i sqre:i d:y vf:y vl:y alpha:y beta:y idxq:iio[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:y ldgnum:i poles:y difl:y difr:y z:y k:o c:y s:y work:y iwork:ix[3*(nl+nr+1)] info:o
+slasd7 - : icompq:i nl:i nr:i sqre:i k:o d:y z:y zw:y vf:y vfw:y vl:y vlw:y alpha:e beta:e dsigma:y idx:io[nl+nr+1] idxp:io[nl+nr+1] idxq:ii[nl+nr+1] perm:io[nl+nr+1]?icompq!=0 givptr:o?icompq!=0 givcol:io[ldgcol*2]?icompq!=0 ldgcol:i givnum:y ldgnum:i c:y s:y info:o
+slasd8 - : icompq:i k:i d:y z:y vf:y vl:y difl:y difr:y lddifr:i dsigma:y work:y info:o
+slasda - : icompq:i smlsiz:i n:i sqre:i d:y e:e u:y ldu:i vt:y k:io[1+(n-1)*icompq] difl:y difr:y z:y poles:y givptr:io[n]?icompq!=0 givcol:io[ldgcol*2*(log2(n/(smlsiz+1))+1)]?icompq!=0 ldgcol:i perm:io[ldgcol*(log2(n/(smlsiz+1))+1)]?icompq!=0 givnum:y c:y s:y work:y iwork:ix[7*n] info:o
+slasdq - : uplo:c sqre:i n:i ncvt:i nru:i ncc:i d:y e:y vt:y ldvt:i u:y ldu:i c:y ldc:i work:y info:o
 slasdt - : n:i lvl:o nd:o inode:io[n] ndiml:io[n] ndimr:io[n] msub:i
-slaset - : uplo:c m:i n:i alpha:p beta:p a:p lda:i
-slasq1 - : n:i d:p e:p work:p info:o
-slasq2 - : n:i z:p info:o
-slasq3 - : i0:i n0:o z:p pp:o dmin:p sigma:p desig:p qmax:p nfail:o iter:o ndiv:o ieee:i ttype:o dmin1:p dmin2:p dn:p dn1:p dn2:p g:p tau:p
-slasq4 - : i0:i n0:i z:p pp:i n0in:i dmin:p dmin1:p dmin2:p dn:p dn1:p dn2:p tau:p ttype:o g:p
-slasq5 - : i0:i n0:i z:p pp:i tau:p sigma:p dmin:p dmin1:p dmin2:p dn:p dnm1:p dnm2:p ieee:i eps:p
-slasq6 - : i0:i n0:i z:p pp:i dmin:p dmin1:p dmin2:p dn:p dnm1:p dnm2:p
-slasr - : side:c pivot:c direct:c m:i n:i c:p s:p a:p lda:i
-slasrt - : id:c n:i d:p info:o
-slassq - : n:i x:p incx:i scl:p sumsq:p
-slasv2 - : f:p g:p h:p ssmin:p ssmax:p snr:p csr:p snl:p csl:p
-slaswlq - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-slaswp - : n:i a:p lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
-slasy2 - : ltranl:i ltranr:i isgn:i n1:i n2:i tl:p ldtl:i tr:p ldtr:i b:p ldb:i scale:p x:p ldx:i xnorm:p info:o
-slasyf - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-slasyf_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
-slasyf_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
-slasyf_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-slatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:p ldab:i x:p scale:p cnorm:p info:o
-slatdf - : ijob:i n:i z:p ldz:i rhs:p rdsum:p rdscal:p ipiv:ii[n] jpiv:ii[n]
-slatm2 s : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
-slatm3 s : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
-slatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:p mode:i cond:p dmax:p rsign:c grade:c dl:p model:i condl:p dr:p moder:i condr:p pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:p anorm:p pack:c a:p lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
-slatps - : uplo:c trans:c diag:c normin:c n:i ap:p x:p scale:p cnorm:p info:o
-slatrd - : uplo:c n:i nb:i a:p lda:i e:p tau:p w:p ldw:i
-slatrs - : uplo:c trans:c diag:c normin:c n:i a:p lda:i x:p scale:p cnorm:p info:o
-slatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:p lda:i x:p ldx:i scale:p cnorm:p work:p lwork:i info:o
-slatrz - : m:i n:i l:i a:p lda:i tau:p work:p
-slatsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-slatzm - : side:c m:i n:i v:p incv:i tau:p c1:p c2:p ldc:i work:p
-slauu2 - : uplo:c n:i a:p lda:i info:o
-slauum - : uplo:c n:i a:p lda:i info:o
-sopgtr - : uplo:c n:i ap:p tau:p q:p ldq:i work:p info:o
-sopmtr - : side:c uplo:c trans:c m:i n:i ap:p tau:p c:p ldc:i work:p info:o
-sorbdb - : trans:c signs:c m:i p:i q:i x11:p ldx11:i x12:p ldx12:i x21:p ldx21:i x22:p ldx22:i theta:p phi:p taup1:p taup2:p tauq1:p tauq2:p work:p lwork:i info:o
-sorbdb1 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-sorbdb2 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-sorbdb3 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-sorbdb4 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p phantom:p work:p lwork:i info:o
-sorbdb5 - : m1:i m2:i n:i x1:p incx1:i x2:p incx2:i q1:p ldq1:i q2:p ldq2:i work:p lwork:i info:o
-sorbdb6 - : m1:i m2:i n:i x1:p incx1:i x2:p incx2:i q1:p ldq1:i q2:p ldq2:i work:p lwork:i info:o
-sorcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:p ldx11:i x12:p ldx12:i x21:p ldx21:i x22:p ldx22:i theta:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i work:p lwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
-sorcsd2by1 - : jobu1:c jobu2:c jobv1t:c m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i work:p lwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
-sorg2l - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-sorg2r - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-sorgbr - : vect:c m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-sorghr - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
-sorgl2 - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-sorglq - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-sorgql - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-sorgqr - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-sorgr2 - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-sorgrq - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-sorgtr - : uplo:c n:i a:p lda:i tau:p work:p lwork:i info:o
-sorgtsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-sorgtsqr_row - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-sorhr_col - : m:i n:i nb:i a:p lda:i t:p ldt:i d:p info:o
-sorm22 - : side:c trans:c m:i n:i n1:i n2:i q:p ldq:i c:p ldc:i work:p lwork:i info:o
-sorm2l - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-sorm2r - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-sormbr - : vect:c side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-sormhr - : side:c trans:c m:i n:i ilo:i ihi:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-sorml2 - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-sormlq - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-sormql - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-sormqr - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-sormr2 - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-sormr3 - : side:c trans:c m:i n:i k:i l:i a:p lda:i tau:p c:p ldc:i work:p info:o
-sormrq - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-sormrz - : side:c trans:c m:i n:i k:i l:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-sormtr - : side:c uplo:c trans:c m:i n:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-spbcon - : uplo:c n:i kd:i ab:p ldab:i anorm:p rcond:p work:p iwork:ix[n] info:o
-spbequ - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p info:o
-spbrfs - : uplo:c n:i kd:i nrhs:i ab:p ldab:i afb:p ldafb:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-spbstf - : uplo:c n:i kd:i ab:p ldab:i info:o
-spbsv - : uplo:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-spbsvx - : fact:c uplo:c n:i kd:i nrhs:i ab:p ldab:i afb:p ldafb:i equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-spbtf2 - : uplo:c n:i kd:i ab:p ldab:i info:o
-spbtrf - : uplo:c n:i kd:i ab:p ldab:i info:o
-spbtrs - : uplo:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-spftrf - : transr:c uplo:c n:i a:p info:o
-spftri - : transr:c uplo:c n:i a:p info:o
-spftrs - : transr:c uplo:c n:i nrhs:i a:p b:p ldb:i info:o
-spocon - : uplo:c n:i a:p lda:i anorm:p rcond:p work:p iwork:ix[n] info:o
-spoequ - : n:i a:p lda:i s:p scond:p amax:p info:o
-spoequb - : n:i a:p lda:i s:p scond:p amax:p info:o
-sporfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-sposv - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-sposvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-spotf2 - : uplo:c n:i a:p lda:i info:o
-spotrf - : uplo:c n:i a:p lda:i info:o
-spotrf2 - : uplo:c n:i a:p lda:i info:o
-spotri - : uplo:c n:i a:p lda:i info:o
-spotrs - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-sppcon - : uplo:c n:i ap:p anorm:p rcond:p work:p iwork:ix[n] info:o
-sppequ - : uplo:c n:i ap:p s:p scond:p amax:p info:o
-spprfs - : uplo:c n:i nrhs:i ap:p afp:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-sppsv - : uplo:c n:i nrhs:i ap:p b:p ldb:i info:o
-sppsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-spptrf - : uplo:c n:i ap:p info:o
-spptri - : uplo:c n:i ap:p info:o
-spptrs - : uplo:c n:i nrhs:i ap:p b:p ldb:i info:o
-spstf2 - : uplo:c n:i a:p lda:i piv:io[n] rank:o tol:p work:p info:o
-spstrf - : uplo:c n:i a:p lda:i piv:io[n] rank:o tol:p work:p info:o
-sptcon - : n:i d:p e:p anorm:p rcond:p work:p info:o
-spteqr - : compz:c n:i d:p e:p z:p ldz:i work:p info:o
-sptrfs - : n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p info:o
-sptsv - : n:i nrhs:i d:p e:p b:p ldb:i info:o
-sptsvx - : fact:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p info:o
-spttrf - : n:i d:p e:p info:o
-spttrs - : n:i nrhs:i d:p e:p b:p ldb:i info:o
-sptts2 - : n:i nrhs:i d:p e:p b:p ldb:i
+slaset - : uplo:c m:i n:i alpha:e beta:e a:y lda:i
+slasq1 - : n:i d:y e:y work:y info:o
+slasq2 - : n:i z:y info:o
+slasq3 - : i0:i n0:o z:y pp:o dmin:y sigma:y desig:y qmax:e nfail:o iter:o ndiv:o ieee:i ttype:o dmin1:y dmin2:y dn:y dn1:y dn2:y g:y tau:y
+slasq4 - : i0:i n0:i z:e pp:i n0in:i dmin:e dmin1:e dmin2:e dn:e dn1:e dn2:e tau:y ttype:o g:y
+slasq5 - : i0:i n0:i z:e pp:i tau:e sigma:e dmin:y dmin1:y dmin2:y dn:y dnm1:y dnm2:y ieee:i eps:e
+slasq6 - : i0:i n0:i z:e pp:i dmin:y dmin1:y dmin2:y dn:y dnm1:y dnm2:y
+slasr - : side:c pivot:c direct:c m:i n:i c:e s:e a:y lda:i
+slasrt - : id:c n:i d:y info:o
+slassq - : n:i x:e incx:i scl:y sumsq:y
+slasv2 - : f:e g:e h:e ssmin:y ssmax:y snr:y csr:y snl:y csl:y
+slaswlq - : m:i n:i mb:i nb:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+slaswp - : n:i a:y lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
+slasy2 - : ltranl:i ltranr:i isgn:i n1:i n2:i tl:e ldtl:i tr:e ldtr:i b:e ldb:i scale:y x:y ldx:i xnorm:y info:o
+slasyf - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+slasyf_aa - : uplo:c j1:i m:i nb:i a:y lda:i ipiv:io[m] h:y ldh:i work:y
+slasyf_rk - : uplo:c n:i nb:i kb:o a:y lda:i e:y ipiv:io[n] w:y ldw:i info:o
+slasyf_rook - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+slatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:e ldab:i x:y scale:y cnorm:y info:o
+slatdf - : ijob:i n:i z:e ldz:i rhs:y rdsum:y rdscal:y ipiv:ii[n] jpiv:ii[n]
+slatm2 s : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:e igrade:i dl:e dr:e ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:e
+slatm3 s : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:e igrade:i dl:e dr:e ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:e
+slatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:e mode:i cond:e dmax:e rsign:c grade:c dl:y model:i condl:e dr:y moder:i condr:e pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:e anorm:e pack:c a:y lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
+slatps - : uplo:c trans:c diag:c normin:c n:i ap:e x:y scale:y cnorm:y info:o
+slatrd - : uplo:c n:i nb:i a:y lda:i e:y tau:y w:y ldw:i
+slatrs - : uplo:c trans:c diag:c normin:c n:i a:e lda:i x:y scale:y cnorm:y info:o
+slatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:e lda:i x:y ldx:i scale:y cnorm:y work:y lwork:i info:o
+slatrz - : m:i n:i l:i a:y lda:i tau:y work:y
+slatsqr - : m:i n:i mb:i nb:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+slatzm - : side:c m:i n:i v:e incv:i tau:e c1:y c2:y ldc:i work:y
+slauu2 - : uplo:c n:i a:y lda:i info:o
+slauum - : uplo:c n:i a:y lda:i info:o
+sopgtr - : uplo:c n:i ap:e tau:e q:y ldq:i work:y info:o
+sopmtr - : side:c uplo:c trans:c m:i n:i ap:e tau:e c:y ldc:i work:y info:o
+sorbdb - : trans:c signs:c m:i p:i q:i x11:y ldx11:i x12:y ldx12:i x21:y ldx21:i x22:y ldx22:i theta:y phi:y taup1:y taup2:y tauq1:y tauq2:y work:y lwork:i info:o
+sorbdb1 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y phi:y taup1:y taup2:y tauq1:y work:y lwork:i info:o
+sorbdb2 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y phi:y taup1:y taup2:y tauq1:y work:y lwork:i info:o
+sorbdb3 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y phi:y taup1:y taup2:y tauq1:y work:y lwork:i info:o
+sorbdb4 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y phi:y taup1:y taup2:y tauq1:y phantom:y work:y lwork:i info:o
+sorbdb5 - : m1:i m2:i n:i x1:y incx1:i x2:y incx2:i q1:e ldq1:i q2:e ldq2:i work:y lwork:i info:o
+sorbdb6 - : m1:i m2:i n:i x1:y incx1:i x2:y incx2:i q1:e ldq1:i q2:e ldq2:i work:y lwork:i info:o
+sorcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:y ldx11:i x12:y ldx12:i x21:y ldx21:i x22:y ldx22:i theta:y u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i v2t:y ldv2t:i work:y lwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
+sorcsd2by1 - : jobu1:c jobu2:c jobv1t:c m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:y u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i work:y lwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
+sorg2l - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+sorg2r - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+sorgbr - : vect:c m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+sorghr - : n:i ilo:i ihi:i a:y lda:i tau:e work:y lwork:i info:o
+sorgl2 - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+sorglq - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+sorgql - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+sorgqr - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+sorgr2 - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+sorgrq - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+sorgtr - : uplo:c n:i a:y lda:i tau:e work:y lwork:i info:o
+sorgtsqr - : m:i n:i mb:i nb:i a:y lda:i t:e ldt:i work:y lwork:i info:o
+sorgtsqr_row - : m:i n:i mb:i nb:i a:y lda:i t:e ldt:i work:y lwork:i info:o
+sorhr_col - : m:i n:i nb:i a:y lda:i t:y ldt:i d:y info:o
+sorm22 - : side:c trans:c m:i n:i n1:i n2:i q:e ldq:i c:y ldc:i work:y lwork:i info:o
+sorm2l - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+sorm2r - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+sormbr - : vect:c side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+sormhr - : side:c trans:c m:i n:i ilo:i ihi:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+sorml2 - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+sormlq - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+sormql - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+sormqr - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+sormr2 - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+sormr3 - : side:c trans:c m:i n:i k:i l:i a:e lda:i tau:e c:y ldc:i work:y info:o
+sormrq - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+sormrz - : side:c trans:c m:i n:i k:i l:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+sormtr - : side:c uplo:c trans:c m:i n:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+spbcon - : uplo:c n:i kd:i ab:e ldab:i anorm:e rcond:y work:y iwork:ix[n] info:o
+spbequ - : uplo:c n:i kd:i ab:e ldab:i s:y scond:y amax:y info:o
+spbrfs - : uplo:c n:i kd:i nrhs:i ab:e ldab:i afb:e ldafb:i b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+spbstf - : uplo:c n:i kd:i ab:y ldab:i info:o
+spbsv - : uplo:c n:i kd:i nrhs:i ab:y ldab:i b:y ldb:i info:o
+spbsvx - : fact:c uplo:c n:i kd:i nrhs:i ab:y ldab:i afb:y ldafb:i equed:c s:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+spbtf2 - : uplo:c n:i kd:i ab:y ldab:i info:o
+spbtrf - : uplo:c n:i kd:i ab:y ldab:i info:o
+spbtrs - : uplo:c n:i kd:i nrhs:i ab:e ldab:i b:y ldb:i info:o
+spftrf - : transr:c uplo:c n:i a:y info:o
+spftri - : transr:c uplo:c n:i a:y info:o
+spftrs - : transr:c uplo:c n:i nrhs:i a:e b:y ldb:i info:o
+spocon - : uplo:c n:i a:e lda:i anorm:e rcond:y work:y iwork:ix[n] info:o
+spoequ - : n:i a:e lda:i s:y scond:y amax:y info:o
+spoequb - : n:i a:e lda:i s:y scond:y amax:y info:o
+sporfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+sposv - : uplo:c n:i nrhs:i a:y lda:i b:y ldb:i info:o
+sposvx - : fact:c uplo:c n:i nrhs:i a:y lda:i af:y ldaf:i equed:c s:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+spotf2 - : uplo:c n:i a:y lda:i info:o
+spotrf - : uplo:c n:i a:y lda:i info:o
+spotrf2 - : uplo:c n:i a:y lda:i info:o
+spotri - : uplo:c n:i a:y lda:i info:o
+spotrs - : uplo:c n:i nrhs:i a:e lda:i b:y ldb:i info:o
+sppcon - : uplo:c n:i ap:e anorm:e rcond:y work:y iwork:ix[n] info:o
+sppequ - : uplo:c n:i ap:e s:y scond:y amax:y info:o
+spprfs - : uplo:c n:i nrhs:i ap:e afp:e b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+sppsv - : uplo:c n:i nrhs:i ap:y b:y ldb:i info:o
+sppsvx - : fact:c uplo:c n:i nrhs:i ap:y afp:y equed:c s:y b:y ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+spptrf - : uplo:c n:i ap:y info:o
+spptri - : uplo:c n:i ap:y info:o
+spptrs - : uplo:c n:i nrhs:i ap:e b:y ldb:i info:o
+spstf2 - : uplo:c n:i a:y lda:i piv:io[n] rank:o tol:e work:y info:o
+spstrf - : uplo:c n:i a:y lda:i piv:io[n] rank:o tol:e work:y info:o
+sptcon - : n:i d:e e:e anorm:e rcond:y work:y info:o
+spteqr - : compz:c n:i d:y e:y z:y ldz:i work:y info:o
+sptrfs - : n:i nrhs:i d:e e:e df:e ef:e b:e ldb:i x:y ldx:i ferr:y berr:y work:y info:o
+sptsv - : n:i nrhs:i d:y e:y b:y ldb:i info:o
+sptsvx - : fact:c n:i nrhs:i d:e e:e df:y ef:y b:e ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y info:o
+spttrf - : n:i d:y e:y info:o
+spttrs - : n:i nrhs:i d:e e:e b:y ldb:i info:o
+sptts2 - : n:i nrhs:i d:e e:e b:y ldb:i
 sroundup_lwork s : lwork:i
-srscl - : n:i sa:p sx:p incx:i
-ssb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:p lda:i v:p tau:p ldvt:i work:p
-ssbev - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p info:o
-ssbev_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i info:o
-ssbevd - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ssbevd_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ssbevx - : jobz:c range:c uplo:c n:i kd:i ab:p ldab:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-ssbevx_2stage - : jobz:c range:c uplo:c n:i kd:i ab:p ldab:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-ssbgst - : vect:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i x:p ldx:i work:p info:o
-ssbgv - : jobz:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i w:p z:p ldz:i work:p info:o
-ssbgvd - : jobz:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ssbgvx - : jobz:c range:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[m]?jobz=V info:o
-ssbtrd - : vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p q:p ldq:i work:p info:o
-ssfrk - : transr:c uplo:c trans:c n:i k:i alpha:p a:p lda:i beta:p c:p
-sspcon - : uplo:c n:i ap:p ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-sspev - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p info:o
-sspevd - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-sspevx - : jobz:c range:c uplo:c n:i ap:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-sspgst - : itype:i uplo:c n:i ap:p bp:p info:o
-sspgv - : itype:i jobz:c uplo:c n:i ap:p bp:p w:p z:p ldz:i work:p info:o
-sspgvd - : itype:i jobz:c uplo:c n:i ap:p bp:p w:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-sspgvx - : itype:i jobz:c range:c uplo:c n:i ap:p bp:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-ssprfs - : uplo:c n:i nrhs:i ap:p afp:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-sspsv - : uplo:c n:i nrhs:i ap:p ipiv:io[n] b:p ldb:i info:o
-sspsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p iwork:ix[n] info:o
-ssptrd - : uplo:c n:i ap:p d:p e:p tau:p info:o
-ssptrf - : uplo:c n:i ap:p ipiv:io[n] info:o
-ssptri - : uplo:c n:i ap:p ipiv:ii[n] work:p info:o
-ssptrs - : uplo:c n:i nrhs:i ap:p ipiv:ii[n] b:p ldb:i info:o
-sstebz - : range:c order:c n:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p d:p e:p m:o nsplit:o w:p iblock:io[n] isplit:io[n] work:p iwork:ix[3*n] info:o
-sstedc - : compz:c n:i d:p e:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-sstegr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[liwork] liwork:i info:o
-sstein - : n:i d:p e:p m:i w:p iblock:ii[n] isplit:ii[n] z:p ldz:i work:p iwork:ix[n] ifail:io[m] info:o
-sstemr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I m:o<=n w:p z:p ldz:i nzc:i isuppz:io[2*max(1,m)] tryrac:o work:p lwork:i iwork:iw[liwork] liwork:i info:o
-ssteqr - : compz:c n:i d:p e:p z:p ldz:i work:p info:o
-ssterf - : n:i d:p e:p info:o
-sstev - : jobz:c n:i d:p e:p z:p ldz:i work:p info:o
-sstevd - : jobz:c n:i d:p e:p z:p ldz:i work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-sstevr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-sstevx - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-ssycon - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-ssycon_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-ssycon_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p iwork:ix[n] info:o
-ssyconv - : uplo:c way:c n:i a:p lda:i ipiv:ii[n] e:p info:o
-ssyconvf - : uplo:c way:c n:i a:p lda:i e:p ipiv:iio[n] info:o
-ssyconvf_rook - : uplo:c way:c n:i a:p lda:i e:p ipiv:ii[n] info:o
-ssyequb - : uplo:c n:i a:p lda:i s:p scond:p amax:p work:p info:o
-ssyev - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i info:o
-ssyev_2stage - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i info:o
-ssyevd - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ssyevd_2stage - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ssyevr - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ssyevr_2stage - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ssyevx - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-ssyevx_2stage - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-ssygs2 - : itype:i uplo:c n:i a:p lda:i b:p ldb:i info:o
-ssygst - : itype:i uplo:c n:i a:p lda:i b:p ldb:i info:o
-ssygv - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i info:o
-ssygv_2stage - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i info:o
-ssygvd - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ssygvx - : itype:i jobz:c range:c uplo:c n:i a:p lda:i b:p ldb:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-ssyrfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-ssysv - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-ssysv_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-ssysv_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] b:p ldb:i work:p lwork:i info:o
-ssysv_rk - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-ssysv_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-ssysvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p lwork:i iwork:ix[n] info:o
-ssyswapr - : uplo:c n:i a:p lda:i i1:i i2:i
-ssytd2 - : uplo:c n:i a:p lda:i d:p e:p tau:p info:o
-ssytf2 - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-ssytf2_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] info:o
-ssytf2_rook - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-ssytrd - : uplo:c n:i a:p lda:i d:p e:p tau:p work:p lwork:i info:o
-ssytrd_2stage - : vect:c uplo:c n:i a:p lda:i d:p e:p tau:p hous2:p lhous2:i work:p lwork:i info:o
-ssytrd_sb2st - : stage1:c vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p hous:p lhous:i work:p lwork:i info:o
-ssytrd_sy2sb - : uplo:c n:i kd:i a:p lda:i ab:p ldab:i tau:p work:p lwork:i info:o
-ssytrf - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-ssytrf_aa - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-ssytrf_aa_2stage - : uplo:c n:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] work:p lwork:i info:o
-ssytrf_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] work:p lwork:i info:o
-ssytrf_rook - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-ssytri - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-ssytri2 - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-ssytri2x - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p nb:i info:o
-ssytri_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p lwork:i info:o
-ssytri_3x - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p nb:i info:o
-ssytri_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-ssytrs - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-ssytrs2 - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p info:o
-ssytrs_3 - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:ii[n] b:p ldb:i info:o
-ssytrs_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p lwork:i info:o
-ssytrs_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:ii[n] ipiv2:ii[n] b:p ldb:i info:o
-ssytrs_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-stbcon - : norm:c uplo:c diag:c n:i kd:i ab:p ldab:i rcond:p work:p iwork:ix[n] info:o
-stbrfs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-stbtrs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-stfsm - : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:p a:p b:p ldb:i
-stftri - : transr:c uplo:c diag:c n:i a:p info:o
-stfttp - : transr:c uplo:c n:i arf:p ap:p info:o
-stfttr - : transr:c uplo:c n:i arf:p a:p lda:i info:o
-stgevc - : side:c howmny:c select:ii[n]?howmny=S n:i s:p lds:i p:p ldp:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p info:o
-stgex2 - : wantq:i wantz:i n:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i j1:i n1:i n2:i work:p lwork:i info:o
-stgexc - : wantq:i wantz:i n:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ifst:o ilst:o work:p lwork:i info:o
-stgsen - : ijob:i wantq:i wantz:i select:ii[n] n:i a:p lda:i b:p ldb:i alphar:p alphai:p beta:p q:p ldq:i z:p ldz:i m:o pl:p pr:p dif:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-stgsja - : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:p lda:i b:p ldb:i tola:p tolb:p alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p ncycle:o info:o
-stgsna - : job:c howmny:c select:ii[n]?howmny=S n:i a:p lda:i b:p ldb:i vl:p ldvl:i vr:p ldvr:i s:p dif:p mm:i m:o work:p lwork:i iwork:ix[n+6]?job=BV info:o
-stgsy2 - : trans:c ijob:i?trans=N m:i n:i a:p lda:i b:p ldb:i c:p ldc:i d:p ldd:i e:p lde:i f:p ldf:i scale:p rdsum:p rdscal:p iwork:ix[m+n+2] pq:o info:o
-stgsyl - : trans:c ijob:i?trans=N m:i n:i a:p lda:i b:p ldb:i c:p ldc:i d:p ldd:i e:p lde:i f:p ldf:i scale:p dif:p work:p lwork:i iwork:ix[m+n+6] info:o
-stpcon - : norm:c uplo:c diag:c n:i ap:p rcond:p work:p iwork:ix[n] info:o
-stplqt - : m:i n:i l:i mb:i a:p lda:i b:p ldb:i t:p ldt:i work:p info:o
-stplqt2 - : m:i n:i l:i a:p lda:i b:p ldb:i t:p ldt:i info:o
-stpmlqt - : side:c trans:c m:i n:i k:i l:i mb:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p info:o
-stpmqrt - : side:c trans:c m:i n:i k:i l:i nb:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p info:o
-stpqrt - : m:i n:i l:i nb:i a:p lda:i b:p ldb:i t:p ldt:i work:p info:o
-stpqrt2 - : m:i n:i l:i a:p lda:i b:p ldb:i t:p ldt:i info:o
-stprfb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p ldwork:i
-stprfs - : uplo:c trans:c diag:c n:i nrhs:i ap:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-stptri - : uplo:c diag:c n:i ap:p info:o
-stptrs - : uplo:c trans:c diag:c n:i nrhs:i ap:p b:p ldb:i info:o
-stpttf - : transr:c uplo:c n:i ap:p arf:p info:o
-stpttr - : uplo:c n:i ap:p a:p lda:i info:o
-strcon - : norm:c uplo:c diag:c n:i a:p lda:i rcond:p work:p iwork:ix[n] info:o
-strevc - : side:c howmny:c select:iio[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p info:o
-strevc3 - : side:c howmny:c select:iio[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p lwork:i info:o
-strexc - : compq:c n:i t:p ldt:i q:p ldq:i ifst:o ilst:o work:p info:o
-strrfs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p iwork:ix[n] info:o
-strsen - : job:c compq:c select:ii[n] n:i t:p ldt:i q:p ldq:i wr:p wi:p m:o s:p sep:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-strsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i s:p sep:p mm:i m:o work:p ldwork:i iwork:ix[2*(n-1)]?job=BV info:o
-strsyl - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p info:o
-strsyl3 - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p iwork:iw[max(1,liwork)] liwork:i swork:p ldswork:i info:o
-strti2 - : uplo:c diag:c n:i a:p lda:i info:o
-strtri - : uplo:c diag:c n:i a:p lda:i info:o
-strtrs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-strttf - : transr:c uplo:c n:i a:p lda:i arf:p info:o
-strttp - : uplo:c n:i a:p lda:i ap:p info:o
-stzrqf - : m:i n:i a:p lda:i tau:p info:o
-stzrzf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
+srscl - : n:i sa:e sx:y incx:i
+ssb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:y lda:i v:y tau:y ldvt:i work:y
+ssbev - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:y z:y ldz:i work:y info:o
+ssbev_2stage - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:y z:y ldz:i work:y lwork:i info:o
+ssbevd - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ssbevd_2stage - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ssbevx - : jobz:c range:c uplo:c n:i kd:i ab:y ldab:i q:y ldq:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+ssbevx_2stage - : jobz:c range:c uplo:c n:i kd:i ab:y ldab:i q:y ldq:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+ssbgst - : vect:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:e ldbb:i x:y ldx:i work:y info:o
+ssbgv - : jobz:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i w:y z:y ldz:i work:y info:o
+ssbgvd - : jobz:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ssbgvx - : jobz:c range:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i q:y ldq:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[m]?jobz=V info:o
+ssbtrd - : vect:c uplo:c n:i kd:i ab:y ldab:i d:y e:y q:y ldq:i work:y info:o
+ssfrk - : transr:c uplo:c trans:c n:i k:i alpha:e a:e lda:i beta:e c:y
+sspcon - : uplo:c n:i ap:e ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+sspev - : jobz:c uplo:c n:i ap:y w:y z:y ldz:i work:y info:o
+sspevd - : jobz:c uplo:c n:i ap:y w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+sspevx - : jobz:c range:c uplo:c n:i ap:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+sspgst - : itype:i uplo:c n:i ap:y bp:e info:o
+sspgv - : itype:i jobz:c uplo:c n:i ap:y bp:y w:y z:y ldz:i work:y info:o
+sspgvd - : itype:i jobz:c uplo:c n:i ap:y bp:y w:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+sspgvx - : itype:i jobz:c range:c uplo:c n:i ap:y bp:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+ssprfs - : uplo:c n:i nrhs:i ap:e afp:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+sspsv - : uplo:c n:i nrhs:i ap:y ipiv:io[n] b:y ldb:i info:o
+sspsvx - : fact:c uplo:c n:i nrhs:i ap:e afp:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y iwork:ix[n] info:o
+ssptrd - : uplo:c n:i ap:y d:y e:y tau:y info:o
+ssptrf - : uplo:c n:i ap:y ipiv:io[n] info:o
+ssptri - : uplo:c n:i ap:y ipiv:ii[n] work:y info:o
+ssptrs - : uplo:c n:i nrhs:i ap:e ipiv:ii[n] b:y ldb:i info:o
+sstebz - : range:c order:c n:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e d:e e:e m:o nsplit:o w:y iblock:io[n] isplit:io[n] work:y iwork:ix[3*n] info:o
+sstedc - : compz:c n:i d:y e:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+sstegr - : jobz:c range:c n:i d:y e:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i iwork:iw[liwork] liwork:i info:o
+sstein - : n:i d:e e:e m:i w:e iblock:ii[n] isplit:ii[n] z:y ldz:i work:y iwork:ix[n] ifail:io[m] info:o
+sstemr - : jobz:c range:c n:i d:y e:y vl:e vu:e il:i?range=I iu:i?range=I m:o<=n w:y z:y ldz:i nzc:i isuppz:io[2*max(1,m)] tryrac:o work:y lwork:i iwork:iw[liwork] liwork:i info:o
+ssteqr - : compz:c n:i d:y e:y z:y ldz:i work:y info:o
+ssterf - : n:i d:y e:y info:o
+sstev - : jobz:c n:i d:y e:y z:y ldz:i work:y info:o
+sstevd - : jobz:c n:i d:y e:y z:y ldz:i work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+sstevr - : jobz:c range:c n:i d:y e:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+sstevx - : jobz:c range:c n:i d:y e:y vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+ssycon - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+ssycon_3 - : uplo:c n:i a:e lda:i e:e ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+ssycon_rook - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:e rcond:y work:y iwork:ix[n] info:o
+ssyconv - : uplo:c way:c n:i a:y lda:i ipiv:ii[n] e:y info:o
+ssyconvf - : uplo:c way:c n:i a:y lda:i e:y ipiv:iio[n] info:o
+ssyconvf_rook - : uplo:c way:c n:i a:y lda:i e:y ipiv:ii[n] info:o
+ssyequb - : uplo:c n:i a:e lda:i s:y scond:y amax:y work:y info:o
+ssyev - : jobz:c uplo:c n:i a:y lda:i w:y work:y lwork:i info:o
+ssyev_2stage - : jobz:c uplo:c n:i a:y lda:i w:y work:y lwork:i info:o
+ssyevd - : jobz:c uplo:c n:i a:y lda:i w:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ssyevd_2stage - : jobz:c uplo:c n:i a:y lda:i w:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ssyevr - : jobz:c range:c uplo:c n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ssyevr_2stage - : jobz:c range:c uplo:c n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o<=n w:y z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ssyevx - : jobz:c range:c uplo:c n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+ssyevx_2stage - : jobz:c range:c uplo:c n:i a:y lda:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+ssygs2 - : itype:i uplo:c n:i a:y lda:i b:e ldb:i info:o
+ssygst - : itype:i uplo:c n:i a:y lda:i b:e ldb:i info:o
+ssygv - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:y work:y lwork:i info:o
+ssygv_2stage - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:y work:y lwork:i info:o
+ssygvd - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ssygvx - : itype:i jobz:c range:c uplo:c n:i a:y lda:i b:y ldb:i vl:e vu:e il:i?range=I iu:i?range=I abstol:e m:o w:y z:y ldz:i work:y lwork:i iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+ssyrfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+ssysv - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+ssysv_aa - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+ssysv_aa_2stage - : uplo:c n:i nrhs:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] b:y ldb:i work:y lwork:i info:o
+ssysv_rk - : uplo:c n:i nrhs:i a:y lda:i e:y ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+ssysv_rook - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+ssysvx - : fact:c uplo:c n:i nrhs:i a:e lda:i af:y ldaf:i ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:y ferr:y berr:y work:y lwork:i iwork:ix[n] info:o
+ssyswapr - : uplo:c n:i a:y lda:i i1:i i2:i
+ssytd2 - : uplo:c n:i a:y lda:i d:y e:y tau:y info:o
+ssytf2 - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+ssytf2_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] info:o
+ssytf2_rook - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+ssytrd - : uplo:c n:i a:y lda:i d:y e:y tau:y work:y lwork:i info:o
+ssytrd_2stage - : vect:c uplo:c n:i a:y lda:i d:y e:y tau:y hous2:y lhous2:i work:y lwork:i info:o
+ssytrd_sb2st - : stage1:c vect:c uplo:c n:i kd:i ab:y ldab:i d:y e:y hous:y lhous:i work:y lwork:i info:o
+ssytrd_sy2sb - : uplo:c n:i kd:i a:y lda:i ab:y ldab:i tau:y work:y lwork:i info:o
+ssytrf - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+ssytrf_aa - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+ssytrf_aa_2stage - : uplo:c n:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] work:y lwork:i info:o
+ssytrf_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] work:y lwork:i info:o
+ssytrf_rook - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+ssytri - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+ssytri2 - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+ssytri2x - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y nb:i info:o
+ssytri_3 - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y lwork:i info:o
+ssytri_3x - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y nb:i info:o
+ssytri_rook - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+ssytrs - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+ssytrs2 - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y info:o
+ssytrs_3 - : uplo:c n:i nrhs:i a:e lda:i e:e ipiv:ii[n] b:y ldb:i info:o
+ssytrs_aa - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y lwork:i info:o
+ssytrs_aa_2stage - : uplo:c n:i nrhs:i a:e lda:i tb:y ltb:i ipiv:ii[n] ipiv2:ii[n] b:y ldb:i info:o
+ssytrs_rook - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+stbcon - : norm:c uplo:c diag:c n:i kd:i ab:e ldab:i rcond:y work:y iwork:ix[n] info:o
+stbrfs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:e ldab:i b:e ldb:i x:e ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+stbtrs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:e ldab:i b:y ldb:i info:o
+stfsm - : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:e a:e b:y ldb:i
+stftri - : transr:c uplo:c diag:c n:i a:y info:o
+stfttp - : transr:c uplo:c n:i arf:e ap:y info:o
+stfttr - : transr:c uplo:c n:i arf:e a:y lda:i info:o
+stgevc - : side:c howmny:c select:ii[n]?howmny=S n:i s:e lds:i p:e ldp:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y info:o
+stgex2 - : wantq:i wantz:i n:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i j1:i n1:i n2:i work:y lwork:i info:o
+stgexc - : wantq:i wantz:i n:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i ifst:o ilst:o work:y lwork:i info:o
+stgsen - : ijob:i wantq:i wantz:i select:ii[n] n:i a:y lda:i b:y ldb:i alphar:y alphai:y beta:y q:y ldq:i z:y ldz:i m:o pl:y pr:y dif:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+stgsja - : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:y lda:i b:y ldb:i tola:e tolb:e alpha:y beta:y u:y ldu:i v:y ldv:i q:y ldq:i work:y ncycle:o info:o
+stgsna - : job:c howmny:c select:ii[n]?howmny=S n:i a:e lda:i b:e ldb:i vl:e ldvl:i vr:e ldvr:i s:y dif:y mm:i m:o work:y lwork:i iwork:ix[n+6]?job=BV info:o
+stgsy2 - : trans:c ijob:i?trans=N m:i n:i a:e lda:i b:e ldb:i c:y ldc:i d:e ldd:i e:e lde:i f:y ldf:i scale:y rdsum:y rdscal:y iwork:ix[m+n+2] pq:o info:o
+stgsyl - : trans:c ijob:i?trans=N m:i n:i a:e lda:i b:e ldb:i c:y ldc:i d:e ldd:i e:e lde:i f:y ldf:i scale:y dif:y work:y lwork:i iwork:ix[m+n+6] info:o
+stpcon - : norm:c uplo:c diag:c n:i ap:e rcond:y work:y iwork:ix[n] info:o
+stplqt - : m:i n:i l:i mb:i a:y lda:i b:y ldb:i t:y ldt:i work:y info:o
+stplqt2 - : m:i n:i l:i a:y lda:i b:y ldb:i t:y ldt:i info:o
+stpmlqt - : side:c trans:c m:i n:i k:i l:i mb:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y info:o
+stpmqrt - : side:c trans:c m:i n:i k:i l:i nb:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y info:o
+stpqrt - : m:i n:i l:i nb:i a:y lda:i b:y ldb:i t:y ldt:i work:y info:o
+stpqrt2 - : m:i n:i l:i a:y lda:i b:y ldb:i t:y ldt:i info:o
+stprfb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y ldwork:i
+stprfs - : uplo:c trans:c diag:c n:i nrhs:i ap:e b:e ldb:i x:e ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+stptri - : uplo:c diag:c n:i ap:y info:o
+stptrs - : uplo:c trans:c diag:c n:i nrhs:i ap:e b:y ldb:i info:o
+stpttf - : transr:c uplo:c n:i ap:e arf:y info:o
+stpttr - : uplo:c n:i ap:e a:y lda:i info:o
+strcon - : norm:c uplo:c diag:c n:i a:e lda:i rcond:y work:y iwork:ix[n] info:o
+strevc - : side:c howmny:c select:iio[n]?howmny=S n:i t:e ldt:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y info:o
+strevc3 - : side:c howmny:c select:iio[n]?howmny=S n:i t:e ldt:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y lwork:i info:o
+strexc - : compq:c n:i t:y ldt:i q:y ldq:i ifst:o ilst:o work:y info:o
+strrfs - : uplo:c trans:c diag:c n:i nrhs:i a:e lda:i b:e ldb:i x:e ldx:i ferr:y berr:y work:y iwork:ix[n] info:o
+strsen - : job:c compq:c select:ii[n] n:i t:y ldt:i q:y ldq:i wr:y wi:y m:o s:y sep:y work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+strsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:e ldt:i vl:e ldvl:i vr:e ldvr:i s:y sep:y mm:i m:o work:y ldwork:i iwork:ix[2*(n-1)]?job=BV info:o
+strsyl - : trana:c tranb:c isgn:i m:i n:i a:e lda:i b:e ldb:i c:y ldc:i scale:y info:o
+strsyl3 - : trana:c tranb:c isgn:i m:i n:i a:e lda:i b:e ldb:i c:y ldc:i scale:y iwork:iw[max(1,liwork)] liwork:i swork:y ldswork:i info:o
+strti2 - : uplo:c diag:c n:i a:y lda:i info:o
+strtri - : uplo:c diag:c n:i a:y lda:i info:o
+strtrs - : uplo:c trans:c diag:c n:i nrhs:i a:e lda:i b:y ldb:i info:o
+strttf - : transr:c uplo:c n:i a:e lda:i arf:y info:o
+strttp - : uplo:c n:i a:e lda:i ap:y info:o
+stzrqf - : m:i n:i a:y lda:i tau:y info:o
+stzrzf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
 xerbla_array - : srname_array:c srname_len:i info:o
-zbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:p phi:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i b11d:p b11e:p b12d:p b12e:p b21d:p b21e:p b22d:p b22e:p rwork:p lrwork:i info:o
-zbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:p e:p vt:p ldvt:i u:p ldu:i c:p ldc:i rwork:p info:o
-zcgesv - : n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i x:p ldx:i work:p swork:p rwork:p iter:o info:o
-zcposv - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i x:p ldx:i work:p swork:p rwork:p iter:o info:o
-zdrscl - : n:i sa:p sx:p incx:i
-zgbbrd - : vect:c m:i n:i ncc:i kl:i ku:i ab:p ldab:i d:p e:p q:p ldq:i pt:p ldpt:i c:p ldc:i work:p rwork:p info:o
-zgbcon - : norm:c n:i kl:i ku:i ab:p ldab:i ipiv:ii[n] anorm:p rcond:p work:p rwork:p info:o
-zgbequ - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-zgbequb - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-zgbrfs - : trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i afb:p ldafb:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zgbsv - : n:i kl:i ku:i nrhs:i ab:p ldab:i ipiv:io[n] b:p ldb:i info:o
-zgbsvx - : fact:c trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i afb:p ldafb:i ipiv:iio[n] equed:c r:p c:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-zgbtf2 - : m:i n:i kl:i ku:i ab:p ldab:i ipiv:io[min(m,n)] info:o
-zgbtrf - : m:i n:i kl:i ku:i ab:p ldab:i ipiv:io[min(m,n)] info:o
-zgbtrs - : trans:c n:i kl:i ku:i nrhs:i ab:p ldab:i ipiv:ii[n] b:p ldb:i info:o
-zgebak - : job:c side:c n:i ilo:i ihi:i scale:p m:i v:p ldv:i info:o
-zgebal - : job:c n:i a:p lda:i ilo:o ihi:o scale:p info:o
-zgebd2 - : m:i n:i a:p lda:i d:p e:p tauq:p taup:p work:p info:o
-zgebrd - : m:i n:i a:p lda:i d:p e:p tauq:p taup:p work:p lwork:i info:o
-zgecon - : norm:c n:i a:p lda:i anorm:p rcond:p work:p rwork:p info:o
-zgeequ - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-zgeequb - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p info:o
-zgees - : jobvs:c sort:c select:f n:i a:p lda:i sdim:o w:p vs:p ldvs:i work:p lwork:i rwork:p bwork:lw[n]?sort=S info:o
-zgeesx - : jobvs:c sort:c select:f sense:c n:i a:p lda:i sdim:o w:p vs:p ldvs:i rconde:p rcondv:p work:p lwork:i rwork:p bwork:lw[n]?sort=S info:o
-zgeev - : jobvl:c jobvr:c n:i a:p lda:i w:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
-zgeevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:p lda:i w:p vl:p ldvl:i vr:p ldvr:i ilo:o ihi:o scale:p abnrm:p rconde:p rcondv:p work:p lwork:i rwork:p info:o
-zgegs - : jobvsl:c jobvsr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i rwork:p info:o
-zgegv - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
-zgehd2 - : n:i ilo:i ihi:i a:p lda:i tau:p work:p info:o
-zgehrd - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
-zgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:p lda:i sva:p u:p ldu:i v:p ldv:i cwork:p lwork:i rwork:p lrwork:i iwork:io[max(4,2*n+m),4] info:o
-zgelq - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
-zgelq2 - : m:i n:i a:p lda:i tau:p work:p info:o
-zgelqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-zgelqt - : m:i n:i mb:i a:p lda:i t:p ldt:i work:p info:o
-zgelqt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
-zgels - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-zgelsd - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i rwork:p iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
-zgelss - : m:i n:i nrhs:i a:p lda:i b:p ldb:i s:p rcond:p rank:o work:p lwork:i rwork:p info:o
-zgelst - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-zgelsx - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p rwork:p info:o
-zgelsy - : m:i n:i nrhs:i a:p lda:i b:p ldb:i jpvt:iio[n] rcond:p rank:o work:p lwork:i rwork:p info:o
-zgemlq - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
-zgemlqt - : side:c trans:c m:i n:i k:i mb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
-zgemqr - : side:c trans:c m:i n:i k:i a:p lda:i t:p tsize:i c:p ldc:i work:p lwork:i info:o
-zgemqrt - : side:c trans:c m:i n:i k:i nb:i v:p ldv:i t:p ldt:i c:p ldc:i work:p info:o
-zgeql2 - : m:i n:i a:p lda:i tau:p work:p info:o
-zgeqlf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-zgeqp3 - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p lwork:i rwork:p info:o
-zgeqpf - : m:i n:i a:p lda:i jpvt:iio[n] tau:p work:p rwork:p info:o
-zgeqr - : m:i n:i a:p lda:i t:p tsize:i work:p lwork:i info:o
-zgeqr2 - : m:i n:i a:p lda:i tau:p work:p info:o
-zgeqr2p - : m:i n:i a:p lda:i tau:p work:p info:o
-zgeqrf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-zgeqrfp - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-zgeqrt - : m:i n:i nb:i a:p lda:i t:p ldt:i work:p info:o
-zgeqrt2 - : m:i n:i a:p lda:i t:p ldt:i info:o
-zgeqrt3 - : m:i n:i a:p lda:i t:p ldt:i info:o
-zgerfs - : trans:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zgerq2 - : m:i n:i a:p lda:i tau:p work:p info:o
-zgerqf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-zgesc2 - : n:i a:p lda:i rhs:p ipiv:ii[n] jpiv:ii[n] scale:p
-zgesdd - : jobz:c m:i n:i a:p lda:i s:p u:p ldu:i vt:p ldvt:i work:p lwork:i rwork:p iwork:ix[8*min(m,n)] info:o
-zgesv - : n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i info:o
-zgesvd - : jobu:c jobvt:c m:i n:i a:p lda:i s:p u:p ldu:i vt:p ldvt:i work:p lwork:i rwork:p info:o
-zgesvdq - : joba:c jobp:c jobr:c jobu:c jobv:c m:i n:i a:p lda:i s:p u:p ldu:i v:p ldv:i numrank:o iwork:io[max(1,liwork)] liwork:i cwork:p lcwork:o rwork:p lrwork:i info:o
-zgesvdx - : jobu:c jobvt:c range:c m:i n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I ns:o s:p u:p ldu:i vt:p ldvt:i work:p lwork:i rwork:p iwork:io[12*min(m,n)] info:o
-zgesvj - : joba:c jobu:c jobv:c m:i n:i a:p lda:i sva:p mv:i v:p ldv:i cwork:p lwork:i rwork:p lrwork:i info:o
-zgesvx - : fact:c trans:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] equed:c r:p c:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-zgetc2 - : n:i a:p lda:i ipiv:io[n] jpiv:io[n] info:o
-zgetf2 - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-zgetrf - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-zgetrf2 - : m:i n:i a:p lda:i ipiv:io[min(m,n)] info:o
-zgetri - : n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-zgetrs - : trans:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-zgetsls - : trans:c m:i n:i nrhs:i a:p lda:i b:p ldb:i work:p lwork:i info:o
-zgetsqrhrt - : m:i n:i mb1:i nb1:i nb2:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-zggbak - : job:c side:c n:i ilo:i ihi:i lscale:p rscale:p m:i v:p ldv:i info:o
-zggbal - : job:c n:i a:p lda:i b:p ldb:i ilo:o ihi:o lscale:p rscale:p work:p info:o
-zgges - : jobvsl:c jobvsr:c sort:c selctg:f n:i a:p lda:i b:p ldb:i sdim:o alpha:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i rwork:p bwork:lw[n]?sort=S info:o
-zgges3 - : jobvsl:c jobvsr:c sort:c selctg:f n:i a:p lda:i b:p ldb:i sdim:o alpha:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i work:p lwork:i rwork:p bwork:lw[n]?sort=S info:o
-zggesx - : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:p lda:i b:p ldb:i sdim:o alpha:p beta:p vsl:p ldvsl:i vsr:p ldvsr:i rconde:p rcondv:p work:p lwork:i rwork:p iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
-zggev - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
-zggev3 - : jobvl:c jobvr:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i work:p lwork:i rwork:p info:o
-zggevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:p lda:i b:p ldb:i alpha:p beta:p vl:p ldvl:i vr:p ldvr:i ilo:o ihi:o lscale:p rscale:p abnrm:p bbnrm:p rconde:p rcondv:p work:p lwork:i rwork:p iwork:ix[n+2]?sense=BNV bwork:lw[n]?sense=BEV info:o
-zggglm - : n:i m:i p:i a:p lda:i b:p ldb:i d:p x:p y:p work:p lwork:i info:o
-zgghd3 - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i work:p lwork:i info:o
-zgghrd - : compq:c compz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i info:o
-zgglse - : m:i n:i p:i a:p lda:i b:p ldb:i c:p d:p x:p work:p lwork:i info:o
-zggqrf - : n:i m:i p:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
-zggrqf - : m:i p:i n:i a:p lda:i taua:p b:p ldb:i taub:p work:p lwork:i info:o
-zggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p rwork:p iwork:io[n] info:o
-zggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:p lda:i b:p ldb:i alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p lwork:i rwork:p iwork:io[n] info:o
-zggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] rwork:p tau:p work:p info:o
-zggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:p lda:i b:p ldb:i tola:p tolb:p k:o l:o u:p ldu:i v:p ldv:i q:p ldq:i iwork:ix[n] rwork:p tau:p work:p lwork:i info:o
-zgsvj0 - : jobv:c m:i n:i a:p lda:i d:p sva:p mv:i?jobv=AV v:p ldv:i eps:p sfmin:p tol:p nsweep:i work:p lwork:i info:o
-zgsvj1 - : jobv:c m:i n:i n1:i a:p lda:i d:p sva:p mv:i?jobv=AV v:p ldv:i eps:p sfmin:p tol:p nsweep:i work:p lwork:i info:o
-zgtcon - : norm:c n:i dl:p d:p du:p du2:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-zgtrfs - : trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zgtsv - : n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-zgtsvx - : fact:c trans:c n:i nrhs:i dl:p d:p du:p dlf:p df:p duf:p du2:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-zgttrf - : n:i dl:p d:p du:p du2:p ipiv:io[n] info:o
-zgttrs - : trans:c n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i info:o
-zgtts2 - : itrans:i n:i nrhs:i dl:p d:p du:p du2:p ipiv:ii[n] b:p ldb:i
-zhb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:p lda:i v:p tau:p ldvt:i work:p
-zhbev - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p rwork:p info:o
-zhbev_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p info:o
-zhbevd - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zhbevd_2stage - : jobz:c uplo:c n:i kd:i ab:p ldab:i w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zhbevx - : jobz:c range:c uplo:c n:i kd:i ab:p ldab:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-zhbevx_2stage - : jobz:c range:c uplo:c n:i kd:i ab:p ldab:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-zhbgst - : vect:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i x:p ldx:i work:p rwork:p info:o
-zhbgv - : jobz:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i w:p z:p ldz:i work:p rwork:p info:o
-zhbgvd - : jobz:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zhbgvx - : jobz:c range:c uplo:c n:i ka:i kb:i ab:p ldab:i bb:p ldbb:i q:p ldq:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-zhbtrd - : vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p q:p ldq:i work:p info:o
-zhecon - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p info:o
-zhecon_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-zhecon_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p info:o
-zheequb - : uplo:c n:i a:p lda:i s:p scond:p amax:p work:p info:o
-zheev - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i rwork:p info:o
-zheev_2stage - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i rwork:p info:o
-zheevd - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zheevd_2stage - : jobz:c uplo:c n:i a:p lda:i w:p work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zheevr - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zheevr_2stage - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zheevx - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-zheevx_2stage - : jobz:c range:c uplo:c n:i a:p lda:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-zhegs2 - : itype:i uplo:c n:i a:p lda:i b:p ldb:i info:o
-zhegst - : itype:i uplo:c n:i a:p lda:i b:p ldb:i info:o
-zhegv - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i rwork:p info:o
-zhegv_2stage - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i rwork:p info:o
-zhegvd - : itype:i jobz:c uplo:c n:i a:p lda:i b:p ldb:i w:p work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zhegvx - : itype:i jobz:c range:c uplo:c n:i a:p lda:i b:p ldb:i vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p lwork:i rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-zherfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zhesv - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-zhesv_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-zhesv_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] b:p ldb:i work:p lwork:i info:o
-zhesv_rk - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-zhesv_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-zhesvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p lwork:i rwork:p info:o
-zheswapr - : uplo:c n:i a:p lda:i i1:i i2:i
-zhetd2 - : uplo:c n:i a:p lda:i d:p e:p tau:p info:o
-zhetf2 - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-zhetf2_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] info:o
-zhetf2_rook - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-zhetrd - : uplo:c n:i a:p lda:i d:p e:p tau:p work:p lwork:i info:o
-zhetrd_2stage - : vect:c uplo:c n:i a:p lda:i d:p e:p tau:p hous2:p lhous2:i work:p lwork:i info:o
-zhetrd_hb2st - : stage1:c vect:c uplo:c n:i kd:i ab:p ldab:i d:p e:p hous:p lhous:i work:p lwork:i info:o
-zhetrd_he2hb - : uplo:c n:i kd:i a:p lda:i ab:p ldab:i tau:p work:p lwork:i info:o
-zhetrf - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-zhetrf_aa - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-zhetrf_aa_2stage - : uplo:c n:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] work:p lwork:i info:o
-zhetrf_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] work:p lwork:i info:o
-zhetrf_rook - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-zhetri - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-zhetri2 - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-zhetri2x - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p nb:i info:o
-zhetri_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p lwork:i info:o
-zhetri_3x - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p nb:i info:o
-zhetri_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-zhetrs - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-zhetrs2 - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p info:o
-zhetrs_3 - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:ii[n] b:p ldb:i info:o
-zhetrs_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p lwork:i info:o
-zhetrs_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:ii[n] ipiv2:ii[n] b:p ldb:i info:o
-zhetrs_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-zhfrk - : transr:c uplo:c trans:c n:i k:i alpha:p a:p lda:i beta:p c:p
-zhgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:p ldh:i t:p ldt:i alpha:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rwork:p info:o
-zhpcon - : uplo:c n:i ap:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-zhpev - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p rwork:p info:o
-zhpevd - : jobz:c uplo:c n:i ap:p w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zhpevx - : jobz:c range:c uplo:c n:i ap:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-zhpgst - : itype:i uplo:c n:i ap:p bp:p info:o
-zhpgv - : itype:i jobz:c uplo:c n:i ap:p bp:p w:p z:p ldz:i work:p rwork:p info:o
-zhpgvd - : itype:i jobz:c uplo:c n:i ap:p bp:p w:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zhpgvx - : itype:i jobz:c range:c uplo:c n:i ap:p bp:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o w:p z:p ldz:i work:p rwork:p iwork:ix[5*n] ifail:io[n]?jobz=V info:o
-zhprfs - : uplo:c n:i nrhs:i ap:p afp:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zhpsv - : uplo:c n:i nrhs:i ap:p ipiv:io[n] b:p ldb:i info:o
-zhpsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-zhptrd - : uplo:c n:i ap:p d:p e:p tau:p info:o
-zhptrf - : uplo:c n:i ap:p ipiv:io[n] info:o
-zhptri - : uplo:c n:i ap:p ipiv:ii[n] work:p info:o
-zhptrs - : uplo:c n:i nrhs:i ap:p ipiv:ii[n] b:p ldb:i info:o
-zhsein - : side:c eigsrc:c initv:c select:ii[n] n:i h:p ldh:i w:p vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p rwork:p ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
-zhseqr - : job:c compz:c n:i ilo:i ihi:i h:p ldh:i w:p z:p ldz:i work:p lwork:i info:o
-zlabrd - : m:i n:i nb:i a:p lda:i d:p e:p tauq:p taup:p x:p ldx:i y:p ldy:i
-zlacgv - : n:i x:p incx:i
-zlacn2 - : n:i v:p x:p est:p kase:o isave:iio[3]
-zlacon - : n:i v:p x:p est:p kase:o
-zlacp2 - : uplo:c m:i n:i a:p lda:i b:p ldb:i
-zlacpy - : uplo:c m:i n:i a:p lda:i b:p ldb:i
-zlacrm - : m:i n:i a:p lda:i b:p ldb:i c:p ldc:i rwork:p
-zlacrt - : n:i cx:p incx:i cy:p incy:i c:p s:p
-zladiv z : x:p y:p
-zlaed0 - : qsiz:i n:i d:p e:p q:p ldq:i qstore:p ldqs:i rwork:p iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
-zlaed7 - : n:i cutpnt:i qsiz:i tlvls:i curlvl:i curpbm:i d:p q:p ldq:i rho:p indxq:io[n] qstore:p qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:p work:p rwork:p iwork:ix[4*n] info:o
-zlaed8 - : k:o n:i qsiz:i q:p ldq:i d:p rho:p cutpnt:i z:p dlamda:p q2:p ldq2:i w:p indxp:io[n] indx:io[n] indxq:ii[n] perm:io[n] givptr:o givcol:io[2*n] givnum:p info:o
-zlaein - : rightv:i noinit:i n:i h:p ldh:i w:p v:p b:p ldb:i rwork:p eps3:p smlnum:p info:o
-zlaesy - : a:p b:p c:p rt1:p rt2:p evscal:p cs1:p sn1:p
-zlaev2 - : a:p b:p c:p rt1:p rt2:p cs1:p sn1:p
-zlag2c - : m:i n:i a:p lda:i sa:p ldsa:i info:o
-zlags2 - : upper:i a1:p a2:p a3:p b1:p b2:p b3:p csu:p snu:p csv:p snv:p csq:p snq:p
-zlagtm - : trans:c n:i nrhs:i alpha:p dl:p d:p du:p x:p ldx:i beta:p b:p ldb:i
-zlahef - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-zlahef_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
-zlahef_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
-zlahef_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-zlahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i info:o
-zlahr2 - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
-zlahrd - : n:i k:i nb:i a:p lda:i tau:p t:p ldt:i y:p ldy:i
-zlaic1 - : job:i j:i x:p sest:p w:p gamma:p sestpr:p s:p c:p
-zlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:p ldb:i bx:p ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:p ldgnum:i poles:p difl:p difr:p z:p k:i c:p s:p rwork:p info:o
-zlalsa - : icompq:i smlsiz:i n:i nrhs:i b:p ldb:i bx:p ldbx:i u:p ldu:i vt:p k:ii[n] difl:p difr:p z:p poles:p givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:p c:p s:p rwork:p iwork:ix[3*n] info:o
-zlalsd - : uplo:c smlsiz:i n:i nrhs:i d:p e:p b:p ldb:i rcond:p rank:o work:p rwork:p iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
-zlamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
-zlamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:p lda:i t:p ldt:i c:p ldc:i work:p lwork:i info:o
-zlangb d : norm:c n:i kl:i ku:i ab:p ldab:i work:p
-zlange d : norm:c m:i n:i a:p lda:i work:p
-zlangt d : norm:c n:i dl:p d:p du:p
-zlanhb d : norm:c uplo:c n:i k:i ab:p ldab:i work:p
-zlanhe d : norm:c uplo:c n:i a:p lda:i work:p
-zlanhf d : norm:c transr:c uplo:c n:i a:p work:p
-zlanhp d : norm:c uplo:c n:i ap:p work:p
-zlanhs d : norm:c n:i a:p lda:i work:p
-zlanht d : norm:c n:i d:p e:p
-zlansb d : norm:c uplo:c n:i k:i ab:p ldab:i work:p
-zlansp d : norm:c uplo:c n:i ap:p work:p
-zlansy d : norm:c uplo:c n:i a:p lda:i work:p
-zlantb d : norm:c uplo:c diag:c n:i k:i ab:p ldab:i work:p
-zlantp d : norm:c uplo:c diag:c n:i ap:p work:p
-zlantr d : norm:c uplo:c diag:c m:i n:i a:p lda:i work:p
-zlapll - : n:i x:p incx:i y:p incy:i ssmin:p
-zlapmr - : forwrd:i m:i n:i x:p ldx:i k:iio[m]
-zlapmt - : forwrd:i m:i n:i x:p ldx:i k:iio[n]
-zlaqgb - : m:i n:i kl:i ku:i ab:p ldab:i r:p c:p rowcnd:p colcnd:p amax:p equed:c
-zlaqge - : m:i n:i a:p lda:i r:p c:p rowcnd:p colcnd:p amax:p equed:c
-zlaqhb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
-zlaqhe - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
-zlaqhp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
-zlaqp2 - : m:i n:i offset:i a:p lda:i jpvt:iio[n] tau:p vn1:p vn2:p work:p
-zlaqps - : m:i n:i offset:i nb:i kb:o a:p lda:i jpvt:iio[n] tau:p vn1:p vn2:p auxv:p f:p ldf:i
-zlaqr0 - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i work:p lwork:i info:o
-zlaqr1 - : n:i h:p ldh:i s1:p s2:p v:p
-zlaqr2 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:p ldh:i iloz:i ihiz:i z:p ldz:i ns:o nd:o sh:p v:p ldv:i nh:i t:p ldt:i nv:i wv:p ldwv:i work:p lwork:i
-zlaqr3 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:p ldh:i iloz:i ihiz:i z:p ldz:i ns:o nd:o sh:p v:p ldv:i nh:i t:p ldt:i nv:i wv:p ldwv:i work:p lwork:i
-zlaqr4 - : wantt:i wantz:i n:i ilo:i ihi:i h:p ldh:i w:p iloz:i ihiz:i z:p ldz:i work:p lwork:i info:o
-zlaqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i s:p h:p ldh:i iloz:i ihiz:i z:p ldz:i v:p ldv:i u:p ldu:i nv:i wv:p ldwv:i nh:i wh:p ldwh:i
-zlaqsb - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p equed:c
-zlaqsp - : uplo:c n:i ap:p s:p scond:p amax:p equed:c
-zlaqsy - : uplo:c n:i a:p lda:i s:p scond:p amax:p equed:c
-zlaqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:p lda:i b:p ldb:i alpha:p beta:p q:p ldq:i z:p ldz:i work:p lwork:i rwork:p rec:i info:o
-zlaqz1 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:p lda:i b:p ldb:i nq:i qstart:i q:p ldq:i nz:i zstart:i z:p ldz:i
-zlaqz2 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ns:o nd:o alpha:p beta:p qc:p ldqc:i zc:p ldzc:i work:p lwork:i rwork:p rec:i info:o
-zlaqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i alpha:p beta:p a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i qc:p ldqc:i zc:p ldzc:i work:p lwork:i info:o
-zlar1v - : n:i b1:i bn:i lambda:p d:p l:p ld:p lld:p pivmin:p gaptol:p z:p wantnc:i negcnt:o ztz:p mingma:p r:o isuppz:io[2] nrminv:p resid:p rqcorr:p work:p
-zlar2v - : n:i x:p y:p z:p incx:i c:p s:p incc:i
-zlarcm - : m:i n:i a:p lda:i b:p ldb:i c:p ldc:i rwork:p
-zlarf - : side:c m:i n:i v:p incv:i tau:p c:p ldc:i work:p
-zlarfb - : side:c trans:c direct:c storev:c m:i n:i k:i v:p ldv:i t:p ldt:i c:p ldc:i work:p ldwork:i
-zlarfb_gett - : ident:c m:i n:i k:i t:p ldt:i a:p lda:i b:p ldb:i work:p ldwork:i
-zlarfg - : n:i alpha:p x:p incx:i tau:p
-zlarfgp - : n:i alpha:p x:p incx:i tau:p
-zlarft - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
-zlarfx - : side:c m:i n:i v:p tau:p c:p ldc:i work:p
-zlarfy - : uplo:c n:i v:p incv:i tau:p c:p ldc:i work:p
-zlargv - : n:i x:p incx:i y:p incy:i c:p incc:i
-zlarnv - : idist:i iseed:iio[4] n:i x:p
-zlarrv - : n:i vl:p vu:p d:p l:p pivmin:p isplit:ii[n] m:i dol:i dou:i minrgp:p rtol1:p rtol2:p w:p werr:p wgap:p iblock:ii[n] indexw:ii[n] gers:p z:p ldz:i isuppz:io[2*max(1,m)] work:p iwork:ix[7*n] info:o
-zlartg - : f:p g:p c:p s:p r:p
-zlartv - : n:i x:p incx:i y:p incy:i c:p s:p incc:i
-zlarz - : side:c m:i n:i l:i v:p incv:i tau:p c:p ldc:i work:p
-zlarzb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:p ldv:i t:p ldt:i c:p ldc:i work:p ldwork:i
-zlarzt - : direct:c storev:c n:i k:i v:p ldv:i tau:p t:p ldt:i
-zlascl - : type:c kl:i ku:i cfrom:p cto:p m:i n:i a:p lda:i info:o
-zlaset - : uplo:c m:i n:i alpha:p beta:p a:p lda:i
-zlasr - : side:c pivot:c direct:c m:i n:i c:p s:p a:p lda:i
-zlassq - : n:i x:p incx:i scl:p sumsq:p
-zlaswlq - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-zlaswp - : n:i a:p lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
-zlasyf - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-zlasyf_aa - : uplo:c j1:i m:i nb:i a:p lda:i ipiv:io[m] h:p ldh:i work:p
-zlasyf_rk - : uplo:c n:i nb:i kb:o a:p lda:i e:p ipiv:io[n] w:p ldw:i info:o
-zlasyf_rook - : uplo:c n:i nb:i kb:o a:p lda:i ipiv:io[n] w:p ldw:i info:o
-zlat2c - : uplo:c n:i a:p lda:i sa:p ldsa:i info:o
-zlatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:p ldab:i x:p scale:p cnorm:p info:o
-zlatdf - : ijob:i n:i z:p ldz:i rhs:p rdsum:p rdscal:p ipiv:ii[n] jpiv:ii[n]
-zlatm2 z : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
-zlatm3 z : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:p igrade:i dl:p dr:p ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:p
-zlatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:p mode:i cond:p dmax:p rsign:c grade:c dl:p model:i condl:p dr:p moder:i condr:p pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:p anorm:p pack:c a:p lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
-zlatps - : uplo:c trans:c diag:c normin:c n:i ap:p x:p scale:p cnorm:p info:o
-zlatrd - : uplo:c n:i nb:i a:p lda:i e:p tau:p w:p ldw:i
-zlatrs - : uplo:c trans:c diag:c normin:c n:i a:p lda:i x:p scale:p cnorm:p info:o
-zlatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:p lda:i x:p ldx:i scale:p cnorm:p work:p lwork:i info:o
-zlatrz - : m:i n:i l:i a:p lda:i tau:p work:p
-zlatsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-zlatzm - : side:c m:i n:i v:p incv:i tau:p c1:p c2:p ldc:i work:p
-zlaunhr_col_getrfnp - : m:i n:i a:p lda:i d:p info:o
-zlaunhr_col_getrfnp2 - : m:i n:i a:p lda:i d:p info:o
-zlauu2 - : uplo:c n:i a:p lda:i info:o
-zlauum - : uplo:c n:i a:p lda:i info:o
-zpbcon - : uplo:c n:i kd:i ab:p ldab:i anorm:p rcond:p work:p rwork:p info:o
-zpbequ - : uplo:c n:i kd:i ab:p ldab:i s:p scond:p amax:p info:o
-zpbrfs - : uplo:c n:i kd:i nrhs:i ab:p ldab:i afb:p ldafb:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zpbstf - : uplo:c n:i kd:i ab:p ldab:i info:o
-zpbsv - : uplo:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-zpbsvx - : fact:c uplo:c n:i kd:i nrhs:i ab:p ldab:i afb:p ldafb:i equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-zpbtf2 - : uplo:c n:i kd:i ab:p ldab:i info:o
-zpbtrf - : uplo:c n:i kd:i ab:p ldab:i info:o
-zpbtrs - : uplo:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-zpftrf - : transr:c uplo:c n:i a:p info:o
-zpftri - : transr:c uplo:c n:i a:p info:o
-zpftrs - : transr:c uplo:c n:i nrhs:i a:p b:p ldb:i info:o
-zpocon - : uplo:c n:i a:p lda:i anorm:p rcond:p work:p rwork:p info:o
-zpoequ - : n:i a:p lda:i s:p scond:p amax:p info:o
-zpoequb - : n:i a:p lda:i s:p scond:p amax:p info:o
-zporfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zposv - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-zposvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-zpotf2 - : uplo:c n:i a:p lda:i info:o
-zpotrf - : uplo:c n:i a:p lda:i info:o
-zpotrf2 - : uplo:c n:i a:p lda:i info:o
-zpotri - : uplo:c n:i a:p lda:i info:o
-zpotrs - : uplo:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-zppcon - : uplo:c n:i ap:p anorm:p rcond:p work:p rwork:p info:o
-zppequ - : uplo:c n:i ap:p s:p scond:p amax:p info:o
-zpprfs - : uplo:c n:i nrhs:i ap:p afp:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zppsv - : uplo:c n:i nrhs:i ap:p b:p ldb:i info:o
-zppsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p equed:c s:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-zpptrf - : uplo:c n:i ap:p info:o
-zpptri - : uplo:c n:i ap:p info:o
-zpptrs - : uplo:c n:i nrhs:i ap:p b:p ldb:i info:o
-zpstf2 - : uplo:c n:i a:p lda:i piv:io[n] rank:o tol:p work:p info:o
-zpstrf - : uplo:c n:i a:p lda:i piv:io[n] rank:o tol:p work:p info:o
-zptcon - : n:i d:p e:p anorm:p rcond:p rwork:p info:o
-zpteqr - : compz:c n:i d:p e:p z:p ldz:i work:p info:o
-zptrfs - : uplo:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zptsv - : n:i nrhs:i d:p e:p b:p ldb:i info:o
-zptsvx - : fact:c n:i nrhs:i d:p e:p df:p ef:p b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-zpttrf - : n:i d:p e:p info:o
-zpttrs - : uplo:c n:i nrhs:i d:p e:p b:p ldb:i info:o
-zptts2 - : iuplo:i n:i nrhs:i d:p e:p b:p ldb:i
-zspcon - : uplo:c n:i ap:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-zspmv - : uplo:c n:i alpha:p ap:p x:p incx:i beta:p y:p incy:i
-zspr - : uplo:c n:i alpha:p x:p incx:i ap:p
-zsprfs - : uplo:c n:i nrhs:i ap:p afp:p ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zspsv - : uplo:c n:i nrhs:i ap:p ipiv:io[n] b:p ldb:i info:o
-zspsvx - : fact:c uplo:c n:i nrhs:i ap:p afp:p ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p rwork:p info:o
-zsptrf - : uplo:c n:i ap:p ipiv:io[n] info:o
-zsptri - : uplo:c n:i ap:p ipiv:ii[n] work:p info:o
-zsptrs - : uplo:c n:i nrhs:i ap:p ipiv:ii[n] b:p ldb:i info:o
-zstedc - : compz:c n:i d:p e:p z:p ldz:i work:p lwork:i rwork:p lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-zstegr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I abstol:p m:o<=n w:p z:p ldz:i isuppz:io[2*max(1,m)] work:p lwork:i iwork:iw[liwork] liwork:i info:o
-zstein - : n:i d:p e:p m:i w:p iblock:ii[n] isplit:ii[n] z:p ldz:i work:p iwork:ix[n] ifail:io[m] info:o
-zstemr - : jobz:c range:c n:i d:p e:p vl:p vu:p il:i?range=I iu:i?range=I m:o<=n w:p z:p ldz:i nzc:i isuppz:io[2*max(1,m)] tryrac:o work:p lwork:i iwork:iw[liwork] liwork:i info:o
-zsteqr - : compz:c n:i d:p e:p z:p ldz:i work:p info:o
-zsycon - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p info:o
-zsycon_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] anorm:p rcond:p work:p info:o
-zsycon_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] anorm:p rcond:p work:p info:o
-zsyconv - : uplo:c way:c n:i a:p lda:i ipiv:ii[n] e:p info:o
-zsyconvf - : uplo:c way:c n:i a:p lda:i e:p ipiv:iio[n] info:o
-zsyconvf_rook - : uplo:c way:c n:i a:p lda:i e:p ipiv:ii[n] info:o
-zsyequb - : uplo:c n:i a:p lda:i s:p scond:p amax:p work:p info:o
-zsymv - : uplo:c n:i alpha:p a:p lda:i x:p incx:i beta:p y:p incy:i
-zsyr - : uplo:c n:i alpha:p x:p incx:i a:p lda:i
-zsyrfs - : uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:ii[n] b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-zsysv - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-zsysv_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-zsysv_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] b:p ldb:i work:p lwork:i info:o
-zsysv_rk - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-zsysv_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:io[n] b:p ldb:i work:p lwork:i info:o
-zsysvx - : fact:c uplo:c n:i nrhs:i a:p lda:i af:p ldaf:i ipiv:iio[n] b:p ldb:i x:p ldx:i rcond:p ferr:p berr:p work:p lwork:i rwork:p info:o
-zsyswapr - : uplo:c n:i a:p lda:i i1:i i2:i
-zsytf2 - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-zsytf2_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] info:o
-zsytf2_rook - : uplo:c n:i a:p lda:i ipiv:io[n] info:o
-zsytrf - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-zsytrf_aa - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-zsytrf_aa_2stage - : uplo:c n:i a:p lda:i tb:p ltb:i ipiv:io[n] ipiv2:io[n] work:p lwork:i info:o
-zsytrf_rk - : uplo:c n:i a:p lda:i e:p ipiv:io[n] work:p lwork:i info:o
-zsytrf_rook - : uplo:c n:i a:p lda:i ipiv:io[n] work:p lwork:i info:o
-zsytri - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-zsytri2 - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p lwork:i info:o
-zsytri2x - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p nb:i info:o
-zsytri_3 - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p lwork:i info:o
-zsytri_3x - : uplo:c n:i a:p lda:i e:p ipiv:ii[n] work:p nb:i info:o
-zsytri_rook - : uplo:c n:i a:p lda:i ipiv:ii[n] work:p info:o
-zsytrs - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-zsytrs2 - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p info:o
-zsytrs_3 - : uplo:c n:i nrhs:i a:p lda:i e:p ipiv:ii[n] b:p ldb:i info:o
-zsytrs_aa - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i work:p lwork:i info:o
-zsytrs_aa_2stage - : uplo:c n:i nrhs:i a:p lda:i tb:p ltb:i ipiv:ii[n] ipiv2:ii[n] b:p ldb:i info:o
-zsytrs_rook - : uplo:c n:i nrhs:i a:p lda:i ipiv:ii[n] b:p ldb:i info:o
-ztbcon - : norm:c uplo:c diag:c n:i kd:i ab:p ldab:i rcond:p work:p rwork:p info:o
-ztbrfs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-ztbtrs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:p ldab:i b:p ldb:i info:o
-ztfsm - : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:p a:p b:p ldb:i
-ztftri - : transr:c uplo:c diag:c n:i a:p info:o
-ztfttp - : transr:c uplo:c n:i arf:p ap:p info:o
-ztfttr - : transr:c uplo:c n:i arf:p a:p lda:i info:o
-ztgevc - : side:c howmny:c select:ii[n]?howmny=S n:i s:p lds:i p:p ldp:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p rwork:p info:o
-ztgex2 - : wantq:i wantz:i n:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i j1:i info:o
-ztgexc - : wantq:i wantz:i n:i a:p lda:i b:p ldb:i q:p ldq:i z:p ldz:i ifst:i ilst:o info:o
-ztgsen - : ijob:i wantq:i wantz:i select:ii[n] n:i a:p lda:i b:p ldb:i alpha:p beta:p q:p ldq:i z:p ldz:i m:o pl:p pr:p dif:p work:p lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
-ztgsja - : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:p lda:i b:p ldb:i tola:p tolb:p alpha:p beta:p u:p ldu:i v:p ldv:i q:p ldq:i work:p ncycle:o info:o
-ztgsna - : job:c howmny:c select:ii[n]?howmny=S n:i a:p lda:i b:p ldb:i vl:p ldvl:i vr:p ldvr:i s:p dif:p mm:i m:o work:p lwork:i iwork:ix[n+2]?job=BV info:o
-ztgsy2 - : trans:c ijob:i?trans=N m:i n:i a:p lda:i b:p ldb:i c:p ldc:i d:p ldd:i e:p lde:i f:p ldf:i scale:p rdsum:p rdscal:p info:o
-ztgsyl - : trans:c ijob:i?trans=N m:i n:i a:p lda:i b:p ldb:i c:p ldc:i d:p ldd:i e:p lde:i f:p ldf:i scale:p dif:p work:p lwork:i iwork:ix[m+n+2] info:o
-ztpcon - : norm:c uplo:c diag:c n:i ap:p rcond:p work:p rwork:p info:o
-ztplqt - : m:i n:i l:i mb:i a:p lda:i b:p ldb:i t:p ldt:i work:p info:o
-ztplqt2 - : m:i n:i l:i a:p lda:i b:p ldb:i t:p ldt:i info:o
-ztpmlqt - : side:c trans:c m:i n:i k:i l:i mb:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p info:o
-ztpmqrt - : side:c trans:c m:i n:i k:i l:i nb:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p info:o
-ztpqrt - : m:i n:i l:i nb:i a:p lda:i b:p ldb:i t:p ldt:i work:p info:o
-ztpqrt2 - : m:i n:i l:i a:p lda:i b:p ldb:i t:p ldt:i info:o
-ztprfb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:p ldv:i t:p ldt:i a:p lda:i b:p ldb:i work:p ldwork:i
-ztprfs - : uplo:c trans:c diag:c n:i nrhs:i ap:p b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-ztptri - : uplo:c diag:c n:i ap:p info:o
-ztptrs - : uplo:c trans:c diag:c n:i nrhs:i ap:p b:p ldb:i info:o
-ztpttf - : transr:c uplo:c n:i ap:p arf:p info:o
-ztpttr - : uplo:c n:i ap:p a:p lda:i info:o
-ztrcon - : norm:c uplo:c diag:c n:i a:p lda:i rcond:p work:p rwork:p info:o
-ztrevc - : side:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p rwork:p info:o
-ztrevc3 - : side:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i mm:i m:o work:p lwork:i rwork:p lrwork:i info:o
-ztrexc - : compq:c n:i t:p ldt:i q:p ldq:i ifst:i ilst:i info:o
-ztrrfs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i x:p ldx:i ferr:p berr:p work:p rwork:p info:o
-ztrsen - : job:c compq:c select:ii[n] n:i t:p ldt:i q:p ldq:i w:p m:o s:p sep:p work:p lwork:i info:o
-ztrsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:p ldt:i vl:p ldvl:i vr:p ldvr:i s:p sep:p mm:i m:o work:p ldwork:i rwork:p info:o
-ztrsyl - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p info:o
-ztrsyl3 - : trana:c tranb:c isgn:i m:i n:i a:p lda:i b:p ldb:i c:p ldc:i scale:p swork:p ldswork:i info:o
-ztrti2 - : uplo:c diag:c n:i a:p lda:i info:o
-ztrtri - : uplo:c diag:c n:i a:p lda:i info:o
-ztrtrs - : uplo:c trans:c diag:c n:i nrhs:i a:p lda:i b:p ldb:i info:o
-ztrttf - : transr:c uplo:c n:i a:p lda:i arf:p info:o
-ztrttp - : uplo:c n:i a:p lda:i ap:p info:o
-ztzrqf - : m:i n:i a:p lda:i tau:p info:o
-ztzrzf - : m:i n:i a:p lda:i tau:p work:p lwork:i info:o
-zunbdb - : trans:c signs:c m:i p:i q:i x11:p ldx11:i x12:p ldx12:i x21:p ldx21:i x22:p ldx22:i theta:p phi:p taup1:p taup2:p tauq1:p tauq2:p work:p lwork:i info:o
-zunbdb1 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-zunbdb2 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-zunbdb3 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p work:p lwork:i info:o
-zunbdb4 - : m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p phi:p taup1:p taup2:p tauq1:p phantom:p work:p lwork:i info:o
-zunbdb5 - : m1:i m2:i n:i x1:p incx1:i x2:p incx2:i q1:p ldq1:i q2:p ldq2:i work:p lwork:i info:o
-zunbdb6 - : m1:i m2:i n:i x1:p incx1:i x2:p incx2:i q1:p ldq1:i q2:p ldq2:i work:p lwork:i info:o
-zuncsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:p ldx11:i x12:p ldx12:i x21:p ldx21:i x22:p ldx22:i theta:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i v2t:p ldv2t:i work:p lwork:i rwork:p lrwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
-zuncsd2by1 - : jobu1:c jobu2:c jobv1t:c m:i p:i q:i x11:p ldx11:i x21:p ldx21:i theta:p u1:p ldu1:i u2:p ldu2:i v1t:p ldv1t:i work:p lwork:i rwork:p lrwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
-zung2l - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-zung2r - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-zungbr - : vect:c m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-zunghr - : n:i ilo:i ihi:i a:p lda:i tau:p work:p lwork:i info:o
-zungl2 - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-zunglq - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-zungql - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-zungqr - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-zungr2 - : m:i n:i k:i a:p lda:i tau:p work:p info:o
-zungrq - : m:i n:i k:i a:p lda:i tau:p work:p lwork:i info:o
-zungtr - : uplo:c n:i a:p lda:i tau:p work:p lwork:i info:o
-zungtsqr - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-zungtsqr_row - : m:i n:i mb:i nb:i a:p lda:i t:p ldt:i work:p lwork:i info:o
-zunhr_col - : m:i n:i nb:i a:p lda:i t:p ldt:i d:p info:o
-zunm22 - : side:c trans:c m:i n:i n1:i n2:i q:p ldq:i c:p ldc:i work:p lwork:i info:o
-zunm2l - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-zunm2r - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-zunmbr - : vect:c side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-zunmhr - : side:c trans:c m:i n:i ilo:i ihi:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-zunml2 - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-zunmlq - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-zunmql - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-zunmqr - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-zunmr2 - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p info:o
-zunmr3 - : side:c trans:c m:i n:i k:i l:i a:p lda:i tau:p c:p ldc:i work:p info:o
-zunmrq - : side:c trans:c m:i n:i k:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-zunmrz - : side:c trans:c m:i n:i k:i l:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-zunmtr - : side:c uplo:c trans:c m:i n:i a:p lda:i tau:p c:p ldc:i work:p lwork:i info:o
-zupgtr - : uplo:c n:i ap:p tau:p q:p ldq:i work:p info:o
-zupmtr - : side:c uplo:c trans:c m:i n:i ap:p tau:p c:p ldc:i work:p info:o
+zbbcsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:w phi:w u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i v2t:y ldv2t:i b11d:w b11e:w b12d:w b12e:w b21d:w b21e:w b22d:w b22e:w rwork:w lrwork:i info:o
+zbdsqr - : uplo:c n:i ncvt:i nru:i ncc:i d:w e:w vt:y ldvt:i u:y ldu:i c:y ldc:i rwork:w info:o
+zcgesv - : n:i nrhs:i a:y lda:i ipiv:io[n] b:e ldb:i x:y ldx:i work:y swork:y.c rwork:w iter:o info:o
+zcposv - : uplo:c n:i nrhs:i a:y lda:i b:e ldb:i x:y ldx:i work:y swork:y.c rwork:w iter:o info:o
+zdrscl - : n:i sa:r sx:y incx:i
+zgbbrd - : vect:c m:i n:i ncc:i kl:i ku:i ab:y ldab:i d:w e:w q:y ldq:i pt:y ldpt:i c:y ldc:i work:y rwork:w info:o
+zgbcon - : norm:c n:i kl:i ku:i ab:e ldab:i ipiv:ii[n] anorm:r rcond:w work:y rwork:w info:o
+zgbequ - : m:i n:i kl:i ku:i ab:e ldab:i r:w c:w rowcnd:w colcnd:w amax:w info:o
+zgbequb - : m:i n:i kl:i ku:i ab:e ldab:i r:w c:w rowcnd:w colcnd:w amax:w info:o
+zgbrfs - : trans:c n:i kl:i ku:i nrhs:i ab:e ldab:i afb:e ldafb:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zgbsv - : n:i kl:i ku:i nrhs:i ab:y ldab:i ipiv:io[n] b:y ldb:i info:o
+zgbsvx - : fact:c trans:c n:i kl:i ku:i nrhs:i ab:y ldab:i afb:y ldafb:i ipiv:iio[n] equed:c r:w c:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+zgbtf2 - : m:i n:i kl:i ku:i ab:y ldab:i ipiv:io[min(m,n)] info:o
+zgbtrf - : m:i n:i kl:i ku:i ab:y ldab:i ipiv:io[min(m,n)] info:o
+zgbtrs - : trans:c n:i kl:i ku:i nrhs:i ab:e ldab:i ipiv:ii[n] b:y ldb:i info:o
+zgebak - : job:c side:c n:i ilo:i ihi:i scale:r m:i v:y ldv:i info:o
+zgebal - : job:c n:i a:y lda:i ilo:o ihi:o scale:w info:o
+zgebd2 - : m:i n:i a:y lda:i d:w e:w tauq:y taup:y work:y info:o
+zgebrd - : m:i n:i a:y lda:i d:w e:w tauq:y taup:y work:y lwork:i info:o
+zgecon - : norm:c n:i a:e lda:i anorm:r rcond:w work:y rwork:w info:o
+zgeequ - : m:i n:i a:e lda:i r:w c:w rowcnd:w colcnd:w amax:w info:o
+zgeequb - : m:i n:i a:e lda:i r:w c:w rowcnd:w colcnd:w amax:w info:o
+zgees - : jobvs:c sort:c select:f1 n:i a:y lda:i sdim:o w:y vs:y ldvs:i work:y lwork:i rwork:w bwork:lw[n]?sort=S info:o
+zgeesx - : jobvs:c sort:c select:f1 sense:c n:i a:y lda:i sdim:o w:y vs:y ldvs:i rconde:w rcondv:w work:y lwork:i rwork:w bwork:lw[n]?sort=S info:o
+zgeev - : jobvl:c jobvr:c n:i a:y lda:i w:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i rwork:w info:o
+zgeevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:y lda:i w:y vl:y ldvl:i vr:y ldvr:i ilo:o ihi:o scale:w abnrm:w rconde:w rcondv:w work:y lwork:i rwork:w info:o
+zgegs - : jobvsl:c jobvsr:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i rwork:w info:o
+zgegv - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i rwork:w info:o
+zgehd2 - : n:i ilo:i ihi:i a:y lda:i tau:y work:y info:o
+zgehrd - : n:i ilo:i ihi:i a:y lda:i tau:y work:y lwork:i info:o
+zgejsv - : joba:c jobu:c jobv:c jobr:c jobt:c jobp:c m:i n:i a:y lda:i sva:w u:y ldu:i v:y ldv:i cwork:y lwork:i rwork:w lrwork:i iwork:io[max(4,2*n+m),4] info:o
+zgelq - : m:i n:i a:y lda:i t:y tsize:i work:y lwork:i info:o
+zgelq2 - : m:i n:i a:y lda:i tau:y work:y info:o
+zgelqf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+zgelqt - : m:i n:i mb:i a:y lda:i t:y ldt:i work:y info:o
+zgelqt3 - : m:i n:i a:y lda:i t:y ldt:i info:o
+zgels - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+zgelsd - : m:i n:i nrhs:i a:y lda:i b:y ldb:i s:w rcond:r rank:o work:y lwork:i rwork:w iwork:iw[max(1,3*min(m,n)*(log2(min(m,n))+1)+11*min(m,n))] info:o
+zgelss - : m:i n:i nrhs:i a:y lda:i b:y ldb:i s:w rcond:r rank:o work:y lwork:i rwork:w info:o
+zgelst - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+zgelsx - : m:i n:i nrhs:i a:y lda:i b:y ldb:i jpvt:iio[n] rcond:r rank:o work:y rwork:w info:o
+zgelsy - : m:i n:i nrhs:i a:y lda:i b:y ldb:i jpvt:iio[n] rcond:r rank:o work:y lwork:i rwork:w info:o
+zgemlq - : side:c trans:c m:i n:i k:i a:e lda:i t:e tsize:i c:y ldc:i work:y lwork:i info:o
+zgemlqt - : side:c trans:c m:i n:i k:i mb:i v:e ldv:i t:e ldt:i c:y ldc:i work:y info:o
+zgemqr - : side:c trans:c m:i n:i k:i a:e lda:i t:e tsize:i c:y ldc:i work:y lwork:i info:o
+zgemqrt - : side:c trans:c m:i n:i k:i nb:i v:e ldv:i t:e ldt:i c:y ldc:i work:y info:o
+zgeql2 - : m:i n:i a:y lda:i tau:y work:y info:o
+zgeqlf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+zgeqp3 - : m:i n:i a:y lda:i jpvt:iio[n] tau:y work:y lwork:i rwork:w info:o
+zgeqpf - : m:i n:i a:y lda:i jpvt:iio[n] tau:y work:y rwork:w info:o
+zgeqr - : m:i n:i a:y lda:i t:y tsize:i work:y lwork:i info:o
+zgeqr2 - : m:i n:i a:y lda:i tau:y work:y info:o
+zgeqr2p - : m:i n:i a:y lda:i tau:y work:y info:o
+zgeqrf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+zgeqrfp - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+zgeqrt - : m:i n:i nb:i a:y lda:i t:y ldt:i work:y info:o
+zgeqrt2 - : m:i n:i a:y lda:i t:y ldt:i info:o
+zgeqrt3 - : m:i n:i a:y lda:i t:y ldt:i info:o
+zgerfs - : trans:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zgerq2 - : m:i n:i a:y lda:i tau:y work:y info:o
+zgerqf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+zgesc2 - : n:i a:e lda:i rhs:y ipiv:ii[n] jpiv:ii[n] scale:w
+zgesdd - : jobz:c m:i n:i a:y lda:i s:w u:y ldu:i vt:y ldvt:i work:y lwork:i rwork:w iwork:ix[8*min(m,n)] info:o
+zgesv - : n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i info:o
+zgesvd - : jobu:c jobvt:c m:i n:i a:y lda:i s:w u:y ldu:i vt:y ldvt:i work:y lwork:i rwork:w info:o
+zgesvdq - : joba:c jobp:c jobr:c jobu:c jobv:c m:i n:i a:y lda:i s:w u:y ldu:i v:y ldv:i numrank:o iwork:io[max(1,liwork)] liwork:i cwork:y lcwork:o rwork:w lrwork:i info:o
+zgesvdx - : jobu:c jobvt:c range:c m:i n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I ns:o s:w u:y ldu:i vt:y ldvt:i work:y lwork:i rwork:w iwork:io[12*min(m,n)] info:o
+zgesvj - : joba:c jobu:c jobv:c m:i n:i a:y lda:i sva:w mv:i v:y ldv:i cwork:y lwork:i rwork:w lrwork:i info:o
+zgesvx - : fact:c trans:c n:i nrhs:i a:y lda:i af:y ldaf:i ipiv:iio[n] equed:c r:w c:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+zgetc2 - : n:i a:y lda:i ipiv:io[n] jpiv:io[n] info:o
+zgetf2 - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+zgetrf - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+zgetrf2 - : m:i n:i a:y lda:i ipiv:io[min(m,n)] info:o
+zgetri - : n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+zgetrs - : trans:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+zgetsls - : trans:c m:i n:i nrhs:i a:y lda:i b:y ldb:i work:y lwork:i info:o
+zgetsqrhrt - : m:i n:i mb1:i nb1:i nb2:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+zggbak - : job:c side:c n:i ilo:i ihi:i lscale:r rscale:r m:i v:y ldv:i info:o
+zggbal - : job:c n:i a:y lda:i b:y ldb:i ilo:o ihi:o lscale:w rscale:w work:w info:o
+zgges - : jobvsl:c jobvsr:c sort:c selctg:f2 n:i a:y lda:i b:y ldb:i sdim:o alpha:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i rwork:w bwork:lw[n]?sort=S info:o
+zgges3 - : jobvsl:c jobvsr:c sort:c selctg:f2 n:i a:y lda:i b:y ldb:i sdim:o alpha:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i work:y lwork:i rwork:w bwork:lw[n]?sort=S info:o
+zggesx - : jobvsl:c jobvsr:c sort:c selctg:f2 sense:c n:i a:y lda:i b:y ldb:i sdim:o alpha:y beta:y vsl:y ldvsl:i vsr:y ldvsr:i rconde:w rcondv:w work:y lwork:i rwork:w iwork:iw[max(1,liwork)] liwork:i bwork:lw[n]?sort=S info:o
+zggev - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i rwork:w info:o
+zggev3 - : jobvl:c jobvr:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vl:y ldvl:i vr:y ldvr:i work:y lwork:i rwork:w info:o
+zggevx - : balanc:c jobvl:c jobvr:c sense:c n:i a:y lda:i b:y ldb:i alpha:y beta:y vl:y ldvl:i vr:y ldvr:i ilo:o ihi:o lscale:w rscale:w abnrm:w bbnrm:w rconde:w rcondv:w work:y lwork:i rwork:w iwork:ix[n+2]?sense=BNV bwork:lw[n]?sense=BEV info:o
+zggglm - : n:i m:i p:i a:y lda:i b:y ldb:i d:y x:y y:y work:y lwork:i info:o
+zgghd3 - : compq:c compz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i work:y lwork:i info:o
+zgghrd - : compq:c compz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i info:o
+zgglse - : m:i n:i p:i a:y lda:i b:y ldb:i c:y d:y x:y work:y lwork:i info:o
+zggqrf - : n:i m:i p:i a:y lda:i taua:y b:y ldb:i taub:y work:y lwork:i info:o
+zggrqf - : m:i p:i n:i a:y lda:i taua:y b:y ldb:i taub:y work:y lwork:i info:o
+zggsvd - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:y lda:i b:y ldb:i alpha:w beta:w u:y ldu:i v:y ldv:i q:y ldq:i work:y rwork:w iwork:io[n] info:o
+zggsvd3 - : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:y lda:i b:y ldb:i alpha:w beta:w u:y ldu:i v:y ldv:i q:y ldq:i work:y lwork:i rwork:w iwork:io[n] info:o
+zggsvp - : jobu:c jobv:c jobq:c m:i p:i n:i a:y lda:i b:y ldb:i tola:w tolb:w k:o l:o u:y ldu:i v:y ldv:i q:y ldq:i iwork:ix[n] rwork:w tau:y work:y info:o
+zggsvp3 - : jobu:c jobv:c jobq:c m:i p:i n:i a:y lda:i b:y ldb:i tola:r tolb:r k:o l:o u:y ldu:i v:y ldv:i q:y ldq:i iwork:ix[n] rwork:w tau:y work:y lwork:i info:o
+zgsvj0 - : jobv:c m:i n:i a:y lda:i d:y sva:w mv:i?jobv=AV v:y ldv:i eps:r sfmin:r tol:r nsweep:i work:y lwork:i info:o
+zgsvj1 - : jobv:c m:i n:i n1:i a:y lda:i d:y sva:w mv:i?jobv=AV v:y ldv:i eps:r sfmin:r tol:r nsweep:i work:y lwork:i info:o
+zgtcon - : norm:c n:i dl:e d:e du:e du2:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+zgtrfs - : trans:c n:i nrhs:i dl:e d:e du:e dlf:e df:e duf:e du2:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zgtsv - : n:i nrhs:i dl:y d:y du:y b:y ldb:i info:o
+zgtsvx - : fact:c trans:c n:i nrhs:i dl:e d:e du:e dlf:y df:y duf:y du2:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+zgttrf - : n:i dl:y d:y du:y du2:y ipiv:io[n] info:o
+zgttrs - : trans:c n:i nrhs:i dl:e d:e du:e du2:e ipiv:ii[n] b:y ldb:i info:o
+zgtts2 - : itrans:i n:i nrhs:i dl:e d:e du:e du2:e ipiv:ii[n] b:y ldb:i
+zhb2st_kernels - : uplo:c wantz:i ttype:i st:i ed:i sweep:i n:i nb:i ib:i a:y lda:i v:y tau:y ldvt:i work:y
+zhbev - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:w z:y ldz:i work:y rwork:w info:o
+zhbev_2stage - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:w z:y ldz:i work:y lwork:i rwork:w info:o
+zhbevd - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zhbevd_2stage - : jobz:c uplo:c n:i kd:i ab:y ldab:i w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zhbevx - : jobz:c range:c uplo:c n:i kd:i ab:y ldab:i q:y ldq:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+zhbevx_2stage - : jobz:c range:c uplo:c n:i kd:i ab:y ldab:i q:y ldq:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y lwork:i rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+zhbgst - : vect:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:e ldbb:i x:y ldx:i work:y rwork:w info:o
+zhbgv - : jobz:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i w:w z:y ldz:i work:y rwork:w info:o
+zhbgvd - : jobz:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zhbgvx - : jobz:c range:c uplo:c n:i ka:i kb:i ab:y ldab:i bb:y ldbb:i q:y ldq:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+zhbtrd - : vect:c uplo:c n:i kd:i ab:y ldab:i d:w e:w q:y ldq:i work:y info:o
+zhecon - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:r rcond:w work:y info:o
+zhecon_3 - : uplo:c n:i a:e lda:i e:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+zhecon_rook - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:r rcond:w work:y info:o
+zheequb - : uplo:c n:i a:e lda:i s:w scond:w amax:w work:y info:o
+zheev - : jobz:c uplo:c n:i a:y lda:i w:w work:y lwork:i rwork:w info:o
+zheev_2stage - : jobz:c uplo:c n:i a:y lda:i w:w work:y lwork:i rwork:w info:o
+zheevd - : jobz:c uplo:c n:i a:y lda:i w:w work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zheevd_2stage - : jobz:c uplo:c n:i a:y lda:i w:w work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zheevr - : jobz:c range:c uplo:c n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o<=n w:w z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zheevr_2stage - : jobz:c range:c uplo:c n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o<=n w:w z:y ldz:i isuppz:io[2*max(1,m)] work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zheevx - : jobz:c range:c uplo:c n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y lwork:i rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+zheevx_2stage - : jobz:c range:c uplo:c n:i a:y lda:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y lwork:i rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+zhegs2 - : itype:i uplo:c n:i a:y lda:i b:y ldb:i info:o
+zhegst - : itype:i uplo:c n:i a:y lda:i b:e ldb:i info:o
+zhegv - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:w work:y lwork:i rwork:w info:o
+zhegv_2stage - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:w work:y lwork:i rwork:w info:o
+zhegvd - : itype:i jobz:c uplo:c n:i a:y lda:i b:y ldb:i w:w work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zhegvx - : itype:i jobz:c range:c uplo:c n:i a:y lda:i b:y ldb:i vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y lwork:i rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+zherfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zhesv - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+zhesv_aa - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+zhesv_aa_2stage - : uplo:c n:i nrhs:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] b:y ldb:i work:y lwork:i info:o
+zhesv_rk - : uplo:c n:i nrhs:i a:y lda:i e:y ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+zhesv_rook - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+zhesvx - : fact:c uplo:c n:i nrhs:i a:e lda:i af:y ldaf:i ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y lwork:i rwork:w info:o
+zheswapr - : uplo:c n:i a:y lda:i i1:i i2:i
+zhetd2 - : uplo:c n:i a:y lda:i d:w e:w tau:y info:o
+zhetf2 - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+zhetf2_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] info:o
+zhetf2_rook - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+zhetrd - : uplo:c n:i a:y lda:i d:w e:w tau:y work:y lwork:i info:o
+zhetrd_2stage - : vect:c uplo:c n:i a:y lda:i d:w e:w tau:y hous2:y lhous2:i work:y lwork:i info:o
+zhetrd_hb2st - : stage1:c vect:c uplo:c n:i kd:i ab:y ldab:i d:w e:w hous:y lhous:i work:y lwork:i info:o
+zhetrd_he2hb - : uplo:c n:i kd:i a:y lda:i ab:y ldab:i tau:y work:y lwork:i info:o
+zhetrf - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+zhetrf_aa - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+zhetrf_aa_2stage - : uplo:c n:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] work:y lwork:i info:o
+zhetrf_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] work:y lwork:i info:o
+zhetrf_rook - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+zhetri - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+zhetri2 - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+zhetri2x - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y nb:i info:o
+zhetri_3 - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y lwork:i info:o
+zhetri_3x - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y nb:i info:o
+zhetri_rook - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+zhetrs - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+zhetrs2 - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y info:o
+zhetrs_3 - : uplo:c n:i nrhs:i a:e lda:i e:e ipiv:ii[n] b:y ldb:i info:o
+zhetrs_aa - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y lwork:i info:o
+zhetrs_aa_2stage - : uplo:c n:i nrhs:i a:e lda:i tb:y ltb:i ipiv:ii[n] ipiv2:ii[n] b:y ldb:i info:o
+zhetrs_rook - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+zhfrk - : transr:c uplo:c trans:c n:i k:i alpha:r a:e lda:i beta:r c:y
+zhgeqz - : job:c compq:c compz:c n:i ilo:i ihi:i h:y ldh:i t:y ldt:i alpha:y beta:y q:y ldq:i z:y ldz:i work:y lwork:i rwork:w info:o
+zhpcon - : uplo:c n:i ap:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+zhpev - : jobz:c uplo:c n:i ap:y w:w z:y ldz:i work:y rwork:w info:o
+zhpevd - : jobz:c uplo:c n:i ap:y w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zhpevx - : jobz:c range:c uplo:c n:i ap:y vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+zhpgst - : itype:i uplo:c n:i ap:y bp:e info:o
+zhpgv - : itype:i jobz:c uplo:c n:i ap:y bp:y w:w z:y ldz:i work:y rwork:w info:o
+zhpgvd - : itype:i jobz:c uplo:c n:i ap:y bp:y w:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zhpgvx - : itype:i jobz:c range:c uplo:c n:i ap:y bp:y vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o w:w z:y ldz:i work:y rwork:w iwork:ix[5*n] ifail:io[n]?jobz=V info:o
+zhprfs - : uplo:c n:i nrhs:i ap:e afp:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zhpsv - : uplo:c n:i nrhs:i ap:y ipiv:io[n] b:y ldb:i info:o
+zhpsvx - : fact:c uplo:c n:i nrhs:i ap:e afp:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+zhptrd - : uplo:c n:i ap:y d:w e:w tau:y info:o
+zhptrf - : uplo:c n:i ap:y ipiv:io[n] info:o
+zhptri - : uplo:c n:i ap:y ipiv:ii[n] work:y info:o
+zhptrs - : uplo:c n:i nrhs:i ap:e ipiv:ii[n] b:y ldb:i info:o
+zhsein - : side:c eigsrc:c initv:c select:ii[n] n:i h:e ldh:i w:y vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y rwork:w ifaill:io[mm]?side=BL ifailr:io[mm]?side=BR info:o
+zhseqr - : job:c compz:c n:i ilo:i ihi:i h:y ldh:i w:y z:y ldz:i work:y lwork:i info:o
+zlabrd - : m:i n:i nb:i a:y lda:i d:w e:w tauq:y taup:y x:y ldx:i y:y ldy:i
+zlacgv - : n:i x:y incx:i
+zlacn2 - : n:i v:y x:y est:w kase:o isave:iio[3]
+zlacon - : n:i v:y x:y est:w kase:o
+zlacp2 - : uplo:c m:i n:i a:r lda:i b:y ldb:i
+zlacpy - : uplo:c m:i n:i a:e lda:i b:y ldb:i
+zlacrm - : m:i n:i a:e lda:i b:r ldb:i c:y ldc:i rwork:w
+zlacrt - : n:i cx:y incx:i cy:y incy:i c:e s:e
+zladiv z : x:e y:e
+zlaed0 - : qsiz:i n:i d:w e:w q:y ldq:i qstore:y ldqs:i rwork:w iwork:ix[6+6*n+5*n*log2(2*n-1)] info:o
+zlaed7 - : n:i cutpnt:i qsiz:i tlvls:i curlvl:i curpbm:i d:w q:y ldq:i rho:r indxq:io[n] qstore:w qptr:iio[n+2] prmptr:iio[n*log2(2*n-1)] perm:iio[n*log2(2*n-1)] givptr:iio[n*log2(2*n-1)] givcol:iio[2*n*log2(2*n-1)] givnum:r work:y rwork:w iwork:ix[4*n] info:o
+zlaed8 - : k:o n:i qsiz:i q:y ldq:i d:w rho:w cutpnt:i z:r dlamda:w q2:y ldq2:i w:w indxp:io[n] indx:io[n] indxq:ii[n] perm:io[n] givptr:o givcol:io[2*n] givnum:w info:o
+zlaein - : rightv:i noinit:i n:i h:e ldh:i w:e v:y b:y ldb:i rwork:w eps3:r smlnum:r info:o
+zlaesy - : a:e b:e c:e rt1:y rt2:y evscal:y cs1:y sn1:y
+zlaev2 - : a:e b:e c:e rt1:w rt2:w cs1:w sn1:y
+zlag2c - : m:i n:i a:e lda:i sa:y.c ldsa:i info:o
+zlags2 - : upper:i a1:r a2:e a3:r b1:r b2:e b3:r csu:w snu:y csv:w snv:y csq:w snq:y
+zlagtm - : trans:c n:i nrhs:i alpha:r dl:e d:e du:e x:e ldx:i beta:r b:y ldb:i
+zlahef - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+zlahef_aa - : uplo:c j1:i m:i nb:i a:y lda:i ipiv:io[m] h:y ldh:i work:y
+zlahef_rk - : uplo:c n:i nb:i kb:o a:y lda:i e:y ipiv:io[n] w:y ldw:i info:o
+zlahef_rook - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+zlahqr - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i w:y iloz:i ihiz:i z:y ldz:i info:o
+zlahr2 - : n:i k:i nb:i a:y lda:i tau:y t:y ldt:i y:y ldy:i
+zlahrd - : n:i k:i nb:i a:y lda:i tau:y t:y ldt:i y:y ldy:i
+zlaic1 - : job:i j:i x:e sest:r w:e gamma:e sestpr:w s:y c:y
+zlals0 - : icompq:i nl:i nr:i sqre:i nrhs:i b:y ldb:i bx:y ldbx:i perm:ii[nl+nr+1] givptr:i givcol:ii[ldgcol*2] ldgcol:i givnum:r ldgnum:i poles:r difl:r difr:r z:r k:i c:r s:r rwork:w info:o
+zlalsa - : icompq:i smlsiz:i n:i nrhs:i b:y ldb:i bx:y ldbx:i u:r ldu:i vt:r k:ii[n] difl:r difr:r z:r poles:r givptr:ii[n] givcol:ii[ldgcol*2*(log2(n/(smlsiz+1))+1)] ldgcol:i perm:ii[ldgcol*(log2(n/(smlsiz+1))+1)] givnum:r c:r s:r rwork:w iwork:ix[3*n] info:o
+zlalsd - : uplo:c smlsiz:i n:i nrhs:i d:w e:w b:y ldb:i rcond:r rank:o work:y rwork:w iwork:ix[3*n*(log2(n/(smlsiz+1))+1)+11*n] info:o
+zlamswlq - : side:c trans:c m:i n:i k:i mb:i nb:i a:e lda:i t:e ldt:i c:y ldc:i work:y lwork:i info:o
+zlamtsqr - : side:c trans:c m:i n:i k:i mb:i nb:i a:e lda:i t:e ldt:i c:y ldc:i work:y lwork:i info:o
+zlangb d : norm:c n:i kl:i ku:i ab:e ldab:i work:w
+zlange d : norm:c m:i n:i a:e lda:i work:w
+zlangt d : norm:c n:i dl:e d:e du:e
+zlanhb d : norm:c uplo:c n:i k:i ab:e ldab:i work:w
+zlanhe d : norm:c uplo:c n:i a:e lda:i work:w
+zlanhf d : norm:c transr:c uplo:c n:i a:e work:w
+zlanhp d : norm:c uplo:c n:i ap:e work:w
+zlanhs d : norm:c n:i a:e lda:i work:w
+zlanht d : norm:c n:i d:r e:e
+zlansb d : norm:c uplo:c n:i k:i ab:e ldab:i work:w
+zlansp d : norm:c uplo:c n:i ap:e work:w
+zlansy d : norm:c uplo:c n:i a:e lda:i work:w
+zlantb d : norm:c uplo:c diag:c n:i k:i ab:e ldab:i work:w
+zlantp d : norm:c uplo:c diag:c n:i ap:e work:w
+zlantr d : norm:c uplo:c diag:c m:i n:i a:e lda:i work:w
+zlapll - : n:i x:y incx:i y:y incy:i ssmin:w
+zlapmr - : forwrd:i m:i n:i x:y ldx:i k:iio[m]
+zlapmt - : forwrd:i m:i n:i x:y ldx:i k:iio[n]
+zlaqgb - : m:i n:i kl:i ku:i ab:y ldab:i r:r c:r rowcnd:r colcnd:r amax:r equed:c
+zlaqge - : m:i n:i a:y lda:i r:r c:r rowcnd:r colcnd:r amax:r equed:c
+zlaqhb - : uplo:c n:i kd:i ab:y ldab:i s:w scond:r amax:r equed:c
+zlaqhe - : uplo:c n:i a:y lda:i s:r scond:r amax:r equed:c
+zlaqhp - : uplo:c n:i ap:y s:r scond:r amax:r equed:c
+zlaqp2 - : m:i n:i offset:i a:y lda:i jpvt:iio[n] tau:y vn1:w vn2:w work:y
+zlaqps - : m:i n:i offset:i nb:i kb:o a:y lda:i jpvt:iio[n] tau:y vn1:w vn2:w auxv:y f:y ldf:i
+zlaqr0 - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i w:y iloz:i ihiz:i z:y ldz:i work:y lwork:i info:o
+zlaqr1 - : n:i h:e ldh:i s1:e s2:e v:y
+zlaqr2 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:y ldh:i iloz:i ihiz:i z:y ldz:i ns:o nd:o sh:y v:y ldv:i nh:i t:y ldt:i nv:i wv:y ldwv:i work:y lwork:i
+zlaqr3 - : wantt:i wantz:i n:i ktop:i kbot:i nw:i h:y ldh:i iloz:i ihiz:i z:y ldz:i ns:o nd:o sh:y v:y ldv:i nh:i t:y ldt:i nv:i wv:y ldwv:i work:y lwork:i
+zlaqr4 - : wantt:i wantz:i n:i ilo:i ihi:i h:y ldh:i w:y iloz:i ihiz:i z:y ldz:i work:y lwork:i info:o
+zlaqr5 - : wantt:i wantz:i kacc22:i n:i ktop:i kbot:i nshfts:i s:y h:y ldh:i iloz:i ihiz:i z:y ldz:i v:y ldv:i u:y ldu:i nv:i wv:y ldwv:i nh:i wh:y ldwh:i
+zlaqsb - : uplo:c n:i kd:i ab:y ldab:i s:r scond:r amax:r equed:c
+zlaqsp - : uplo:c n:i ap:y s:r scond:r amax:r equed:c
+zlaqsy - : uplo:c n:i a:y lda:i s:r scond:r amax:r equed:c
+zlaqz0 - : wants:c wantq:c wantz:c n:i ilo:i ihi:i a:y lda:i b:y ldb:i alpha:y beta:y q:y ldq:i z:y ldz:i work:y lwork:i rwork:w rec:i info:o
+zlaqz1 - : ilq:i ilz:i k:i istartm:i istopm:i ihi:i a:y lda:i b:y ldb:i nq:i qstart:i q:y ldq:i nz:i zstart:i z:y ldz:i
+zlaqz2 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nw:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i ns:o nd:o alpha:y beta:y qc:y ldqc:i zc:y ldzc:i work:y lwork:i rwork:w rec:i info:o
+zlaqz3 - : ilschur:i ilq:i ilz:i n:i ilo:i ihi:i nshifts:i nblock_desired:i alpha:e beta:e a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i qc:y ldqc:i zc:y ldzc:i work:y lwork:i info:o
+zlar1v - : n:i b1:i bn:i lambda:r d:r l:r ld:r lld:r pivmin:r gaptol:r z:y wantnc:i negcnt:o ztz:w mingma:w r:o isuppz:io[2] nrminv:w resid:w rqcorr:w work:w
+zlar2v - : n:i x:y y:y z:y incx:i c:r s:e incc:i
+zlarcm - : m:i n:i a:r lda:i b:e ldb:i c:y ldc:i rwork:w
+zlarf - : side:c m:i n:i v:e incv:i tau:e c:y ldc:i work:y
+zlarfb - : side:c trans:c direct:c storev:c m:i n:i k:i v:e ldv:i t:e ldt:i c:y ldc:i work:y ldwork:i
+zlarfb_gett - : ident:c m:i n:i k:i t:e ldt:i a:y lda:i b:y ldb:i work:y ldwork:i
+zlarfg - : n:i alpha:y x:y incx:i tau:y
+zlarfgp - : n:i alpha:y x:y incx:i tau:y
+zlarft - : direct:c storev:c n:i k:i v:e ldv:i tau:e t:y ldt:i
+zlarfx - : side:c m:i n:i v:e tau:e c:y ldc:i work:y
+zlarfy - : uplo:c n:i v:e incv:i tau:e c:y ldc:i work:y
+zlargv - : n:i x:y incx:i y:y incy:i c:w incc:i
+zlarnv - : idist:i iseed:iio[4] n:i x:y
+zlarrv - : n:i vl:r vu:r d:w l:w pivmin:r isplit:ii[n] m:i dol:i dou:i minrgp:r rtol1:r rtol2:r w:w werr:w wgap:w iblock:ii[n] indexw:ii[n] gers:r z:y ldz:i isuppz:io[2*max(1,m)] work:w iwork:ix[7*n] info:o
+zlartg - : f:e.c g:e.c c:y.s s:y.c r:y.c
+zlartv - : n:i x:y incx:i y:y incy:i c:r s:e incc:i
+zlarz - : side:c m:i n:i l:i v:e incv:i tau:e c:y ldc:i work:y
+zlarzb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:e ldv:i t:e ldt:i c:y ldc:i work:y ldwork:i
+zlarzt - : direct:c storev:c n:i k:i v:y ldv:i tau:e t:y ldt:i
+zlascl - : type:c kl:i ku:i cfrom:r cto:r m:i n:i a:y lda:i info:o
+zlaset - : uplo:c m:i n:i alpha:e beta:e a:y lda:i
+zlasr - : side:c pivot:c direct:c m:i n:i c:r s:r a:y lda:i
+zlassq - : n:i x:e incx:i scl:w sumsq:w
+zlaswlq - : m:i n:i mb:i nb:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+zlaswp - : n:i a:y lda:i k1:i k2:i ipiv:ii[k1+(k2-k1)*abs(incx)] incx:i
+zlasyf - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+zlasyf_aa - : uplo:c j1:i m:i nb:i a:y lda:i ipiv:io[m] h:y ldh:i work:y
+zlasyf_rk - : uplo:c n:i nb:i kb:o a:y lda:i e:y ipiv:io[n] w:y ldw:i info:o
+zlasyf_rook - : uplo:c n:i nb:i kb:o a:y lda:i ipiv:io[n] w:y ldw:i info:o
+zlat2c - : uplo:c n:i a:e lda:i sa:y.c ldsa:i info:o
+zlatbs - : uplo:c trans:c diag:c normin:c n:i kd:i ab:e ldab:i x:y scale:w cnorm:w info:o
+zlatdf - : ijob:i n:i z:e ldz:i rhs:y rdsum:w rdscal:w ipiv:ii[n] jpiv:ii[n]
+zlatm2 z : m:i n:i i:i j:i kl:i ku:i idist:i iseed:iio[4] d:e igrade:i dl:e dr:e ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:r
+zlatm3 z : m:i n:i i:i j:i isub:o jsub:o kl:i ku:i idist:i iseed:iio[4] d:e igrade:i dl:e dr:e ipvtng:i iwork:ii[max(i,j)]?ipvtng!=0 sparse:r
+zlatmr - : m:i n:i dist:c iseed:iio[4] sym:c d:y mode:i cond:r dmax:e rsign:c grade:c dl:y model:i condl:r dr:y moder:i condr:r pivtng:c ipivot:ii[max(m,n)]?pivtng!=N kl:i ku:i sparse:r anorm:r pack:c a:y lda:i iwork:ix[max(m,n)]?pivtng!=N info:o
+zlatps - : uplo:c trans:c diag:c normin:c n:i ap:e x:y scale:w cnorm:w info:o
+zlatrd - : uplo:c n:i nb:i a:y lda:i e:w tau:y w:y ldw:i
+zlatrs - : uplo:c trans:c diag:c normin:c n:i a:e lda:i x:y scale:w cnorm:w info:o
+zlatrs3 - : uplo:c trans:c diag:c normin:c n:i nrhs:i a:e lda:i x:y ldx:i scale:w cnorm:w work:w lwork:i info:o
+zlatrz - : m:i n:i l:i a:y lda:i tau:y work:y
+zlatsqr - : m:i n:i mb:i nb:i a:y lda:i t:y ldt:i work:y lwork:i info:o
+zlatzm - : side:c m:i n:i v:e incv:i tau:e c1:y c2:y ldc:i work:y
+zlaunhr_col_getrfnp - : m:i n:i a:y lda:i d:y info:o
+zlaunhr_col_getrfnp2 - : m:i n:i a:y lda:i d:y info:o
+zlauu2 - : uplo:c n:i a:y lda:i info:o
+zlauum - : uplo:c n:i a:y lda:i info:o
+zpbcon - : uplo:c n:i kd:i ab:e ldab:i anorm:r rcond:w work:y rwork:w info:o
+zpbequ - : uplo:c n:i kd:i ab:e ldab:i s:w scond:w amax:w info:o
+zpbrfs - : uplo:c n:i kd:i nrhs:i ab:e ldab:i afb:e ldafb:i b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zpbstf - : uplo:c n:i kd:i ab:y ldab:i info:o
+zpbsv - : uplo:c n:i kd:i nrhs:i ab:y ldab:i b:y ldb:i info:o
+zpbsvx - : fact:c uplo:c n:i kd:i nrhs:i ab:y ldab:i afb:y ldafb:i equed:c s:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+zpbtf2 - : uplo:c n:i kd:i ab:y ldab:i info:o
+zpbtrf - : uplo:c n:i kd:i ab:y ldab:i info:o
+zpbtrs - : uplo:c n:i kd:i nrhs:i ab:e ldab:i b:y ldb:i info:o
+zpftrf - : transr:c uplo:c n:i a:y info:o
+zpftri - : transr:c uplo:c n:i a:y info:o
+zpftrs - : transr:c uplo:c n:i nrhs:i a:e b:y ldb:i info:o
+zpocon - : uplo:c n:i a:e lda:i anorm:r rcond:w work:y rwork:w info:o
+zpoequ - : n:i a:e lda:i s:w scond:w amax:w info:o
+zpoequb - : n:i a:e lda:i s:w scond:w amax:w info:o
+zporfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zposv - : uplo:c n:i nrhs:i a:y lda:i b:y ldb:i info:o
+zposvx - : fact:c uplo:c n:i nrhs:i a:y lda:i af:y ldaf:i equed:c s:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+zpotf2 - : uplo:c n:i a:y lda:i info:o
+zpotrf - : uplo:c n:i a:y lda:i info:o
+zpotrf2 - : uplo:c n:i a:y lda:i info:o
+zpotri - : uplo:c n:i a:y lda:i info:o
+zpotrs - : uplo:c n:i nrhs:i a:e lda:i b:y ldb:i info:o
+zppcon - : uplo:c n:i ap:e anorm:r rcond:w work:y rwork:w info:o
+zppequ - : uplo:c n:i ap:e s:w scond:w amax:w info:o
+zpprfs - : uplo:c n:i nrhs:i ap:e afp:e b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zppsv - : uplo:c n:i nrhs:i ap:y b:y ldb:i info:o
+zppsvx - : fact:c uplo:c n:i nrhs:i ap:y afp:y equed:c s:w b:y ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+zpptrf - : uplo:c n:i ap:y info:o
+zpptri - : uplo:c n:i ap:y info:o
+zpptrs - : uplo:c n:i nrhs:i ap:e b:y ldb:i info:o
+zpstf2 - : uplo:c n:i a:y lda:i piv:io[n] rank:o tol:r work:w info:o
+zpstrf - : uplo:c n:i a:y lda:i piv:io[n] rank:o tol:r work:w info:o
+zptcon - : n:i d:r e:e anorm:r rcond:w rwork:w info:o
+zpteqr - : compz:c n:i d:w e:w z:y ldz:i work:w info:o
+zptrfs - : uplo:c n:i nrhs:i d:r e:e df:r ef:e b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zptsv - : n:i nrhs:i d:w e:y b:y ldb:i info:o
+zptsvx - : fact:c n:i nrhs:i d:r e:e df:w ef:y b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+zpttrf - : n:i d:w e:y info:o
+zpttrs - : uplo:c n:i nrhs:i d:r e:e b:y ldb:i info:o
+zptts2 - : iuplo:i n:i nrhs:i d:r e:e b:y ldb:i
+zspcon - : uplo:c n:i ap:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+zspmv - : uplo:c n:i alpha:e ap:e x:e incx:i beta:e y:y incy:i
+zspr - : uplo:c n:i alpha:e x:e incx:i ap:y
+zsprfs - : uplo:c n:i nrhs:i ap:e afp:e ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zspsv - : uplo:c n:i nrhs:i ap:y ipiv:io[n] b:y ldb:i info:o
+zspsvx - : fact:c uplo:c n:i nrhs:i ap:e afp:y ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y rwork:w info:o
+zsptrf - : uplo:c n:i ap:y ipiv:io[n] info:o
+zsptri - : uplo:c n:i ap:y ipiv:ii[n] work:y info:o
+zsptrs - : uplo:c n:i nrhs:i ap:e ipiv:ii[n] b:y ldb:i info:o
+zstedc - : compz:c n:i d:w e:w z:y ldz:i work:y lwork:i rwork:w lrwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+zstegr - : jobz:c range:c n:i d:w e:w vl:r vu:r il:i?range=I iu:i?range=I abstol:r m:o<=n w:w z:y ldz:i isuppz:io[2*max(1,m)] work:w lwork:i iwork:iw[liwork] liwork:i info:o
+zstein - : n:i d:r e:r m:i w:r iblock:ii[n] isplit:ii[n] z:y ldz:i work:w iwork:ix[n] ifail:io[m] info:o
+zstemr - : jobz:c range:c n:i d:w e:w vl:r vu:r il:i?range=I iu:i?range=I m:o<=n w:w z:y ldz:i nzc:i isuppz:io[2*max(1,m)] tryrac:o work:w lwork:i iwork:iw[liwork] liwork:i info:o
+zsteqr - : compz:c n:i d:w e:w z:y ldz:i work:w info:o
+zsycon - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:r rcond:w work:y info:o
+zsycon_3 - : uplo:c n:i a:e lda:i e:e ipiv:ii[n] anorm:r rcond:w work:y info:o
+zsycon_rook - : uplo:c n:i a:e lda:i ipiv:ii[n] anorm:r rcond:w work:y info:o
+zsyconv - : uplo:c way:c n:i a:y lda:i ipiv:ii[n] e:y info:o
+zsyconvf - : uplo:c way:c n:i a:y lda:i e:y ipiv:iio[n] info:o
+zsyconvf_rook - : uplo:c way:c n:i a:y lda:i e:y ipiv:ii[n] info:o
+zsyequb - : uplo:c n:i a:e lda:i s:w scond:w amax:w work:y info:o
+zsymv - : uplo:c n:i alpha:e a:e lda:i x:e incx:i beta:e y:y incy:i
+zsyr - : uplo:c n:i alpha:e x:e incx:i a:y lda:i
+zsyrfs - : uplo:c n:i nrhs:i a:e lda:i af:e ldaf:i ipiv:ii[n] b:e ldb:i x:y ldx:i ferr:w berr:w work:y rwork:w info:o
+zsysv - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+zsysv_aa - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+zsysv_aa_2stage - : uplo:c n:i nrhs:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] b:y ldb:i work:y lwork:i info:o
+zsysv_rk - : uplo:c n:i nrhs:i a:y lda:i e:y ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+zsysv_rook - : uplo:c n:i nrhs:i a:y lda:i ipiv:io[n] b:y ldb:i work:y lwork:i info:o
+zsysvx - : fact:c uplo:c n:i nrhs:i a:e lda:i af:y ldaf:i ipiv:iio[n] b:e ldb:i x:y ldx:i rcond:w ferr:w berr:w work:y lwork:i rwork:w info:o
+zsyswapr - : uplo:c n:i a:y lda:i i1:i i2:i
+zsytf2 - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+zsytf2_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] info:o
+zsytf2_rook - : uplo:c n:i a:y lda:i ipiv:io[n] info:o
+zsytrf - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+zsytrf_aa - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+zsytrf_aa_2stage - : uplo:c n:i a:y lda:i tb:y ltb:i ipiv:io[n] ipiv2:io[n] work:y lwork:i info:o
+zsytrf_rk - : uplo:c n:i a:y lda:i e:y ipiv:io[n] work:y lwork:i info:o
+zsytrf_rook - : uplo:c n:i a:y lda:i ipiv:io[n] work:y lwork:i info:o
+zsytri - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+zsytri2 - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y lwork:i info:o
+zsytri2x - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y nb:i info:o
+zsytri_3 - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y lwork:i info:o
+zsytri_3x - : uplo:c n:i a:y lda:i e:e ipiv:ii[n] work:y nb:i info:o
+zsytri_rook - : uplo:c n:i a:y lda:i ipiv:ii[n] work:y info:o
+zsytrs - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+zsytrs2 - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y info:o
+zsytrs_3 - : uplo:c n:i nrhs:i a:e lda:i e:e ipiv:ii[n] b:y ldb:i info:o
+zsytrs_aa - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i work:y lwork:i info:o
+zsytrs_aa_2stage - : uplo:c n:i nrhs:i a:e lda:i tb:y ltb:i ipiv:ii[n] ipiv2:ii[n] b:y ldb:i info:o
+zsytrs_rook - : uplo:c n:i nrhs:i a:e lda:i ipiv:ii[n] b:y ldb:i info:o
+ztbcon - : norm:c uplo:c diag:c n:i kd:i ab:e ldab:i rcond:w work:y rwork:w info:o
+ztbrfs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:e ldab:i b:e ldb:i x:e ldx:i ferr:w berr:w work:y rwork:w info:o
+ztbtrs - : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:e ldab:i b:y ldb:i info:o
+ztfsm - : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:e a:e b:y ldb:i
+ztftri - : transr:c uplo:c diag:c n:i a:y info:o
+ztfttp - : transr:c uplo:c n:i arf:e ap:y info:o
+ztfttr - : transr:c uplo:c n:i arf:e a:y lda:i info:o
+ztgevc - : side:c howmny:c select:ii[n]?howmny=S n:i s:e lds:i p:e ldp:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y rwork:w info:o
+ztgex2 - : wantq:i wantz:i n:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i j1:i info:o
+ztgexc - : wantq:i wantz:i n:i a:y lda:i b:y ldb:i q:y ldq:i z:y ldz:i ifst:i ilst:o info:o
+ztgsen - : ijob:i wantq:i wantz:i select:ii[n] n:i a:y lda:i b:y ldb:i alpha:y beta:y q:y ldq:i z:y ldz:i m:o pl:w pr:w dif:w work:y lwork:i iwork:iw[max(1,liwork)] liwork:i info:o
+ztgsja - : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:y lda:i b:y ldb:i tola:r tolb:r alpha:w beta:w u:y ldu:i v:y ldv:i q:y ldq:i work:y ncycle:o info:o
+ztgsna - : job:c howmny:c select:ii[n]?howmny=S n:i a:e lda:i b:e ldb:i vl:e ldvl:i vr:e ldvr:i s:w dif:w mm:i m:o work:y lwork:i iwork:ix[n+2]?job=BV info:o
+ztgsy2 - : trans:c ijob:i?trans=N m:i n:i a:e lda:i b:e ldb:i c:y ldc:i d:e ldd:i e:e lde:i f:y ldf:i scale:w rdsum:w rdscal:w info:o
+ztgsyl - : trans:c ijob:i?trans=N m:i n:i a:e lda:i b:e ldb:i c:y ldc:i d:e ldd:i e:e lde:i f:y ldf:i scale:w dif:w work:y lwork:i iwork:ix[m+n+2] info:o
+ztpcon - : norm:c uplo:c diag:c n:i ap:e rcond:w work:y rwork:w info:o
+ztplqt - : m:i n:i l:i mb:i a:y lda:i b:y ldb:i t:y ldt:i work:y info:o
+ztplqt2 - : m:i n:i l:i a:y lda:i b:y ldb:i t:y ldt:i info:o
+ztpmlqt - : side:c trans:c m:i n:i k:i l:i mb:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y info:o
+ztpmqrt - : side:c trans:c m:i n:i k:i l:i nb:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y info:o
+ztpqrt - : m:i n:i l:i nb:i a:y lda:i b:y ldb:i t:y ldt:i work:y info:o
+ztpqrt2 - : m:i n:i l:i a:y lda:i b:y ldb:i t:y ldt:i info:o
+ztprfb - : side:c trans:c direct:c storev:c m:i n:i k:i l:i v:e ldv:i t:e ldt:i a:y lda:i b:y ldb:i work:y ldwork:i
+ztprfs - : uplo:c trans:c diag:c n:i nrhs:i ap:e b:e ldb:i x:e ldx:i ferr:w berr:w work:y rwork:w info:o
+ztptri - : uplo:c diag:c n:i ap:y info:o
+ztptrs - : uplo:c trans:c diag:c n:i nrhs:i ap:e b:y ldb:i info:o
+ztpttf - : transr:c uplo:c n:i ap:e arf:y info:o
+ztpttr - : uplo:c n:i ap:e a:y lda:i info:o
+ztrcon - : norm:c uplo:c diag:c n:i a:e lda:i rcond:w work:y rwork:w info:o
+ztrevc - : side:c howmny:c select:ii[n]?howmny=S n:i t:y ldt:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y rwork:w info:o
+ztrevc3 - : side:c howmny:c select:ii[n]?howmny=S n:i t:y ldt:i vl:y ldvl:i vr:y ldvr:i mm:i m:o work:y lwork:i rwork:w lrwork:i info:o
+ztrexc - : compq:c n:i t:y ldt:i q:y ldq:i ifst:i ilst:i info:o
+ztrrfs - : uplo:c trans:c diag:c n:i nrhs:i a:e lda:i b:e ldb:i x:e ldx:i ferr:w berr:w work:y rwork:w info:o
+ztrsen - : job:c compq:c select:ii[n] n:i t:y ldt:i q:y ldq:i w:y m:o s:w sep:w work:y lwork:i info:o
+ztrsna - : job:c howmny:c select:ii[n]?howmny=S n:i t:e ldt:i vl:e ldvl:i vr:e ldvr:i s:w sep:w mm:i m:o work:y ldwork:i rwork:w info:o
+ztrsyl - : trana:c tranb:c isgn:i m:i n:i a:e lda:i b:e ldb:i c:y ldc:i scale:w info:o
+ztrsyl3 - : trana:c tranb:c isgn:i m:i n:i a:e lda:i b:e ldb:i c:y ldc:i scale:w swork:w ldswork:i info:o
+ztrti2 - : uplo:c diag:c n:i a:y lda:i info:o
+ztrtri - : uplo:c diag:c n:i a:y lda:i info:o
+ztrtrs - : uplo:c trans:c diag:c n:i nrhs:i a:e lda:i b:y ldb:i info:o
+ztrttf - : transr:c uplo:c n:i a:e lda:i arf:y info:o
+ztrttp - : uplo:c n:i a:e lda:i ap:y info:o
+ztzrqf - : m:i n:i a:y lda:i tau:y info:o
+ztzrzf - : m:i n:i a:y lda:i tau:y work:y lwork:i info:o
+zunbdb - : trans:c signs:c m:i p:i q:i x11:y ldx11:i x12:y ldx12:i x21:y ldx21:i x22:y ldx22:i theta:w phi:w taup1:y taup2:y tauq1:y tauq2:y work:y lwork:i info:o
+zunbdb1 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w phi:w taup1:y taup2:y tauq1:y work:y lwork:i info:o
+zunbdb2 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w phi:w taup1:y taup2:y tauq1:y work:y lwork:i info:o
+zunbdb3 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w phi:w taup1:y taup2:y tauq1:y work:y lwork:i info:o
+zunbdb4 - : m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w phi:w taup1:y taup2:y tauq1:y phantom:y work:y lwork:i info:o
+zunbdb5 - : m1:i m2:i n:i x1:y incx1:i x2:y incx2:i q1:e ldq1:i q2:e ldq2:i work:y lwork:i info:o
+zunbdb6 - : m1:i m2:i n:i x1:y incx1:i x2:y incx2:i q1:e ldq1:i q2:e ldq2:i work:y lwork:i info:o
+zuncsd - : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c signs:c m:i p:i q:i x11:y ldx11:i x12:y ldx12:i x21:y ldx21:i x22:y ldx22:i theta:w u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i v2t:y ldv2t:i work:y lwork:i rwork:w lrwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
+zuncsd2by1 - : jobu1:c jobu2:c jobv1t:c m:i p:i q:i x11:y ldx11:i x21:y ldx21:i theta:w u1:y ldu1:i u2:y ldu2:i v1t:y ldv1t:i work:y lwork:i rwork:w lrwork:i iwork:ix[m-min(p,m-p,q,m-q)] info:o
+zung2l - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+zung2r - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+zungbr - : vect:c m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+zunghr - : n:i ilo:i ihi:i a:y lda:i tau:e work:y lwork:i info:o
+zungl2 - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+zunglq - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+zungql - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+zungqr - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+zungr2 - : m:i n:i k:i a:y lda:i tau:e work:y info:o
+zungrq - : m:i n:i k:i a:y lda:i tau:e work:y lwork:i info:o
+zungtr - : uplo:c n:i a:y lda:i tau:e work:y lwork:i info:o
+zungtsqr - : m:i n:i mb:i nb:i a:y lda:i t:e ldt:i work:y lwork:i info:o
+zungtsqr_row - : m:i n:i mb:i nb:i a:y lda:i t:e ldt:i work:y lwork:i info:o
+zunhr_col - : m:i n:i nb:i a:y lda:i t:y ldt:i d:y info:o
+zunm22 - : side:c trans:c m:i n:i n1:i n2:i q:e ldq:i c:y ldc:i work:y lwork:i info:o
+zunm2l - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+zunm2r - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+zunmbr - : vect:c side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+zunmhr - : side:c trans:c m:i n:i ilo:i ihi:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+zunml2 - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+zunmlq - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+zunmql - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+zunmqr - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+zunmr2 - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y info:o
+zunmr3 - : side:c trans:c m:i n:i k:i l:i a:e lda:i tau:e c:y ldc:i work:y info:o
+zunmrq - : side:c trans:c m:i n:i k:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+zunmrz - : side:c trans:c m:i n:i k:i l:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+zunmtr - : side:c uplo:c trans:c m:i n:i a:e lda:i tau:e c:y ldc:i work:y lwork:i info:o
+zupgtr - : uplo:c n:i ap:e tau:e q:y ldq:i work:y info:o
+zupmtr - : side:c uplo:c trans:c m:i n:i ap:e tau:e c:y ldc:i work:y info:o

@@ -14,54 +14,54 @@
 #                spffrt (n, ncolm against QNL_SPFFRT_NX)
 
 # Tridiagonal solves without pivoting.
-sdttrsb - : trans:c n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-ddttrsb - : trans:c n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-cdttrsb - : trans:c n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-zdttrsb - : trans:c n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-sdtsvb - : n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-ddtsvb - : n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-cdtsvb - : n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-zdtsvb - : n:i nrhs:i dl:p d:p du:p b:p ldb:i info:o
-sdttrfb - : n:i dl:p d:p du:p info:o
-ddttrfb - : n:i dl:p d:p du:p info:o
-cdttrfb - : n:i dl:p d:p du:p info:o
-zdttrfb - : n:i dl:p d:p du:p info:o
+sdttrsb - : trans:c n:i nrhs:i dl:e d:e du:e b:y ldb:i info:o
+ddttrsb - : trans:c n:i nrhs:i dl:e d:e du:e b:y ldb:i info:o
+cdttrsb - : trans:c n:i nrhs:i dl:e d:e du:e b:y ldb:i info:o
+zdttrsb - : trans:c n:i nrhs:i dl:e d:e du:e b:y ldb:i info:o
+sdtsvb - : n:i nrhs:i dl:y d:y du:y b:y ldb:i info:o
+ddtsvb - : n:i nrhs:i dl:y d:y du:y b:y ldb:i info:o
+cdtsvb - : n:i nrhs:i dl:y d:y du:y b:y ldb:i info:o
+zdtsvb - : n:i nrhs:i dl:y d:y du:y b:y ldb:i info:o
+sdttrfb - : n:i dl:y d:y du:y info:o
+ddttrfb - : n:i dl:y d:y du:y info:o
+cdttrfb - : n:i dl:y d:y du:y info:o
+zdttrfb - : n:i dl:y d:y du:y info:o
 
 # LU without pivoting, of the first nfact columns.
-qnl_sgetf2npi - : m:i n:i nfact:i a:p lda:i info:o
-qnl_dgetf2npi - : m:i n:i nfact:i a:p lda:i info:o
-qnl_cgetf2npi - : m:i n:i nfact:i a:p lda:i info:o
-qnl_zgetf2npi - : m:i n:i nfact:i a:p lda:i info:o
-qnl_sgetrfnpi - : m:i n:i nfact:i a:p lda:i info:o
-qnl_dgetrfnpi - : m:i n:i nfact:i a:p lda:i info:o
-qnl_cgetrfnpi - : m:i n:i nfact:i a:p lda:i info:o
-qnl_zgetrfnpi - : m:i n:i nfact:i a:p lda:i info:o
+qnl_sgetf2npi - : m:i n:i nfact:i a:y lda:i info:o
+qnl_dgetf2npi - : m:i n:i nfact:i a:y lda:i info:o
+qnl_cgetf2npi - : m:i n:i nfact:i a:y lda:i info:o
+qnl_zgetf2npi - : m:i n:i nfact:i a:y lda:i info:o
+qnl_sgetrfnpi - : m:i n:i nfact:i a:y lda:i info:o
+qnl_dgetrfnpi - : m:i n:i nfact:i a:y lda:i info:o
+qnl_cgetrfnpi - : m:i n:i nfact:i a:y lda:i info:o
+qnl_zgetrfnpi - : m:i n:i nfact:i a:y lda:i info:o
 
 # Partial factorisation of a packed symmetric matrix.
-qnl_sspffrt2 - : ap:p n:i ncolm:i work:p work2:p
-qnl_dspffrt2 - : ap:p n:i ncolm:i work:p work2:p
-qnl_cspffrt2 - : ap:p n:i ncolm:i work:p work2:p
-qnl_zspffrt2 - : ap:p n:i ncolm:i work:p work2:p
-qnl_sspffrtx - : ap:p n:i ncolm:i work:p work2:p
-qnl_dspffrtx - : ap:p n:i ncolm:i work:p work2:p
-qnl_cspffrtx - : ap:p n:i ncolm:i work:p work2:p
-qnl_zspffrtx - : ap:p n:i ncolm:i work:p work2:p
+qnl_sspffrt2 - : ap:y n:i ncolm:i work:y work2:y
+qnl_dspffrt2 - : ap:y n:i ncolm:i work:y work2:y
+qnl_cspffrt2 - : ap:y n:i ncolm:i work:y work2:y
+qnl_zspffrt2 - : ap:y n:i ncolm:i work:y work2:y
+qnl_sspffrtx - : ap:y n:i ncolm:i work:y work2:y
+qnl_dspffrtx - : ap:y n:i ncolm:i work:y work2:y
+qnl_cspffrtx - : ap:y n:i ncolm:i work:y work2:y
+qnl_zspffrtx - : ap:y n:i ncolm:i work:y work2:y
 
 # Copies between packed triangles and full blocks.
-qnl_stppack - : uplo:c trans:c n:i ap:p i:i j:i rows:i cols:i a:p lda:i info:o
-qnl_dtppack - : uplo:c trans:c n:i ap:p i:i j:i rows:i cols:i a:p lda:i info:o
-qnl_ctppack - : uplo:c trans:c n:i ap:p i:i j:i rows:i cols:i a:p lda:i info:o
-qnl_ztppack - : uplo:c trans:c n:i ap:p i:i j:i rows:i cols:i a:p lda:i info:o
-qnl_stpunpack - : uplo:c trans:c n:i ap:p i:i j:i rows:i cols:i a:p lda:i info:o
-qnl_dtpunpack - : uplo:c trans:c n:i ap:p i:i j:i rows:i cols:i a:p lda:i info:o
-qnl_ctpunpack - : uplo:c trans:c n:i ap:p i:i j:i rows:i cols:i a:p lda:i info:o
-qnl_ztpunpack - : uplo:c trans:c n:i ap:p i:i j:i rows:i cols:i a:p lda:i info:o
+qnl_stppack - : uplo:c trans:c n:i ap:y i:i j:i rows:i cols:i a:e lda:i info:o
+qnl_dtppack - : uplo:c trans:c n:i ap:y i:i j:i rows:i cols:i a:e lda:i info:o
+qnl_ctppack - : uplo:c trans:c n:i ap:y i:i j:i rows:i cols:i a:e lda:i info:o
+qnl_ztppack - : uplo:c trans:c n:i ap:y i:i j:i rows:i cols:i a:e lda:i info:o
+qnl_stpunpack - : uplo:c trans:c n:i ap:e i:i j:i rows:i cols:i a:y lda:i info:o
+qnl_dtpunpack - : uplo:c trans:c n:i ap:e i:i j:i rows:i cols:i a:y lda:i info:o
+qnl_ctpunpack - : uplo:c trans:c n:i ap:e i:i j:i rows:i cols:i a:y lda:i info:o
+qnl_ztpunpack - : uplo:c trans:c n:i ap:e i:i j:i rows:i cols:i a:y lda:i info:o
 
 # Reduction of a band matrix to tridiagonal form.
-ssyrdb - : jobz:c uplo:c n:i kd:i a:p lda:i d:p e:p tau:p z:p ldz:i work:p lwork:i info:o
-dsyrdb - : jobz:c uplo:c n:i kd:i a:p lda:i d:p e:p tau:p z:p ldz:i work:p lwork:i info:o
-cherdb - : jobz:c uplo:c n:i kd:i a:p lda:i d:p e:p tau:p z:p ldz:i work:p lwork:i info:o
-zherdb - : jobz:c uplo:c n:i kd:i a:p lda:i d:p e:p tau:p z:p ldz:i work:p lwork:i info:o
+ssyrdb - : jobz:c uplo:c n:i kd:i a:y lda:i d:y e:y tau:y z:y ldz:i work:y lwork:i info:o
+dsyrdb - : jobz:c uplo:c n:i kd:i a:y lda:i d:y e:y tau:y z:y ldz:i work:y lwork:i info:o
+cherdb - : jobz:c uplo:c n:i kd:i a:y lda:i d:w e:w tau:y z:y ldz:i work:y lwork:i info:o
+zherdb - : jobz:c uplo:c n:i kd:i a:y lda:i d:w e:w tau:y z:y ldz:i work:y lwork:i info:o
 
 @ sdtsvb short check=dtsvb
 @ ddtsvb short check=dtsvb

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "entry.h"
 #include "verbose.h"
@@ -107,7 +108,12 @@ constexpr int kFrameElements = 16;  // integer arrays up to this length stay in 
 struct Any {
   void* v;
   template <class T>
-  operator T*() const { return static_cast<T*>(v); }
+  operator T*() const {
+    if constexpr (std::is_function_v<T>)
+      return reinterpret_cast<T*>(v);  // a callback the caller passed as an address
+    else
+      return static_cast<T*>(v);
+  }
 };
 
 // The entry: `args` are the caller's addresses, result address first where the

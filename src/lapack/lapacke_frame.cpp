@@ -9,37 +9,46 @@
 #include <utility>
 
 #include "frame.h"
+#include "lapack_gen.h"
 #include "lapacke_kit.h"
-
-extern "C" {
-QNL_HIDDEN void* qnl_body_qnl_serv_iface_allocate(uint64_t, int32_t);
-QNL_HIDDEN void qnl_body_qnl_serv_iface_deallocate(void*);
-QNL_HIDDEN void qnl_body_QNL_Somatcopy(char, char, size_t, size_t, float, void*, size_t, void*, size_t);
-QNL_HIDDEN void qnl_body_QNL_Domatcopy(char, char, size_t, size_t, double, void*, size_t, void*, size_t);
-QNL_HIDDEN void qnl_body_QNL_Comatcopy(char, char, size_t, size_t, qnl::blas::cfloat, void*, size_t, void*, size_t);
-QNL_HIDDEN void qnl_body_QNL_Zomatcopy(char, char, size_t, size_t, qnl::blas::cdouble, void*, size_t, void*, size_t);
-}
+#include "matcopy_gen.h"
+#include "services_gen.h"
 
 namespace qnl::lapacke {
 
 using cfloat = std::complex<float>;
 using cdouble = std::complex<double>;
 
+// The matrix copies hold complex elements as {re, im} structs of the same layout as
+// std::complex (which guarantees it).
+template <class B, class C>
+inline const B* as(const C* p) {
+  static_assert(sizeof(B) == sizeof(C) && alignof(B) == alignof(C));
+  return reinterpret_cast<const B*>(p);
+}
+template <class B, class C>
+inline B* as(C* p) {
+  static_assert(sizeof(B) == sizeof(C) && alignof(B) == alignof(C));
+  return reinterpret_cast<B*>(p);
+}
+
 template <>
 void omatcopy<float>(char o, char op, size_t r, size_t c, const float* in, size_t li, float* out, size_t lo) {
-  qnl_body_QNL_Somatcopy(o, op, r, c, 1.0f, const_cast<float*>(in), li, out, lo);
+  qnl_body_QNL_Somatcopy(o, op, r, c, 1.0f, in, li, out, lo);
 }
 template <>
 void omatcopy<double>(char o, char op, size_t r, size_t c, const double* in, size_t li, double* out, size_t lo) {
-  qnl_body_QNL_Domatcopy(o, op, r, c, 1.0, const_cast<double*>(in), li, out, lo);
+  qnl_body_QNL_Domatcopy(o, op, r, c, 1.0, in, li, out, lo);
 }
 template <>
 void omatcopy<cfloat>(char o, char op, size_t r, size_t c, const cfloat* in, size_t li, cfloat* out, size_t lo) {
-  qnl_body_QNL_Comatcopy(o, op, r, c, {1.0f, 0.0f}, const_cast<cfloat*>(in), li, out, lo);
+  using B = qnl::blas::cfloat;
+  qnl_body_QNL_Comatcopy(o, op, r, c, {1.0f, 0.0f}, as<B>(in), li, as<B>(out), lo);
 }
 template <>
 void omatcopy<cdouble>(char o, char op, size_t r, size_t c, const cdouble* in, size_t li, cdouble* out, size_t lo) {
-  qnl_body_QNL_Zomatcopy(o, op, r, c, {1.0, 0.0}, const_cast<cdouble*>(in), li, out, lo);
+  using B = qnl::blas::cdouble;
+  qnl_body_QNL_Zomatcopy(o, op, r, c, {1.0, 0.0}, as<B>(in), li, as<B>(out), lo);
 }
 
 namespace {
@@ -482,7 +491,7 @@ template void xerbla<int64_t>(const char*, int64_t);
 }  // namespace qnl::lapacke
 
 // One body for both layers: the Fortran entry reads its three integers at the layer's width.
-extern "C" QNL_HIDDEN void qnl_lapack_body_ilaver(void*, void*, void*);
 extern "C" __attribute__((visibility("default"))) void LAPACKE_ilaver(void* major, void* minor, void* patch) {
-  qnl_lapack_body_ilaver(major, minor, patch);
+  qnl_lapack_body_ilaver(static_cast<QnlLayerInt*>(major), static_cast<QnlLayerInt*>(minor),
+                         static_cast<QnlLayerInt*>(patch));
 }

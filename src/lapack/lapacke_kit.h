@@ -11,8 +11,7 @@
 #include <cstdint>
 
 #include "entry.h"
-
-extern "C" QNL_HIDDEN int32_t qnl_body_qnl_serv_lsame(void*, void*, int32_t, int32_t);
+#include "services_gen.h"
 
 namespace qnl::lapacke {
 

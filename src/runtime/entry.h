@@ -31,6 +31,11 @@ namespace qnl {
 
 // The address a frame reads, whatever type the body's prototype gives it.
 inline void* vp(const void* p) { return const_cast<void*>(p); }
+// A callback's address, which the frame passes on unchanged.
+template <class R, class... A>
+inline void* vp(R (*f)(A...)) {
+  return reinterpret_cast<void*>(f);
+}
 
 using RuntimeState = QnlRuntimeState;
 inline RuntimeState& g_state = qnl_rt_state;

@@ -31,7 +31,7 @@ inline int32_t name_length(const char* name) {
 template <class W>
 QNL_COLD void report(const char* name, int32_t length, W number) {
   W cell = number;
-  qnl_body_cdecl_xerbla(const_cast<char*>(name), &cell, length);
+  qnl_body_cdecl_xerbla(name, &cell, length);
 }
 
 }  // namespace qnl

@@ -9,8 +9,10 @@
 #   local    the one name; hand-written body kept in the facade (no back-end symbol)
 # result   - void, i int32, l int64, d double, s float, p pointer (letters of tools/qnlgen/model.py)
 # args     i32 u64 f64 ptr: read through a pointer in by-reference spellings, passed by value otherwise
-#          i32v: by value in every spelling; ptr: passed on as it is; ptr*: a pointer cell read through
-#          the caller's pointer in by-reference spellings
+#          i32v: by value in every spelling; ptr: an address passed on as it is; ptr*: a pointer cell
+#          read through the caller's pointer in by-reference spellings; str: characters the routine
+#          reads, txt: characters it writes, i32o u64o: an integer it writes (addresses in every
+#          spelling, typed for the facade, void* at the back-end)
 #
 # kind    UPPER                           Mixed                             result args               symbol
 # memory
@@ -21,7 +23,7 @@ twin      QNL_FREE                        QNL_free                          -   
 alias     QNL_FREE_BUFFERS                QNL_Free_Buffers                  -      -                  free_buffers
 alias     QNL_THREAD_FREE_BUFFERS         QNL_Thread_Free_Buffers           -      -                  thread_free_buffers
 alias     QNL_DISABLE_FAST_MM             QNL_Disable_Fast_MM               i      -                  disable_fast_mm
-alias     QNL_MEM_STAT                    QNL_Mem_Stat                      l      ptr                mem_stat
+alias     QNL_MEM_STAT                    QNL_Mem_Stat                      l      i32o               mem_stat
 twin      QNL_PEAK_MEM_USAGE              QNL_Peak_Mem_Usage                l      i32                peak_mem_usage
 twin      QNL_SET_MEMORY_LIMIT            QNL_Set_Memory_Limit              i      i32,u64            set_memory_limit
 # threads
@@ -37,7 +39,7 @@ alias     QNL_GET_NUM_STRIPES             QNL_Get_Num_Stripes               i   
 # timers, processor, reproducibility
 fortran   DSECND                          -                                 d      -                  dsecnd
 fortran   SECOND                          -                                 s      -                  second
-alias     QNL_GET_CPU_CLOCKS              QNL_Get_Cpu_Clocks                -      ptr                get_cpu_clocks
+alias     QNL_GET_CPU_CLOCKS              QNL_Get_Cpu_Clocks                -      u64o               get_cpu_clocks
 alias     QNL_GET_CPU_FREQUENCY           QNL_Get_Cpu_Frequency             d      -                  get_cpu_frequency
 alias     QNL_GET_MAX_CPU_FREQUENCY       QNL_Get_Max_Cpu_Frequency         d      -                  get_max_cpu_frequency
 alias     QNL_GET_CLOCKS_FREQUENCY        QNL_Get_Clocks_Frequency          d      -                  get_clocks_frequency
@@ -47,24 +49,24 @@ twin      QNL_CBWR_SET                    QNL_CBWR_Set                      i   
 alias     QNL_CBWR_GET_AUTO_BRANCH        QNL_CBWR_Get_Auto_Branch          i      -                  cbwr_get_auto_branch
 # version and control
 alias     QNL_GET_VERSION                 QNL_Get_Version                   -      ptr                get_version
-fortran   QNL_GET_VERSION_STRING          -                                 -      ptr,i32v           get_version_string
-c         QNL_Get_Version_String          -                                 -      ptr,i32            get_version_string_c
+fortran   QNL_GET_VERSION_STRING          -                                 -      txt,i32v           get_version_string
+c         QNL_Get_Version_String          -                                 -      txt,i32            get_version_string_c
 alias     QNL_FINALIZE                    QNL_Finalize                      i      -                  finalize
 twin      QNL_VERBOSE                     QNL_Verbose                       i      i32                verbose
 twin      QNL_SET_ENV_MODE                QNL_Set_Env_Mode                  i      i32                set_env_mode
-twin      QNL_SET_MPI                     QNL_Set_mpi                       i      i32,ptr            set_mpi
+twin      QNL_SET_MPI                     QNL_Set_mpi                       i      i32,str            set_mpi
 custom    QNL_SET_EXIT_HANDLER            QNL_Set_Exit_Handler              -      ptr                set_exit_handler
 # callbacks and hooks
 fortran   QNL_SET_XERBLA                  -                                 p      ptr                set_xerbla
 fortran   QNL_SET_PROGRESS                -                                 p      ptr                set_progress
 fortran   QNL_SET_PARDISO_PIVOT           -                                 p      ptr                set_pardiso_pivot
-hook      XERBLA                          -                                 -      ptr,ptr,i32v       default_xerbla
-hook      QNL_PROGRESS                    -                                 i      ptr,ptr,ptr,i32v   default_progress
+hook      XERBLA                          -                                 -      str,ptr,i32v       default_xerbla
+hook      QNL_PROGRESS                    -                                 i      ptr,ptr,str,i32v   default_progress
 hook      QNL_PARDISO_PIVOT               -                                 i      ptr,ptr,ptr        default_pardiso_pivot
-c         cdecl_xerbla                    -                                 -      ptr,ptr,i32        xerbla
-c         cdecl_progress                  -                                 i      ptr,ptr,ptr,i32    progress
+c         cdecl_xerbla                    -                                 -      str,ptr,i32        xerbla
+c         cdecl_progress                  -                                 i      ptr,ptr,str,i32    progress
 c         cdecl_pardiso_pivot             -                                 i      ptr,ptr,ptr        pardiso_pivot
-fortran   LSAME                           -                                 i      ptr,ptr,i32v,i32v  lsame
+fortran   LSAME                           -                                 i      str,str,i32v,i32v  lsame
 # offload control
 alias     QNL_MIC_ENABLE                  QNL_MIC_Enable                    i      -                  mic_enable
 alias     QNL_MIC_DISABLE                 QNL_MIC_Disable                   i      -                  mic_disable
@@ -91,15 +93,15 @@ c         qnl_serv_iface_malloc           -                                 p   
 c         qnl_serv_iface_free             -                                 -      ptr                free
 c         qnl_serv_iface_dsecnd           -                                 d      -                  dsecnd
 c         qnl_serv_iface_verbose_mode     -                                 p      -                  verbose_mode
-c         qnl_serv_iface_print_verbose_info -                               -      i32,ptr,f64        print_verbose_info
+c         qnl_serv_iface_print_verbose_info -                               -      i32,str,f64        print_verbose_info
 c         qnl_serv_cbwr_get_nolock        -                                 i      i32                cbwr_get_nolock
 c         qnl_serv_is_sse4_2_enabled      -                                 i      -                  is_sse4_2_enabled
 c         qnl_serv_is_avx_enabled         -                                 i      -                  is_avx_enabled
 c         qnl_serv_is_avx2_enabled        -                                 i      -                  is_avx2_enabled
 c         qnl_serv_is_avx512_enabled      -                                 i      -                  is_avx512_enabled
 c         qnl_serv_is_avx512_mic_enabled  -                                 i      -                  is_avx512_mic_enabled
-c         qnl_serv_lsame                  -                                 i      ptr,ptr,i32,i32    lsame
-c         qnl_serv_xerbla                 -                                 -      ptr,ptr,i32        xerbla
+c         qnl_serv_lsame                  -                                 i      str,str,i32,i32    lsame
+c         qnl_serv_xerbla                 -                                 -      str,ptr,i32        xerbla
 # kept in the facade
 local     QNL_Set_Threading_Layer         -                                 i      i32                -
 local     qnl_set_threading_layer         -                                 i      ptr                -

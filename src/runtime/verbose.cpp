@@ -17,7 +17,7 @@ void format_record(char* buf, const char* format, ...) {
 
 void print_record(Site& site, double t, const char* record) {
   site.width = interface_layer() == 0 ? 1 : 2;
-  qnl_body_qnl_serv_iface_print_verbose_info(site.width, const_cast<char*>(record), t);
+  qnl_body_qnl_serv_iface_print_verbose_info(site.width, record, t);
 }
 
 }  // namespace qnl::verbose

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "qnl_vml.h"
+#include "report.h"
 #include "vml_frame.h"
 
 namespace qnl::vml {
@@ -38,7 +39,7 @@ int32_t set_mode_ref(const int32_t* mode) { return bound<int32_t(int32_t)>(g_set
 int32_t set_status_ref(const int32_t* status) { return bound<int32_t(int32_t)>(g_set_status)(*status); }
 
 void reject(const Function& f, int32_t position, int32_t status) {
-  qnl_body_cdecl_xerbla(const_cast<char*>(f.name), &position, static_cast<int32_t>(strnlen(f.name, 25)));
+  qnl::report(f.name, static_cast<int32_t>(strnlen(f.name, 25)), position);
   set_status_ref(&status);
 }
 

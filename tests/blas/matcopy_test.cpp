@@ -263,6 +263,9 @@ struct FirstCall {
   bool c_spelling;
   int settled;
 };
+void PrintTo(const FirstCall& f, std::ostream* os) {
+  *os << (f.variable ? f.variable : "unset") << (f.c_spelling ? ", C spelling" : ", Fortran spelling");
+}
 
 class MatcopyFirstCall : public ::testing::TestWithParam<FirstCall> {};
 

@@ -350,6 +350,7 @@ struct Threshold {
   const char* env;  // null: unset
   int64_t below, at;
 };
+void PrintTo(const Threshold& t, std::ostream* os) { *os << "QNL_SPFFRT_NX=" << (t.env ? t.env : "unset"); }
 class Spffrt : public ::testing::TestWithParam<Threshold> {};
 
 const char* spffrt_symbol(int64_t n, int64_t ncolm) {

@@ -6,6 +6,7 @@
 #include <csetjmp>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -52,6 +53,9 @@ struct LayerCase {
   const char* value;  // null: unset
   const char* library;
 };
+void PrintTo(const LayerCase& c, std::ostream* os) {
+  *os << (c.value ? testing::PrintToString(std::string(c.value)) : "unset") << " -> " << c.library;
+}
 
 class ThreadingVariable : public testing::TestWithParam<LayerCase> {};
 

@@ -99,6 +99,11 @@ struct Row {
   bool localised;  // whether row 1 prints the localised text
 };
 
+// Shows a row in the test's output by its text, not its bytes.
+void PrintTo(const Row& r, std::ostream* os) {
+  *os << testing::PrintToString(std::string(r.line)) << (r.localised ? " (localised)" : " (built-in)");
+}
+
 class HostileRows : public Localised, public testing::WithParamInterface<Row> {};
 
 TEST_P(HostileRows, OnlyAMatchingRowReplacesTheBuiltInText) {

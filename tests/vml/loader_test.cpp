@@ -4,6 +4,7 @@
 // mode, status and callback calls in all their names.
 #include <xmmintrin.h>
 
+#include <string>
 #include <thread>
 
 #include "vml_harness.h"
@@ -31,6 +32,7 @@ struct Override {
   const char* text;
   int file;  // index of the file that must load
 };
+void PrintTo(const Override& o, std::ostream* os) { *os << testing::PrintToString(std::string(o.text)); }
 
 class VmlOverride : public ::testing::TestWithParam<Override> {};
 

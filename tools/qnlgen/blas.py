@@ -5,7 +5,7 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 from .common import table_rows
-from .model import WIDE, Backend, Entry, Family, Param
+from .model import WIDE, Backend, Entry, Family, Param, by_address, data_letter
 
 ROLES = {"c": "%c", "i": "%d", "x": "%p", "p": "%p"}
 REAL = {"s": "float", "c": "float", "d": "double", "z": "double"}
@@ -13,8 +13,8 @@ ELEMENT = {"s": "float", "d": "double", "c": "qnl::blas::cfloat", "z": "qnl::bla
 # result type in C++, and its one-letter code in the tests' case table
 CODES = {"void": "v", "float": "f", "double": "d", "qnl::blas::cfloat": "c", "qnl::blas::cdouble": "z",
          "int64_t": "l", "void*": "p"}
-# role -> type in the body's prototype, type at the back-end
-BODY_TYPE = {"c": "const char*", "i": "const QnlLayerInt*", "x": "const QnlLayerInt*", "p": "void*"}
+# role -> type in the body's prototype; a data letter's type follows the element
+BODY_TYPE = {"c": "const char*", "i": "const QnlLayerInt*", "x": "const QnlLayerInt*"}
 SHAPES = {"gemm", "gemv", "gbmv", "symv", "sbmv", "spmv", "trmv", "tbmv", "tpmv", "ger", "syr", "spr",
           "syr2", "spr2", "symm", "syrk", "syr2k", "trmm", "ptrmm", "gemmt", "gem2v", "gemm_batch",
           "gemm_alloc", "gemm_pack", "gemm_compute"}
@@ -28,8 +28,13 @@ class Routine:
     result: str
     shape: str
     trans: str
-    args: list  # (name, role)
+    args: list  # (name, role): the frame's role, p for every data letter
+    words: list  # the table's letter of each argument ("e", "y.s", "i", ...)
     flags: set = field(default_factory=set)
+
+    def body_types(self):
+        return [BODY_TYPE[w] if w in BODY_TYPE else by_address(*data_type(w, self.letter), ELEMENT)
+                for w in self.words]
 
     @property
     def upper(self):
@@ -74,10 +79,17 @@ class Direct:
 
 
 def expand(pattern, prefixes):
+    """(name, element letter) per prefix; a two-letter prefix's element is its complex letter."""
     if prefixes == "-":
         return [(pattern, pattern.lstrip("i")[0])]
     parts = prefixes.split(",") if "," in prefixes else list(prefixes)
-    return [(pattern.replace("?", p), p[0]) for p in parts]
+    return [(pattern.replace("?", p), next((c for c in p if c in "cz"), p[0])) for p in parts]
+
+
+def data_type(word, letter):
+    """(letter, precision) of a data argument: the routine's element unless the word names one."""
+    kind, precision = data_letter(word, word)
+    return kind, precision or letter
 
 
 def result_type(code, letter):
@@ -99,15 +111,16 @@ def load(table):
         if len(f) < 5:
             raise SystemExit(f"{where}: malformed row")
         pattern, prefixes, res, check = f[:4]
-        args, flags = [], set()
+        args, words, flags = [], [], set()
         for tok in f[4:]:
             if tok.startswith("+"):
                 flags.add(tok[1:])
                 continue
-            name, _, role = tok.partition(":")
-            if role not in ROLES:
-                raise SystemExit(f"{where}: argument {tok} has no known role")
-            args.append((name, role))
+            name, _, word = tok.partition(":")
+            if word not in BODY_TYPE:
+                data_letter(word, f"{where}: argument {name}")
+            args.append((name, word if word in BODY_TYPE else "p"))
+            words.append(word)
         shape, _, trans = check.partition(".")
         if shape != "-" and shape not in SHAPES:
             raise SystemExit(f"{where}: unknown checker shape {shape}")
@@ -116,7 +129,7 @@ def load(table):
         for name, letter in expand(pattern, prefixes):
             if name in seen:
                 raise SystemExit(f"{where}: {name} listed twice")
-            r = Routine(line, name, letter, result_type(res, letter), shape, trans or "NTC", args, flags)
+            r = Routine(line, name, letter, result_type(res, letter), shape, trans or "NTC", args, words, flags)
             if r.index("x") >= 0 and r.args[0] != ("nz", "i"):
                 raise SystemExit(f"{where}: an index array needs nz as the first argument")
             seen[name] = r
@@ -189,8 +202,9 @@ def spellings(name):
 
 def body_params(r, flag=False):
     """The body's typed parameters: the routine's arguments, then a _direct entry's flag."""
-    out = [Param(name, BODY_TYPE[role], role, "ref", WIDE if role in "ix" else "") for name, role in r.args]
-    return out + ([Param("flag", "const void*")] if flag else [])
+    out = [Param(name, t, w.partition(".")[0], "ref", WIDE if w in "ix" else "")
+           for (name, _), w, t in zip(r.args, r.words, r.body_types())]
+    return out + ([Param("flag", "const QnlLayerInt*")] if flag else [])
 
 
 def entry(name, result, params, template, traits, r):

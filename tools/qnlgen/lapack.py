@@ -9,9 +9,10 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 from .common import split_top, table_rows
-from .model import WIDE, Backend, Entry, Family, Param
+from .model import WIDE, Backend, Entry, Family, Param, by_address, data_letter
 
-CLASS_RE = re.compile(r"^(c|i|o|p|f|io|ii|iio|iw|ix|lw)(?:\[([^\]]*)\])?(?:<=([^?]+))?(?:\?(.*))?$")
+CLASS_RE = re.compile(r"^(c|i|o|f[123]|io|ii|iio|iw|ix|lw|[eyrw](?:\.[sdcz])?)"
+                      r"(?:\[([^\]]*)\])?(?:<=([^?]+))?(?:\?(.*))?$")
 ARRAYS = {"io", "ii", "iio", "iw", "ix", "lw"}
 CLS_CODE = {"c": "kChar", "i": "kIn", "o": "kOut", "p": "kPtr", "f": "kFunc", "io": "kPivOut", "ii": "kPivIn",
             "iio": "kInOut", "iw": "kQueryWork", "ix": "kFixedWork", "lw": "kLogicalWork"}
@@ -23,10 +24,11 @@ CHECKS = {"getrf", "potrf", "geqrf", "gelqf", "geqlf", "gebrd", "gehrd", "orghr"
           "ormrq", "dtsvb", "dttrfb"}
 MAX_ARGS = 40
 MAX_ARRAYS = 8
-# class -> type in the body's prototype
-BODY_TYPE = {"c": "const char*", "i": "const QnlLayerInt*", "o": "QnlLayerInt*", "p": "void*", "f": "void*",
+# class -> type in the body's prototype; data letters and callbacks take the routine's types
+BODY_TYPE = {"c": "const char*", "i": "const QnlLayerInt*", "o": "QnlLayerInt*",
              "io": "QnlLayerInt*", "ii": "const QnlLayerInt*", "iio": "QnlLayerInt*", "iw": "QnlLayerInt*",
              "ix": "QnlLayerInt*", "lw": "QnlLayerInt*"}
+ELEMENT = {"s": "float", "d": "double", "c": "std::complex<float>", "z": "std::complex<double>"}
 
 
 # ---------------------------------------------------------------- expressions
@@ -186,6 +188,7 @@ class Arg:
     keep: tuple = None        # parsed copy-back length, when it differs
     bound: str = None         # o<=X
     cond: list = field(default_factory=list)  # [(arg, op, value)]
+    word: str = ""            # the table's letter of a data argument or callback (cls p, f)
 
 
 @dataclass
@@ -256,8 +259,11 @@ def parse_row(fields, where):
     args = []
     bounds = {}
     for aname, m in raw:
-        cls, length, bound, cond = m.groups()
-        a = Arg(aname, cls, bound=bound)
+        word, length, bound, cond = m.groups()
+        cls = word if word in CLS_CODE else "f" if word[0] == "f" else "p"
+        if cls == "p":
+            data_letter(word, f"{where}: {aname}")
+        a = Arg(aname, cls, bound=bound, word=word)
         if bound:
             bounds[aname] = Parser(bound).parse()
         if cond:
@@ -374,6 +380,21 @@ def backend_result(r):
     return "void" if r.result_arg else RESULTS[r.result]
 
 
+def body_type(r, a):
+    """The C type of an argument in the body's prototype: a data letter in the routine's
+    precision (the first letter of its stem) unless it names one; a callback is a LOGICAL
+    function of that many element addresses."""
+    own = r.stem[0]
+    if a.cls == "f":
+        return f"QnlLayerInt (*)({', '.join([f'const {ELEMENT[own]}*'] * int(a.word[1]))})"
+    if a.cls == "p":
+        letter, precision = data_letter(a.word, r.source)
+        if (precision or own) not in ELEMENT:
+            raise SystemExit(f"{r.source}: {a.name} needs a precision")
+        return by_address(letter, precision or own, ELEMENT)
+    return BODY_TYPE[a.cls]
+
+
 def emit_routine(r):
     ident = r.name
     args = r.call_args()
@@ -440,7 +461,8 @@ def emit_routine(r):
         f"X_{ident}, {len(args)}, {r.info()}, {ROUTES.get(r.route, 0)}, qnl::lapack::{result_kind}, "
         f"{'true' if r.short else 'false'}, {'true' if has_iw else 'false'}}};\n")
     # The exported body: every argument arrives as an address; hidden lengths are not read.
-    params = [Param(a.name, BODY_TYPE[a.cls], a.cls, "ref", WIDE if a.cls in ("i", "o") else "") for a in r.args]
+    params = [Param(a.name, body_type(r, a), a.word if a.cls == "f" else a.word[:1] if a.cls == "p" else a.cls,
+                    "ref", WIDE if a.cls in ("i", "o") else "") for a in r.args]
     ptrs = [f"qnl::vp(a{k})" for k in range(len(r.args))]
     ret = RESULTS[r.result] if r.result not in ("a",) else "void"
     pre = ""

@@ -7,13 +7,13 @@ from .common import table_rows
 from .model import WIDE, Backend, Entry, Family, Param
 
 TYPES = "sdcz"
-ROLES = "cnap"
+ROLES = "cnaey"  # e, y: the matrices read and written; the frame passes both on as addresses
 ELEMENT = {"s": "float", "d": "double", "c": "qnl::blas::cfloat", "z": "qnl::blas::cdouble"}
 # role -> (type in the C spelling, type at the back-end, type in the Fortran spelling);
-# "a" takes the element type
-C_TYPE = {"c": "char", "n": "size_t", "p": "void*"}
-BACKEND_TYPE = {"c": "int32_t", "n": "size_t", "p": "void*"}
-FORTRAN_TYPE = {"c": "const char*", "n": "const QnlLayerInt*", "p": "void*"}
+# "a" takes the element type, "e" and "y" a pointer to it
+C_TYPE = {"c": "char", "n": "size_t", "e": "const {T}*", "y": "{T}*"}
+BACKEND_TYPE = {"c": "int32_t", "n": "size_t", "e": "void*", "y": "void*"}
+FORTRAN_TYPE = {"c": "const char*", "n": "const QnlLayerInt*", "e": "const {T}*", "y": "{T}*"}
 @dataclass
 class Routine:
     line: int
@@ -43,16 +43,21 @@ class Routine:
 
     @property
     def roles(self):
-        return "".join(r for _, r in self.args)
+        """The frame's roles: p for a matrix."""
+        return "".join("p" if r in "ey" else r for _, r in self.args)
+
+    def types(self, table, scalar):
+        t = ELEMENT[self.letter]
+        return [scalar.replace("{T}", t) if r == "a" else table[r].replace("{T}", t) for _, r in self.args]
 
     def c_types(self):
-        return [ELEMENT[self.letter] if r == "a" else C_TYPE[r] for r in self.roles]
+        return self.types(C_TYPE, "{T}")
 
     def backend_types(self):
-        return [ELEMENT[self.letter] if r == "a" else BACKEND_TYPE[r] for r in self.roles]
+        return self.types(BACKEND_TYPE, "{T}")
 
     def fortran_types(self):
-        return [f"const {ELEMENT[self.letter]}*" if r == "a" else FORTRAN_TYPE[r] for r in self.roles]
+        return self.types(FORTRAN_TYPE, "const {T}*")
 
 
 def load(table):
@@ -112,7 +117,7 @@ def cases(routines):
            "static const MatcopyCase kMatcopyCases[] = {\n"]
     plain = {"s": "float", "d": "double", "c": "matcopy_test::cfloat", "z": "matcopy_test::cdouble"}
     for r in routines:
-        counters = {role: 0 for role in ROLES}
+        counters = {role: 0 for role in "cnap"}
         values, types = [], []
         for role in r.roles:
             k = counters[role]
@@ -121,7 +126,7 @@ def cases(routines):
                 types.append(plain[r.letter])
                 values.append(f"v.scalar<{plain[r.letter]}>({k})")
             else:
-                types.append(C_TYPE[role])
+                types.append({"c": "char", "n": "size_t", "p": "void*"}[role])
                 values.append({"c": f"v.option[{k}]", "n": f"v.size[{k}]", "p": f"v.array[{k}]"}[role])
         out.append(f"    {{\"{r.name}\", '{r.letter}', \"{r.roles}\", \"{r.c_name}\", \"{r.fortran}\", "
                    f"\"{r.symbol}\",\n     [](void* fn, const MatcopyValues& v) {{\n"

@@ -73,18 +73,25 @@ MAX_SHARD = 500  # entries in one generated source at most
 #   o  integer scalar the routine writes (Fortran, by reference)
 #   n  dimension or stride as size_t (C); read at the layer's width in Fortran
 #   a  scalar of the routine's element type (C: by value when real; complex as
-#      const void* in CBLAS, by value in the matrix copies; Fortran: by reference)
-#   r  real scalar by value          w  pointer to a real scalar
+#      const void* in CBLAS, by value in the matrix copies; Fortran: by address, read)
+#   r  real value of the element's precision (C: a scalar by value; Fortran: a scalar
+#      or an array by address, read)
+#   w  real value the routine writes, by address (a scalar or an array)
 #   x  integer index array, read (copied to 64-bit indices on LP64)
 #   j  const integer array at the body's width
-#   e  const element array           y  element array the routine writes
+#   e  element data the routine reads (an array; in Fortran also a scalar by address)
+#   y  element data the routine writes (likewise)
 #   v  const void*                   f  function pointer
 #   p  anything else, passed on as it is
 #   L layout   T transposition   U triangle   G diagonal   S side   D identifier
 #   K transposition of a packed operand (int)   N const array of transpositions
 #   A const array of element pointers            C array of element pointers
+# A data letter (a e y r w A C) may end in ".s" ".d" ".c" ".z": the element is then of
+# that precision rather than the routine's ("x:e.s" in dsdot, "swork:y.s" in dsgesv).
+# LAPACK callbacks are f1 f2 f3: a LOGICAL function of that many element addresses.
 # LAPACK integer arrays take two- and three-letter words (io ii iio iw ix lw: see
-# lapack.sig); the services spell sized forms as words (i32 u64 f64 ptr ptr* i32v).
+# lapack.sig); the services spell sized forms as words (i32 u64 f64 ptr ptr* i32v str txt
+# i32o u64o: see services.sig).
 # Result letters:
 #   -  none   s float   d double   c complex float   z complex double
 #   i  integer: int32 (services), a Fortran INTEGER of the layer's width (LAPACK)
@@ -92,7 +99,14 @@ MAX_SHARD = 500  # entries in one generated source at most
 #   R  real type of the prefix   T element type of the prefix
 #   P  pointer to the element type   Z CBLAS_INDEX (size_t)
 LETTERS = set("cionarwxjeyvfpLTUGSDKNAC")
-WORDS = {"io", "ii", "iio", "iw", "ix", "lw", "i32", "u64", "f64", "ptr", "ptr*", "i32v"}
+WORDS = {"io", "ii", "iio", "iw", "ix", "lw", "f1", "f2", "f3", "i32", "u64", "f64", "ptr", "ptr*", "i32v",
+         "str", "txt", "i32o", "u64o"}
+PRECISIONS = "sdcz"
+REAL_OF = {"s": "s", "d": "d", "c": "s", "z": "d"}
+# C type of a data letter at a Fortran entry, where every argument comes by address:
+# {T} is the element type, {R} its real type.
+BY_ADDRESS = {"e": "const {T}*", "a": "const {T}*", "y": "{T}*", "r": "const {R}*", "w": "{R}*",
+              "j": "const QnlLayerInt*", "A": "const {T}* const*", "C": "{T}* const*"}
 
 # width rules of a parameter
 WIDE = "widen"     # read at the layer's width, widened into a 64-bit local
@@ -220,7 +234,23 @@ class Family:
     cases: object = None   # () -> the tests' case text
 
 
+def data_letter(word, where):
+    """("e", None) for "e", ("e", "s") for "e.s": a data letter and the precision it names."""
+    letter, _, precision = word.partition(".")
+    if letter not in BY_ADDRESS or (precision and precision not in PRECISIONS):
+        raise SystemExit(f"{where}: {word} is not a data letter of the vocabulary")
+    return letter, precision or None
+
+
+def by_address(letter, precision, elements):
+    """The C type of a Fortran data argument; `elements` names the type of each precision."""
+    return (BY_ADDRESS[letter].replace("{T}", elements[precision])
+            .replace("{R}", elements[REAL_OF[precision]]))
+
+
 def decl(ctype, name):
+    if name and "(*)" in ctype:  # a function pointer names its parameter inside
+        return ctype.replace("(*)", f"(*{name})", 1)
     return f"{ctype} {name}" if name else ctype
 
 

@@ -5,7 +5,8 @@ from .common import table_rows
 from .model import Backend, Entry, Family, Param
 
 RESULTS = {"-": "void", "i": "int32_t", "l": "int64_t", "d": "double", "s": "float", "p": "void*"}
-# argument form -> (type by value, type in a by-reference spelling, read through the pointer there)
+# argument form -> (type by value, type in a by-reference spelling, read through the pointer there);
+# the back-end takes every pointer form as void*
 ARGS = {
     "i32": ("int32_t", "const int32_t*", True),
     "u64": ("uint64_t", "const uint64_t*", True),
@@ -13,7 +14,16 @@ ARGS = {
     "ptr": ("void*", "void*", False),
     "ptr*": ("void*", "void* const*", True),
     "i32v": ("int32_t", "int32_t", False),
+    "str": ("const char*", "const char*", False),
+    "txt": ("char*", "char*", False),
+    "i32o": ("int32_t*", "int32_t*", False),
+    "u64o": ("uint64_t*", "uint64_t*", False),
 }
+POINTERS = {"str", "txt", "i32o", "u64o"}
+
+
+def backend_type(form):
+    return "void*" if form in POINTERS else ARGS[form][0]
 # kind -> (spellings of the by-reference body, whether Mixed is a separate by-value body)
 SPELLINGS = {
     "twin": (("UPPER", "lower", "lower_"), True),
@@ -45,7 +55,8 @@ class Row:
         return "qnl_serv_" + self.symbol
 
     def by_value(self):
-        return ", ".join(ARGS[a][0] for a in self.args) or "void"
+        """The back-end's parameter list."""
+        return ", ".join(backend_type(a) for a in self.args) or "void"
 
 
 def load(table):
@@ -88,7 +99,7 @@ def entry(name, row, by_ref, spellings, label):
     for i, a in enumerate(row.args):
         value_t, ref_t, deref = ARGS[a]
         params.append(Param(f"a{i}", ref_t if by_ref else value_t, a, "ref" if by_ref else "value"))
-        values.append(f"*a{i}" if by_ref and deref else f"a{i}")
+        values.append(f"*a{i}" if by_ref and deref else f"qnl::vp(a{i})" if a in POINTERS else f"a{i}")
     ret = RESULTS[row.result]
     fn = f"{ret}({row.by_value()})"
     e = Entry(name, ret, params, spellings, source=f"{label}:{row.line}", data=row,
@@ -121,7 +132,8 @@ def family(tables):
 
 # Sentinel arrays the generated cases draw from; each form has its own, and the
 # test fills them with values whose high bits are set.
-SENTINEL = {"i32": "I32", "u64": "U64", "f64": "F64", "ptr": "PTR", "ptr*": "PTR", "i32v": "I32V"}
+SENTINEL = {"i32": "I32", "u64": "U64", "f64": "F64", "ptr": "PTR", "ptr*": "PTR", "i32v": "I32V",
+            "str": "PTR", "txt": "PTR", "i32o": "PTR", "u64o": "PTR"}
 
 
 def case(spelling, row, by_ref):
