@@ -106,16 +106,10 @@ struct Checker {
 
 // Fortran characters of the enumerations; `row` gives the letters of a row-major call.
 inline const char* trans_char(int t) {
-  switch (t) {
-    case kNoTrans:
-      return "N";
-    case kTrans:
-      return "T";
-    case kConjTrans:
-      return "C";
-    default:
-      return nullptr;
-  }
+  // "N", "T", "C" for 111, 112, 113: a bound test and an address, not three compares.
+  static constexpr char kLetters[] = "N\0T\0C";
+  const unsigned i = static_cast<unsigned>(t - kNoTrans);
+  return i < 3 ? kLetters + 2 * i : nullptr;
 }
 inline const char* uplo_char(int u, bool row) {
   if (u == kUpper) return row ? "L" : "U";
