@@ -21,8 +21,11 @@ namespace {
 
 void* g_libs[3];  // the test-matrix entry stays empty: see test_matrix_library
 
+// Lazy: OpenBLAS and the libraries it needs call one another through thousands of
+// procedure links, and binding them all at the open was most of a first call's cost; each
+// is bound on its first use instead (LD_BIND_NOW still binds them all at once).
 void* open_library(const char* path) {
-  void* h = dlopen(path, RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
+  void* h = dlopen(path, RTLD_LAZY | RTLD_LOCAL | RTLD_DEEPBIND);
   if (!h) std::fprintf(stderr, "qnl_rt reference back-end: cannot open %s: %s\n", path, dlerror());
   return h;
 }

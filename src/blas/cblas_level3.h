@@ -53,9 +53,12 @@ inline void gemm(int layout, int transa, int transb, I m, I n, I k, S alpha, con
   const char* tb = trans_char(transb);
   gemm_checked<I, D>(layout, transa, transb, ta, tb, m, n, k, lda, ldb, ldc, 9, [&](bool row) {
     // Row-major: B and A exchanged with their options and leading dimensions, m with n.
-    // One call with the operands chosen, rather than two calls.
-    fortran(D::fortran, row ? tb : ta, row ? ta : tb, row ? n : m, row ? m : n, k, alpha, row ? b : a, row ? ldb : lda,
-            row ? a : b, row ? lda : ldb, beta, c, ldc);
+    // The checks above are the entry's checker's, on the exchanged arguments: the entry
+    // need not run them again.
+    if (row)
+      fortran_wide<D::fortran>(tb, ta, n, m, k, alpha, b, ldb, a, lda, beta, c, ldc);
+    else
+      fortran_wide<D::fortran>(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
   });
 }
 

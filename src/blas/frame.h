@@ -54,6 +54,11 @@ struct Backend<D, std::index_sequence<I...>, std::index_sequence<L...>> {
   }
 };
 
+// The entry of a hidden body at 64-bit integers (enter_wide below), for `Body` =
+// &qnl_body_<routine>: `fn` is qnl_wide_<routine>. Mapped in the generated header.
+template <auto Body>
+struct wide_of;
+
 template <const char* Roles>
 constexpr size_t count_of(char role) {
   size_t n = 0;
@@ -190,13 +195,12 @@ inline void* nth(P... a) {
   return all[K];
 }
 
-// The entry: layer gate, verbose read, checker of the active width, widening on LP64
-// (with the index copy of the sparse routines), binding, the call inside the verbose frame.
+// The entry at a settled layer: verbose read, checker of that width, widening on LP64 (with
+// the index copy of the sparse routines), binding, the call inside the verbose frame.
 template <class D, class... P>
-inline typename D::Result frame(P... a) {
+inline typename D::Result frame_at(int layer, P... a) {
   using R = typename D::Result;
   constexpr size_t N = sizeof...(P);
-  const int layer = qnl::layer();
   const int32_t m = D::site.mode();
   if (layer != 0) {
     if constexpr (D::checked)
@@ -213,6 +217,12 @@ inline typename D::Result frame(P... a) {
     if (!idx) return R{};
   }
   return forward<D>(m, layer, w, idx, a...);
+}
+
+// The entry: the layer gate, then the frame at that layer.
+template <class D, class... P>
+inline typename D::Result frame(P... a) {
+  return frame_at<D>(qnl::layer(), a...);
 }
 
 template <class D, class... P>
@@ -301,6 +311,74 @@ inline typename D::Result enter(P... a) {
     return frame_cold<D>(a...);
   }
 }
+
+// The entry as the library's own C layer calls it once its own checks have passed: every
+// integer is a 64-bit local of the caller, whatever the layer, and every test the entry's
+// checker makes is implied by the C layer's, so the quiet road is the ILP64 one without the
+// checker: two tests and the back-end call. Verbose on or the slot not yet bound, the whole
+// frame runs at 64-bit width, checker included, so records and binding are the entry's own.
+template <class D, class... P>
+QNL_COLD typename D::Result frame_wide_cold(P... a) {
+  return frame_at<D>(1, a...);
+}
+
+template <class D, class... P>
+inline typename D::Result enter_wide(P... a) {
+  static_assert(D::index_arg < 0 && !D::batch, "the index copy and the batch's layer word depend on the layer");
+  constexpr size_t N = sizeof...(P);
+  using F = typename BackendOf<D, N>::type;
+  // A cell is stored only by a call that settled the layer; an unchecked entry's cell only
+  // by a call that bound its slot (see quiet_slot).
+  if (__builtin_expect(mode_is_zero(D::site), 1))
+    if (!D::checked || __builtin_expect(quiet_slot<D, F>() != nullptr, 1))
+      return quiet_call<D>(std::make_index_sequence<N>{}, quiet_slot<D, F>(), 1, nullptr, a...);
+  return frame_wide_cold<D>(a...);
+}
+
+// The same quiet road in instructions of its own, for a routine whose back-end call needs
+// stack arguments (more than six words with the hidden lengths) and has no complex result.
+// Compiled, the road loads every stack argument into a register ahead of the tests and
+// pushes it again after them; here nothing is touched before the tests, so the other road
+// is a jump to the whole frame, and then the hidden lengths (in a register where one is
+// free, else pushed) and the caller's stack arguments, pushed straight from its frame, make
+// the back-end's list. `pad` keeps the call 16-byte aligned.
+template <class D, class Seq>
+struct WideRoad;
+template <class D, size_t... I>
+struct WideRoad<D, std::index_sequence<I...>> {
+  static constexpr size_t n = sizeof...(I);
+  static constexpr size_t lens = count_of<D::roles>('c');
+  static constexpr size_t in_stack = n > 6 ? n - 6 : 0;
+  static constexpr size_t stack_lens = n + lens <= 6 ? 0 : n >= 6 ? lens : n + lens - 6;
+  static constexpr size_t pad = (in_stack + stack_lens) % 2 == 0 ? 1 : 0;
+  static constexpr size_t pushed = 8 * (pad + stack_lens);
+  static constexpr size_t drop = 8 * (pad + stack_lens + in_stack);
+  static constexpr auto cold = &frame_wide_cold<D, Arg<I>...>;
+  static_assert(!is_complex<typename D::Result> && n + lens > 6, "the compiled road serves this routine");
+};
+
+// The body of a naked qnl_wide_<routine> (see WideRoad).
+#define QNL_WIDE_ROAD(D, N)                                                                                            \
+  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<N>>;                                                    \
+  asm volatile(                                                                                                        \
+      "movq %c[cell](%%rip), %%rax\n\t"                                                                                \
+      "cmpl $0, (%%rax)\n\t"                                                                                           \
+      "jne %c[cold]\n\t"                                                                                               \
+      ".if %c[checked]\n\tcmpq $0, %c[slot](%%rip)\n\tje %c[cold]\n\t.endif\n\t"                                       \
+      ".if %c[n] <= 2\n\tmovl $1, %%edx\n\t.endif\n\t"                                                                 \
+      ".if %c[n] <= 3\n\tmovl $1, %%ecx\n\t.endif\n\t"                                                                 \
+      ".if %c[n] <= 4\n\tmovl $1, %%r8d\n\t.endif\n\t"                                                                 \
+      ".if %c[n] <= 5\n\tmovl $1, %%r9d\n\t.endif\n\t"                                                                 \
+      ".if %c[pad]\n\tsubq $8, %%rsp\n\t.endif\n\t"                                                                    \
+      ".rept %c[stack_lens]\n\tpushq $1\n\t.endr\n\t"                                                                  \
+      ".rept %c[in_stack]\n\tpushq %c[from](%%rsp)\n\t.endr\n\t"                                                       \
+      "call *%c[slot](%%rip)\n\t"                                                                                      \
+      "addq $%c[drop], %%rsp\n\t"                                                                                      \
+      "ret"                                                                                                            \
+      :                                                                                                                \
+      : [cell] "i"(&D::site.cell), [slot] "i"(&D::slot.fn), [cold] "i"(Road::cold), [checked] "i"(D::checked ? 1 : 0), \
+        [n] "i"(Road::n), [pad] "i"(Road::pad), [stack_lens] "i"(Road::stack_lens), [in_stack] "i"(Road::in_stack),    \
+        [from] "i"(8 * Road::in_stack + Road::pushed), [drop] "i"(Road::drop))
 
 // A _direct entry: no checker and no record. It binds both its slots, then takes the direct
 // symbol when the flag byte's bit 0 is set or the sizes are small.

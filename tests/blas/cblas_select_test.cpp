@@ -5,6 +5,7 @@
 #include "cblas_harness.h"
 
 using namespace cblas_test;
+using blas_test::set_verbose;
 
 namespace {
 
@@ -51,6 +52,45 @@ TEST(CblasSelector, WidthFreeRoutineSettlesToo) {
   ASSERT_NE(seen("ddot"), nullptr);
   EXPECT_EQ(seen("ddot")->ints[0], 0x100000003ll);
 }
+
+extern "C" void dgemm_(const char*, const char*, const void*, const void*, const void*, const double*, const double*,
+                       const void*, const double*, const void*, const double*, double*, const void*, size_t, size_t);
+extern "C" double ddot_(const void*, const double*, const void*, const double*, const void*);
+
+// A traced C-layer call prints the record of the Fortran entry it ends in, at the layer's
+// width, as that entry called directly prints it (but for the addresses of alpha and beta:
+// the C layer passes copies).
+template <class I>
+void traced_like_fortran(Layer layer) {
+  set_layer(layer);
+  set_verbose(1);
+  static double a[64], b[64], c[64];
+  const I m = 3, n = 2, k = 4, lda = 5, ldb = 6, ldc = 7, inc = 2;
+  const double alpha = 2, beta = 0.5;
+  using CGemm = void (*)(int, int, int, I, I, I, double, const double*, I, const double*, I, double, double*, I);
+  using CDot = double (*)(I, const double*, I, const double*, I);
+  reinterpret_cast<CGemm>(reinterpret_cast<void*>(&cblas_dgemm))(101, 111, 112, m, n, k, alpha, a, lda, b, ldb, beta, c,
+                                                                 ldc);
+  reinterpret_cast<CDot>(reinterpret_cast<void*>(&cblas_ddot))(n, a, inc, b, ldb);
+  dgemm_("T", "N", &n, &m, &k, &alpha, b, &ldb, a, &lda, &beta, c, &ldc, 1, 1);  // the row-major exchange
+  ddot_(&n, a, &inc, b, &ldb);
+  ASSERT_EQ(qnl_probe_verbose_count(), 4);
+  std::vector<std::string> gemm[2];
+  for (int i : {0, 2}) {
+    const qnl_probe::VerboseLine* line = qnl_probe_verbose_line(i);
+    EXPECT_EQ(line->width, layer == LP64 ? 1 : 2);
+    gemm[i / 2] = split(line->record);
+    gemm[i / 2].erase(gemm[i / 2].begin() + 10);  // beta
+    gemm[i / 2].erase(gemm[i / 2].begin() + 5);   // alpha
+  }
+  EXPECT_EQ(gemm[0], gemm[1]);
+  EXPECT_STREQ(qnl_probe_verbose_line(1)->record, qnl_probe_verbose_line(3)->record);
+  EXPECT_EQ(qnl_probe_count_of("qnl_blas_dgemm"), 2);
+  EXPECT_TRUE(reports().empty());
+}
+
+TEST(CblasTrace, Lp64RecordsAreTheFortranEntrys) { traced_like_fortran<int32_t>(LP64); }
+TEST(CblasTrace, Ilp64RecordsAreTheFortranEntrys) { traced_like_fortran<int64_t>(ILP64); }
 
 // A C program written for the standard interface compiles against the header unchanged
 // and its calls reach the Fortran entries.

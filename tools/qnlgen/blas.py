@@ -213,6 +213,29 @@ def entry(name, result, params, template, traits, r):
                  call=f"  return qnl::blas::{template}<D_{name}>({addresses});\n")
 
 
+def wide_body(r):
+    """qnl_wide_<routine>: the entry for the library's C layer, 64-bit integers at either layer
+    (frame.h, enter_wide); none for the routines whose index copy or batch word needs the layer.
+    Returns the definition and the header's declaration with its wide_of mapping."""
+    if r.index("x") >= 0 or "batch" in r.flags:
+        return "", ""
+    types = [{"c": "const char*", "i": "const int64_t*", "p": "void*"}[role] for _, role in r.args]
+    decl = ", ".join(f"{t} a{i}" for i, t in enumerate(types))
+    addresses = ", ".join(f"qnl::vp(a{i})" for i in range(len(types)))
+    sym = f"qnl_wide_{r.name}"
+    if not r.complex_result and len(types) + r.roles.count("c") > 6:
+        # stack arguments at the back-end: the road of its own (frame.h, WideRoad)
+        body = (f"extern \"C\" QNL_HIDDEN __attribute__((naked)) {r.result} {sym}({', '.join(types)}) {{\n"
+                f"  QNL_WIDE_ROAD(D_{r.name}, {len(types)});\n}}\n")
+    else:
+        body = (f"extern \"C\" QNL_HIDDEN {r.result} {sym}({decl}) {{\n"
+                f"  return qnl::blas::enter_wide<D_{r.name}>({addresses});\n}}\n")
+    return (body,
+            f"extern \"C\" QNL_HIDDEN {r.result} {sym}({', '.join(types)});\n"
+            f"template <> struct qnl::blas::wide_of<&qnl_body_{r.name}> {{\n"
+            f"  static constexpr auto fn = &{sym};\n}};\n")
+
+
 def backend_params(r):
     """Typed parameters of qnl_blas_<routine>: integers 64-bit by reference, hidden lengths last."""
     types = ["void*"] if r.complex_result else []
@@ -242,6 +265,8 @@ def family(tables):
     label = Path(table).name
     by_name = {r.name: r for r in routines}
     entries = [entry(r.name, r.result, body_params(r), "enter", routine_traits(r, label), r) for r in routines]
+    for e, r in zip(entries, routines):
+        e.after = wide_body(r)[0]
     entries += [entry(d.name, d.base.result, body_params(d.base, d.flag), "direct", direct_traits(d, label), d)
                 for d in directs]
     return Family(
@@ -249,6 +274,8 @@ def family(tables):
         head='#include <cstddef>\n#include <cstdint>\n\n#include "frame.h"\n#include "checks.h"\n',
         header_head='#include <cstdint>\n\n#include "entry.h"\n#include "frame.h"\n\n'
                     "// Hidden bodies of the BLAS entries, for the library's own C layers.\n",
+        header_tail="\n// The entries at 64-bit integers for a C layer that checked first (frame.h, enter_wide).\n"
+                    + "".join(wide_body(r)[1] for r in routines),
         backend_head="#include <cstddef>\n#include <cstdint>\n\n"
                      "// What a back-end exports for the BLAS entries: integers are 64-bit and by reference,\n"
                      "// a complex result comes through the pointer ahead of the arguments, and every\n"
