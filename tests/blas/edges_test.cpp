@@ -1,20 +1,16 @@
-// Single behaviours of the BLAS entries: checker order and numbers, the sparse index copy,
-// integer results under tracing, the batch, and the packed family.
+// Single behaviours of the BLAS entries: checker order, 64-bit reads, the sparse index copy,
+// the batch, and the packed family.
 #include "blas_harness.h"
 
 using namespace blas_test;
 
 extern "C" {
-void dgemm_(const char*, const char*, const void*, const void*, const void*, const double*, const double*,
-            const void*, const double*, const void*, const double*, double*, const void*, size_t, size_t);
-void dger_(const void*, const void*, const double*, const double*, const void*, const double*, const void*,
-           double*, const void*);
+void dgemm_(const char*, const char*, const void*, const void*, const void*, const double*, const double*, const void*,
+            const double*, const void*, const double*, double*, const void*, size_t, size_t);
 double ddot_(const void*, const double*, const void*, const double*, const void*);
 double ddoti_(const void*, const double*, const void*, const double*);
-int64_t idamax_(const void*, const double*, const void*);
 void dgemm_batch_(const char*, const char*, const void*, const void*, const void*, const double*, const void*,
-                  const void*, const void*, const void*, const double*, void*, const void*, const void*,
-                  const void*);
+                  const void*, const void*, const void*, const double*, void*, const void*, const void*, const void*);
 void* dgemm_alloc_(const char*, const void*, const void*, const void*);
 void dgemm_pack_(const char*, const char*, const void*, const void*, const void*, const double*, const double*,
                  const void*, void*);
@@ -27,8 +23,7 @@ namespace {
 double A[64], B[64], C[64], alpha = 1, beta = 0;
 
 // dgemm on LP64 with 32-bit integers; the report number of the call, 0 if it passed.
-int dgemm32(const char* ta, const char* tb, int32_t m, int32_t n, int32_t k, int32_t lda, int32_t ldb,
-            int32_t ldc) {
+int dgemm32(const char* ta, const char* tb, int32_t m, int32_t n, int32_t k, int32_t lda, int32_t ldb, int32_t ldc) {
   const size_t before = reports().size();
   const int calls = qnl_probe_count_of("qnl_blas_dgemm");
   dgemm_(ta, tb, &m, &n, &k, &alpha, A, &lda, B, &ldb, &beta, C, &ldc, 1, 1);
@@ -43,20 +38,14 @@ int dgemm32(const char* ta, const char* tb, int32_t m, int32_t n, int32_t k, int
   return r.back().number;
 }
 
-TEST(Checker, DgemmOrderAndNumbers) {
+// The Fortran testers' error exits prove every parameter number; these are the orders and
+// spellings they do not try.
+TEST(Checker, DgemmOrderAndSpellings) {
   set_layer(LP64);
   EXPECT_EQ(dgemm32("X", "N", -1, 2, 2, 2, 2, 2), 1) << "option before size";
-  EXPECT_EQ(dgemm32("N", "Q", -1, 2, 2, 2, 2, 2), 2);
-  EXPECT_EQ(dgemm32("N", "N", -1, 2, 2, 2, 2, 2), 3) << "widening never sees -1";
-  EXPECT_EQ(dgemm32("N", "N", 2, -1, 2, 2, 2, 2), 4);
-  EXPECT_EQ(dgemm32("N", "N", 2, 2, -1, 2, 2, 2), 5);
   EXPECT_EQ(dgemm32("n", "t", 2, 3, 4, 2, 3, 2), 0) << "lower case passes";
-  EXPECT_EQ(dgemm32("c", "C", 2, 3, 4, 4, 4, 2), 0);
   EXPECT_EQ(dgemm32("N", "N", 0, 0, 0, 1, 1, 1), 0) << "larger of 1";
   EXPECT_EQ(dgemm32("N", "N", 0, 0, 0, 0, 1, 1), 8);
-  EXPECT_EQ(dgemm32("T", "N", 5, 2, 3, 2, 3, 5), 8) << "transposed a has k rows";
-  EXPECT_EQ(dgemm32("N", "T", 5, 2, 3, 5, 1, 5), 10) << "transposed b has n rows";
-  EXPECT_EQ(dgemm32("N", "N", 5, 2, 3, 5, 3, 4), 13);
 }
 
 TEST(Checker, DgemmIlp64ReadsSixtyFourBits) {
@@ -86,16 +75,6 @@ TEST(Checker, Lp64MinusOneInLowHalfIsNegative) {
   EXPECT_EQ(reports()[0].number, 3);
 }
 
-TEST(Checker, DgerIncxZero) {
-  set_layer(LP64);
-  int32_t m = 2, n = 2, incx = 0, incy = 1, lda = 2;
-  dger_(&m, &n, &alpha, A, &incx, B, &incy, C, &lda);
-  ASSERT_EQ(reports().size(), 1u);
-  EXPECT_EQ(reports()[0].number, 5);
-  EXPECT_EQ(reports()[0].name, "DGER  ");
-  EXPECT_EQ(qnl_probe_count_of("qnl_blas_dger"), 0);
-}
-
 TEST(Frame, DdotHasNoCheck) {
   set_layer(LP64);
   int32_t n = -4, inc = 0;
@@ -104,39 +83,6 @@ TEST(Frame, DdotHasNoCheck) {
   EXPECT_TRUE(reports().empty());
   const qnl_probe::Call* c = last_call_of("qnl_blas_ddot");
   EXPECT_EQ(static_cast<int64_t>(c->word[5]), -4) << "sign-extended";
-}
-
-TEST(Frame, NullIntegerShowsZeroInTheRecord) {
-  set_layer(ILP64);
-  set_verbose(1);
-  int64_t inc = 1;
-  ddot_(nullptr, A, &inc, B, &inc);
-  char expect[128];
-  std::snprintf(expect, sizeof expect, "DDOT(0,%p,1,%p,1)", static_cast<void*>(A), static_cast<void*>(B));
-  EXPECT_STREQ(qnl_probe_verbose_line(-1)->record, expect);
-}
-
-TEST(Frame, FirstQuietCallAsksForTheModeOnce) {
-  set_layer(LP64);
-  set_verbose(0);
-  int32_t n = 1, inc = 1;
-  for (int i = 0; i < 3; ++i) ddot_(&n, A, &inc, B, &inc);
-  EXPECT_EQ(qnl_probe_count_of("qnl_serv_verbose_mode"), 1);
-  EXPECT_EQ(qnl_probe_verbose_count(), 0);
-  set_verbose(2);  // mid-run: printed from the next call on, with a time of 0
-  ddot_(&n, A, &inc, B, &inc);
-  ASSERT_EQ(qnl_probe_verbose_count(), 1);
-  EXPECT_EQ(qnl_probe_verbose_line(-1)->seconds, 0.0);
-  EXPECT_EQ(qnl_probe_count_of("qnl_blas_ddot"), 4);
-}
-
-TEST(Frame, IdamaxResultIsCutOnlyWhenTraced) {
-  set_layer(ILP64);
-  qnl_probe_set_result("qnl_blas_idamax", 0x500000003ull);
-  int64_t n = 3, inc = 1;
-  EXPECT_EQ(idamax_(&n, A, &inc), 0x500000003ll);
-  set_verbose(1);
-  EXPECT_EQ(idamax_(&n, A, &inc), 3);
 }
 
 TEST(Sparse, DdotiCopiesIndicesOnLp64) {

@@ -25,11 +25,7 @@ namespace {
 int first_word(const Case& c) { return c.offset + (c.result == 'a' ? 1 : 0); }
 
 void hook(const char* symbol, const uint64_t* w, int n) {
-  if (!std::strcmp(symbol, "qnl_serv_lsame")) {
-    char a = *reinterpret_cast<const char*>(w[0]), b = *reinterpret_cast<const char*>(w[1]);
-    qnl_probe_set_result(symbol, std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b)));
-    return;
-  }
+  if (answer_lsame(symbol, w)) return;
   Seen& s = seen();
   if (!std::strcmp(symbol, "qnl_serv_xerbla")) {
     ++s.reports;
@@ -40,7 +36,7 @@ void hook(const char* symbol, const uint64_t* w, int n) {
   if (!std::strncmp(symbol, "qnl_lapack_", 11)) s.lapack_symbols.push_back(symbol);
   if (!s.c) return;
   const Case& c = *s.c;
-  if (std::strcmp(symbol, c.symbol) && !(c.ao_symbol && !std::strcmp(symbol, c.ao_symbol))) return;
+  if (!is_symbol_of(c, symbol)) return;
   s.called = true;
   s.words.assign(w, w + n);
   if (c.result == 'c') *reinterpret_cast<std::complex<float>*>(w[0]) = {1.5f, -2.5f};
@@ -95,6 +91,17 @@ uint64_t bits(T v) {
 }
 
 }  // namespace
+
+bool answer_lsame(const char* symbol, const uint64_t* w) {
+  if (std::strcmp(symbol, "qnl_serv_lsame")) return false;
+  const auto a = *reinterpret_cast<const unsigned char*>(w[0]), b = *reinterpret_cast<const unsigned char*>(w[1]);
+  qnl_probe_set_result(symbol, std::toupper(a) == std::toupper(b));
+  return true;
+}
+
+bool is_symbol_of(const Case& c, const char* symbol) {
+  return !std::strcmp(symbol, c.symbol) || (c.ao_symbol && !std::strcmp(symbol, c.ao_symbol));
+}
 
 void install_hook() { qnl_probe_set_hook(hook); }
 

@@ -18,12 +18,12 @@
 namespace lapack_test {
 
 struct Config {
-  bool referenced;     // a conditional argument or array that is passed
-  int64_t caller;      // integer scalar: the caller's value
-  int64_t widened;     // integer scalar: the 64-bit local the back-end must see on LP64
-  int64_t length;      // array: elements prepared
-  int64_t keep;        // array: elements copied back
-  char letter;         // character argument
+  bool referenced;  // a conditional argument or array that is passed
+  int64_t caller;   // integer scalar: the caller's value
+  int64_t widened;  // integer scalar: the 64-bit local the back-end must see on LP64
+  int64_t length;   // array: elements prepared
+  int64_t keep;     // array: elements copied back
+  char letter;      // character argument
 };
 
 struct ArgCase {
@@ -72,14 +72,19 @@ struct Seen {
   bool lp64 = true;
   bool called = false;
   std::vector<uint64_t> words;
-  std::vector<int64_t> scalar;                // value behind an integer scalar's word
-  std::vector<std::vector<int64_t>> array;    // prepared elements behind an array's word
-  int reports = 0;                            // cdecl_xerbla reports: count, last name and number
+  std::vector<int64_t> scalar;              // value behind an integer scalar's word
+  std::vector<std::vector<int64_t>> array;  // prepared elements behind an array's word
+  int reports = 0;                          // cdecl_xerbla reports: count, last name and number
   std::string report_name;
   int32_t report_number = 0;
-  std::vector<std::string> lapack_symbols;    // every qnl_lapack_ symbol reached
+  std::vector<std::string> lapack_symbols;  // every qnl_lapack_ symbol reached
 };
 Seen& seen();
+
+// Answers a qnl_serv_lsame call like the real one; false for any other symbol.
+bool answer_lsame(const char* symbol, const uint64_t* w);
+// Whether `symbol` is the back-end symbol of case `c` (or its offload twin).
+bool is_symbol_of(const Case& c, const char* symbol);
 
 // Installs the hook: lsame answers like the real one; the case's symbol is
 // looked at and its outputs written as kWritten*.
@@ -98,9 +103,7 @@ struct Call {
   Call(const Case& cs, int config, bool is_lp64);
   // Calls the exported spelling; returns the result's bits (complex: real part bits, imaginary in *hi).
   uint64_t run(const char* spelling, uint64_t* hi = nullptr);
-  int32_t int32_at(int k, int64_t i = 0) const {
-    return reinterpret_cast<const int32_t*>(cells[k].data())[i];
-  }
+  int32_t int32_at(int k, int64_t i = 0) const { return reinterpret_cast<const int32_t*>(cells[k].data())[i]; }
   int64_t int64_at(int k, int64_t i = 0) const { return cells[k][i]; }
   // Address the caller passes for argument k (arguments counted without the result).
   void* arg(int k) const { return ptrs[k]; }

@@ -196,53 +196,6 @@ TEST_P(Layers, EverySpellingIsOneBody) {
   }
 }
 
-// The trace line of every traced routine: its format with the caller's own
-// values after the call, integers by their low 32 bits, and the width code.
-TEST_P(Layers, EveryTracedRoutinePrintsItsLine) {
-  const bool lp64 = GetParam();
-  *qnl_probe_verbose_mode() = 2;  // printed, with a time of 0
-  int traced = 0;
-  for (int i = 0; i < kCaseCount; ++i) {
-    const Case& c = kCases[i];
-    SCOPED_TRACE(c.name);
-    Call call(c, kHolds, lp64);
-    int lines = qnl_probe_verbose_count();
-    call.run(c.name);
-    if (!c.format) {
-      EXPECT_EQ(qnl_probe_verbose_count(), lines) << "the short frame does not trace";
-      continue;
-    }
-    ASSERT_EQ(qnl_probe_verbose_count(), lines + 1);
-    const qnl_probe::VerboseLine* line = qnl_probe_verbose_line(-1);
-    std::string want = upper(c.name) + "(";
-    int k = -c.offset;
-    for (const char* f = std::strchr(c.format, '(') + 1; *f; ++f) {
-      if (*f != '%') {
-        want += *f;
-        continue;
-      }
-      char piece[32];
-      char conv = *++f;
-      if (k < 0)
-        std::snprintf(piece, sizeof piece, "%p", reinterpret_cast<void*>(seen().words[0]));
-      else if (conv == 'c')
-        std::snprintf(piece, sizeof piece, "%c", c.args[k].cfg[kHolds].letter);
-      else if (conv == 'd')
-        std::snprintf(piece, sizeof piece, "%d", lp64 ? call.int32_at(k) : static_cast<int32_t>(call.int64_at(k)));
-      else
-        std::snprintf(piece, sizeof piece, "%p", call.arg(k));
-      want += piece;
-      ++k;
-    }
-    EXPECT_EQ(std::string(line->record), want.substr(0, 199));
-    EXPECT_EQ(line->width, lp64 ? 1 : 2);
-    EXPECT_EQ(line->seconds, 0.0);
-    ++traced;
-  }
-  std::printf("%d routines traced\n", traced);
-  EXPECT_GT(traced, 1900);
-}
-
 INSTANTIATE_TEST_SUITE_P(Lapack, Layers, ::testing::Values(true, false),
                          [](const ::testing::TestParamInfo<bool>& p) { return p.param ? "LP64" : "ILP64"; });
 

@@ -37,11 +37,6 @@ T product_at(char ta, char tb, long k, T alpha, const Matrix<A>& a, const Matrix
   return alpha * sum + beta * c;
 }
 
-template <class T>
-void expect_near(T got, T want, double scale, const std::string& where) {
-  ASSERT_LE(std::abs(got - want), 64 * eps<T>() * scale) << where << ": got " << got << " want " << want;
-}
-
 const std::complex<double> kAlpha(0.75, -1.25), kBeta(-1.5, 0.5);
 
 template <class T>

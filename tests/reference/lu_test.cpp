@@ -111,9 +111,8 @@ TYPED_TEST(BackendLu, BadArgumentsSetInfoAndReport) {
     std::snprintf(name, sizeof name, pattern, kLetter<T>);
     for (const Bad& b : bad) {
       int32_t info = 0;
-      testing::internal::CaptureStdout();
-      entry<F, T>(pattern)(&b.m, &b.n, &b.nfact, a.data(), &b.lda, &info);
-      EXPECT_EQ(testing::internal::GetCapturedStdout(), report(b.param, upper(name)));
+      auto f = entry<F, T>(pattern);
+      EXPECT_EQ(printed([&] { f(&b.m, &b.n, &b.nfact, a.data(), &b.lda, &info); }), report(b.param, upper(name)));
       EXPECT_EQ(info, -b.param);
     }
     for (const T& v : a) ASSERT_EQ(v, T(7));

@@ -70,4 +70,18 @@ inline std::string report(int param, const std::string& name) {
   return "Velor QNL ERROR: Parameter " + std::to_string(param) + " was incorrect on entry to " + name + ".\n";
 }
 
+// What `call` prints on stdout, where the back-end reports bad arguments.
+template <class F>
+std::string printed(F&& call) {
+  testing::internal::CaptureStdout();
+  call();
+  return testing::internal::GetCapturedStdout();
+}
+
+// got within 64 eps * scale of want.
+template <class T>
+void expect_near(T got, T want, double scale, const std::string& where) {
+  ASSERT_LE(std::abs(got - want), 64 * eps<T>() * scale) << where << ": got " << got << " want " << want;
+}
+
 }  // namespace ref_test

@@ -13,11 +13,6 @@ using namespace ref_test;
 namespace {
 
 template <class T>
-void expect_near(T got, T want, double scale, const std::string& where) {
-  ASSERT_LE(std::abs(got - want), 64 * eps<T>() * scale) << where << ": got " << got << " want " << want;
-}
-
-template <class T>
 std::vector<T> values(size_t n, long seed) {
   std::vector<T> v(n);
   for (size_t k = 0; k < n; ++k) v[k] = value<T>(static_cast<long>(k) * 5 + seed);

@@ -216,22 +216,16 @@ TYPED_TEST(BackendTrans, BadArgumentsAreReportedAndNothingIsWritten) {
   } bad[] = {{'X', 'N', 2, 2, 2, 2, 1}, {'C', 'Q', 2, 2, 2, 2, 2}, {'C', 'N', 3, 2, 2, 3, 7},
              {'R', 'N', 2, 3, 2, 3, 7}, {'C', 'T', 3, 2, 3, 1, 9}, {'R', 'T', 3, 2, 2, 2, 9}};
   for (const Bad& x : bad) {
-    testing::internal::CaptureStdout();
-    copy(x.order, x.trans, x.rows, x.cols, one, a.data(), x.lda, b.data(), x.ldb);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Velor QNL ERROR: Parameter " + std::to_string(x.param) +
-                                                          " was incorrect on entry to " + copy_name + ".\n");
+    EXPECT_EQ(printed([&] { copy(x.order, x.trans, x.rows, x.cols, one, a.data(), x.lda, b.data(), x.ldb); }),
+              report(x.param, copy_name));
     for (const T& v : b) ASSERT_EQ(v, value<T>(2));
   }
   // A negative row count from an LP64 caller arrives sign-extended and is refused.
   const int32_t minus = -2, two = 2;
-  testing::internal::CaptureStdout();
-  fcopy("C", "N", &minus, &two, &one, a.data(), &two, b.data(), &two);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "Velor QNL ERROR: Parameter 3 was incorrect on entry to " + copy_name + ".\n");
-  testing::internal::CaptureStdout();
-  add('C', 'N', 'T', 3, 2, one, a.data(), 3, one, b.data(), 1, b.data(), 3);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "Velor QNL ERROR: Parameter 11 was incorrect on entry to " + add_name + ".\n");
+  EXPECT_EQ(printed([&] { fcopy("C", "N", &minus, &two, &one, a.data(), &two, b.data(), &two); }),
+            report(3, copy_name));
+  EXPECT_EQ(printed([&] { add('C', 'N', 'T', 3, 2, one, a.data(), 3, one, b.data(), 1, b.data(), 3); }),
+            report(11, add_name));
   for (const T& v : b) ASSERT_EQ(v, value<T>(2));
 }
 
