@@ -86,22 +86,19 @@ QNL_HIDDEN int32_t f_create_highd(Record** out, const FInt* precision, const FIn
                                   const FInt* lengths) {
   return create_md_common(out, static_cast<int32_t>(read_int(precision, layer())), domain, dimension, lengths);
 }
-QNL_HIDDEN int32_t f_create_d_1d(Record** out, const double* precision, const FInt* domain, const FInt* dimension,
-                                 const FInt* length) {
-  return create_1d_common(out, typed_precision(precision, kDouble), domain, dimension, length);
-}
-QNL_HIDDEN int32_t f_create_d_md(Record** out, const double* precision, const FInt* domain, const FInt* dimension,
-                                 const FInt* lengths) {
-  return create_md_common(out, typed_precision(precision, kDouble), domain, dimension, lengths);
-}
-QNL_HIDDEN int32_t f_create_s_1d(Record** out, const float* precision, const FInt* domain, const FInt* dimension,
-                                 const FInt* length) {
-  return create_1d_common(out, typed_precision(precision, kSingle), domain, dimension, length);
-}
-QNL_HIDDEN int32_t f_create_s_md(Record** out, const float* precision, const FInt* domain, const FInt* dimension,
-                                 const FInt* lengths) {
-  return create_md_common(out, typed_precision(precision, kSingle), domain, dimension, lengths);
-}
+// The typed creators of one precision: R is the type of the precision argument.
+#define QNL_F_CREATE_TYPED(t, R, precision)                                                                 \
+  QNL_HIDDEN int32_t f_create_##t##_1d(Record** out, const R* p, const FInt* domain, const FInt* dimension, \
+                                       const FInt* length) {                                                \
+    return create_1d_common(out, typed_precision(p, precision), domain, dimension, length);                 \
+  }                                                                                                         \
+  QNL_HIDDEN int32_t f_create_##t##_md(Record** out, const R* p, const FInt* domain, const FInt* dimension, \
+                                       const FInt* lengths) {                                               \
+    return create_md_common(out, typed_precision(p, precision), domain, dimension, lengths);                \
+  }
+QNL_F_CREATE_TYPED(d, double, kDouble)
+QNL_F_CREATE_TYPED(s, float, kSingle)
+#undef QNL_F_CREATE_TYPED
 
 QNL_HIDDEN int32_t f_set_intval(Record** h, const FInt* param, const FInt* value) {
   int lay = layer();
