@@ -123,8 +123,10 @@ void dense(const Core* c, int64_t first, int64_t* s) {
 void settle_strides(Core* c) {
   Settings& s = c->s;
   int64_t n0 = s.lengths[0], h = half(c);
-  int64_t real_first = real_domain(c) ? (inplace(c) ? 2 * h : n0) : n0;
   int64_t complex_first = real_domain(c) ? h : n0;
+  // A packed layout counts in reals: rows of n+2 (CCS, n even) or n.
+  if (packed(c)) complex_first = c->head.packed_format == kCcs ? 2 * h : n0;
+  int64_t real_first = inplace(c) ? (packed(c) ? complex_first : 2 * h) : n0;
   for (int fwd = 0; fwd < 2; ++fwd) {
     int64_t in_first = fwd ? real_first : complex_first, out_first = fwd ? complex_first : real_first;
     if (!real_domain(c)) in_first = out_first = n0;
@@ -167,14 +169,21 @@ void* make_plan(const Core* c, bool forward, int variant) {
   if (f.plan_with_nthreads)
     f.plan_with_nthreads(c->s.thread_limit > 0 ? static_cast<int>(c->s.thread_limit) : max_threads());
   if (packed(c)) {
-    // One dimension; the half spectrum lies dense in the scratch, h apart.
-    int64_t h = half(c);
-    if (forward) {
-      IoDim dim{c->s.lengths[0], is[1], 1}, scratch_batch{c->s.transforms, c->s.in_distance, h};
-      return f.guru64_r2c(1, &dim, 1, &scratch_batch, in, placeholder<R>(1), flags);
+    // The half spectrum lies dense in the scratch: rows of h, transforms h*m apart.
+    const int64_t* real_s = forward ? is : os;
+    const int64_t h = half(c), scratch_s[3] = {0, 1, h};
+    for (int k = 0; k < rank; ++k) {
+      int64_t n = c->s.lengths[k];
+      dims[rank - 1 - k] =
+          forward ? IoDim{n, real_s[k + 1], scratch_s[k + 1]} : IoDim{n, scratch_s[k + 1], real_s[k + 1]};
     }
-    IoDim dim{c->s.lengths[0], 1, os[1]}, scratch_batch{c->s.transforms, h, c->s.out_distance};
-    return f.guru64_c2r(1, &dim, 1, &scratch_batch, placeholder<R>(1), in, flags);
+    int64_t spectrum = h * (rank > 1 ? c->s.lengths[1] : 1);
+    if (forward) {
+      IoDim scratch_batch{c->s.transforms, c->s.in_distance, spectrum};
+      return f.guru64_r2c(rank, dims, 1, &scratch_batch, in, placeholder<R>(1), flags);
+    }
+    IoDim scratch_batch{c->s.transforms, spectrum, c->s.out_distance};
+    return f.guru64_c2r(rank, dims, 1, &scratch_batch, placeholder<R>(1), in, flags);
   }
   if (!real_domain(c)) {
     if (split(c)) {
@@ -283,8 +292,8 @@ int32_t compute(Record* d, void* a, void* b, void* x, void* y) {
   return kOk;
 }
 
-// Where the real and imaginary parts of z[k] stand in a packed layout of n
-// reals (-1: not stored, known to be zero).
+// Where the real and imaginary parts of z[k] stand in the packed layout of one
+// dimension of n (-1: not stored, known to be zero).
 struct PackedPlace {
   int64_t re, im;
 };
@@ -295,17 +304,39 @@ PackedPlace packed_place(int32_t format, int64_t n, int64_t k) {
   return {2 * k - 1, 2 * k < n ? 2 * k : -1};  // PACK, and PERM of odd n
 }
 
+// Offsets, in reals with strides s, of the parts of z(k1, k2) of the half
+// spectrum (k2 along the fast dimension n, k1 along m), and of the cells a
+// forward transform clears. Every row holds the one-dimensional layout along
+// n. In two dimensions the columns k2 = 0 and, for even n, k2 = n/2 are the
+// transforms of real sequences along m: the real slot of such a column holds
+// their one-dimensional layout down its rows, for k1 up to m/2 (the rest are
+// conjugates, not stored), and its imaginary slot, where the format has one,
+// holds zeros.
+struct PackedCells {
+  int64_t re, im, blank[2];
+};
+PackedCells packed_cells(int32_t format, int rank, int64_t n, int64_t m, int64_t k1, int64_t k2, const int64_t* s) {
+  const PackedPlace col = packed_place(format, n, k2);
+  const int64_t row_step = rank > 1 ? s[2] : 0;
+  auto at = [&](int64_t row, int64_t column) { return row < 0 || column < 0 ? -1 : row * row_step + column * s[1]; };
+  if (rank == 1 || (k2 != 0 && 2 * k2 != n)) return {at(k1, col.re), at(k1, col.im), {-1, -1}};
+  if (2 * k1 > m) return {-1, -1, {-1, -1}};  // conjugates of the upper half
+  const PackedPlace row = packed_place(format, m, k1);
+  return {at(row.re, col.re), at(row.im, col.re), {at(row.re, col.im), at(row.im, col.im)}};
+}
+
 template <class R, bool Forward>
 int32_t compute_packed(Record* d, void* a, void* b, void*, void*) {
   Core* c = core(d);
   const Fftw<R>& f = lib<R>();
   const int64_t* is = c->s.is[Forward];
   const int64_t* os = c->s.os[Forward];
-  const int64_t n = c->s.lengths[0], h = half(c), howmany = c->s.transforms;
+  const int rank = d->rank;
+  const int64_t n = c->s.lengths[0], m = rank > 1 ? c->s.lengths[1] : 1, h = half(c), howmany = c->s.transforms;
   R* in = static_cast<R*>(a) + is[0];
   R* out = static_cast<R*>(inplace(c) ? a : b) + os[0];
   thread_local std::vector<R> scratch;
-  scratch.resize(static_cast<size_t>(2 * h * howmany));
+  scratch.resize(static_cast<size_t>(2 * h * m * howmany));
   R* z = scratch.data();
   int variant = aligned(f, Forward ? in : out) && aligned(f, z) ? 0 : 1;
   void* plan = plan_for<R>(c, Forward, variant);
@@ -313,28 +344,37 @@ int32_t compute_packed(Record* d, void* a, void* b, void*, void*) {
   const int32_t format = d->packed_format;
   if (Forward) {
     f.execute_r2c(plan, in, z);
-    R scale = static_cast<R>(c->s.forward_scale);
-    for (int64_t t = 0; t < howmany; ++t)
-      for (int64_t k = 0; k < h; ++k) {
-        PackedPlace at = packed_place(format, n, k);
-        R* dst = out + t * c->s.out_distance;
-        const R* src = z + 2 * (t * h + k);
-        if (at.re >= 0 && at.re < n + 2) dst[at.re * os[1]] = src[0] * scale;
-        if (at.im >= 0 && at.im < n + 2) dst[at.im * os[1]] = src[1] * scale;
-      }
+    const R scale = static_cast<R>(c->s.forward_scale);
+    for (int64_t t = 0; t < howmany; ++t) {
+      R* dst = out + t * c->s.out_distance;
+      for (int64_t k1 = 0; k1 < m; ++k1)
+        for (int64_t k2 = 0; k2 < h; ++k2) {
+          PackedCells at = packed_cells(format, rank, n, m, k1, k2, os);
+          if (at.re < 0) continue;
+          const R* src = z + 2 * ((t * m + k1) * h + k2);
+          dst[at.re] = src[0] * scale;
+          if (at.im >= 0) dst[at.im] = src[1] * scale;
+          for (int64_t blank : at.blank)
+            if (blank >= 0) dst[blank] = R(0);
+        }
+    }
     return kOk;
   }
-  for (int64_t t = 0; t < howmany; ++t)
-    for (int64_t k = 0; k < h; ++k) {
-      PackedPlace at = packed_place(format, n, k);
-      const R* src = in + t * c->s.in_distance;
-      R* dst = z + 2 * (t * h + k);
-      dst[0] = at.re >= 0 ? src[at.re * is[1]] : R(0);
-      dst[1] = at.im >= 0 ? src[at.im * is[1]] : R(0);
-    }
+  for (int64_t t = 0; t < howmany; ++t) {
+    const R* src = in + t * c->s.in_distance;
+    for (int64_t k1 = 0; k1 < m; ++k1)
+      for (int64_t k2 = 0; k2 < h; ++k2) {
+        // The lower half of a real column is the conjugate of the upper.
+        bool mirrored = rank > 1 && (k2 == 0 || 2 * k2 == n) && 2 * k1 > m;
+        PackedCells at = packed_cells(format, rank, n, m, mirrored ? m - k1 : k1, k2, is);
+        R* dst = z + 2 * ((t * m + k1) * h + k2);
+        dst[0] = src[at.re];
+        dst[1] = at.im < 0 ? R(0) : mirrored ? -src[at.im] : src[at.im];
+      }
+  }
   f.execute_c2r(plan, z, out);
   if (c->s.backward_scale != 1.0)
-    scale_side<R>(out, 1, 1, &c->s.lengths[0], os, howmany, c->s.out_distance, static_cast<R>(c->s.backward_scale));
+    scale_side<R>(out, 1, rank, c->s.lengths, os, howmany, c->s.out_distance, static_cast<R>(c->s.backward_scale));
   return kOk;
 }
 
@@ -359,10 +399,10 @@ int32_t op_commit(Record* d) {
   uncommit(c);
   if (real_domain(c)) {
     // Complex conjugate-even data in the CCE layout; real ones in CCS, PACK or
-    // PERM, one dimension only here.
+    // PERM, which are laid out for one and two dimensions.
     bool complex_storage = d->conjugate_even_storage == kComplexComplex;
     if (complex_storage != (d->packed_format == kCce)) return kInconsistent;
-    if (!complex_storage && d->rank != 1) return kUnimplemented;
+    if (!complex_storage && d->rank > 2) return kUnimplemented;
   }
   if (c->s.transforms < 1) return kInvalid;
   d->buffer_count = (inplace(c) ? 1 : 2) * (split(c) ? 2 : 1);

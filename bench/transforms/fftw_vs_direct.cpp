@@ -1,16 +1,19 @@
 // fftw_execute through libqnl_rt.so (reference back-end) against Debian's FFTW
 // called directly, both planned with FFTW_ESTIMATE, in one run. Debian's FFTW
 // is opened in a link-map namespace of its own: this program also links the
-// facade, which exports the same names. Prints direct/facade time ratios (1.0
-// means no cost) and the per-call overhead at n = 16 in ns.
+// facade, which exports the same names. The process is pinned to one CPU and
+// the two sides run in alternating rounds; prints the medians of the rounds,
+// direct/facade time ratios (1.0 means no cost) and the per-call overhead at
+// n = 16 in ns.
 #include <dlfcn.h>
 #include <link.h>
+#include <sched.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <functional>
 #include <vector>
 
@@ -42,11 +45,30 @@ Direct open_direct() {
   return d;
 }
 
-// Seconds per call of one round.
+// Seconds per call of one round, in this thread's CPU time: time the machine
+// gives to other processes does not count.
+double cpu_seconds() {
+  timespec t;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+  return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
+}
 double per_call(const std::function<void()>& call, long calls) {
-  auto t0 = std::chrono::steady_clock::now();
+  double t0 = cpu_seconds();
   for (long i = 0; i < calls; ++i) call();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count() / calls;
+  return (cpu_seconds() - t0) / static_cast<double>(calls);
+}
+
+double median(std::vector<double> v) {
+  std::nth_element(v.begin(), v.begin() + v.size() / 2, v.end());
+  return v[v.size() / 2];
+}
+
+// Keeps the process on the CPU it started on: no migration between rounds.
+void pin() {
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  CPU_SET(sched_getcpu(), &one);
+  sched_setaffinity(0, sizeof one, &one);
 }
 
 struct Case {
@@ -60,6 +82,7 @@ struct Case {
 
 int main(int argc, char** argv) {
   double scale = argc > 1 ? std::atof(argv[1]) : 1.0;  // fewer calls for a quick run
+  pin();
   Direct d = open_direct();
   Case cases[] = {{"complex n=16", {16}, 1, false},         {"complex n=1024", {1024}, 1, false},
                   {"complex n=2^20", {1 << 20}, 1, false},  {"real n=1024", {1024}, 1, true},
@@ -83,12 +106,15 @@ int main(int argc, char** argv) {
       std::printf("%-18s could not plan\n", c.name);
       continue;
     }
-    // Rounds alternate between the two, so that a busy machine slows both alike; best of each.
-    double td = 1e30, tf = 1e30;
-    for (int round = 0; round < 7; ++round) {
-      td = std::min(td, per_call([&] { d.execute(direct); }, calls));
-      tf = std::min(tf, per_call([&] { fftw_execute(facade); }, calls));
+    // Rounds alternate between the two, each going first in turn, so that a
+    // busy machine slows both alike; the median round of each.
+    std::vector<double> rd, rf;
+    for (int round = 0; round < 11; ++round) {
+      if (round % 2) rf.push_back(per_call([&] { fftw_execute(facade); }, calls));
+      rd.push_back(per_call([&] { d.execute(direct); }, calls));
+      if (round % 2 == 0) rf.push_back(per_call([&] { fftw_execute(facade); }, calls));
     }
+    double td = median(rd), tf = median(rf);
     std::printf("%-18s %12.3f %12.3f %8.3f\n", c.name, td * 1e6, tf * 1e6, td / tf);
     if (c.n[0] == 16 && rank == 1) std::printf("%-18s %12.1f ns per call\n", "  overhead", (tf - td) * 1e9);
     d.destroy(direct);

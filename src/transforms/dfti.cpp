@@ -95,25 +95,18 @@ __attribute__((visibility("default"))) long DftiCreateDescriptor(DFTI_DESCRIPTOR
   return status;
 }
 
-__attribute__((visibility("default"))) long DftiCreateDescriptor_d_md(DFTI_DESCRIPTOR_HANDLE* handle,
-                                                                      enum DFTI_CONFIG_VALUE domain,
-                                                                      QNL_DFTI_INT dimension, ...) {
-  va_list ap;
-  va_start(ap, dimension);
-  long status = create_md_entry(handle, kDouble, domain, dimension, ap);
-  va_end(ap);
-  return status;
-}
-
-__attribute__((visibility("default"))) long DftiCreateDescriptor_s_md(DFTI_DESCRIPTOR_HANDLE* handle,
-                                                                      enum DFTI_CONFIG_VALUE domain,
-                                                                      QNL_DFTI_INT dimension, ...) {
-  va_list ap;
-  va_start(ap, dimension);
-  long status = create_md_entry(handle, kSingle, domain, dimension, ap);
-  va_end(ap);
-  return status;
-}
+#define QNL_DFTI_CREATE_MD(name, precision)                                                                       \
+  __attribute__((visibility("default"))) long name(DFTI_DESCRIPTOR_HANDLE* handle, enum DFTI_CONFIG_VALUE domain, \
+                                                   QNL_DFTI_INT dimension, ...) {                                 \
+    va_list ap;                                                                                                   \
+    va_start(ap, dimension);                                                                                      \
+    long status = create_md_entry(handle, precision, domain, dimension, ap);                                      \
+    va_end(ap);                                                                                                   \
+    return status;                                                                                                \
+  }
+QNL_DFTI_CREATE_MD(DftiCreateDescriptor_d_md, kDouble)
+QNL_DFTI_CREATE_MD(DftiCreateDescriptor_s_md, kSingle)
+#undef QNL_DFTI_CREATE_MD
 
 __attribute__((visibility("default"))) long DftiCreateDescriptor_d_1d(DFTI_DESCRIPTOR_HANDLE* handle,
                                                                       enum DFTI_CONFIG_VALUE domain,
@@ -127,15 +120,7 @@ __attribute__((visibility("default"))) long DftiCreateDescriptor_s_1d(DFTI_DESCR
   return create_1d_entry(handle, kSingle, domain, length);
 }
 
-__attribute__((visibility("default"))) long DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE h) {
-  Record* d = rec(h);
-  if (!d) return kBadDescriptor;
-  // No magic test ahead of the core's commit: the core validates its own record.
-  if (!d->ops || !d->ops->commit) return d->magic == kMagic ? kInternalError : kBadDescriptor;
-  int32_t status = d->ops->commit(d);
-  verbose(d);
-  return status;
-}
+__attribute__((visibility("default"))) long DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE h) { return commit(rec(h)); }
 
 __attribute__((visibility("default"))) long DftiComputeForward(DFTI_DESCRIPTOR_HANDLE h, void* x, ...) {
   va_list ap;
@@ -155,28 +140,11 @@ __attribute__((visibility("default"))) long DftiComputeBackward(DFTI_DESCRIPTOR_
 
 __attribute__((visibility("default"))) long DftiCopyDescriptor(DFTI_DESCRIPTOR_HANDLE source,
                                                                DFTI_DESCRIPTOR_HANDLE* out) {
-  Record* s = rec(source);
-  if (!valid(s)) return kBadDescriptor;
-  if (!out) return kInconsistentConfiguration;
-  Record* copy = nullptr;
-  if (int32_t status = s->ops->copy(s, &copy)) return status;
-  if (s->commit_status == kCommitted) {
-    if (int32_t status = copy->ops->commit(copy)) {
-      copy->destroy(copy);
-      return status;
-    }
-  }
-  *out = reinterpret_cast<DFTI_DESCRIPTOR_HANDLE>(copy);
-  return kNoError;
+  return copy(rec(source), rec(out));
 }
 
 __attribute__((visibility("default"))) long DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE* handle) {
-  if (!handle) return kInconsistentConfiguration;
-  Record* d = rec(*handle);
-  if (!valid(d)) return kBadDescriptor;
-  if (d->destroy) d->destroy(d);
-  *handle = nullptr;
-  return kNoError;
+  return handle ? release(rec(handle)) : kInconsistentConfiguration;
 }
 
 __attribute__((visibility("default"))) long DftiSetValue(DFTI_DESCRIPTOR_HANDLE h, enum DFTI_CONFIG_PARAM param, ...) {
@@ -234,7 +202,6 @@ __attribute__((visibility("default"))) long DftiGetValue(DFTI_DESCRIPTOR_HANDLE 
   if (unknown_parameter(p)) return kInconsistentConfiguration;
   const Ops* ops = d->ops;
   int64_t list[kMaxRank + 1];
-  int64_t value = 0;
   int32_t status = kNoError;
   switch (p) {
     case 2:
@@ -262,72 +229,18 @@ __attribute__((visibility("default"))) long DftiGetValue(DFTI_DESCRIPTOR_HANDLE 
       status = ops->get_name(d, static_cast<char*>(out), 10);
       static_cast<char*>(out)[9] = 0;
       return status;
-    case 7:
-      status = ops->get_number_of_transforms(d, &value);
-      break;
-    case 14:
-      status = ops->get_input_distance(d, &value);
-      break;
-    case 15:
-      status = ops->get_output_distance(d, &value);
-      break;
-    case 27:
-      status = ops->get_thread_limit(d, &value);
-      break;
     default: {
+      // One integer: those of layer width as such, the settings in 32 bits.
+      int64_t value = 0;
+      status = get_scalar(d, p, &value);
       if (!out) return kInconsistentConfiguration;
-      int32_t field;
-      switch (p) {
-        case 1:
-          store(out, d->rank, lay);
-          return kNoError;
-        case 26:
-          store(out, d->number_of_user_threads, lay);
-          return kNoError;
-        case 28:
-          field = d->option_flags & kDestroyInputAllowed ? 51 : 52;
-          break;
-        case 0:
-          field = d->forward_domain;
-          break;
-        case 3:
-          field = d->precision;
-          break;
-        case 8:
-          field = d->complex_storage;
-          break;
-        case 9:
-          field = d->real_storage;
-          break;
-        case 10:
-          field = d->conjugate_even_storage;
-          break;
-        case 11:
-          field = d->placement;
-          break;
-        case 17:
-          field = d->workspace;
-          break;
-        case 18:
-          field = d->ordering;
-          break;
-        case 19:
-          field = d->transpose;
-          break;
-        case 21:
-          field = d->packed_format;
-          break;
-        default:
-          field = d->commit_status;
-          break;  // 22
-      }
-      *static_cast<int32_t*>(out) = field;
-      return kNoError;
+      if (p == 1 || p == 7 || p == 14 || p == 15 || p == 26 || p == 27)
+        store(out, value, lay);
+      else
+        *static_cast<int32_t*>(out) = static_cast<int32_t>(value);
+      return status;
     }
   }
-  if (!out) return kInconsistentConfiguration;
-  store(out, value, lay);
-  return status;
 }
 
 __attribute__((visibility("default"))) char* DftiErrorMessage(long status) {

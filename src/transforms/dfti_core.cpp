@@ -57,6 +57,80 @@ const char* message(int64_t status) {
   return qnl_rt_message_text(row, 0);
 }
 
+int32_t commit(Record* d) {
+  if (!d) return kBadDescriptor;
+  // No magic test ahead of the core's commit: the core validates its own record.
+  if (!d->ops || !d->ops->commit) return d->magic == kMagic ? kInternalError : kBadDescriptor;
+  int32_t status = d->ops->commit(d);
+  verbose(d);
+  return status;
+}
+
+int32_t copy(Record* source, Record** out) {
+  if (!valid(source)) return kBadDescriptor;
+  if (!out) return kInconsistentConfiguration;
+  Record* made = nullptr;
+  if (int32_t status = source->ops->copy(source, &made)) return status;
+  if (source->commit_status == kCommitted) {
+    if (int32_t status = made->ops->commit(made)) {
+      made->destroy(made);
+      return status;
+    }
+  }
+  *out = made;
+  return kNoError;
+}
+
+int32_t release(Record** handle) {
+  Record* d = handle ? *handle : nullptr;
+  if (!valid(d)) return kBadDescriptor;
+  if (d->destroy) d->destroy(d);
+  *handle = nullptr;
+  return kNoError;
+}
+
+int32_t get_scalar(Record* d, int32_t param, int64_t* v) {
+  const Ops* ops = d->ops;
+  switch (param) {
+    case 7:
+      return ops->get_number_of_transforms(d, v);
+    case 14:
+      return ops->get_input_distance(d, v);
+    case 15:
+      return ops->get_output_distance(d, v);
+    case 27:
+      return ops->get_thread_limit(d, v);
+    case 28:
+      *v = d->option_flags & kDestroyInputAllowed ? 51 : 52;
+      return kNoError;
+    default:
+      break;
+  }
+  // The fields a getter reads straight from the record, by parameter number.
+  static constexpr struct {
+    int32_t param;
+    int32_t Record::*field;
+  } kFields[] = {{0, &Record::forward_domain},
+                 {1, &Record::rank},
+                 {3, &Record::precision},
+                 {8, &Record::complex_storage},
+                 {9, &Record::real_storage},
+                 {10, &Record::conjugate_even_storage},
+                 {11, &Record::placement},
+                 {17, &Record::workspace},
+                 {18, &Record::ordering},
+                 {19, &Record::transpose},
+                 {21, &Record::packed_format},
+                 {22, &Record::commit_status},
+                 {26, &Record::number_of_user_threads}};
+  for (const auto& f : kFields)
+    if (f.param == param) {
+      *v = d->*f.field;
+      return kNoError;
+    }
+  return kNotScalar;
+}
+
 int32_t set_scalar(Record** handle, const int32_t* param, const int64_t* value) {
   if (!handle) return kInconsistentConfiguration;
   Record* d = *handle;

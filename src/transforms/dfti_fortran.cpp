@@ -63,38 +63,9 @@ int32_t typed_precision(const R* p, int32_t want) {
 
 extern "C" {
 
-QNL_HIDDEN int32_t f_commit(Record** h) {
-  Record* d = deref(h);
-  if (!d) return kBadDescriptor;
-  if (!d->ops || !d->ops->commit) return d->magic == kMagic ? kInternalError : kBadDescriptor;
-  int32_t status = d->ops->commit(d);
-  verbose(d);
-  return status;
-}
-
-QNL_HIDDEN int32_t f_free(Record** h) {
-  Record* d = deref(h);
-  if (!valid(d)) return kBadDescriptor;
-  if (d->destroy) d->destroy(d);
-  *h = nullptr;
-  return kNoError;
-}
-
-QNL_HIDDEN int32_t f_copy(Record** h, Record** out) {
-  Record* s = deref(h);
-  if (!valid(s)) return kBadDescriptor;
-  if (!out) return kInconsistentConfiguration;
-  Record* copy = nullptr;
-  if (int32_t status = s->ops->copy(s, &copy)) return status;
-  if (s->commit_status == kCommitted) {
-    if (int32_t status = copy->ops->commit(copy)) {
-      copy->destroy(copy);
-      return status;
-    }
-  }
-  *out = copy;
-  return kNoError;
-}
+QNL_HIDDEN int32_t f_commit(Record** h) { return commit(deref(h)); }
+QNL_HIDDEN int32_t f_free(Record** h) { return release(h); }
+QNL_HIDDEN int32_t f_copy(Record** h, Record** out) { return copy(deref(h), out); }
 
 QNL_HIDDEN int32_t f_forward1(Record** h, void* a) { return compute<1, true>(h, a, nullptr, nullptr, nullptr); }
 QNL_HIDDEN int32_t f_backward1(Record** h, void* a) { return compute<1, false>(h, a, nullptr, nullptr, nullptr); }
@@ -115,22 +86,19 @@ QNL_HIDDEN int32_t f_create_highd(Record** out, const FInt* precision, const FIn
                                   const FInt* lengths) {
   return create_md_common(out, static_cast<int32_t>(read_int(precision, layer())), domain, dimension, lengths);
 }
-QNL_HIDDEN int32_t f_create_d_1d(Record** out, const double* precision, const FInt* domain, const FInt* dimension,
-                                 const FInt* length) {
-  return create_1d_common(out, typed_precision(precision, kDouble), domain, dimension, length);
-}
-QNL_HIDDEN int32_t f_create_d_md(Record** out, const double* precision, const FInt* domain, const FInt* dimension,
-                                 const FInt* lengths) {
-  return create_md_common(out, typed_precision(precision, kDouble), domain, dimension, lengths);
-}
-QNL_HIDDEN int32_t f_create_s_1d(Record** out, const float* precision, const FInt* domain, const FInt* dimension,
-                                 const FInt* length) {
-  return create_1d_common(out, typed_precision(precision, kSingle), domain, dimension, length);
-}
-QNL_HIDDEN int32_t f_create_s_md(Record** out, const float* precision, const FInt* domain, const FInt* dimension,
-                                 const FInt* lengths) {
-  return create_md_common(out, typed_precision(precision, kSingle), domain, dimension, lengths);
-}
+// The typed creators of one precision: R is the type of the precision argument.
+#define QNL_F_CREATE_TYPED(t, R, precision)                                                                 \
+  QNL_HIDDEN int32_t f_create_##t##_1d(Record** out, const R* p, const FInt* domain, const FInt* dimension, \
+                                       const FInt* length) {                                                \
+    return create_1d_common(out, typed_precision(p, precision), domain, dimension, length);                 \
+  }                                                                                                         \
+  QNL_HIDDEN int32_t f_create_##t##_md(Record** out, const R* p, const FInt* domain, const FInt* dimension, \
+                                       const FInt* lengths) {                                               \
+    return create_md_common(out, typed_precision(p, precision), domain, dimension, lengths);                \
+  }
+QNL_F_CREATE_TYPED(d, double, kDouble)
+QNL_F_CREATE_TYPED(s, float, kSingle)
+#undef QNL_F_CREATE_TYPED
 
 QNL_HIDDEN int32_t f_set_intval(Record** h, const FInt* param, const FInt* value) {
   int lay = layer();
@@ -184,71 +152,13 @@ QNL_HIDDEN int32_t f_get_intval(Record** h, const FInt* param, int64_t* value) {
   int32_t p = static_cast<int32_t>(read_int(param, layer()));
   Record* d = deref(h);
   if (!valid(d)) return kBadDescriptor;
-  const Ops* ops = d->ops;
   int64_t v = 0;
-  int32_t status = kNoError;
-  switch (p) {
-    case 0:
-      v = d->forward_domain;
-      break;
-    case 1:
-      v = d->rank;
-      break;
-    case 3:
-      v = d->precision;
-      break;
-    case 8:
-      v = d->complex_storage;
-      break;
-    case 9:
-      v = d->real_storage;
-      break;
-    case 10:
-      v = d->conjugate_even_storage;
-      break;
-    case 11:
-      v = d->placement;
-      break;
-    case 17:
-      v = d->workspace;
-      break;
-    case 18:
-      v = d->ordering;
-      break;
-    case 19:
-      v = d->transpose;
-      break;
-    case 21:
-      v = d->packed_format;
-      break;
-    case 22:
-      v = d->commit_status;
-      break;
-    case 26:
-      v = d->number_of_user_threads;
-      break;
-    case 28:
-      v = d->option_flags & kDestroyInputAllowed ? 51 : 52;
-      break;
-    case 7:
-      status = ops->get_number_of_transforms(d, &v);
-      break;
-    case 14:
-      status = ops->get_input_distance(d, &v);
-      break;
-    case 15:
-      status = ops->get_output_distance(d, &v);
-      break;
-    case 27:
-      status = ops->get_thread_limit(d, &v);
-      break;
-    case 2: {
-      if (d->rank != 1) return kInconsistentConfiguration;
-      status = ops->get_lengths(d, &v);
-      break;
-    }
-    default:
-      return kInconsistentConfiguration;
+  int32_t status;
+  if (p == 2) {
+    if (d->rank != 1) return kInconsistentConfiguration;
+    status = d->ops->get_lengths(d, &v);
+  } else if ((status = get_scalar(d, p, &v)) == kNotScalar) {
+    return kInconsistentConfiguration;
   }
   // Eight bytes also under LP64: the value goes out sign-extended, as it always has.
   *value = v;

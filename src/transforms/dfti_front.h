@@ -43,6 +43,15 @@ inline void reverse(int64_t* v, int first, int last) {
 }
 
 int32_t set_scalar(Record** handle, const int32_t* param, const int64_t* value) QNL_HIDDEN;
+// The single-integer parameters: fixed fields of the record and the core's
+// scalar getters. kNotScalar for any other parameter.
+inline constexpr int32_t kNotScalar = -1;
+int32_t get_scalar(Record* d, int32_t param, int64_t* v) QNL_HIDDEN;
+// What both faces do alike on a descriptor: commit (null: status 5), copy and
+// commit the copy if the source was committed, and free through the handle.
+int32_t commit(Record* d) QNL_HIDDEN;
+int32_t copy(Record* source, Record** out) QNL_HIDDEN;
+int32_t release(Record** handle) QNL_HIDDEN;
 // The many-dimension creators by precision and domain; status 2 for any other pair.
 int32_t create_md(Record** handle, int32_t precision, int32_t domain, int32_t rank, const int64_t* lengths) QNL_HIDDEN;
 int32_t create_1d(Record** handle, int32_t precision, int32_t domain, int64_t length) QNL_HIDDEN;

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <complex>
 #include <random>
+#include <string>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -245,65 +246,64 @@ TYPED_TEST(BackendDft, SplitArrays) {
   A::destroy(q);
 }
 
-}  // namespace
-
-namespace {
-
-// Real conjugate-even layouts through the descriptor interface: where the
-// real and imaginary parts of z[k] must land, written out per format.
-std::vector<long double> expected_layout(int format, const std::vector<LC>& z, int n) {
-  int h = n / 2 + 1;
-  std::vector<long double> v(format == DFTI_CCS_FORMAT ? 2 * h : n, 0);
-  for (int k = 0; k < h; ++k) {
-    if (format == DFTI_CCS_FORMAT) {
-      v[2 * k] = z[k].real();
-      v[2 * k + 1] = z[k].imag();
-    } else if (k == 0) {
-      v[0] = z[0].real();
-    } else if (format == DFTI_PERM_FORMAT && n % 2 == 0) {
-      if (k == n / 2) {
-        v[1] = z[k].real();
-      } else {
-        v[2 * k] = z[k].real();
-        v[2 * k + 1] = z[k].imag();
-      }
-    } else {
-      v[2 * k - 1] = z[k].real();
-      if (2 * k < n) v[2 * k] = z[k].imag();
-    }
-  }
-  return v;
+// Real conjugate-even layouts through the descriptor interface, read cell by
+// cell against the direct transform. Along one dimension of n, cell j holds
+// part `im` of frequency k; in two dimensions a column whose k is 0 or n/2
+// holds, down its rows, the same layout of that column's spectrum along m.
+struct Part {
+  int k, im;
+};
+Part decode(int format, int n, int j) {
+  if (format == DFTI_CCS_FORMAT) return {j / 2, j % 2};
+  if (j == 0) return {0, 0};
+  if (format == DFTI_PERM_FORMAT && n % 2 == 0) return j == 1 ? Part{n / 2, 0} : Part{j / 2, j % 2};
+  return {(j + 1) / 2, 1 - j % 2};
 }
 
 TYPED_TEST(BackendDft, RealPackedFormatsThroughDescriptors) {
   const auto precision = std::is_same<TypeParam, double>::value ? DFTI_DOUBLE : DFTI_SINGLE;
   for (int format : {DFTI_CCS_FORMAT, DFTI_PACK_FORMAT, DFTI_PERM_FORMAT})
-    for (int n : {1, 2, 5, 8, 15, 16}) {
-      auto x = random_data(n, n + format, true);
-      auto want = expected_layout(format, direct(x, {n}, -1), n);
-      DFTI_DESCRIPTOR_HANDLE h = nullptr;
-      ASSERT_EQ(DftiCreateDescriptor(&h, precision, DFTI_REAL, 1, n), 0);
-      ASSERT_EQ(DftiSetValue(h, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_REAL), 0);
-      ASSERT_EQ(DftiSetValue(h, DFTI_PACKED_FORMAT, format), 0);
-      ASSERT_EQ(DftiSetValue(h, DFTI_PLACEMENT, DFTI_NOT_INPLACE), 0);
-      ASSERT_EQ(DftiSetValue(h, DFTI_BACKWARD_SCALE, 1.0 / n), 0);
-      ASSERT_EQ(DftiCommitDescriptor(h), 0);
-      std::vector<TypeParam> in(n), spec(want.size() + 2, -7), back(n);
-      for (int i = 0; i < n; ++i) in[i] = static_cast<TypeParam>(x[i].real());
-      ASSERT_EQ(DftiComputeForward(h, in.data(), spec.data()), 0);
-      long double worst = 0;
-      for (size_t i = 0; i < want.size(); ++i) worst = std::max(worst, fabsl(want[i] - spec[i]));
-      EXPECT_LT(static_cast<double>(worst) / std::sqrt(n), Api<TypeParam>::tol * 10) << format << " n=" << n;
-      EXPECT_EQ(spec[want.size()], -7) << "wrote past the layout";
-      ASSERT_EQ(DftiComputeBackward(h, spec.data(), back.data()), 0);
-      for (int i = 0; i < n; ++i) EXPECT_NEAR(back[i], in[i], Api<TypeParam>::tol * 10) << format << " n=" << n;
-      DftiFreeDescriptor(&h);
-    }
+    for (std::vector<int> shape : {std::vector<int>{1}, {2}, {5}, {16}, {1, 4}, {4, 6}, {5, 6}, {6, 5}, {7, 3}, {8, 8}})
+      for (bool inplace : {false, true}) {
+        const int rank = static_cast<int>(shape.size()), n = shape.back(), m = rank > 1 ? shape[0] : 1;
+        const int ccs = format == DFTI_CCS_FORMAT, cols = ccs ? n / 2 * 2 + 2 : n,
+                  rows = rank > 1 && ccs ? m / 2 * 2 + 2 : m;
+        const int real_row = inplace ? cols : n;
+        auto x = random_data(m * n, n + m + format, true);
+        auto z = direct(x, shape, -1);
+        DFTI_DESCRIPTOR_HANDLE h = nullptr;
+        QNL_DFTI_INT lengths[2] = {shape[0], rank > 1 ? shape[1] : 0};
+        ASSERT_EQ(rank == 1 ? DftiCreateDescriptor(&h, precision, DFTI_REAL, 1, lengths[0])
+                            : DftiCreateDescriptor(&h, precision, DFTI_REAL, rank, lengths),
+                  0);
+        ASSERT_EQ(DftiSetValue(h, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_REAL), 0);
+        ASSERT_EQ(DftiSetValue(h, DFTI_PACKED_FORMAT, format), 0);
+        ASSERT_EQ(DftiSetValue(h, DFTI_PLACEMENT, inplace ? DFTI_INPLACE : DFTI_NOT_INPLACE), 0);
+        ASSERT_EQ(DftiSetValue(h, DFTI_BACKWARD_SCALE, 1.0 / (m * n)), 0);
+        ASSERT_EQ(DftiCommitDescriptor(h), 0);
+        std::vector<TypeParam> in(rows * cols + 1, -7), spec(rows * cols + 1, -7), back(m * real_row);
+        for (int i = 0; i < m * n; ++i) in[i / n * real_row + i % n] = static_cast<TypeParam>(x[i].real());
+        TypeParam* s = inplace ? in.data() : spec.data();
+        ASSERT_EQ(inplace ? DftiComputeForward(h, s) : DftiComputeForward(h, in.data(), s), 0);
+        long double worst = 0;
+        for (int r = 0; r < rows; ++r)
+          for (int c = 0; c < cols; ++c) {
+            Part col = decode(format, n, c), row{r, col.im};
+            if (rank > 1 && (col.k == 0 || 2 * col.k == n)) row = col.im ? Part{-1, 0} : decode(format, m, r);
+            if (row.k >= m) continue;  // left unused
+            long double want = row.k < 0 ? 0 : row.im ? z[row.k * n + col.k].imag() : z[row.k * n + col.k].real();
+            worst = std::max(worst, fabsl(want - s[r * cols + c]));
+          }
+        std::string what = std::to_string(format) + " " + std::to_string(m) + "x" + std::to_string(n);
+        EXPECT_LT(static_cast<double>(worst) / std::sqrt(m * n), Api<TypeParam>::tol * 10) << what;
+        EXPECT_EQ(s[rows * cols], -7) << "wrote past the layout, " << what;
+        ASSERT_EQ(inplace ? DftiComputeBackward(h, s) : DftiComputeBackward(h, s, back.data()), 0);
+        const TypeParam* b = inplace ? s : back.data();
+        for (int i = 0; i < m * n; ++i)
+          EXPECT_NEAR(b[i / n * real_row + i % n], x[i].real(), Api<TypeParam>::tol * 10) << what;
+        DftiFreeDescriptor(&h);
+      }
 }
-
-}  // namespace
-
-namespace {
 
 // One plan, new arrays from several threads at once: each result is its own
 // input's transform. Misaligned arrays take the back-end's second plan, made

@@ -110,12 +110,12 @@ TEST(BackendDftiSetValue, StatusAndCommitStateTable) {
   EXPECT_EQ(DftiSetValue(real.h, DFTI_ORDERING, DFTI_BACKWARD_SCRAMBLED), 6);
   EXPECT_EQ(DftiSetValue(nullptr, DFTI_PLACEMENT, DFTI_INPLACE), 5);
   // Conjugate-even settings the core refuses at commit: complex storage in a
-  // real-number format, and the real-number formats beyond one dimension.
+  // real-number format, and the real-number formats beyond two dimensions.
   ASSERT_EQ(DftiSetValue(real.h, DFTI_PACKED_FORMAT, DFTI_PACK_FORMAT), 0);
   EXPECT_EQ(DftiCommitDescriptor(real.h), 3);
   Desc plane;
-  QNL_DFTI_INT n2[] = {4, 6};
-  ASSERT_EQ(DftiCreateDescriptor(&plane.h, DFTI_DOUBLE, DFTI_REAL, 2, n2), 0);
+  QNL_DFTI_INT n3[] = {4, 6, 2};
+  ASSERT_EQ(DftiCreateDescriptor(&plane.h, DFTI_DOUBLE, DFTI_REAL, 3, n3), 0);
   ASSERT_EQ(DftiSetValue(plane.h, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_REAL), 0);
   ASSERT_EQ(DftiSetValue(plane.h, DFTI_PACKED_FORMAT, DFTI_CCS_FORMAT), 0);
   EXPECT_EQ(DftiCommitDescriptor(plane.h), 6);
