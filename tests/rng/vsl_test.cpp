@@ -20,9 +20,8 @@ const W kR = 0x7f0000100000ull;      // the result array: the probe's kernels ne
 const W kArray = 0x7f0000200000ull;  // a parameter array, never read either
 alignas(8) unsigned char g_live[16] = {0, 0, 0, 0, 1}, g_dead[16] = {1, 1, 1, 1, 0, 1};
 
-std::string spelling(const VslCase& c, int k) {
-  const std::string n = c.name;
-  return k == 0 ? n : k == 1 ? upper(n) : k == 2 ? lower(n) : lower(n) + "_";
+std::string spelling(const VslCase& c, int k) {  // C, UPPER, lower, lower_
+  return k == 1 ? upper(c.name) : k ? lower(c.name) + (k == 3 ? "_" : "") : c.name;
 }
 
 std::vector<const qnl_probe::Call*> kernel_calls() {  // the kernel library's start-up left out
@@ -52,8 +51,7 @@ struct Call {
     float fs[4];
     double ds[4];
     int32_t is[4];
-    const int64_t count = n;
-    std::vector<const void*> refs = {&method, &stream, &count, reinterpret_cast<const void*>(r)};
+    std::vector<const void*> refs = {&method, &stream, &n, reinterpret_cast<const void*>(r)};
     for (size_t i = 0; i < np; ++i) {
       const char kind = c.kinds[i];
       fs[i] = static_cast<float>(v[i]), ds[i] = v[i], is[i] = static_cast<int32_t>(v[i]);
@@ -204,7 +202,6 @@ TEST(VslGenerators, NamedEdges) {
   EXPECT_EQ(run("vdRngUniform", 0, {2, 1}), Outcome(-3, 5));             // b below a: position 5, not 6
   EXPECT_EQ(run("viRngHypergeometric", 0, {1, 2, -1}), Outcome(-3, 7));  // s and m before l
   EXPECT_EQ(run("viRngHypergeometric", 0, {1, 2, 0}), Outcome(-3, 5));
-  EXPECT_EQ(run("viRngGeometric", 0, {1}), Outcome(-3, 5));
   EXPECT_EQ(run("vsRngLognormal", 1, {0, 1, 0, 0}), Outcome(-3, 8));
   EXPECT_EQ(run("viRngNegBinomial", 0, {1, 0.5}), Outcome(0, 0));
   EXPECT_STREQ(kernel_calls().at(0)->symbol, "_vsliRngNegbinomial");
@@ -328,8 +325,6 @@ TEST(VslStreams, FileAndMemoryForms) {
   EXPECT_EQ(static_cast<int64_t>(kernel_calls().back()->word[2]), -1);
   EXPECT_EQ(VSLSAVESTREAMF(&live, "state.binXYZ", 9), 0);
   EXPECT_EQ(kernel_calls().back()->word[2], 9u);
-  EXPECT_EQ(vslloadstreamf_(&live, "f", 1), 0);
-  EXPECT_EQ(kernel_calls().back()->word[2], 1u);
   EXPECT_EQ(stream_outcome(VSLSAVESTREAMM(&dead, nullptr)), Outcome(-3, 2));
   EXPECT_EQ(stream_outcome(vslsavestreamm(&dead, nullptr)), Outcome(-1006, 1));
   EXPECT_EQ(stream_outcome(vslsavestreamm_(&dead, nullptr)), Outcome(-1006, 1));
