@@ -6,7 +6,6 @@
 
 /* Status codes. Codes the facade does not produce come from the kernel library. */
 #define VSL_STATUS_OK 0
-#define VSL_ERROR_OK 0
 #define VSL_ERROR_BADARGS (-3)           /* an argument failed its test */
 #define VSL_ERROR_NULL_PTR (-5)          /* a null stream handle */
 #define VSL_RNG_ERROR_BAD_BRNG (-1000)   /* a generator index out of range */
