@@ -102,8 +102,8 @@ def load(table):
 def traits(g, label):
     """The generator's constants and its parameter tests, in the hidden header."""
     decl = ", ".join(f"{g.param_type(role)} {name}" for name, role in g.params)
-    unused = "".join(f"  (void){name};\n" for name, _ in g.params)
-    tests = "".join(f"  if ({cond}) return {pos};\n" for pos, cond in g.tests)
+    unused = "".join(f"    (void){name};\n" for name, _ in g.params)
+    tests = "".join(f"    if ({cond}) return {pos};\n" for pos, cond in g.tests)
     return (f"// {label}:{g.line}\n"
             f"struct G_{g.name} {{\n"
             f"  static constexpr char name[] = \"{g.name}\";\n"
