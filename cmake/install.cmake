@@ -10,6 +10,7 @@ install(TARGETS qnl_rt EXPORT qnl_rtTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   INCLUDES DESTINATION ${QNL_INSTALL_INCLUDEDIR})
 install(FILES ${CMAKE_SOURCE_DIR}/include/cblas.h ${CMAKE_SOURCE_DIR}/include/qnl_service.h
+  ${CMAKE_SOURCE_DIR}/include/qnl_vsl.h ${CMAKE_SOURCE_DIR}/include/qnl_vsl_defines.h
   DESTINATION ${QNL_INSTALL_INCLUDEDIR})
 install(EXPORT qnl_rtTargets NAMESPACE qnl_rt:: DESTINATION ${QNL_INSTALL_CMAKEDIR})
 
