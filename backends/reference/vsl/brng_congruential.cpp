@@ -149,11 +149,17 @@ int mrg_init(int, void* p, int n, const unsigned* params) {
   if (!st->s[3] && !st->s[4] && !st->s[5]) st->s[3] = 1;
   return 0;
 }
+// x mod (2^32 - C) for x below 2^55, by folding the high word twice: no division.
+template <uint64_t C>
+inline int64_t fold(uint64_t x) {
+  x = (x >> 32) * C + (x & 0xffffffffu);
+  x = (x >> 32) * C + (x & 0xffffffffu);
+  return static_cast<int64_t>(x >= (1ull << 32) - C ? x - ((1ull << 32) - C) : x);
+}
 inline int64_t mrg_next(int64_t* s) {
-  int64_t p1 = (1403580 * s[1] - 810728 * s[0]) % kM1;
-  if (p1 < 0) p1 += kM1;
-  int64_t p2 = (527612 * s[5] - 1370589 * s[3]) % kM2;
-  if (p2 < 0) p2 += kM2;
+  // The negative terms enter as m - a, keeping the sums positive and below 2^55.
+  const int64_t p1 = fold<209>(1403580ull * s[1] + uint64_t(kM1 - 810728) * s[0]);
+  const int64_t p2 = fold<22853>(527612ull * s[5] + uint64_t(kM2 - 1370589) * s[3]);
   s[0] = s[1], s[1] = s[2], s[2] = p1;
   s[3] = s[4], s[4] = s[5], s[5] = p2;
   return p1 > p2 ? p1 - p2 : p1 - p2 + kM1;  // in 1..m1
