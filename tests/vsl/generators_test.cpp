@@ -156,7 +156,7 @@ struct Gen {
 const Gen kGens[] = {{VSL_BRNG_MCG31, {42}, true, true},        {VSL_BRNG_R250, {42}, false, false},
                      {VSL_BRNG_MRG32K3A, {42, 7}, true, false}, {VSL_BRNG_MCG59, {42, 1}, true, true},
                      {VSL_BRNG_WH, {42, 43, 44}, true, true},   {VSL_BRNG_SOBOL, {3}, true, true},
-                     {VSL_BRNG_NIEDERR, {5}, true, true},       {VSL_BRNG_MT19937, {42}, false, false},
+                     {VSL_BRNG_NIEDERR, {5}, true, true},       {VSL_BRNG_MT19937, {42}, true, false},
                      {VSL_BRNG_SFMT19937, {42}, false, false},  {VSL_BRNG_PHILOX4X32X10, {42}, true, false}};
 
 class StreamOps : public ::testing::TestWithParam<Gen> {
@@ -217,6 +217,17 @@ TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
 }
 INSTANTIATE_TEST_SUITE_P(All, StreamOps, ::testing::ValuesIn(kGens),
                          [](const auto& info) { return "family" + std::to_string(info.param.brng >> 20); });
+
+// A far jump (by the characteristic polynomial) lands where near jumps
+// (by regenerating the state) do.
+TEST(Streams, Mt19937FarSkipMatchesNearSkips) {
+  Stream far(VSL_BRNG_MT19937, {5}), near(VSL_BRNG_MT19937, {5});
+  far.uniform(100), near.uniform(100);
+  ASSERT_EQ(__vslSkipAheadStream(far.s, 30000017), 0);
+  for (int i = 0; i < 30; ++i) ASSERT_EQ(__vslSkipAheadStream(near.s, 1000000), 0);
+  ASSERT_EQ(__vslSkipAheadStream(near.s, 17), 0);
+  EXPECT_EQ(far.bits(2000), near.bits(2000));
+}
 
 TEST(Streams, BadInputGivesCodes) {
   void* s = nullptr;
