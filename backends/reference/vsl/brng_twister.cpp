@@ -1,0 +1,295 @@
+// Mersenne twisters: MT19937 (the sequence of std::mt19937) and SFMT19937.
+// Both regenerate their whole state in blocks; the block loops are cloned for
+// AVX2 and AVX-512 so that the integer work and the conversion to doubles run
+// on the widest registers the processor has.
+#include <vector>
+
+#include "vsl_internal.h"
+
+#define QNL_VSL_CLONES __attribute__((target_clones("avx512f", "avx2", "default")))
+
+namespace qnl_vsl {
+namespace {
+
+// ---- MT19937 ----
+constexpr int kN = 624, kM = 397;
+struct Mt {
+  uint32_t mt[kN];
+  int32_t idx;
+};
+
+QNL_VSL_CLONES void mt_regen(uint32_t* __restrict mt) {
+  constexpr uint32_t kUpper = 0x80000000u, kLower = 0x7fffffffu, kA = 0x9908b0dfu;
+  auto twist = [](uint32_t cur, uint32_t nxt, uint32_t far) {
+    uint32_t y = (cur & kUpper) | (nxt & kLower);
+    return far ^ (y >> 1) ^ (-(y & 1u) & kA);
+  };
+  // Three ranges whose reads do not meet their writes, so that each vectorises.
+  for (int i = 0; i < kN - kM; ++i) mt[i] = twist(mt[i], mt[i + 1], mt[i + kM]);
+  for (int i = kN - kM; i < kN - 1; ++i) mt[i] = twist(mt[i], mt[i + 1], mt[i + kM - kN]);
+  mt[kN - 1] = twist(mt[kN - 1], mt[0], mt[kM - 1]);
+}
+
+inline uint32_t temper(uint32_t y) {
+  y ^= y >> 11;
+  y ^= (y << 7) & 0x9d2c5680u;
+  y ^= (y << 15) & 0xefc60000u;
+  return y ^ (y >> 18);
+}
+
+QNL_VSL_CLONES void mt_to_double(const uint32_t* __restrict x, int n, double* __restrict r, double a, double w) {
+  for (int i = 0; i < n; ++i) r[i] = a + w * (static_cast<double>(temper(x[i])) * 0x1p-32);
+}
+
+int mt_init(int, void* p, int n, const unsigned* params) {
+  auto* st = static_cast<Mt*>(p);
+  uint32_t* mt = st->mt;
+  auto linear = [mt](uint32_t s) {
+    mt[0] = s;
+    for (int i = 1; i < kN; ++i) mt[i] = 1812433253u * (mt[i - 1] ^ (mt[i - 1] >> 30)) + static_cast<uint32_t>(i);
+  };
+  if (n <= 1) {
+    linear(n == 1 ? params[0] : 5489u);
+  } else {  // several seed words: the reference initialisation by array
+    linear(19650218u);
+    int i = 1, j = 0;
+    for (int k = kN > n ? kN : n; k; --k) {
+      mt[i] = (mt[i] ^ ((mt[i - 1] ^ (mt[i - 1] >> 30)) * 1664525u)) + params[j] + static_cast<uint32_t>(j);
+      if (++i >= kN) mt[0] = mt[kN - 1], i = 1;
+      if (++j >= n) j = 0;
+    }
+    for (int k = kN - 1; k; --k) {
+      mt[i] = (mt[i] ^ ((mt[i - 1] ^ (mt[i - 1] >> 30)) * 1566083941u)) - static_cast<uint32_t>(i);
+      if (++i >= kN) mt[0] = mt[kN - 1], i = 1;
+    }
+    mt[0] = 0x80000000u;
+  }
+  st->idx = kN;
+  return 0;
+}
+
+// Hands out the state block by block: fn(block, count, offset in the output).
+template <class Fn>
+void mt_blocks(Mt* st, int n, Fn fn) {
+  for (int done = 0; done < n;) {
+    if (st->idx >= kN) mt_regen(st->mt), st->idx = 0;
+    int m = kN - st->idx < n - done ? kN - st->idx : n - done;
+    fn(st->mt + st->idx, m, done);
+    st->idx += m;
+    done += m;
+  }
+}
+int mt_d(void* p, int n, double* r, double a, double b) {
+  mt_blocks(static_cast<Mt*>(p), n, [&](const uint32_t* x, int m, int off) { mt_to_double(x, m, r + off, a, b - a); });
+  return 0;
+}
+int mt_bits(void* p, int n, unsigned* r) {
+  mt_blocks(static_cast<Mt*>(p), n, [&](const uint32_t* x, int m, int off) {
+    for (int i = 0; i < m; ++i) r[off + i] = temper(x[i]);
+  });
+  return 0;
+}
+
+// ---- MT19937 skip-ahead ----
+// The words x[k] obey a linear recurrence over GF(2) whose characteristic
+// polynomial P has degree 19937. A jump of J words maps the window W of 624
+// words to g(T) W with g = x^J mod P, T the one-word step (Horner's rule).
+// The window has 31 bits more than the state (the low bits of its first word);
+// their error is killed by one more step, so the jump goes to J - 1 and steps.
+using Poly = std::vector<uint64_t>;  // bit i: the coefficient of x^i
+inline bool bit(const Poly& p, size_t i) { return (p[i >> 6] >> (i & 63)) & 1; }
+inline void flip(Poly& p, size_t i) { p[i >> 6] ^= uint64_t{1} << (i & 63); }
+
+struct Window {
+  uint32_t w[kN];
+  int start = 0;
+  uint32_t& at(int i) { return w[(start + i) % kN]; }
+  void step() {
+    constexpr uint32_t kUpper = 0x80000000u, kLower = 0x7fffffffu, kA = 0x9908b0dfu;
+    uint32_t y = (at(0) & kUpper) | (at(1) & kLower);
+    w[start] = at(kM) ^ (y >> 1) ^ (-(y & 1u) & kA);
+    start = (start + 1) % kN;
+  }
+};
+
+// P from 2 * 19937 bits of one bit position of the words, by Berlekamp-Massey.
+Poly mt_charpoly() {
+  constexpr int kDeg = 19937, kLen = 2 * kDeg;
+  Window win{};
+  for (int i = 0; i < kN; ++i) win.w[i] = 1812433253u * static_cast<uint32_t>(i) + 5489u;
+  for (int i = 0; i < kN; ++i) win.step();  // the sequence from here on is in the recurrence's space
+  Poly rev((kLen + 127) / 64 + 2, 0);       // the bits reversed: rev bit j = s[kLen - 1 - j]
+  for (int k = 0; k < kLen; ++k) {
+    if (win.at(0) & 1) flip(rev, static_cast<size_t>(kLen - 1 - k));
+    win.step();
+  }
+  const size_t words = (kDeg + 64) / 64 + 2;
+  Poly c(words, 0), b(words, 0);
+  c[0] = b[0] = 1;
+  int l = 0, m = 1;
+  for (int n = 0; n < kLen; ++n) {
+    // d = sum over i <= l of c_i s[n - i] = parity of c & (rev shifted by kLen - 1 - n).
+    const size_t off = static_cast<size_t>(kLen - 1 - n);
+    uint64_t acc = 0;
+    for (size_t j = 0; j * 64 <= static_cast<size_t>(l); ++j) {
+      size_t pos = off + j * 64, wi = pos >> 6, sh = pos & 63;
+      uint64_t v = rev[wi] >> sh;
+      if (sh && wi + 1 < rev.size()) v |= rev[wi + 1] << (64 - sh);
+      acc ^= c[j] & v;
+    }
+    if (!__builtin_parityll(acc)) {
+      ++m;
+      continue;
+    }
+    Poly t = c;
+    for (size_t j = 0; j < words; ++j) {  // c += x^m b
+      size_t wi = j + m / 64, sh = m % 64;
+      if (wi < words) c[wi] ^= b[j] << sh;
+      if (sh && wi + 1 < words) c[wi + 1] ^= b[j] >> (64 - sh);
+    }
+    if (2 * l <= n) {
+      l = n + 1 - l, b = t, m = 1;
+    } else {
+      ++m;
+    }
+  }
+  Poly p(words, 0);  // P(x) = x^l c(1/x)
+  for (int i = 0; i <= l; ++i)
+    if (bit(c, static_cast<size_t>(i))) flip(p, static_cast<size_t>(l - i));
+  return p;
+}
+
+const Poly& charpoly() {
+  static const Poly p = mt_charpoly();
+  return p;
+}
+
+// r * r mod P, then times x when asked.
+void sqr_mod(Poly& r, bool times_x, const Poly& p, int deg) {
+  Poly sq(2 * r.size() + 1, 0);
+  for (size_t i = 0; i < r.size(); ++i)
+    for (int k = 0; k < 64; ++k)
+      if ((r[i] >> k) & 1) flip(sq, 2 * (64 * i + k) + times_x);
+  for (size_t i = sq.size() * 64; i-- > static_cast<size_t>(deg);) {
+    if (!bit(sq, i)) continue;
+    const size_t sh = i - deg;  // sq += x^sh P, clearing bit i
+    for (size_t j = 0; j < p.size(); ++j) {
+      if (!p[j]) continue;
+      size_t wi = j + sh / 64, s2 = sh % 64;
+      if (wi < sq.size()) sq[wi] ^= p[j] << s2;
+      if (s2 && wi + 1 < sq.size()) sq[wi + 1] ^= p[j] >> (64 - s2);
+    }
+  }
+  sq.resize(r.size());
+  r = sq;
+}
+
+int mt_skip(void* p, long long nskip) {
+  if (nskip < 0) return VSL_ERROR_BADARGS;
+  auto* st = static_cast<Mt*>(p);
+  if (st->idx >= kN) mt_regen(st->mt), st->idx = 0;
+  const unsigned long long k = static_cast<unsigned long long>(st->idx) + static_cast<unsigned long long>(nskip);
+  unsigned long long blocks = k / kN;
+  st->idx = static_cast<int>(k % kN);
+  if (blocks < 4096) {  // near: regenerate
+    while (blocks--) mt_regen(st->mt);
+    return 0;
+  }
+  const Poly& pp = charpoly();
+  const int deg = 19937;
+  const unsigned long long j = blocks * kN - 1;  // g = x^j mod P
+  Poly g(pp.size(), 0);
+  g[0] = 1;
+  for (int b = 63 - __builtin_clzll(j); b >= 0; --b) sqr_mod(g, (j >> b) & 1, pp, deg);
+  Window acc{}, s{};
+  std::memcpy(s.w, st->mt, sizeof s.w);
+  for (int i = deg - 1; i >= 0; --i) {
+    acc.step();
+    if (bit(g, static_cast<size_t>(i)))
+      for (int t = 0; t < kN; ++t) acc.at(t) ^= s.w[t];
+  }
+  acc.step();
+  for (int t = 0; t < kN; ++t) st->mt[t] = acc.at(t);
+  return 0;
+}
+
+// ---- SFMT19937: 156 words of 128 bits ----
+constexpr int kSN = 156, kPos1 = 122, kSl1 = 18, kSr1 = 11;
+constexpr uint32_t kMsk[4] = {0xdfffffefu, 0xddfecb7fu, 0xbffaffffu, 0xbffffff6u};
+constexpr uint32_t kParity[4] = {0x00000001u, 0x00000000u, 0x00000000u, 0x13c9e684u};
+struct Sfmt {
+  uint32_t s[kSN * 4];
+  int32_t idx;
+};
+
+// One 128-bit word: a ^ (a << 8 bits) ^ ((b >> 11) & mask) ^ (c >> 8 bits) ^ (d << 18),
+// the byte shifts over the whole 128 bits, the others per 32-bit lane.
+inline void sfmt_rec(uint32_t* r, const uint32_t* a, const uint32_t* b, const uint32_t* c, const uint32_t* d) {
+  uint64_t ah = uint64_t{a[3]} << 32 | a[2], al = uint64_t{a[1]} << 32 | a[0];
+  uint64_t xh = ah << 8 | al >> 56, xl = al << 8;
+  uint64_t ch = uint64_t{c[3]} << 32 | c[2], cl = uint64_t{c[1]} << 32 | c[0];
+  uint64_t yh = ch >> 8, yl = cl >> 8 | ch << 56;
+  uint32_t x[4] = {uint32_t(xl), uint32_t(xl >> 32), uint32_t(xh), uint32_t(xh >> 32)};
+  uint32_t y[4] = {uint32_t(yl), uint32_t(yl >> 32), uint32_t(yh), uint32_t(yh >> 32)};
+  for (int k = 0; k < 4; ++k) r[k] = a[k] ^ x[k] ^ ((b[k] >> kSr1) & kMsk[k]) ^ y[k] ^ (d[k] << kSl1);
+}
+void sfmt_regen(uint32_t* s) {
+  const uint32_t* r1 = s + 4 * (kSN - 2);
+  const uint32_t* r2 = s + 4 * (kSN - 1);
+  for (int i = 0; i < kSN; ++i) {
+    int j = i < kSN - kPos1 ? i + kPos1 : i + kPos1 - kSN;
+    sfmt_rec(s + 4 * i, s + 4 * i, s + 4 * j, r1, r2);
+    r1 = r2;
+    r2 = s + 4 * i;
+  }
+}
+int sfmt_init(int, void* p, int n, const unsigned* params) {
+  auto* st = static_cast<Sfmt*>(p);
+  uint32_t* s = st->s;
+  s[0] = n > 0 ? params[0] : 5489u;
+  for (int i = 1; i < kSN * 4; ++i) s[i] = 1812433253u * (s[i - 1] ^ (s[i - 1] >> 30)) + static_cast<uint32_t>(i);
+  // Period certification: the parity check of the first 128 bits must be odd.
+  uint32_t inner = 0;
+  for (int i = 0; i < 4; ++i) inner ^= s[i] & kParity[i];
+  for (int i = 16; i > 0; i >>= 1) inner ^= inner >> i;
+  if (!(inner & 1)) {
+    for (int i = 0; i < 4; ++i)
+      if (kParity[i]) {
+        s[i] ^= kParity[i] & -kParity[i];
+        break;
+      }
+  }
+  st->idx = kSN * 4;
+  return 0;
+}
+template <class Fn>
+void sfmt_blocks(Sfmt* st, int n, Fn fn) {
+  for (int done = 0; done < n;) {
+    if (st->idx >= kSN * 4) sfmt_regen(st->s), st->idx = 0;
+    int m = kSN * 4 - st->idx < n - done ? kSN * 4 - st->idx : n - done;
+    fn(st->s + st->idx, m, done);
+    st->idx += m;
+    done += m;
+  }
+}
+QNL_VSL_CLONES void u32_to_double(const uint32_t* __restrict x, int n, double* __restrict r, double a, double w) {
+  for (int i = 0; i < n; ++i) r[i] = a + w * (static_cast<double>(x[i]) * 0x1p-32);
+}
+int sfmt_d(void* p, int n, double* r, double a, double b) {
+  sfmt_blocks(static_cast<Sfmt*>(p), n,
+              [&](const uint32_t* x, int m, int off) { u32_to_double(x, m, r + off, a, b - a); });
+  return 0;
+}
+int sfmt_bits(void* p, int n, unsigned* r) {
+  sfmt_blocks(static_cast<Sfmt*>(p), n,
+              [&](const uint32_t* x, int m, int off) { std::memcpy(r + off, x, sizeof(uint32_t) * m); });
+  return 0;
+}
+
+}  // namespace
+
+extern const Brng kMt19937{sizeof(Mt), 1, 1, 1, 32, mt_init, mt_d, fill_s_via_d<mt_d>, mt_bits, mt_skip, nullptr, true};
+extern const Brng kSfmt19937{sizeof(Sfmt),         1,         1,       1,       32,  sfmt_init, sfmt_d,
+                             fill_s_via_d<sfmt_d>, sfmt_bits, nullptr, nullptr, true};
+
+}  // namespace qnl_vsl

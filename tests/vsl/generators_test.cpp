@@ -1,0 +1,323 @@
+// Basic generators against independent implementations of the same
+// sequences (the C++ library, Random123, Boost, L'Ecuyer's floating-point
+// recurrence), and the stream operations as properties over every generator.
+#include <Random123/philox.h>
+#include <gtest/gtest.h>
+
+#include <boost/random/niederreiter_base2.hpp>
+#include <boost/random/sobol.hpp>
+#include <cstdio>
+#include <random>
+
+#include "vsl_kernels.h"
+
+void ars5_oracle(const unsigned* key, const unsigned* ctr, int nblocks, unsigned* out);
+
+namespace {
+
+template <class Engine>
+void expect_prefix(Stream& s, Engine e, int n) {
+  auto v = s.bits(n);
+  for (int i = 0; i < n; ++i) ASSERT_EQ(v[i], static_cast<unsigned>(e())) << i;
+}
+
+TEST(Generators, CongruentialAndTwisterMatchTheStandardLibrary) {
+  for (unsigned seed : {1u, 5489u, 0x80000007u}) {
+    Stream mt(VSL_BRNG_MT19937, {seed});
+    expect_prefix(mt, std::mt19937(seed), 5000);
+    Stream mcg(VSL_BRNG_MCG31, {seed});
+    expect_prefix(mcg, std::linear_congruential_engine<uint32_t, 1132489760u, 0, 2147483647u>(seed), 5000);
+  }
+  // MCG59: two words per number, low first; the seed is a pair of words.
+  Stream s(VSL_BRNG_MCG59, {0x89abcdefu, 0x1234567u});
+  std::linear_congruential_engine<uint64_t, 302875106592253ull, 0, 1ull << 59> e(0x0123456789abcdefull);
+  auto w = s.bits(2000);
+  for (int i = 0; i < 1000; ++i) ASSERT_EQ(w[2 * i] | uint64_t{w[2 * i + 1]} << 32, e()) << i;
+}
+
+TEST(Generators, Mrg32k3aMatchesTheFloatingPointRecurrence) {
+  double s1[3] = {12345, 12345, 12345}, s2[3] = {12345, 12345, 12345};
+  Stream s(VSL_BRNG_MRG32K3A, {12345, 12345, 12345, 12345, 12345, 12345});
+  auto v = s.bits(5000);
+  const double m1 = 4294967087.0, m2 = 4294944443.0;
+  for (int i = 0; i < 5000; ++i) {
+    double p1 = 1403580.0 * s1[1] - 810728.0 * s1[0];
+    p1 -= static_cast<long>(p1 / m1) * m1;
+    if (p1 < 0) p1 += m1;
+    s1[0] = s1[1], s1[1] = s1[2], s1[2] = p1;
+    double p2 = 527612.0 * s2[2] - 1370589.0 * s2[0];
+    p2 -= static_cast<long>(p2 / m2) * m2;
+    if (p2 < 0) p2 += m2;
+    s2[0] = s2[1], s2[1] = s2[2], s2[2] = p2;
+    ASSERT_EQ(v[i] + 1.0, p1 <= p2 ? p1 - p2 + m1 : p1 - p2) << i;
+  }
+}
+
+TEST(Generators, R250AndSfmtKeepTheirRecurrences) {
+  Stream r(VSL_BRNG_R250, {7});
+  auto v = r.bits(3000);
+  for (int i = 250; i < 3000; ++i) ASSERT_EQ(v[i], v[i - 103] ^ v[i - 250]) << i;
+  // SFMT19937 seeded with 1234: the first words of its authors' reference output.
+  Stream f(VSL_BRNG_SFMT19937, {1234});
+  auto w = f.bits(5);
+  EXPECT_EQ(w, (std::vector<unsigned>{3440181298u, 1564997079u, 1510669302u, 2930277156u, 1452439940u}));
+}
+
+// Random123 on the same keys and counters, the counters' low word crossing 2^32
+// and the low half crossing 2^64 inside the run.
+void expect_counter_based(int brng, std::vector<unsigned> seed, int nkey,
+                          void (*oracle)(const unsigned*, const unsigned*, int, unsigned*)) {
+  void* s = nullptr;
+  ASSERT_EQ(__vslNewStreamEx(&s, brng, static_cast<int>(seed.size()), seed.data()), 0);
+  std::vector<unsigned> v(4 * 300 + 3), want(4 * 301);
+  _vsliRngUniformBits(0, s, 4 * 300 + 3, v.data());
+  __vslDeleteStream(&s);
+  oracle(seed.data(), seed.data() + nkey, 301, want.data());
+  want.resize(v.size());
+  EXPECT_EQ(v, want);
+}
+void philox_oracle(const unsigned* key, const unsigned* ctr, int nblocks, unsigned* out) {
+  r123::Philox4x32_R<10> g;
+  r123::Philox4x32_R<10>::key_type k = {{key[0], key[1]}};
+  r123::Philox4x32_R<10>::ctr_type c = {{ctr[0], ctr[1], ctr[2], ctr[3]}};
+  for (int b = 0; b < nblocks; ++b, c.incr()) {
+    auto o = g(c, k);
+    for (int j = 0; j < 4; ++j) out[4 * b + j] = o[j];
+  }
+}
+
+TEST(Generators, CounterBasedMatchRandom123) {
+  for (unsigned c1 : {0u, 0xffffffffu})
+    expect_counter_based(VSL_BRNG_PHILOX4X32X10, {0xdeadbeefu, 0x1234u, 0xffffff80u, c1, 5, 6}, 2, philox_oracle);
+  // Random123's published answers for Philox4x32-10.
+  struct Kat {
+    std::vector<unsigned> seed, out;
+  } kats[] = {{{0, 0, 0, 0, 0, 0}, {0x6627e8d5, 0xe169c58d, 0xbc57ac4c, 0x9b00dbd8}},
+              {{0xffffffff, 0xffffffff, 0xffffffff, 0xffffffff, 0xffffffff, 0xffffffff},
+               {0x408f276d, 0x41c83b0e, 0xa20bc7c6, 0x6d5451fd}},
+              {{0xa4093822, 0x299f31d0, 0x243f6a88, 0x85a308d3, 0x13198a2e, 0x03707344},
+               {0xd16cfe09, 0x94fdcceb, 0x5001e420, 0x24126ea1}}};
+  for (auto& k : kats) {
+    void* s = nullptr;
+    ASSERT_EQ(__vslNewStreamEx(&s, VSL_BRNG_PHILOX4X32X10, 6, k.seed.data()), 0);
+    std::vector<unsigned> out(4);
+    _vsliRngUniformBits(0, s, 4, out.data());
+    EXPECT_EQ(out, k.out);
+    __vslDeleteStream(&s);
+  }
+  unsigned eax, ebx, ecx, edx;
+  __asm__("cpuid" : "=a"(eax), "=b"(ebx), "=c"(ecx), "=d"(edx) : "a"(1), "c"(0));
+  void* s = nullptr;
+  const unsigned seed[8] = {1, 2, 3, 4, 0xfffffff0u, 0xffffffffu, 0xffffffffu, 0xffffffffu};
+  if (!((ecx >> 25) & 1)) {
+    EXPECT_EQ(__vslNewStreamEx(&s, VSL_BRNG_ARS5, 8, seed), VSL_RNG_ERROR_ARS5_NOT_SUPPORTED);
+    return;
+  }
+  expect_counter_based(VSL_BRNG_ARS5, {1, 2, 3, 4, 0xfffffff0u, 0xffffffffu, 0xffffffffu, 7}, 4, ars5_oracle);
+}
+
+// Quasi-random sequences against Boost's, which also start after the origin.
+template <class Engine>
+void expect_quasi(int brng, unsigned dim) {
+  Stream s(brng, {dim});
+  ASSERT_EQ(s.rc, 0);
+  Engine e(dim);
+  auto v = s.bits(static_cast<int>(dim) * 3000);
+  for (size_t i = 0; i < v.size(); ++i) ASSERT_EQ(v[i], e()) << "dimension " << i % dim << " point " << i / dim;
+}
+TEST(Generators, QuasiRandomMatchBoost) {
+  expect_quasi<boost::random::sobol_engine<uint32_t, 32>>(VSL_BRNG_SOBOL, 40);
+  expect_quasi<boost::random::niederreiter_base2_engine<uint32_t, 32>>(VSL_BRNG_NIEDERR, 40);
+  void* s = nullptr;
+  for (unsigned dim : {0u, 41u}) EXPECT_EQ(__vslNewStreamEx(&s, VSL_BRNG_SOBOL, 1, &dim), VSL_RNG_ERROR_BAD_PARAM);
+}
+
+TEST(Generators, NonDeterministicSource) {
+  Stream s(VSL_BRNG_NONDETERM, {VSL_BRNG_RDRAND});
+  unsigned eax, ebx, ecx, edx;
+  __asm__("cpuid" : "=a"(eax), "=b"(ebx), "=c"(ecx), "=d"(edx) : "a"(1), "c"(0));
+  if (!((ecx >> 30) & 1)) {
+    EXPECT_EQ(s.rc, VSL_RNG_ERROR_NONDETERM_NOT_SUPPORTED);
+    return;
+  }
+  ASSERT_EQ(s.rc, 0);
+  auto v = s.bits(1000);
+  int ones = 0;
+  for (unsigned x : v) ones += __builtin_popcount(x);
+  EXPECT_NEAR(ones, 16000, 600);  // 32000 bits: about 7 standard deviations
+}
+
+// ---- stream operations over every generator ----
+struct Gen {
+  int brng;
+  std::vector<unsigned> seed;
+  bool skip, leap;
+};
+const Gen kGens[] = {{VSL_BRNG_MCG31, {42}, true, true},        {VSL_BRNG_R250, {42}, false, false},
+                     {VSL_BRNG_MRG32K3A, {42, 7}, true, false}, {VSL_BRNG_MCG59, {42, 1}, true, true},
+                     {VSL_BRNG_WH, {42, 43, 44}, true, true},   {VSL_BRNG_SOBOL, {3}, true, true},
+                     {VSL_BRNG_NIEDERR, {5}, true, true},       {VSL_BRNG_MT19937, {42}, true, false},
+                     {VSL_BRNG_SFMT19937, {42}, false, false},  {VSL_BRNG_PHILOX4X32X10, {42}, true, false}};
+
+class StreamOps : public ::testing::TestWithParam<Gen> {
+ protected:
+  void* make() {
+    void* s = nullptr;
+    EXPECT_EQ(__vslNewStreamEx(&s, GetParam().brng, static_cast<int>(GetParam().seed.size()), GetParam().seed.data()),
+              0);
+    return s;
+  }
+  static std::vector<double> draw(void* s, int n) {
+    std::vector<double> v(n);
+    EXPECT_EQ(_vsldRngUniform(0, s, n, v.data(), 0.0, 1.0), 0);
+    return v;
+  }
+};
+
+TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
+  void* a = make();
+  draw(a, 37);  // mid-block state
+  void *copy = nullptr, *fromMem = nullptr, *fromFile = nullptr;
+  ASSERT_EQ(__vslCopyStream(&copy, a), 0);
+  std::vector<char> mem(__vslGetStreamSize(a));
+  ASSERT_EQ(__vslSaveStreamM(a, mem.data()), 0);
+  ASSERT_EQ(__vslLoadStreamM(&fromMem, mem.data()), 0);
+  const std::string file = ::testing::TempDir() + "vsl_stream_" + std::to_string(GetParam().brng >> 20);
+  ASSERT_EQ(__vslSaveStreamF(a, file.c_str(), -1), 0);
+  ASSERT_EQ(__vslLoadStreamF(&fromFile, (file + "   ").c_str(), static_cast<long long>(file.size()) + 3), 0);
+  EXPECT_EQ(__vslGetStreamStateBrng(fromFile), GetParam().brng);
+  const auto ref = draw(a, 3000);
+  EXPECT_EQ(draw(copy, 3000), ref);
+  EXPECT_EQ(draw(fromMem, 3000), ref);
+  EXPECT_EQ(draw(fromFile, 3000), ref);
+  // Copy of the state between streams of the same generator.
+  ASSERT_EQ(__vslCopyStreamState(copy, fromMem), 0);
+  EXPECT_EQ(draw(copy, 100), draw(fromMem, 100));
+
+  // Skip-ahead equals drawing and dropping; leapfrog equals taking every k-th.
+  void* base = make();
+  const auto seq = draw(base, 4000);
+  void* s = make();
+  if (GetParam().skip) {
+    ASSERT_EQ(__vslSkipAheadStream(s, 1001), 0);
+    EXPECT_EQ(draw(s, 500), std::vector<double>(seq.begin() + 1001, seq.begin() + 1501));
+  } else {
+    EXPECT_EQ(__vslSkipAheadStream(s, 1001), VSL_RNG_ERROR_SKIPAHEAD_UNSUPPORTED);
+  }
+  void* l = make();
+  if (GetParam().leap) {
+    ASSERT_EQ(__vslLeapfrogStream(l, 2, 7), 0);
+    auto v = draw(l, 500);
+    for (int i = 0; i < 500; ++i) ASSERT_EQ(v[i], seq[2 + 7 * i]) << i;
+  } else {
+    EXPECT_EQ(__vslLeapfrogStream(l, 2, 7), VSL_RNG_ERROR_LEAPFROG_UNSUPPORTED);
+  }
+  for (void* p : {a, copy, fromMem, fromFile, base, s, l}) ASSERT_EQ(__vslDeleteStream(&p), 0);
+  std::remove(file.c_str());
+}
+INSTANTIATE_TEST_SUITE_P(All, StreamOps, ::testing::ValuesIn(kGens),
+                         [](const auto& info) { return "family" + std::to_string(info.param.brng >> 20); });
+
+// A far jump (by the characteristic polynomial) lands where near jumps
+// (by regenerating the state) do.
+TEST(Streams, Mt19937FarSkipMatchesNearSkips) {
+  Stream far(VSL_BRNG_MT19937, {5}), near(VSL_BRNG_MT19937, {5});
+  far.uniform(100), near.uniform(100);
+  ASSERT_EQ(__vslSkipAheadStream(far.s, 30000017), 0);
+  for (int i = 0; i < 30; ++i) ASSERT_EQ(__vslSkipAheadStream(near.s, 1000000), 0);
+  ASSERT_EQ(__vslSkipAheadStream(near.s, 17), 0);
+  EXPECT_EQ(far.bits(2000), near.bits(2000));
+}
+
+TEST(Streams, BadInputGivesCodes) {
+  void* s = nullptr;
+  EXPECT_EQ(__vslNewStreamEx(&s, 999 << 20, 0, nullptr), VSL_RNG_ERROR_BAD_BRNG);
+  EXPECT_EQ(__vslNewStreamEx(&s, VSL_BRNG_MT19937 + 1, 0, nullptr), VSL_RNG_ERROR_BAD_BRNG);
+  EXPECT_EQ(__vslDeleteStream(&s), VSL_ERROR_NULL_PTR);
+  alignas(16) char foreign[4096] = {0, 0, 0, 0, 1};  // a tag of 1 but not a stream
+  EXPECT_EQ(__vslGetStreamSize(foreign), VSL_RNG_ERROR_BAD_STREAM);
+  EXPECT_EQ(_vsldRngGaussian(0, foreign, 1, reinterpret_cast<double*>(foreign + 64), 0, 1), VSL_RNG_ERROR_BAD_STREAM);
+  EXPECT_EQ(__vslLoadStreamM(&s, foreign), VSL_RNG_ERROR_BAD_MEM_FORMAT);
+  EXPECT_EQ(__vslLoadStreamF(&s, "/nonexistent/dir/stream", -1), VSL_RNG_ERROR_FILE_OPEN);
+
+  Stream mt(VSL_BRNG_MT19937, {1}), mc(VSL_BRNG_MCG31, {1});
+  EXPECT_EQ(__vslCopyStreamState(mt.s, mc.s), VSL_RNG_ERROR_BRNGS_INCOMPATIBLE);
+  // Any one corrupted byte of a saved image is caught.
+  std::vector<char> mem(__vslGetStreamSize(mt.s));
+  ASSERT_EQ(__vslSaveStreamM(mt.s, mem.data()), 0);
+  for (size_t i = 0; i < mem.size(); i += 97) {
+    mem[i] ^= 0x20;
+    int rc = __vslLoadStreamM(&s, mem.data());
+    EXPECT_TRUE(rc == VSL_RNG_ERROR_BAD_MEM_FORMAT || rc == VSL_RNG_ERROR_UNSUPPORTED_FILE_VER ||
+                rc == VSL_RNG_ERROR_BAD_BRNG)
+        << i << " " << rc;
+    mem[i] ^= 0x20;
+  }
+  // A truncated file.
+  const std::string file = ::testing::TempDir() + "vsl_truncated";
+  FILE* f = std::fopen(file.c_str(), "wb");
+  std::fwrite(mem.data(), 1, mem.size() / 2, f);
+  std::fclose(f);
+  EXPECT_EQ(__vslLoadStreamF(&s, file.c_str(), -1), VSL_RNG_ERROR_BAD_FILE_FORMAT);
+  std::remove(file.c_str());
+  EXPECT_EQ(s, nullptr);
+}
+
+// ---- registered generators and abstract streams ----
+int user_init(int, void* st, int n, const unsigned* p) { return *static_cast<unsigned*>(st) = n ? p[0] : 1, 0; }
+unsigned user_next(void* st) {
+  return *static_cast<unsigned*>(st) = *static_cast<unsigned*>(st) * 1664525u + 1013904223u;
+}
+int user_i(void* st, int n, unsigned* r) {
+  for (int i = 0; i < n; ++i) r[i] = user_next(st);
+  return 0;
+}
+int user_d(void* st, int n, double* r, double a, double b) {
+  for (int i = 0; i < n; ++i) r[i] = a + (b - a) * (user_next(st) * 0x1p-32);
+  return 0;
+}
+int user_s(void* st, int n, float* r, float a, float b) {
+  for (int i = 0; i < n; ++i) r[i] = a + (b - a) * static_cast<float>(user_next(st) * 0x1p-32);
+  return 0;
+}
+
+TEST(Streams, RegisteredGeneratorAndAbstractStreams) {
+  const int before = __vslGetNumRegBrngs();
+  VSLBRngProperties p{sizeof(unsigned), 1, 1, 1, 32, user_init, user_s, user_d, user_i};
+  const int brng = __vslRegisterBrng(&p);
+  ASSERT_GT(brng, 0);
+  EXPECT_EQ(__vslGetNumRegBrngs(), before + 1);
+  Stream s(brng, {9});
+  unsigned x = 9;
+  for (unsigned v : s.bits(10)) EXPECT_EQ(v, user_next(&x));
+  VSLBRngProperties q{};
+  ASSERT_EQ(__vslGetBrngProperties(brng, &q), 0);
+  EXPECT_EQ(q.dBRng, user_d);
+  p.NBits = 33;
+  EXPECT_EQ(__vslRegisterBrng(&p), VSL_RNG_ERROR_BAD_NBITS);
+  ASSERT_EQ(__vslGetBrngProperties(VSL_BRNG_MT19937, &q), 0);
+  EXPECT_EQ(q.NBits, 32);
+
+  // An abstract stream over four numbers, refilled three times, then exhausted.
+  static int refills;
+  refills = 0;
+  const double buf[4] = {0.5, 1.5, 1.0, 1.25};
+  auto cb = [](void*, int* n, double*, int* nmin, int* nmax, int* idx) {
+    EXPECT_EQ(*n, 4);
+    EXPECT_EQ(*nmin, 0);
+    EXPECT_EQ(*nmax, 3);
+    *idx = 0;
+    return ++refills < 3 ? 4 : 0;
+  };
+  void* a = nullptr;
+  ASSERT_EQ(__vsldNewAbstractStream(&a, 4, buf, 0.5, 2.5, cb), 0);
+  std::vector<double> r(12);
+  EXPECT_EQ(_vsldRngUniform(0, a, 12, r.data(), 0.0, 8.0), 0);
+  for (int i = 0; i < 12; ++i) EXPECT_EQ(r[i], 4 * (buf[i % 4] - 0.5));
+  EXPECT_EQ(_vsldRngUniform(0, a, 1, r.data(), 0.0, 1.0), VSL_RNG_ERROR_NO_NUMBERS);
+  std::vector<char> mem(__vslGetStreamSize(a));
+  EXPECT_EQ(__vslSaveStreamM(a, mem.data()), VSL_RNG_ERROR_BAD_STREAM);
+  __vslDeleteStream(&a);
+}
+
+}  // namespace
