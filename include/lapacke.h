@@ -2532,6 +2532,33 @@ void LAPACKE_set_nancheck(int flag);
 int LAPACKE_get_nancheck(void);
 /* End of the generated declarations. */
 
+/* The library's own routines: LU without pivoting, and a block between a full array
+ * and a packed triangle (trans "n": a is rows by cols; otherwise cols by rows). */
+lapack_int LAPACKE_qnl_sgetrfnpi(int matrix_layout, lapack_int m, lapack_int n, lapack_int nfact, float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_sgetrfnpi_work(int matrix_layout, lapack_int m, lapack_int n, lapack_int nfact, float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_dgetrfnpi(int matrix_layout, lapack_int m, lapack_int n, lapack_int nfact, double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_dgetrfnpi_work(int matrix_layout, lapack_int m, lapack_int n, lapack_int nfact, double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_cgetrfnpi(int matrix_layout, lapack_int m, lapack_int n, lapack_int nfact, lapack_complex_float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_cgetrfnpi_work(int matrix_layout, lapack_int m, lapack_int n, lapack_int nfact, lapack_complex_float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_zgetrfnpi(int matrix_layout, lapack_int m, lapack_int n, lapack_int nfact, lapack_complex_double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_zgetrfnpi_work(int matrix_layout, lapack_int m, lapack_int n, lapack_int nfact, lapack_complex_double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_stppack(int matrix_layout, char uplo, char trans, lapack_int n, float* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, const float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_stppack_work(int matrix_layout, char uplo, char trans, lapack_int n, float* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, const float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_stpunpack(int matrix_layout, char uplo, char trans, lapack_int n, const float* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_stpunpack_work(int matrix_layout, char uplo, char trans, lapack_int n, const float* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_dtppack(int matrix_layout, char uplo, char trans, lapack_int n, double* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, const double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_dtppack_work(int matrix_layout, char uplo, char trans, lapack_int n, double* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, const double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_dtpunpack(int matrix_layout, char uplo, char trans, lapack_int n, const double* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_dtpunpack_work(int matrix_layout, char uplo, char trans, lapack_int n, const double* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_ctppack(int matrix_layout, char uplo, char trans, lapack_int n, lapack_complex_float* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, const lapack_complex_float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_ctppack_work(int matrix_layout, char uplo, char trans, lapack_int n, lapack_complex_float* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, const lapack_complex_float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_ctpunpack(int matrix_layout, char uplo, char trans, lapack_int n, const lapack_complex_float* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, lapack_complex_float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_ctpunpack_work(int matrix_layout, char uplo, char trans, lapack_int n, const lapack_complex_float* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, lapack_complex_float* a, lapack_int lda);
+lapack_int LAPACKE_qnl_ztppack(int matrix_layout, char uplo, char trans, lapack_int n, lapack_complex_double* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, const lapack_complex_double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_ztppack_work(int matrix_layout, char uplo, char trans, lapack_int n, lapack_complex_double* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, const lapack_complex_double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_ztpunpack(int matrix_layout, char uplo, char trans, lapack_int n, const lapack_complex_double* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, lapack_complex_double* a, lapack_int lda);
+lapack_int LAPACKE_qnl_ztpunpack_work(int matrix_layout, char uplo, char trans, lapack_int n, const lapack_complex_double* ap, lapack_int i, lapack_int j, lapack_int rows, lapack_int cols, lapack_complex_double* a, lapack_int lda);
+
 #ifdef __cplusplus
 }
 #endif

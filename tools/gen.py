@@ -5,7 +5,6 @@
     gen.py probe NAME OUTDIR SHARDS [--skip FILE] TABLE...   the probe back-end's stand-ins
     gen.py cases NAME OUT TABLE...                     the tests' cases
     gen.py messages TABLE OUTDIR
-    gen.py lapacke TABLE LAPACK_SIG LAPACK_EXT UTILS_H LAPACKE_H OUTDIR SHARDS   (qnlgen/lapacke.py)
     gen.py lapacke-diff TABLE OUT                      the differential harness's cases
     gen.py exports OUT NAMEFILE...
     gen.py vml TABLE OUTDIR SHARDS
@@ -19,7 +18,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import exports, lapacke, lapacke_diff, messages, model, reference, vml  # noqa: E402
+from qnlgen import exports, lapacke_diff, messages, model, reference, vml  # noqa: E402
 
 
 def load(name, tables):
@@ -51,7 +50,6 @@ COMMANDS = {
     "probe": probe,
     "cases": cases,
     "messages": messages.main,
-    "lapacke": lapacke.main,
     "lapacke-diff": lapacke_diff.main,
     "exports": exports.main,
     "reference": reference.main,

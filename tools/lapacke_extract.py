@@ -68,7 +68,22 @@ IRREGULAR = {
     "orcsd2by1": "matrices copied only when their job letter asks",
     "orbdb": "row-major reverses trans and signs", "unbdb": "row-major reverses trans and signs",
     "uncsd2by1": "matrices copied only when their job letter asks",
+    "lantr": "trapezoidal m by n matrix: no shape of the kit",
+    "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
 }
+# Rows the manual pages cannot give; {t} is the type letter, {r} its real type letter.
+MANUAL = {"lamch": "{t} +nolayout : cmach:c"}
+# The library's own routines (lapack_ext.sig), in the template's vocabulary.
+EXTENSIONS = [
+    "qnl_{t}getrfnpi i : m:i n:i nfact:i a:ge[m,n,lda]@{t}/io! lda:i",
+    "qnl_{t}tppack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@{t}/io i:i j:i rows:i cols:i "
+    "a:ge[rows,cols,lda]@{t}/i! lda:i",
+    "qnl_{t}tpunpack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@{t}/i! i:i j:i rows:i cols:i "
+    "a:ge[rows,cols,lda]@{t}/io lda:i",
+]
+# Norms of a matrix: a work array of the given length only for the norms that need one.
+NORM_WORK = {"lange": ("m", "I"), "langb": ("n", "I"), "lantr": ("m", "I"), "lansy": ("n", "IO1"),
+             "lanhe": ("n", "IO1")}
 WORK_RE = re.compile(r"^(\w*work)$")
 
 
@@ -169,16 +184,19 @@ def classify(base, hi, wk, docs, lapack_h):
     name = base[1:] if base[0] in "sdcz" else base
     if name in IRREGULAR:
         raise Skip(IRREGULAR[name])
-    doc = docs.get(base)
+    if name in MANUAL and base[0] in "sd":
+        return base + " " + MANUAL[name].format(t=base[0])
+    # A routine documented under its twin of the other precision only (ssytrf_rk, cgelq...).
+    doc = docs.get(base) or docs.get({"s": "d", "d": "s", "c": "z", "z": "c"}[base[0]] + base[1:])
     if not doc:
         raise Skip("no Fortran documentation")
     fargs = [p.name.lower() for p in doc.params if p.name != "INFO"]
-    wargs = [n.lower() for n, _ in wk[1][1:]]
-    if wk[1][0][0] != "matrix_layout":
-        raise Skip("no layout argument")
+    # Routines without a matrix take no layout: the same row, flagged, with every argument.
+    layout = 1 if wk[1] and wk[1][0][0] == "matrix_layout" else 0
+    wargs = [n.lower() for n, _ in wk[1][layout:]]
     if fargs != wargs:
         raise Skip("arguments differ from the Fortran routine")
-    hnames = [n.lower() for n, _ in hi[1][1:]]
+    hnames = [n.lower() for n, _ in hi[1][layout:]]
     extra = [n for n in hnames if n not in wargs]
     if extra:
         raise Skip(f"high level has its own outputs ({','.join(extra)})")
@@ -189,12 +207,12 @@ def classify(base, hi, wk, docs, lapack_h):
     if cproto:
         for n, t in cproto.args:
             const[n] = "const" in t
-    fam = name[:2]
+    fam = name[3:5] if name.startswith("lan") else name[:2]
     names = set(wargs)
     lds = {n for n in wargs if n.startswith("ld")}
     tokens = []
     work_len = {}
-    for n, t in wk[1][1:]:
+    for n, t in wk[1][layout:]:
         n = n.lower()
         p = doc.param(n)
         if t == "char":
@@ -223,6 +241,9 @@ def classify(base, hi, wk, docs, lapack_h):
         is_work = n not in hnames
         if is_work:
             ln = "l" + n
+            if name in NORM_WORK:
+                tokens.append(f"{n}:F[{NORM_WORK[name][0]}]@{ty}?norm={NORM_WORK[name][1]}")
+                continue
             if ln in names and n.endswith("work"):
                 work_len[ln] = True
                 tokens.append(f"{n}:W[{ln}]@{ty}")
@@ -244,7 +265,7 @@ def classify(base, hi, wk, docs, lapack_h):
         # Read only when lapack.h has it const; written only when the text tells what it holds
         # on exit and nothing on entry; otherwise both. The NaN gate reads what is documented
         # as read: const, or described "on entry".
-        entry = re.search(r"on\s+entry", p.text, re.I)
+        entry = re.search(r"(on|before)\s+entry", p.text, re.I)
         if const.get(n):
             intent = "i"
         elif not entry and re.search(r"on\s+exit|\boutput\b|contains|returns", p.text, re.I):
@@ -281,7 +302,11 @@ def classify(base, hi, wk, docs, lapack_h):
                         raise Skip(f"{n}: rows not documented as a plain bound on {ld}")
                     rows, cond = c[0], f"?{c[1]}={c[2]}"
                 rows = check(rows, ints, n)
-                cols = check(cols, ints, n)
+                if cols in ("m", "max(1,m)") and "m" not in ints and {"range", "il", "iu"} <= names:
+                    # Eigenvectors of a selected range: as many columns as the range can give.
+                    cols = "byrange(range,n,iu-il+1)"
+                else:
+                    cols = check(cols, ints, n)
                 tokens.append(f"{n}:ge[{rows},{cols},{ld}]@{ty}/{intent}{nan}{cond}")
             elif shape in ("sy",):
                 tokens.append(f"{n}:sy[{uplo},{check(cols, ints, n)},{ld}]@{ty}/{intent}{nan}")
@@ -347,7 +372,7 @@ def classify(base, hi, wk, docs, lapack_h):
     result = {"lapack_int": "i", "float": "s", "double": "d"}.get(hi[0])
     if result is None:
         raise Skip(f"result {hi[0]}")
-    flags = []
+    flags = [] if layout else ["+nolayout"]
     if name in NO_COPY:
         flags.append("+nocopy")
     return f"{base} {result}{''.join(' ' + f for f in flags)} : {' '.join(tokens)}"
@@ -377,13 +402,14 @@ def main():
             row = classify(base, hi, wk, docs, lapack_h)
         except Skip as s:
             skipped += 1
-            args = " ".join(n for n, _ in wk[1][1:])
+            args = " ".join(n for n, _ in wk[1] if n != "matrix_layout")
             row = f"{base} - +skip={str(s).replace(' ', '_')} : {args}"
         if explain == base:
             print(row)
         rows.append(row)
     if explain:
         return
+    rows += [e.format(t=t) for e in EXTENSIONS for t in "sdcz"]
     head = ("# generated by tools/lapacke_extract.py from Debian's liblapacke-dev (lapacke.h, lapack.h)\n"
             "# and liblapack-doc (dimensions, leading-dimension bounds); regenerate, do not edit.\n"
             "# name result [+flags] : arg ...   (the arguments of LAPACKE_<name>_work after the layout)\n"

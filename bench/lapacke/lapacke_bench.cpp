@@ -3,6 +3,8 @@
 // thread, measured in the same run, interleaved. Prints the best time of each and the
 // ratio stock/facade (1.00 is parity, above 1 the facade is faster).
 //   bench_lapacke FACADE.so [STOCK.so]
+// bench_lapacke_ilp64 (64-bit lapack_int) sets QNL_INTERFACE_LAYER=ILP64 and runs against
+// liblapacke64.so.3: both sides then sit on the same ILP64 OpenBLAS.
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -73,8 +75,9 @@ int main(int argc, char** argv) {
   }
   setenv("OPENBLAS_NUM_THREADS", "1", 1);
   setenv("QNL_THREADING_LAYER", "sequential", 0);
+  if (sizeof(lapack_int) == 8) setenv("QNL_INTERFACE_LAYER", "ILP64", 1);
   Side facade = open(argv[1]);
-  Side stock = open(argc > 2 ? argv[2] : "liblapacke.so.3");
+  Side stock = open(argc > 2 ? argv[2] : sizeof(lapack_int) == 8 ? "liblapacke64.so.3" : "liblapacke.so.3");
   for (int n : {4, 100, 1000}) {
     std::vector<double> a0(size_t(n) * n), a(a0.size()), b0(size_t(n) * 2, 1.0), b(b0.size()), w(n);
     std::vector<lapack_int> ipiv(n);

@@ -92,18 +92,18 @@ cggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb a
 cggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:I a:ge[m,n,lda]@c/io! lda:i b:ge[p,n,ldb]@c/io! ldb:i alpha:v[n]@s/io beta:v[n]@s/o u:ge[m,m,ldu]@c/o?jobu=U ldu:i v:ge[p,p,ldv]@c/o?jobv=V ldv:i q:ge[n,n,ldq]@c/o?jobq=Q ldq:i work:W[lwork]@c lwork:i rwork:F[2*n]@s iwork:I
 cggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work
 cggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge[m,n,lda]@c/io! lda:i b:ge[p,n,ldb]@c/io! ldb:i tola:r@s! tolb:r@s! k:o l:I u:ge[m,m,ldu]@c/o?jobu=U ldu:i v:ge[p,p,ldv]@c/o?jobv=V ldv:i q:ge[n,n,ldq]@c/o?jobq=Q ldq:i iwork:F[n]@i rwork:F[2*n]@s tau:F[n]@c work:W[lwork]@c lwork:i
-cgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work
+cgtcon i +nolayout : norm:c n:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! du2:v[n-2]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 cgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! dlf:v[n-1]@c/i! df:v[n]@c/i! duf:v[n-1]@c/i! du2:v[n-2]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cgtsv i : n:i nrhs:i dl:v[n-1]@c/io! d:v[n]@c/io! du:v[n-1]@c/io! b:ge[n,nrhs,ldb]@c/io! ldb:i
 cgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! dlf:v[n-1]@c/io! df:v[n]@c/io! duf:v[n-1]@c/io! du2:v[n-2]@c/io! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
-cgttrf - +skip=no_layout_argument : dl d du du2 ipiv
+cgttrf i +nolayout : n:i dl:v[n-1]@c/io! d:v[n]@c/io! du:v[n-1]@c/io! du2:v[n-2]@c/o ipiv:I
 cgttrs i : trans:c n:i nrhs:i dl:v[n-1]@c/i! d:v[n]@c/i! du:v[n-1]@c/i! du2:v[n-2]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 chbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:F[n]@c rwork:F[max(1,3*n-2)]@s
 chbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
 chbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
 chbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
-chbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work rwork iwork ifail
-chbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
+chbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i q:ge[n,n,ldq]@c/io ldq:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/o ldz:i work:F[n]@c rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
+chbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/io! ldab:i q:ge[n,n,ldq]@c/io ldq:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
 chbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@c/io! ldab:i bb:ge[kb+1,n,ldbb]@c/i! ldbb:i x:ge[n,n,ldx]@c/io?vect=V ldx:i work:F[n]@c rwork:F[n]@s
 chbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@c/io! ldab:i bb:sb[uplo,n,kb,ldbb]@c/io! ldbb:i w:v[n]@s/io z:ge[n,n,ldz]@c/o?jobz=V ldz:i work:F[n]@c rwork:F[3*n]@s
 chbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@c/io! ldab:i bb:sb[uplo,n,kb,ldbb]@c/io! ldbb:i w:v[n]@s/io z:ge[n,n,ldz]@c/o?jobz=V ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
@@ -116,15 +116,15 @@ cheev i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!sy lda:i w:v[n]@s/io work:W[lwork
 cheev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!sy lda:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
 cheevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
 cheevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
-cheevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork rwork lrwork iwork liwork
-cheevr_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork rwork lrwork iwork liwork
-cheevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
-cheevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
+cheevr i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/io ldz:i isuppz:I work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+cheevr_2stage i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/io ldz:i isuppz:I work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
+cheevx i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
+cheevx_2stage i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
 chegst i : itype:i uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i b:sy[uplo,n,ldb]@c/i! ldb:i
 chegv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
 chegv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:F[max(1,3*n-2)]@s
 chegvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
-chegvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n a lda b ldb vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
+chegvx i : itype:i jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i b:sy[uplo,n,ldb]@c/io! ldb:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
 cherfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 cherfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 chesv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
@@ -155,7 +155,7 @@ chgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@c/io! ldh:i t:ge[
 chpcon i : uplo:c n:i ap:sp[uplo,n]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 chpev i : jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:F[max(1,2*n-1)]@c rwork:F[max(1,3*n-2)]@s
 chpevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
-chpevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n ap vl vu il iu abstol m w z ldz work rwork iwork ifail
+chpevx i : jobz:c range:c uplo:c n:i ap:sp[uplo,n]@c/io! vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/o ldz:i work:F[2*n]@c rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
 chpgst i : itype:i uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/i!
 chpgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:F[max(1,2*n-1)]@c rwork:F[max(1,3*n-2)]@s
 chpgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@c/io! bp:sp[uplo,n]@c/io! w:v[n]@s/io z:ge[n,n,ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
@@ -169,8 +169,8 @@ chptri i : uplo:c n:i ap:sp[uplo,n]@c/io! ipiv:I work:F[n]@c
 chptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 chsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh w vl ldvl vr ldvr mm m work rwork ifaill ifailr
 chseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@c/io! ldh:i w:v[n]@c/io z:ge[n,n,ldz]@c/io! ldz:i work:W[lwork]@c lwork:i
-clacgv - +skip=no_layout_argument : x incx
-clacn2 - +skip=no_layout_argument : v x est kase isave
+clacgv i +nolayout : n:i x:v[1+(n-1)*abs(incx)]@c/io! incx:i
+clacn2 i +nolayout : n:i v:v[n]@c/io x:v[n]@c/io est:s@s kase:o isave:I
 clacp2 i : uplo:c m:i n:i a:ge[m,n,lda]@s/i! lda:i b:ge[m,n,ldb]@c/o ldb:i
 clacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@c/i! lda:i b:ge[m,n,ldb]@c/o ldb:i
 clacrm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
@@ -178,22 +178,22 @@ clag2z i : m:i n:i sa:ge[m,n,ldsa]@c/i! ldsa:i a:ge[m,n,lda]@z/o lda:i
 clagge - +skip=no_Fortran_documentation : m n kl ku d a lda iseed work
 claghe - +skip=no_Fortran_documentation : n k d a lda iseed work
 clagsy - +skip=no_Fortran_documentation : n k d a lda iseed work
-clangb - +skip=workspace_work:_'lwork'_is_not_an_argument : norm n kl ku ab ldab work
-clange - +skip=workspace_work:_'lwork'_is_not_an_argument : norm m n a lda work
-clanhe - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo n a lda work
-clansy - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo n a lda work
-clantr - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo diag m n a lda work
+clangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+clange s : norm:c m:i n:i a:ge[m,n,lda]@c/i! lda:i work:F[m]@s?norm=I
+clanhe s : norm:c uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i work:F[n]@s?norm=IO1
+clansy s : norm:c uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i work:F[n]@s?norm=IO1
+clantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
 clapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@c/io! ldx:i k:I
 clapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@c/io! ldx:i k:I
 clarcm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
 clarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
-clarfg - +skip=no_layout_argument : alpha x incx tau
+clarfg i +nolayout : n:i alpha:s@c x:v[1+(n-2)*abs(incx)]@c/io! incx:i tau:s@c
 clarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@c/i!?storev=C ldv:i tau:v[k]@c/i! t:ge[k,k,ldt]@c/io ldt:i
 clarfx i : side:c m:i n:i v:v[m]@c/i! tau:r@c! c:ge[m,n,ldc]@c/io! ldc:i work:v[n]@c/io
-clarnv - +skip=no_layout_argument : iseed n x
+clarnv i +nolayout : idist:i iseed:I n:i x:v[n]@c/io
 clascl i : type:c kl:i ku:i cfrom:r@s! cto:r@s! m:i n:i a:ge[m,n,lda]@c/io lda:i
 claset i +nocopy : uplo:c m:i n:i alpha:r@c! beta:r@c! a:ge[m,n,lda]@c/io! lda:i
-classq - +skip=no_Fortran_documentation : x incx scale sumsq
+classq - +skip=no_Fortran_documentation : n x incx scale sumsq
 claswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
 clatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 clauum i : uplo:c n:i a:ge[n,n,lda]@c/io! lda:i
@@ -229,12 +229,12 @@ cpptrf i : uplo:c n:i ap:sp[uplo,n]@c/io!
 cpptri i : uplo:c n:i ap:sp[uplo,n]@c/io!
 cpptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! b:ge[n,nrhs,ldb]@c/io! ldb:i
 cpstrf i : uplo:c n:i a:ge[n,n,lda]@c/io! lda:i piv:I rank:o tol:r@s! work:F[2*n]@s
-cptcon - +skip=no_layout_argument : d e anorm rcond work
+cptcon - +skip=arguments_differ_from_the_Fortran_routine : n d e anorm rcond work
 cpteqr i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@c/io! ldz:i work:F[4*n]@s
 cptrfs i : uplo:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@c/i! df:v[n]@s/i! ef:v[n-1]@c/i! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[n]@c rwork:F[n]@s
 cptsv i : n:i nrhs:i d:v[n]@s/io! e:v[n-1]@c/io! b:ge[n,nrhs,ldb]@c/io! ldb:i
 cptsvx i : fact:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@c/i! df:v[n]@s/io! ef:v[n-1]@c/io! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[n]@c rwork:F[n]@s
-cpttrf - +skip=no_layout_argument : d e
+cpttrf i +nolayout : n:i d:v[n]@s/io! e:v[n-1]@c/io!
 cpttrs i : uplo:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@c/i! b:ge[n,nrhs,ldb]@c/io! ldb:i
 cspcon i : uplo:c n:i ap:sp[uplo,n]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 csprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! afp:sp[uplo,n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
@@ -244,15 +244,15 @@ csptrf i : uplo:c n:i ap:sp[uplo,n]@c/io! ipiv:I
 csptri i : uplo:c n:i ap:sp[uplo,n]@c/io! ipiv:I work:F[n]@c
 csptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 cstedc i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@c/io! ldz:i work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
-cstegr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
+cstegr i : jobz:c range:c n:i d:v[n]@s/io! e:v[n]@s/io! vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/io ldz:i isuppz:I work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 cstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
-cstemr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu m w z ldz nzc isuppz tryrac work lwork iwork liwork
+cstemr i : jobz:c range:c n:i d:v[n]@s/io! e:v[n]@s/io! vl:r@s! vu:r@s! il:i iu:i m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/io ldz:i nzc:i isuppz:I tryrac:o work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 csteqr i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@c/io! ldz:i work:F[max(1,2*n-2)]@s
 csycon i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 csycon_3 i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i e:v[n]@c/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c
 csyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@c/io lda:i ipiv:I e:v[n]@c/io
 csyequb i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i s:v[n]@s/o scond:s@s amax:s@s work:F[2*n]@c
-csyr i : uplo:c n:i alpha:r@c! x:v[1+(n-1)*abs(incx)]@c/i! incx:i a:sy[uplo,n,lda]@c/o lda:i
+csyr i : uplo:c n:i alpha:r@c! x:v[1+(n-1)*abs(incx)]@c/i! incx:i a:sy[uplo,n,lda]@c/io! lda:i
 csyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
 csyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 csysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
@@ -338,7 +338,7 @@ dbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@d/io
 dbdsdc - +skip=workspace_work:_'lwork'_is_not_an_argument : uplo compq n d e u ldu vt ldvt q iq work iwork
 dbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 dbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
-ddisna - +skip=no_layout_argument : m n d sep
+ddisna i +nolayout : job:c m:i n:i d:v[m]@d/i! sep:v[m]@d/io
 dgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
 dgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@d/i! ldab:i ipiv:I anorm:r@d! rcond:s@d work:F[3*n]@d iwork:F[n]@i
 dgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@d/i! ldab:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
@@ -418,40 +418,40 @@ dggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb a
 dggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:I a:ge[m,n,lda]@d/io! lda:i b:ge[p,n,ldb]@d/io! ldb:i alpha:v[n]@d/io beta:v[n]@d/o u:ge[m,m,ldu]@d/o?jobu=U ldu:i v:ge[p,p,ldv]@d/o?jobv=V ldv:i q:ge[n,n,ldq]@d/o?jobq=Q ldq:i work:W[lwork]@d lwork:i iwork:I
 dggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work
 dggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge[m,n,lda]@d/io! lda:i b:ge[p,n,ldb]@d/io! ldb:i tola:r@d! tolb:r@d! k:o l:I u:ge[m,m,ldu]@d/o?jobu=U ldu:i v:ge[p,p,ldv]@d/o?jobv=V ldv:i q:ge[n,n,ldq]@d/o?jobq=Q ldq:i iwork:F[n]@i tau:F[n]@d work:W[lwork]@d lwork:i
-dgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work iwork
+dgtcon i +nolayout : norm:c n:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! du2:v[n-2]@d/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@d iwork:F[n]@i
 dgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! dlf:v[n-1]@d/i! df:v[n]@d/i! duf:v[n-1]@d/i! du2:v[n-2]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dgtsv i : n:i nrhs:i dl:v[n-1]@d/io! d:v[n]@d/io! du:v[n-1]@d/io! b:ge[n,nrhs,ldb]@d/io! ldb:i
 dgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! dlf:v[n-1]@d/io! df:v[n]@d/io! duf:v[n-1]@d/io! du2:v[n-2]@d/io! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
-dgttrf - +skip=no_layout_argument : dl d du du2 ipiv
+dgttrf i +nolayout : n:i dl:v[n-1]@d/io! d:v[n]@d/io! du:v[n-1]@d/io! du2:v[n-2]@d/o ipiv:I
 dgttrs i : trans:c n:i nrhs:i dl:v[n-1]@d/i! d:v[n]@d/i! du:v[n-1]@d/i! du2:v[n-2]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dhgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@d/io! ldh:i t:ge[n,n,ldt]@d/io! ldt:i alphar:v[n]@d/io alphai:v[n]@d/io beta:v[n]@d/io q:ge[n,n,ldq]@d/io!?compq=VI ldq:i z:ge[n,n,ldz]@d/io!?compz=VI ldz:i work:W[lwork]@d lwork:i
 dhsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh wr wi vl ldvl vr ldvr mm m work ifaill ifailr
 dhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@d/io! ldh:i wr:v[n]@d/io wi:v[n]@d/io z:ge[n,n,ldz]@d/io! ldz:i work:W[lwork]@d lwork:i
-dlacn2 - +skip=no_layout_argument : v x isgn est kase isave
+dlacn2 i +nolayout : n:i v:v[n]@d/io x:v[n]@d/io isgn:I est:s@d kase:o isave:I
 dlacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@d/i! lda:i b:ge[m,n,ldb]@d/o ldb:i
 dlag2s i : m:i n:i a:ge[m,n,lda]@d/i! lda:i sa:ge[m,n,ldsa]@s/o ldsa:i
 dlagge - +skip=no_Fortran_documentation : m n kl ku d a lda iseed work
 dlagsy - +skip=no_Fortran_documentation : n k d a lda iseed work
-dlamch - +skip=no_Fortran_documentation : 
-dlangb - +skip=workspace_work:_'lwork'_is_not_an_argument : norm n kl ku ab ldab work
-dlange - +skip=workspace_work:_'lwork'_is_not_an_argument : norm m n a lda work
-dlansy - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo n a lda work
-dlantr - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo diag m n a lda work
+dlamch d +nolayout : cmach:c
+dlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+dlange d : norm:c m:i n:i a:ge[m,n,lda]@d/i! lda:i work:F[m]@d?norm=I
+dlansy d : norm:c uplo:c n:i a:sy[uplo,n,lda]@d/i! lda:i work:F[n]@d?norm=IO1
+dlantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
 dlapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@d/io! ldx:i k:I
 dlapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@d/io! ldx:i k:I
-dlapy2 - +skip=no_layout_argument : y
-dlapy3 - +skip=no_layout_argument : y z
+dlapy2 d +nolayout : x:r@d! y:r@d!
+dlapy3 d +nolayout : x:r@d! y:r@d! z:r@d!
 dlarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
-dlarfg - +skip=no_layout_argument : alpha x incx tau
+dlarfg i +nolayout : n:i alpha:s@d x:v[1+(n-2)*abs(incx)]@d/io! incx:i tau:s@d
 dlarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@d/i!?storev=C ldv:i tau:v[k]@d/i! t:ge[k,k,ldt]@d/io ldt:i
 dlarfx - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : side m n v tau c ldc work
-dlarnv - +skip=no_layout_argument : iseed n x
-dlartgp - +skip=no_layout_argument : g cs sn r
-dlartgs - +skip=no_layout_argument : y sigma cs sn
+dlarnv i +nolayout : idist:i iseed:I n:i x:v[n]@d/io
+dlartgp i +nolayout : f:r@d! g:r@d! cs:s@d sn:s@d r:s@d
+dlartgs i +nolayout : x:r@d! y:r@d! sigma:r@d! cs:s@d sn:s@d
 dlascl i : type:c kl:i ku:i cfrom:r@d! cto:r@d! m:i n:i a:ge[m,n,lda]@d/io lda:i
 dlaset i +nocopy : uplo:c m:i n:i alpha:r@d! beta:r@d! a:ge[m,n,lda]@d/o lda:i
-dlasrt - +skip=no_layout_argument : n d
-dlassq - +skip=no_Fortran_documentation : x incx scale sumsq
+dlasrt i +nolayout : id:c n:i d:v[n]@d/io!
+dlassq - +skip=no_Fortran_documentation : n x incx scale sumsq
 dlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
 dlatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 dlauum i : uplo:c n:i a:ge[n,n,lda]@d/io! lda:i
@@ -508,19 +508,19 @@ dpptrf i : uplo:c n:i ap:sp[uplo,n]@d/io!
 dpptri i : uplo:c n:i ap:sp[uplo,n]@d/io!
 dpptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! b:ge[n,nrhs,ldb]@d/io! ldb:i
 dpstrf i : uplo:c n:i a:ge[n,n,lda]@d/io! lda:i piv:I rank:o tol:r@d! work:F[2*n]@d
-dptcon - +skip=no_layout_argument : d e anorm rcond work
+dptcon i +nolayout : n:i d:v[n]@d/i! e:v[n-1]@d/i! anorm:r@d! rcond:s@d work:F[n]@d
 dpteqr i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@d/io! ldz:i work:F[4*n]@d
 dptrfs i : n:i nrhs:i d:v[n]@d/i! e:v[n-1]@d/i! df:v[n]@d/i! ef:v[n-1]@d/i! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@d
 dptsv i : n:i nrhs:i d:v[n]@d/io! e:v[n-1]@d/io! b:ge[n,nrhs,ldb]@d/io! ldb:i
 dptsvx i : fact:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@d/i! df:v[n]@d/io! ef:v[n-1]@d/io! b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@d
-dpttrf - +skip=no_layout_argument : d e
+dpttrf i +nolayout : n:i d:v[n]@d/io! e:v[n-1]@d/io!
 dpttrs i : n:i nrhs:i d:v[n]@d/i! e:v[n-1]@d/i! b:ge[n,nrhs,ldb]@d/io! ldb:i
 dsbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:F[max(1,3*n-2)]@d
 dsbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i
 dsbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dsbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dsbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work iwork ifail
-dsbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork iwork ifail
+dsbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i q:ge[n,n,ldq]@d/io ldq:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/o ldz:i work:F[7*n]@d iwork:F[5*n]@i ifail:I
+dsbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/io! ldab:i q:ge[n,n,ldq]@d/io ldq:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:F[5*n]@i ifail:I
 dsbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:ge[kb+1,n,ldbb]@d/i! ldbb:i x:ge[n,n,ldx]@d/io?vect=V ldx:i work:F[2*n]@d
 dsbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:sb[uplo,n,kb,ldbb]@d/io! ldbb:i w:v[n]@d/io z:ge[n,n,ldz]@d/o?jobz=V ldz:i work:F[3*n]@d
 dsbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@d/io! ldab:i bb:sb[uplo,n,kb,ldbb]@d/io! ldbb:i w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
@@ -531,11 +531,11 @@ dsgesv i : n:i nrhs:i a:ge[n,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb
 dspcon i : uplo:c n:i ap:sp[uplo,n]@d/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@d iwork:F[n]@i
 dspev i : jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:F[3*n]@d
 dspevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dspevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n ap vl vu il iu abstol m w z ldz work iwork ifail
+dspevx i : jobz:c range:c uplo:c n:i ap:sp[uplo,n]@d/io! vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/o ldz:i work:F[8*n]@d iwork:F[5*n]@i ifail:I
 dspgst i : itype:i uplo:c n:i ap:sp[uplo,n]@d/io! bp:sp[uplo,n]@d/i!
 dspgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! bp:sp[uplo,n]@d/io! w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:F[3*n]@d
 dspgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@d/io! bp:sp[uplo,n]@d/io! w:v[n]@d/io z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dspgvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n ap bp vl vu il iu abstol m w z ldz work iwork ifail
+dspgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp[uplo,n]@d/io! bp:sp[uplo,n]@d/io! vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/o ldz:i work:F[8*n]@d iwork:F[5*n]@i ifail:I
 dsposv i : uplo:c n:i nrhs:i a:ge[n,n,lda]@d/io! lda:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i work:F[n*nrhs]@d swork:F[n*(n+nrhs)]@s iter:o
 dsprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! afp:sp[uplo,n]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dspsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/io! ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
@@ -544,17 +544,17 @@ dsptrd i : uplo:c n:i ap:sp[uplo,n]@d/io! d:v[n]@d/io e:v[n-1]@d/io tau:v[n-1]@d
 dsptrf i : uplo:c n:i ap:sp[uplo,n]@d/io! ipiv:I
 dsptri i : uplo:c n:i ap:sp[uplo,n]@d/io! ipiv:I work:F[n]@d
 dsptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@d/i! ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
-dstebz - +skip=no_layout_argument : order n vl vu il iu abstol d e m nsplit w iblock isplit work iwork
+dstebz i +nolayout : range:c order:c n:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! d:v[n]@d/i! e:v[n-1]@d/i! m:o nsplit:o w:v[n]@d/o iblock:I isplit:I work:F[4*n]@d iwork:F[3*n]@i
 dstedc i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@d/io! ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dstegr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
+dstegr i : jobz:c range:c n:i d:v[n]@d/io! e:v[n]@d/io! vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/io ldz:i isuppz:I work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
-dstemr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu m w z ldz nzc isuppz tryrac work lwork iwork liwork
+dstemr i : jobz:c range:c n:i d:v[n]@d/io! e:v[n]@d/io! vl:r@d! vu:r@d! il:i iu:i m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/io ldz:i nzc:i isuppz:I tryrac:o work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dsteqr i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@d/io! ldz:i work:F[max(1,2*n-2)]@d
-dsterf - +skip=no_layout_argument : d e
+dsterf i +nolayout : n:i d:v[n]@d/io! e:v[n-1]@d/io!
 dstev i : jobz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@d/o ldz:i work:F[max(1,2*n-2)]@d
 dstevd i : jobz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dstevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
-dstevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz work iwork ifail
+dstevr i : jobz:c range:c n:i d:v[n]@d/io! e:v[max(1,n-1)]@d/io! vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/io ldz:i isuppz:I work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dstevx i : jobz:c range:c n:i d:v[n]@d/io! e:v[max(1,n-1)]@d/io! vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/o ldz:i work:F[5*n]@d iwork:F[5*n]@i ifail:I
 dsycon i : uplo:c n:i a:sy[uplo,n,lda]@d/i! lda:i ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@d iwork:F[n]@i
 dsycon_3 i : uplo:c n:i a:sy[uplo,n,lda]@d/i! lda:i e:v[n]@d/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@d iwork:F[n]@i
 dsyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@d/io lda:i ipiv:I e:v[n]@d/io
@@ -563,15 +563,15 @@ dsyev i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!sy lda:i w:v[n]@d/io work:W[lwork
 dsyev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!sy lda:i w:v[n]@d/io work:W[lwork]@d lwork:i
 dsyevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i w:v[n]@d/io work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dsyevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i w:v[n]@d/io work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dsyevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
-dsyevr_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
-dsyevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork iwork ifail
-dsyevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork iwork ifail
+dsyevr i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/io ldz:i isuppz:I work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dsyevr_2stage i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/io ldz:i isuppz:I work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
+dsyevx i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:F[5*n]@i ifail:I
+dsyevx_2stage i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:F[5*n]@i ifail:I
 dsygst i : itype:i uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i b:sy[uplo,n,ldb]@d/i! ldb:i
 dsygv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/io work:W[lwork]@d lwork:i
 dsygv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/io work:W[lwork]@d lwork:i
 dsygvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/io work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
-dsygvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n a lda b ldb vl vu il iu abstol m w z ldz work lwork iwork ifail
+dsygvx i : itype:i jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i b:sy[uplo,n,ldb]@d/io! ldb:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:F[5*n]@i ifail:I
 dsyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
 dsyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dsysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
@@ -638,7 +638,7 @@ sbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@s/io
 sbdsdc - +skip=workspace_work:_'lwork'_is_not_an_argument : uplo compq n d e u ldu vt ldvt q iq work iwork
 sbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 sbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
-sdisna - +skip=no_layout_argument : m n d sep
+sdisna i +nolayout : job:c m:i n:i d:v[m]@s/i! sep:v[m]@s/io
 sgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
 sgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@s/i! ldab:i ipiv:I anorm:r@s! rcond:s@s work:F[3*n]@s iwork:F[n]@i
 sgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@s/i! ldab:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
@@ -699,7 +699,7 @@ sgetrf2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i ipiv:I
 sgetri i : n:i a:ge[n,n,lda]@s/io! lda:i ipiv:I work:W[lwork]@s lwork:i
 sgetrs i : trans:c n:i nrhs:i a:ge[n,n,lda]@s/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 sgetsls i : trans:c m:i n:i nrhs:i a:ge[m,n,lda]@s/io! lda:i b:ge[max(m,n),nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
-sgetsqrhrt - +skip=no_Fortran_documentation : m n mb1 nb1 nb2 a lda t ldt work lwork
+sgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge[m,n,lda]@s/io! lda:i t:ge[nb2,n,ldt]@s/io ldt:i work:W[lwork]@s lwork:i
 sggbak i : job:c side:c n:i ilo:i ihi:i lscale:v[n]@s/i! rscale:v[n]@s/i! m:i v:ge[n,m,ldv]@s/io! ldv:i
 sggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
 sgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge[n,n,lda]@s/io! lda:i b:ge[n,n,ldb]@s/io! ldb:i sdim:o alphar:v[n]@s/io alphai:v[n]@s/io beta:v[n]@s/o vsl:ge[n,n,ldvsl]@s/io?jobvsl=V ldvsl:i vsr:ge[n,n,ldvsr]@s/io?jobvsr=V ldvsr:i work:W[lwork]@s lwork:i bwork:F[n]@i
@@ -718,40 +718,40 @@ sggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb a
 sggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:I a:ge[m,n,lda]@s/io! lda:i b:ge[p,n,ldb]@s/io! ldb:i alpha:v[n]@s/io beta:v[n]@s/o u:ge[m,m,ldu]@s/o?jobu=U ldu:i v:ge[p,p,ldv]@s/o?jobv=V ldv:i q:ge[n,n,ldq]@s/o?jobq=Q ldq:i work:W[lwork]@s lwork:i iwork:I
 sggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work
 sggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge[m,n,lda]@s/io! lda:i b:ge[p,n,ldb]@s/io! ldb:i tola:r@s! tolb:r@s! k:o l:I u:ge[m,m,ldu]@s/o?jobu=U ldu:i v:ge[p,p,ldv]@s/o?jobv=V ldv:i q:ge[n,n,ldq]@s/o?jobq=Q ldq:i iwork:F[n]@i tau:F[n]@s work:W[lwork]@s lwork:i
-sgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work iwork
+sgtcon i +nolayout : norm:c n:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! du2:v[n-2]@s/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@s iwork:F[n]@i
 sgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! dlf:v[n-1]@s/i! df:v[n]@s/i! duf:v[n-1]@s/i! du2:v[n-2]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sgtsv i : n:i nrhs:i dl:v[n-1]@s/io! d:v[n]@s/io! du:v[n-1]@s/io! b:ge[n,nrhs,ldb]@s/io! ldb:i
 sgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! dlf:v[n-1]@s/io! df:v[n]@s/io! duf:v[n-1]@s/io! du2:v[n-2]@s/io! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
-sgttrf - +skip=no_layout_argument : dl d du du2 ipiv
+sgttrf i +nolayout : n:i dl:v[n-1]@s/io! d:v[n]@s/io! du:v[n-1]@s/io! du2:v[n-2]@s/o ipiv:I
 sgttrs i : trans:c n:i nrhs:i dl:v[n-1]@s/i! d:v[n]@s/i! du:v[n-1]@s/i! du2:v[n-2]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 shgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@s/io! ldh:i t:ge[n,n,ldt]@s/io! ldt:i alphar:v[n]@s/io alphai:v[n]@s/io beta:v[n]@s/io q:ge[n,n,ldq]@s/io!?compq=VI ldq:i z:ge[n,n,ldz]@s/io!?compz=VI ldz:i work:W[lwork]@s lwork:i
 shsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh wr wi vl ldvl vr ldvr mm m work ifaill ifailr
 shseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@s/io! ldh:i wr:v[n]@s/io wi:v[n]@s/io z:ge[n,n,ldz]@s/io! ldz:i work:W[lwork]@s lwork:i
-slacn2 - +skip=no_layout_argument : v x isgn est kase isave
+slacn2 i +nolayout : n:i v:v[n]@s/io x:v[n]@s/io isgn:I est:s@s kase:o isave:I
 slacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@s/i! lda:i b:ge[m,n,ldb]@s/o ldb:i
 slag2d i : m:i n:i sa:ge[m,n,ldsa]@s/i! ldsa:i a:ge[m,n,lda]@d/o lda:i
 slagge - +skip=no_Fortran_documentation : m n kl ku d a lda iseed work
 slagsy - +skip=no_Fortran_documentation : n k d a lda iseed work
-slamch - +skip=no_Fortran_documentation : 
-slangb - +skip=workspace_work:_'lwork'_is_not_an_argument : norm n kl ku ab ldab work
-slange - +skip=workspace_work:_'lwork'_is_not_an_argument : norm m n a lda work
-slansy - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo n a lda work
-slantr - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo diag m n a lda work
+slamch s +nolayout : cmach:c
+slangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+slange s : norm:c m:i n:i a:ge[m,n,lda]@s/i! lda:i work:F[m]@s?norm=I
+slansy s : norm:c uplo:c n:i a:sy[uplo,n,lda]@s/i! lda:i work:F[n]@s?norm=IO1
+slantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
 slapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@s/io! ldx:i k:I
 slapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@s/io! ldx:i k:I
-slapy2 - +skip=no_layout_argument : y
-slapy3 - +skip=no_layout_argument : y z
+slapy2 s +nolayout : x:r@s! y:r@s!
+slapy3 s +nolayout : x:r@s! y:r@s! z:r@s!
 slarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
-slarfg - +skip=no_layout_argument : alpha x incx tau
+slarfg i +nolayout : n:i alpha:s@s x:v[1+(n-2)*abs(incx)]@s/io! incx:i tau:s@s
 slarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@s/i!?storev=C ldv:i tau:v[k]@s/i! t:ge[k,k,ldt]@s/io ldt:i
 slarfx - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : side m n v tau c ldc work
-slarnv - +skip=no_layout_argument : iseed n x
-slartgp - +skip=no_layout_argument : g cs sn r
-slartgs - +skip=no_layout_argument : y sigma cs sn
+slarnv i +nolayout : idist:i iseed:I n:i x:v[n]@s/io
+slartgp i +nolayout : f:r@s! g:r@s! cs:s@s sn:s@s r:s@s
+slartgs i +nolayout : x:r@s! y:r@s! sigma:r@s! cs:s@s sn:s@s
 slascl i : type:c kl:i ku:i cfrom:r@s! cto:r@s! m:i n:i a:ge[m,n,lda]@s/io lda:i
 slaset i +nocopy : uplo:c m:i n:i alpha:r@s! beta:r@s! a:ge[m,n,lda]@s/o lda:i
-slasrt - +skip=no_layout_argument : n d
-slassq - +skip=no_Fortran_documentation : x incx scale sumsq
+slasrt i +nolayout : id:c n:i d:v[n]@s/io!
+slassq - +skip=no_Fortran_documentation : n x incx scale sumsq
 slaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
 slatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 slauum i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i
@@ -767,7 +767,7 @@ sorgql i : m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[k]@s/i! work:W[lwork]@s l
 sorgqr i : m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[k]@s/i! work:W[lwork]@s lwork:i
 sorgrq i : m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[k]@s/i! work:W[lwork]@s lwork:i
 sorgtr i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i tau:v[n-1]@s/i! work:W[lwork]@s lwork:i
-sorgtsqr_row - +skip=no_Fortran_documentation : m n mb nb a lda t ldt work lwork
+sorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
 sormbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
 sormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[m,m,lda]@s/i!?side=L lda:i tau:v[m-1]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
 sormlq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
@@ -808,19 +808,19 @@ spptrf i : uplo:c n:i ap:sp[uplo,n]@s/io!
 spptri i : uplo:c n:i ap:sp[uplo,n]@s/io!
 spptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! b:ge[n,nrhs,ldb]@s/io! ldb:i
 spstrf i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i piv:I rank:o tol:r@s! work:F[2*n]@s
-sptcon - +skip=no_layout_argument : d e anorm rcond work
+sptcon i +nolayout : n:i d:v[n]@s/i! e:v[n-1]@s/i! anorm:r@s! rcond:s@s work:F[n]@s
 spteqr i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@s/io! ldz:i work:F[4*n]@s
 sptrfs i : n:i nrhs:i d:v[n]@s/i! e:v[n-1]@s/i! df:v[n]@s/i! ef:v[n-1]@s/i! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@s
 sptsv i : n:i nrhs:i d:v[n]@s/io! e:v[n-1]@s/io! b:ge[n,nrhs,ldb]@s/io! ldb:i
 sptsvx i : fact:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@s/i! df:v[n]@s/io! ef:v[n-1]@s/io! b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@s
-spttrf - +skip=no_layout_argument : d e
+spttrf i +nolayout : n:i d:v[n]@s/io! e:v[n-1]@s/io!
 spttrs i : n:i nrhs:i d:v[n]@s/i! e:v[n-1]@s/i! b:ge[n,nrhs,ldb]@s/io! ldb:i
 ssbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:F[max(1,3*n-2)]@s
 ssbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i
 ssbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 ssbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-ssbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work iwork ifail
-ssbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork iwork ifail
+ssbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i q:ge[n,n,ldq]@s/io ldq:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/o ldz:i work:F[7*n]@s iwork:F[5*n]@i ifail:I
+ssbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/io! ldab:i q:ge[n,n,ldq]@s/io ldq:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:F[5*n]@i ifail:I
 ssbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:ge[kb+1,n,ldbb]@s/i! ldbb:i x:ge[n,n,ldx]@s/io?vect=V ldx:i work:F[2*n]@s
 ssbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:sb[uplo,n,kb,ldbb]@s/io! ldbb:i w:v[n]@s/io z:ge[n,n,ldz]@s/o?jobz=V ldz:i work:F[3*n]@s
 ssbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@s/io! ldab:i bb:sb[uplo,n,kb,ldbb]@s/io! ldbb:i w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
@@ -830,11 +830,11 @@ ssfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans
 sspcon i : uplo:c n:i ap:sp[uplo,n]@s/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@s iwork:F[n]@i
 sspev i : jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:F[3*n]@s
 sspevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-sspevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n ap vl vu il iu abstol m w z ldz work iwork ifail
+sspevx i : jobz:c range:c uplo:c n:i ap:sp[uplo,n]@s/io! vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/o ldz:i work:F[8*n]@s iwork:F[5*n]@i ifail:I
 sspgst i : itype:i uplo:c n:i ap:sp[uplo,n]@s/io! bp:sp[uplo,n]@s/i!
 sspgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! bp:sp[uplo,n]@s/io! w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:F[3*n]@s
 sspgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@s/io! bp:sp[uplo,n]@s/io! w:v[n]@s/io z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-sspgvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n ap bp vl vu il iu abstol m w z ldz work iwork ifail
+sspgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp[uplo,n]@s/io! bp:sp[uplo,n]@s/io! vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/o ldz:i work:F[8*n]@s iwork:F[5*n]@i ifail:I
 ssprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! afp:sp[uplo,n]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 sspsv i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/io! ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 sspsvx i : fact:c uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! afp:sp[uplo,n]@s/io! ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
@@ -842,40 +842,40 @@ ssptrd i : uplo:c n:i ap:sp[uplo,n]@s/io! d:v[n]@s/io e:v[n-1]@s/io tau:v[n-1]@s
 ssptrf i : uplo:c n:i ap:sp[uplo,n]@s/io! ipiv:I
 ssptri i : uplo:c n:i ap:sp[uplo,n]@s/io! ipiv:I work:F[n]@s
 ssptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
-sstebz - +skip=no_layout_argument : order n vl vu il iu abstol d e m nsplit w iblock isplit work iwork
+sstebz i +nolayout : range:c order:c n:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! d:v[n]@s/i! e:v[n-1]@s/i! m:o nsplit:o w:v[n]@s/o iblock:I isplit:I work:F[4*n]@s iwork:F[3*n]@i
 sstedc i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@s/io! ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-sstegr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
+sstegr i : jobz:c range:c n:i d:v[n]@s/io! e:v[n]@s/io! vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/io ldz:i isuppz:I work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 sstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
-sstemr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu m w z ldz nzc isuppz tryrac work lwork iwork liwork
+sstemr i : jobz:c range:c n:i d:v[n]@s/io! e:v[n]@s/io! vl:r@s! vu:r@s! il:i iu:i m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/io ldz:i nzc:i isuppz:I tryrac:o work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 ssteqr i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@s/io! ldz:i work:F[max(1,2*n-2)]@s
-ssterf - +skip=no_layout_argument : d e
+ssterf i +nolayout : n:i d:v[n]@s/io! e:v[n-1]@s/io!
 sstev i : jobz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@s/o ldz:i work:F[max(1,2*n-2)]@s
 sstevd i : jobz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-sstevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
-sstevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz work iwork ifail
+sstevr i : jobz:c range:c n:i d:v[n]@s/io! e:v[max(1,n-1)]@s/io! vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/io ldz:i isuppz:I work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+sstevx i : jobz:c range:c n:i d:v[n]@s/io! e:v[max(1,n-1)]@s/io! vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/o ldz:i work:F[5*n]@s iwork:F[5*n]@i ifail:I
 ssycon i : uplo:c n:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@s iwork:F[n]@i
-ssycon_3 - +skip=no_Fortran_documentation : uplo n a lda e ipiv anorm rcond work iwork
+ssycon_3 i : uplo:c n:i a:sy[uplo,n,lda]@s/i! lda:i e:v[n]@s/i! ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@s iwork:F[n]@i
 ssyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@s/io lda:i ipiv:I e:v[n]@s/io
 ssyequb i : uplo:c n:i a:sy[uplo,n,lda]@s/i! lda:i s:v[n]@s/o scond:s@s amax:s@s work:F[2*n]@s
 ssyev i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!sy lda:i w:v[n]@s/io work:W[lwork]@s lwork:i
 ssyev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!sy lda:i w:v[n]@s/io work:W[lwork]@s lwork:i
 ssyevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i w:v[n]@s/io work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 ssyevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i w:v[n]@s/io work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-ssyevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
-ssyevr_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
-ssyevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork iwork ifail
-ssyevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork iwork ifail
+ssyevr i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/io ldz:i isuppz:I work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+ssyevr_2stage i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/io ldz:i isuppz:I work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
+ssyevx i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:F[5*n]@i ifail:I
+ssyevx_2stage i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:F[5*n]@i ifail:I
 ssygst i : itype:i uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i b:sy[uplo,n,ldb]@s/i! ldb:i
 ssygv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/io work:W[lwork]@s lwork:i
 ssygv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/io work:W[lwork]@s lwork:i
 ssygvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/io work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
-ssygvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n a lda b ldb vl vu il iu abstol m w z ldz work lwork iwork ifail
+ssygvx i : itype:i jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i b:sy[uplo,n,ldb]@s/io! ldb:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:F[5*n]@i ifail:I
 ssyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
 ssyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 ssysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssysv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
-ssysv_rk - +skip=no_Fortran_documentation : uplo n nrhs a lda e ipiv b ldb work lwork
+ssysv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i e:v[n]@s/o ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssysv_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:W[lwork]@s lwork:i iwork:F[n]@i
 ssysvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
@@ -884,15 +884,15 @@ ssytrd i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i d:v[n]@s/io e:v[n-1]@s/io tau
 ssytrf i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:W[lwork]@s lwork:i
 ssytrf_aa i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:W[lwork]@s lwork:i
 ssytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
-ssytrf_rk - +skip=no_Fortran_documentation : uplo n a lda e ipiv work lwork
+ssytrf_rk i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i e:v[n]@s/o ipiv:I work:W[lwork]@s lwork:i
 ssytrf_rook i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:W[lwork]@s lwork:i
 ssytri i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:F[n]@s
 ssytri2 i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:W[lwork]@s lwork:i
 ssytri2x i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:F[(n+nb+1)*(nb+3)]@s nb:i
-ssytri_3 - +skip=no_Fortran_documentation : uplo n a lda e ipiv work lwork
+ssytri_3 i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i e:v[n]@s/i! ipiv:I work:W[lwork]@s lwork:i
 ssytrs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 ssytrs2 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:F[n]@s
-ssytrs_3 - +skip=no_Fortran_documentation : uplo n nrhs a lda e ipiv b ldb
+ssytrs_3 i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i e:v[n]@s/i! ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 ssytrs_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssytrs_aa_2stage i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i tb:v[ltb]@s/io ltb:i ipiv:I ipiv2:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 ssytrs_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
@@ -1015,18 +1015,18 @@ zggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb a
 zggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:I a:ge[m,n,lda]@z/io! lda:i b:ge[p,n,ldb]@z/io! ldb:i alpha:v[n]@d/io beta:v[n]@d/o u:ge[m,m,ldu]@z/o?jobu=U ldu:i v:ge[p,p,ldv]@z/o?jobv=V ldv:i q:ge[n,n,ldq]@z/o?jobq=Q ldq:i work:W[lwork]@z lwork:i rwork:F[2*n]@d iwork:I
 zggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work
 zggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge[m,n,lda]@z/io! lda:i b:ge[p,n,ldb]@z/io! ldb:i tola:r@d! tolb:r@d! k:o l:I u:ge[m,m,ldu]@z/o?jobu=U ldu:i v:ge[p,p,ldv]@z/o?jobv=V ldv:i q:ge[n,n,ldq]@z/o?jobq=Q ldq:i iwork:F[n]@i rwork:F[2*n]@d tau:F[n]@z work:W[lwork]@z lwork:i
-zgtcon - +skip=no_layout_argument : n dl d du du2 ipiv anorm rcond work
+zgtcon i +nolayout : norm:c n:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! du2:v[n-2]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zgtrfs i : trans:c n:i nrhs:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! dlf:v[n-1]@z/i! df:v[n]@z/i! duf:v[n-1]@z/i! du2:v[n-2]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zgtsv i : n:i nrhs:i dl:v[n-1]@z/io! d:v[n]@z/io! du:v[n-1]@z/io! b:ge[n,nrhs,ldb]@z/io! ldb:i
 zgtsvx i : fact:c trans:c n:i nrhs:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! dlf:v[n-1]@z/io! df:v[n]@z/io! duf:v[n-1]@z/io! du2:v[n-2]@z/io! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
-zgttrf - +skip=no_layout_argument : dl d du du2 ipiv
+zgttrf i +nolayout : n:i dl:v[n-1]@z/io! d:v[n]@z/io! du:v[n-1]@z/io! du2:v[n-2]@z/o ipiv:I
 zgttrs i : trans:c n:i nrhs:i dl:v[n-1]@z/i! d:v[n]@z/i! du:v[n-1]@z/i! du2:v[n-2]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zhbev i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:F[n]@z rwork:F[max(1,3*n-2)]@d
 zhbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
 zhbevd i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
 zhbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
-zhbevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work rwork iwork ifail
-zhbevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n kd ab ldab q ldq vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
+zhbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i q:ge[n,n,ldq]@z/io ldq:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/o ldz:i work:F[n]@z rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
+zhbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/io! ldab:i q:ge[n,n,ldq]@z/io ldq:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
 zhbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@z/io! ldab:i bb:ge[kb+1,n,ldbb]@z/i! ldbb:i x:ge[n,n,ldx]@z/io?vect=V ldx:i work:F[n]@z rwork:F[n]@d
 zhbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@z/io! ldab:i bb:sb[uplo,n,kb,ldbb]@z/io! ldbb:i w:v[n]@d/io z:ge[n,n,ldz]@z/o?jobz=V ldz:i work:F[n]@z rwork:F[3*n]@d
 zhbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb[uplo,n,ka,ldab]@z/io! ldab:i bb:sb[uplo,n,kb,ldbb]@z/io! ldbb:i w:v[n]@d/io z:ge[n,n,ldz]@z/o?jobz=V ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
@@ -1039,15 +1039,15 @@ zheev i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!sy lda:i w:v[n]@d/io work:W[lwork
 zheev_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!sy lda:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
 zheevd i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
 zheevd_2stage i : jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
-zheevr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork rwork lrwork iwork liwork
-zheevr_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz isuppz work lwork rwork lrwork iwork liwork
-zheevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
-zheevx_2stage - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n a lda vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
+zheevr i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/io ldz:i isuppz:I work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zheevr_2stage i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/io ldz:i isuppz:I work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
+zheevx i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
+zheevx_2stage i : jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
 zhegst i : itype:i uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i b:sy[uplo,n,ldb]@z/i! ldb:i
 zhegv i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
 zhegv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:F[max(1,3*n-2)]@d
 zhegvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
-zhegvx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : itype jobz range uplo n a lda b ldb vl vu il iu abstol m w z ldz work lwork rwork iwork ifail
+zhegvx i : itype:i jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i b:sy[uplo,n,ldb]@z/io! ldb:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
 zherfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zherfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zhesv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
@@ -1078,7 +1078,7 @@ zhgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@z/io! ldh:i t:ge[
 zhpcon i : uplo:c n:i ap:sp[uplo,n]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zhpev i : jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:F[max(1,2*n-1)]@z rwork:F[max(1,3*n-2)]@d
 zhpevd i : jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
-zhpevx - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range uplo n ap vl vu il iu abstol m w z ldz work rwork iwork ifail
+zhpevx i : jobz:c range:c uplo:c n:i ap:sp[uplo,n]@z/io! vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/o ldz:i work:F[2*n]@z rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
 zhpgst i : itype:i uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/i!
 zhpgv i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:F[max(1,2*n-1)]@z rwork:F[max(1,3*n-2)]@d
 zhpgvd i : itype:i jobz:c uplo:c n:i ap:sp[uplo,n]@z/io! bp:sp[uplo,n]@z/io! w:v[n]@d/io z:ge[n,n,ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
@@ -1092,8 +1092,8 @@ zhptri i : uplo:c n:i ap:sp[uplo,n]@z/io! ipiv:I work:F[n]@z
 zhptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zhsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh w vl ldvl vr ldvr mm m work rwork ifaill ifailr
 zhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@z/io! ldh:i w:v[n]@z/io z:ge[n,n,ldz]@z/io! ldz:i work:W[lwork]@z lwork:i
-zlacgv - +skip=no_layout_argument : x incx
-zlacn2 - +skip=no_layout_argument : v x est kase isave
+zlacgv i +nolayout : n:i x:v[1+(n-1)*abs(incx)]@z/io! incx:i
+zlacn2 i +nolayout : n:i v:v[n]@z/io x:v[n]@z/io est:s@d kase:o isave:I
 zlacp2 i : uplo:c m:i n:i a:ge[m,n,lda]@d/i! lda:i b:ge[m,n,ldb]@z/o ldb:i
 zlacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@z/i! lda:i b:ge[m,n,ldb]@z/o ldb:i
 zlacrm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
@@ -1101,22 +1101,22 @@ zlag2c i : m:i n:i a:ge[m,n,lda]@z/i! lda:i sa:ge[m,n,ldsa]@c/o ldsa:i
 zlagge - +skip=no_Fortran_documentation : m n kl ku d a lda iseed work
 zlaghe - +skip=no_Fortran_documentation : n k d a lda iseed work
 zlagsy - +skip=no_Fortran_documentation : n k d a lda iseed work
-zlangb - +skip=workspace_work:_'lwork'_is_not_an_argument : norm n kl ku ab ldab work
-zlange - +skip=workspace_work:_'lwork'_is_not_an_argument : norm m n a lda work
-zlanhe - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo n a lda work
-zlansy - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo n a lda work
-zlantr - +skip=workspace_work:_'lwork'_is_not_an_argument : norm uplo diag m n a lda work
+zlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+zlange d : norm:c m:i n:i a:ge[m,n,lda]@z/i! lda:i work:F[m]@d?norm=I
+zlanhe d : norm:c uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i work:F[n]@d?norm=IO1
+zlansy d : norm:c uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i work:F[n]@d?norm=IO1
+zlantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
 zlapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@z/io! ldx:i k:I
 zlapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@z/io! ldx:i k:I
 zlarcm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
 zlarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
-zlarfg - +skip=no_layout_argument : alpha x incx tau
+zlarfg i +nolayout : n:i alpha:s@z x:v[1+(n-2)*abs(incx)]@z/io! incx:i tau:s@z
 zlarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@z/i!?storev=C ldv:i tau:v[k]@z/i! t:ge[k,k,ldt]@z/io ldt:i
 zlarfx i : side:c m:i n:i v:v[m]@z/i! tau:r@z! c:ge[m,n,ldc]@z/io! ldc:i work:v[n]@z/io
-zlarnv - +skip=no_layout_argument : iseed n x
+zlarnv i +nolayout : idist:i iseed:I n:i x:v[n]@z/io
 zlascl i : type:c kl:i ku:i cfrom:r@d! cto:r@d! m:i n:i a:ge[m,n,lda]@z/io lda:i
 zlaset i +nocopy : uplo:c m:i n:i alpha:r@z! beta:r@z! a:ge[m,n,lda]@z/io! lda:i
-zlassq - +skip=no_Fortran_documentation : x incx scale sumsq
+zlassq - +skip=no_Fortran_documentation : n x incx scale sumsq
 zlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
 zlatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 zlauum i : uplo:c n:i a:ge[n,n,lda]@z/io! lda:i
@@ -1152,12 +1152,12 @@ zpptrf i : uplo:c n:i ap:sp[uplo,n]@z/io!
 zpptri i : uplo:c n:i ap:sp[uplo,n]@z/io!
 zpptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! b:ge[n,nrhs,ldb]@z/io! ldb:i
 zpstrf i : uplo:c n:i a:ge[n,n,lda]@z/io! lda:i piv:I rank:o tol:r@d! work:F[2*n]@d
-zptcon - +skip=no_layout_argument : d e anorm rcond work
+zptcon - +skip=arguments_differ_from_the_Fortran_routine : n d e anorm rcond work
 zpteqr i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@z/io! ldz:i work:F[4*n]@d
 zptrfs i : uplo:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@z/i! df:v[n]@d/i! ef:v[n-1]@z/i! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[n]@z rwork:F[n]@d
 zptsv i : n:i nrhs:i d:v[n]@d/io! e:v[n-1]@z/io! b:ge[n,nrhs,ldb]@z/io! ldb:i
 zptsvx i : fact:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@z/i! df:v[n]@d/io! ef:v[n-1]@z/io! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[n]@z rwork:F[n]@d
-zpttrf - +skip=no_layout_argument : d e
+zpttrf i +nolayout : n:i d:v[n]@d/io! e:v[n-1]@z/io!
 zpttrs i : uplo:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@z/i! b:ge[n,nrhs,ldb]@z/io! ldb:i
 zspcon i : uplo:c n:i ap:sp[uplo,n]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zsprfs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! afp:sp[uplo,n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
@@ -1167,15 +1167,15 @@ zsptrf i : uplo:c n:i ap:sp[uplo,n]@z/io! ipiv:I
 zsptri i : uplo:c n:i ap:sp[uplo,n]@z/io! ipiv:I work:F[n]@z
 zsptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zstedc i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@z/io! ldz:i work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
-zstegr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu abstol m w z ldz isuppz work lwork iwork liwork
+zstegr i : jobz:c range:c n:i d:v[n]@d/io! e:v[n]@d/io! vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/io ldz:i isuppz:I work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 zstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
-zstemr - +skip=z:_max(1,m)_('m'_is_not_an_argument) : jobz range n d e vl vu il iu m w z ldz nzc isuppz tryrac work lwork iwork liwork
+zstemr i : jobz:c range:c n:i d:v[n]@d/io! e:v[n]@d/io! vl:r@d! vu:r@d! il:i iu:i m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/io ldz:i nzc:i isuppz:I tryrac:o work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 zsteqr i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@z/io! ldz:i work:F[max(1,2*n-2)]@d
 zsycon i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zsycon_3 i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i e:v[n]@z/i! ipiv:I anorm:r@d! rcond:s@d work:F[2*n]@z
 zsyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@z/io lda:i ipiv:I e:v[n]@z/io
 zsyequb i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i s:v[n]@d/o scond:s@d amax:s@d work:F[2*n]@z
-zsyr i : uplo:c n:i alpha:r@z! x:v[1+(n-1)*abs(incx)]@z/i! incx:i a:sy[uplo,n,lda]@z/o lda:i
+zsyr i : uplo:c n:i alpha:r@z! x:v[1+(n-1)*abs(incx)]@z/i! incx:i a:sy[uplo,n,lda]@z/io! lda:i
 zsyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
 zsyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zsysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
@@ -1258,3 +1258,15 @@ zunmrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@z/i! lda:i tau:v[k]@z/i!
 zunmtr i : side:c uplo:c trans:c m:i n:i a:ge[m,m,lda]@z/i!?side=L lda:i tau:v[m-1]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
 zupgtr i : uplo:c n:i ap:sp[uplo,n]@z/i! tau:v[n-1]@z/i! q:ge[n,n,ldq]@z/io ldq:i work:F[n-1]@z
 zupmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
+qnl_sgetrfnpi i : m:i n:i nfact:i a:ge[m,n,lda]@s/io! lda:i
+qnl_dgetrfnpi i : m:i n:i nfact:i a:ge[m,n,lda]@d/io! lda:i
+qnl_cgetrfnpi i : m:i n:i nfact:i a:ge[m,n,lda]@c/io! lda:i
+qnl_zgetrfnpi i : m:i n:i nfact:i a:ge[m,n,lda]@z/io! lda:i
+qnl_stppack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@s/io i:i j:i rows:i cols:i a:ge[rows,cols,lda]@s/i! lda:i
+qnl_dtppack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@d/io i:i j:i rows:i cols:i a:ge[rows,cols,lda]@d/i! lda:i
+qnl_ctppack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@c/io i:i j:i rows:i cols:i a:ge[rows,cols,lda]@c/i! lda:i
+qnl_ztppack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@z/io i:i j:i rows:i cols:i a:ge[rows,cols,lda]@z/i! lda:i
+qnl_stpunpack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@s/i! i:i j:i rows:i cols:i a:ge[rows,cols,lda]@s/io lda:i
+qnl_dtpunpack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@d/i! i:i j:i rows:i cols:i a:ge[rows,cols,lda]@d/io lda:i
+qnl_ctpunpack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@c/i! i:i j:i rows:i cols:i a:ge[rows,cols,lda]@c/io lda:i
+qnl_ztpunpack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@z/i! i:i j:i rows:i cols:i a:ge[rows,cols,lda]@z/io lda:i

@@ -281,12 +281,12 @@ void transpose(const Arg& a, int from, void* const* p, const I* s, const void* i
 }
 
 template <class I>
-I call_fortran(const Routine<I>& r, void** q, I* info) {
+I call_fortran(const Routine<I>& r, void** q, I* info, void* result) {
   *info = 0;
   q[r.nargs] = info;
-  r.fortran(q, nullptr);
+  r.fortran(q, result);
   // The C call has the layout in front: a bad argument n of the Fortran routine is n+1 here.
-  if (*info < 0) *info -= 1;
+  if (*info < 0 && !(r.flags & kNoLayout)) *info -= 1;
   return *info;
 }
 
@@ -319,7 +319,32 @@ I middle_no_copy(const Routine<I>& r, void* const* p) {
     q[2] = &dims[1];
   }
   I info;
-  return call_fortran(r, q, &info);
+  return call_fortran(r, q, &info, nullptr);
+}
+
+// Row-major block packing: the caller's row-major block is the column-major block of the
+// transposed triangle, which has the other uplo, the block at (j, i) and cols by rows.
+template <class I>
+I middle_pack(const Routine<I>& r, void* const* p) {
+  enum { kUplo, kTrans, kN, kAp, kI, kJ, kRows, kCols, kA, kLda };
+  char uplo = swap_uplo(letter(p, kUplo, ' '));
+  I info = 0;
+  if (!lsame(uplo, 'u') && !lsame(uplo, 'l')) {
+    info = -2;
+  } else {
+    I cols = lsame(letter(p, kTrans, 'n'), 'n') ? value<I>(p, kCols) : value<I>(p, kRows);
+    if (value<I>(p, kLda) < cols) info = -11;
+  }
+  if (info != 0) {
+    xerbla<I>(r.work, info);
+    return info;
+  }
+  void* q[kMaxArgs + 1];
+  for (int k = 0; k < r.nargs; ++k) q[k] = p[k];
+  q[kUplo] = &uplo;
+  std::swap(q[kI], q[kJ]);
+  std::swap(q[kRows], q[kCols]);
+  return call_fortran(r, q, &info, nullptr);
 }
 
 }  // namespace
@@ -357,19 +382,23 @@ void xerbla(const char* name, I info) {
 
 // ---------------------------------------------------------------- the levels
 
+namespace {
+
+// The middle level; a function-valued routine leaves its value in `result`.
 template <class I>
-I middle(const Routine<I>& r, int layout, void* const* p) {
+I run_middle(const Routine<I>& r, int layout, void* const* p, void* result) {
   void* q[kMaxArgs + 1];
   I info = 0;
   if (layout == kColMajor) {
     for (int k = 0; k < r.nargs; ++k) q[k] = p[k];
-    return call_fortran(r, q, &info);
+    return call_fortran(r, q, &info, result);
   }
   if (layout != kRowMajor) {
     xerbla<I>(r.work, I(-1));
     return -1;
   }
   if (r.flags & kNoCopy) return middle_no_copy(r, p);
+  if (r.flags & kPack) return middle_pack(r, p);
   I d[kMaxDims];
   r.dims(p, d);
   // The only argument checks of the C layer: a row-major leading dimension below the column count.
@@ -396,7 +425,7 @@ I middle(const Routine<I>& r, int layout, void* const* p) {
     if (a.ld >= 0) q[a.ld] = &ld_t[k];
   }
   // A workspace query: the sizes do not depend on the layout; nothing is copied.
-  if (query) return call_fortran(r, q, &info);
+  if (query) return call_fortran(r, q, &info, result);
   void* copies[kMaxArgs] = {};
   for (int k = 0; k < r.nargs && info == 0; ++k) {
     const Arg& a = r.args[k];
@@ -413,7 +442,7 @@ I middle(const Routine<I>& r, int layout, void* const* p) {
       if (copies[k] && (a.dir & kIn))
         transpose(a, kRowMajor, p, d + a.d, p[k], a.ld >= 0 ? value<I>(p, a.ld) : I(0), copies[k], ld_t[k]);
     }
-    call_fortran(r, q, &info);
+    call_fortran(r, q, &info, result);
     // Results go back whatever info says.
     for (int k = 0; k < r.nargs; ++k) {
       const Arg& a = r.args[k];
@@ -427,13 +456,17 @@ I middle(const Routine<I>& r, int layout, void* const* p) {
 }
 
 template <class I>
-I high(const Routine<I>& r, int layout, void* const* p) {
+I run_high(const Routine<I>& r, int layout, void* const* p, void* result) {
   if (layout != kColMajor && layout != kRowMajor) {
     xerbla<I>(r.high, I(-1));
     return -1;
   }
   Call<I> c{r, layout, p, {}};
   r.dims(p, c.d);
+  // The source block of a packing routine lies as trans says: cols by rows unless "n".
+  if ((r.flags & kPack) && !lsame(letter(p, 1, 'n'), 'n'))
+    for (int k = 0; k < r.nargs; ++k)
+      if (r.args[k].kind == kGe) std::swap(c.d[r.args[k].d], c.d[r.args[k].d + 1]);
   if (get_nancheck<I>()) {
     for (int k = 0; k < r.nargs; ++k)
       if (r.args[k].nan && wanted(r.args[k], p) && c.nan_at(k)) return -I(r.args[k].hpos);
@@ -448,7 +481,7 @@ I high(const Routine<I>& r, int layout, void* const* p) {
   for (int k = 0; k < r.nargs; ++k) q[k] = p[k];
   for (int k = 0; k < r.nargs; ++k) {
     const Arg& a = r.args[k];
-    if (a.kind == kFixed && info == 0) {
+    if (a.kind == kFixed && info == 0 && wanted(a, p)) {
       owned[k] = allocate(c.d[a.d], size_of<I>(a.type));
       if (!owned[k]) info = kWorkMemoryError;
       q[k] = owned[k];
@@ -461,7 +494,7 @@ I high(const Routine<I>& r, int layout, void* const* p) {
     }
   }
   if (info == 0 && queried) {
-    info = middle(r, layout, q);
+    info = run_middle(r, layout, q, result);
     for (int k = 0; k < r.nargs && info == 0; ++k) {
       const Arg& a = r.args[k];
       if (a.kind != kWork) continue;
@@ -471,16 +504,54 @@ I high(const Routine<I>& r, int layout, void* const* p) {
       q[k] = owned[k];
     }
   }
-  if (info == 0) info = middle(r, layout, q);
+  if (info == 0) info = run_middle(r, layout, q, result);
   for (int k = r.nargs - 1; k >= 0; --k) release(owned[k]);
   if (info == kWorkMemoryError) xerbla<I>(r.high, info);
   return info;
+}
+
+// A function's value; a rejected call returns its code as the value, a failed allocation 0.
+template <class R, class I>
+R value_or_code(I info, R value) {
+  if (info == kWorkMemoryError || info == kTransposeMemoryError) return R(0);
+  return info < 0 ? R(info) : value;
+}
+
+}  // namespace
+
+template <class I>
+I high(const Routine<I>& r, int layout, void* const* p) {
+  return run_high(r, layout, p, nullptr);
+}
+template <class I>
+I middle(const Routine<I>& r, int layout, void* const* p) {
+  return run_middle(r, layout, p, nullptr);
+}
+template <class R, class I>
+R high_value(const Routine<I>& r, int layout, void* const* p) {
+  R value = 0;
+  I info = run_high(r, layout, p, &value);  // before `value` is read
+  return value_or_code(info, value);
+}
+template <class R, class I>
+R middle_value(const Routine<I>& r, int layout, void* const* p) {
+  R value = 0;
+  I info = run_middle(r, layout, p, &value);  // before `value` is read
+  return value_or_code(info, value);
 }
 
 template int32_t high(const Routine<int32_t>&, int, void* const*);
 template int64_t high(const Routine<int64_t>&, int, void* const*);
 template int32_t middle(const Routine<int32_t>&, int, void* const*);
 template int64_t middle(const Routine<int64_t>&, int, void* const*);
+template float high_value(const Routine<int32_t>&, int, void* const*);
+template float high_value(const Routine<int64_t>&, int, void* const*);
+template double high_value(const Routine<int32_t>&, int, void* const*);
+template double high_value(const Routine<int64_t>&, int, void* const*);
+template float middle_value(const Routine<int32_t>&, int, void* const*);
+template float middle_value(const Routine<int64_t>&, int, void* const*);
+template double middle_value(const Routine<int32_t>&, int, void* const*);
+template double middle_value(const Routine<int64_t>&, int, void* const*);
 template int get_nancheck<int32_t>();
 template int get_nancheck<int64_t>();
 template void set_nancheck<int32_t>(int);

@@ -50,6 +50,10 @@ struct Arg {
   const char* letters;
 };
 
+// The type of a callback argument (the select functions of ?gees, ?gges, ...).
+template <class R, class... A>
+using Callback = R (*)(A...);
+
 // Fills the dimension slots from the argument addresses.
 template <class I>
 using Dims = void (*)(void* const* p, I* d);
@@ -58,7 +62,10 @@ using Dims = void (*)(void* const* p, I* d);
 using Fortran = void (*)(void* const* q, void* result);
 
 enum Flags : uint8_t {
-  kNoCopy = 1,  // row-major: uplo exchanged, m and n exchanged; nothing copied
+  kNoCopy = 1,    // row-major: uplo exchanged, m and n exchanged; nothing copied
+  kNoLayout = 2,  // no matrix, no layout argument: the middle level is a bare call
+  kPack = 4,      // a block between a full array and a packed triangle (uplo, trans first):
+                  // row-major exchanges uplo, the block's position and its sizes; no copy
 };
 
 template <class I>
@@ -79,6 +86,12 @@ template <class I>
 I high(const Routine<I>& r, int layout, void* const* p);
 template <class I>
 I middle(const Routine<I>& r, int layout, void* const* p);
+
+// Function-valued routines (norms, lapy2, lamch): the value, or an error code as a value.
+template <class R, class I>
+R high_value(const Routine<I>& r, int layout, void* const* p);
+template <class R, class I>
+R middle_value(const Routine<I>& r, int layout, void* const* p);
 
 template <class I>
 int get_nancheck();

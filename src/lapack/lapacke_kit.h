@@ -81,6 +81,15 @@ template <class I, class... R>
 inline I gmin(I a, R... r) {
   return imin(a, I(gmin(r...)));
 }
+template <class I>
+inline I gabs(I a) {
+  return a < 0 ? -a : a;
+}
+// Columns of the eigenvectors of a selected range: all n for "a" and "v", iu-il+1 for "i".
+template <class I>
+inline I gbyrange(char range, I all, I some) {
+  return lsame(range, 'a') || lsame(range, 'v') ? all : lsame(range, 'i') ? some : I(1);
+}
 
 inline bool bad_layout(int layout) { return layout != kRowMajor && layout != kColMajor; }
 // 0 lower, 1 upper, -1 neither.

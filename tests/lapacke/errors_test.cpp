@@ -145,6 +145,49 @@ TEST_F(Errors, RowMajorPotrfExchangesUploAndCopiesNothing) {
   EXPECT_EQ(c->word[2], reinterpret_cast<uintptr_t>(a.data()));
 }
 
+// A function's codes come back as its value; a failed work array as 0.
+TEST_F(Errors, FunctionValuedRoutinesReturnTheirCodesAsValues) {
+  double v = 0;
+  EXPECT_EQ(printed([&] { v = LAPACKE_dlange(100, 'I', 3, 3, a.data(), 3); }), "Wrong parameter 1 in LAPACKE_dlange\n");
+  EXPECT_EQ(v, -1.0);
+  a[2] = kNan;
+  EXPECT_EQ(LAPACKE_dlange(LAPACK_COL_MAJOR, 'I', 3, 3, a.data(), 3), -5.0);
+  a[2] = 1.0;
+  int before = qnl_probe_allocations();
+  LAPACKE_dlange(LAPACK_COL_MAJOR, 'O', 3, 3, a.data(), 3);  // only the infinity norm takes work
+  EXPECT_EQ(qnl_probe_allocations(), before);
+  qnl_probe_fail_allocations(1);
+  EXPECT_EQ(printed([&] { v = LAPACKE_dlange(LAPACK_COL_MAJOR, 'i', 3, 3, a.data(), 3); }),
+            "Not enough memory to allocate work array in LAPACKE_dlange\n");
+  EXPECT_EQ(v, 0.0);
+  EXPECT_EQ(qnl_probe_count_of("qnl_lapack_dlange"), 1);
+}
+
+// The packing routines report under the plain name; row-major checks uplo, then lda
+// against the columns of the block as trans lays it (3 by 2, or 2 by 3 with "t").
+TEST_F(Errors, PackingChecksAndNames) {
+  const struct {
+    int layout;
+    char uplo, trans;
+    lapack_int lda, info;
+    const char* said;
+  } rows[] = {{100, 'U', 'N', 3, -1, "Wrong parameter 1 in LAPACKE_dtppack\n"},
+              {LAPACK_ROW_MAJOR, 'x', 'N', 3, -2, "Wrong parameter 2 in LAPACKE_dtppack_work\n"},
+              {LAPACK_ROW_MAJOR, 'U', 'T', 2, -11, "Wrong parameter 11 in LAPACKE_dtppack_work\n"},
+              {LAPACK_ROW_MAJOR, 'U', 'N', 2, 0, ""}};
+  for (const auto& r : rows) {
+    lapack_int info = 1;
+    EXPECT_EQ(printed([&] {
+                info = LAPACKE_qnl_dtppack(r.layout, r.uplo, r.trans, 4, b.data(), 1, 1, 3, 2, a.data(), r.lda);
+              }),
+              r.said);
+    EXPECT_EQ(info, r.info);
+  }
+  a[1] = kNan;
+  EXPECT_EQ(LAPACKE_qnl_dtppack(LAPACK_COL_MAJOR, 'U', 'N', 4, b.data(), 1, 1, 3, 2, a.data(), 3), -10);
+  EXPECT_EQ(qnl_probe_count_of("qnl_lapack_dtppack"), 1);
+}
+
 TEST(Xerbla, TextsAndSilence) {
   EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", -1010); }),
             "Not enough memory to allocate work array in LAPACKE_x\n");
@@ -210,10 +253,6 @@ TEST(Kit, TriangularTransposeRecursesAboveSixtyFour) {
     }
   }
 }
-
-}  // namespace
-
-namespace {
 
 // The conjugate transposition is the same public copy with operation "c".
 TEST(Kit, ConjugateTransposeGoesThroughTheCopy) {

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "lapacke.h"
+#include "lapacke_utils.h"
 #include "probe_backend.h"
 
 namespace {
@@ -121,24 +122,8 @@ struct Shape {
   std::function<lapack_int(int layout, const double* a, lapack_int ld)> nancheck;
 };
 
-using GeTrans = void(int, lapack_int, lapack_int, const double*, lapack_int, double*, lapack_int);
-using GeNan = lapack_int(int, lapack_int, lapack_int, const double*, lapack_int);
-using SyTrans = void(int, char, lapack_int, const double*, lapack_int, double*, lapack_int);
-using SyNan = lapack_int(int, char, lapack_int, const double*, lapack_int);
-using TrTrans = void(int, char, char, lapack_int, const double*, lapack_int, double*, lapack_int);
-using TrNan = lapack_int(int, char, char, lapack_int, const double*, lapack_int);
-using GbTrans = void(int, lapack_int, lapack_int, lapack_int, lapack_int, const double*, lapack_int, double*,
-                     lapack_int);
-using GbNan = lapack_int(int, lapack_int, lapack_int, lapack_int, lapack_int, const double*, lapack_int);
-using SbTrans = void(int, char, lapack_int, lapack_int, const double*, lapack_int, double*, lapack_int);
-using SbNan = lapack_int(int, char, lapack_int, lapack_int, const double*, lapack_int);
-using TbTrans = void(int, char, char, lapack_int, lapack_int, const double*, lapack_int, double*, lapack_int);
-using TbNan = lapack_int(int, char, char, lapack_int, lapack_int, const double*, lapack_int);
-using SpTrans = void(int, char, lapack_int, const double*, double*);
-using SpNan = lapack_int(lapack_int, const double*);
-using TpTrans = void(int, char, char, lapack_int, const double*, double*);
-using TpNan = lapack_int(int, char, char, lapack_int, const double*);
-using PfTrans = void(int, char, char, lapack_int, const double*, double*);
+// The stock library's kit routine of that name, typed by our declaration of it.
+#define STOCK(name) stock_fn<decltype(name)>(#name)
 
 lapack_int ipiv[N] = {1, 2, 3, 4, 5};
 constexpr size_t kPacked = N * (N + 1) / 2;
@@ -150,81 +135,73 @@ std::vector<Shape> shapes() {
          return LAPACKE_dgetrs(l, 'N', N, NRHS, a, ld, ipiv, b, ldb);
        },
        [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         stock_fn<GeTrans>("LAPACKE_dge_trans")(l == 101 ? 102 : 101, N, N, in, li, out, lo);
+         STOCK(LAPACKE_dge_trans)(l == 101 ? 102 : 101, N, N, in, li, out, lo);
        },
-       [](int l, const double* a, lapack_int ld) { return stock_fn<GeNan>("LAPACKE_dge_nancheck")(l, N, N, a, ld); }},
+       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dge_nancheck)(l, N, N, a, ld); }},
       {"dpotrs", "ciiaLbLo", N, N + 1, N * N, N * (N + 1), 5,
        [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
          return LAPACKE_dpotrs(l, 'L', N, NRHS, a, ld, b, ldb);
        },
        [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         stock_fn<SyTrans>("LAPACKE_dpo_trans")(l == 101 ? 102 : 101, 'L', N, in, li, out, lo);
+         STOCK(LAPACKE_dpo_trans)(l == 101 ? 102 : 101, 'L', N, in, li, out, lo);
        },
-       [](int l, const double* a, lapack_int ld) { return stock_fn<SyNan>("LAPACKE_dpo_nancheck")(l, 'L', N, a, ld); }},
+       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dpo_nancheck)(l, 'L', N, a, ld); }},
       {"dtrtrs", "ccciiaLbLo", N, N + 1, N * N, N * (N + 1), 7,
        [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
          return LAPACKE_dtrtrs(l, 'U', 'N', 'N', N, NRHS, a, ld, b, ldb);
        },
        [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         stock_fn<TrTrans>("LAPACKE_dtr_trans")(l == 101 ? 102 : 101, 'U', 'N', N, in, li, out, lo);
+         STOCK(LAPACKE_dtr_trans)(l == 101 ? 102 : 101, 'U', 'N', N, in, li, out, lo);
        },
-       [](int l, const double* a, lapack_int ld) {
-         return stock_fn<TrNan>("LAPACKE_dtr_nancheck")(l, 'U', 'N', N, a, ld);
-       }},
+       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dtr_nancheck)(l, 'U', 'N', N, a, ld); }},
       {"dgbtrs", "ciiiiaLpbLo", 2 * KL + KU + 1, N + 1, (2 * KL + KU + 1) * N, (2 * KL + KU + 1) * (N + 1), 7,
        [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
          return LAPACKE_dgbtrs(l, 'N', N, KL, KU, NRHS, a, ld, ipiv, b, ldb);
        },
        [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         stock_fn<GbTrans>("LAPACKE_dgb_trans")(l == 101 ? 102 : 101, N, N, KL, KL + KU, in, li, out, lo);
+         STOCK(LAPACKE_dgb_trans)(l == 101 ? 102 : 101, N, N, KL, KL + KU, in, li, out, lo);
        },
-       [](int l, const double* a, lapack_int ld) {
-         return stock_fn<GbNan>("LAPACKE_dgb_nancheck")(l, N, N, KL, KL + KU, a, ld);
-       }},
+       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dgb_nancheck)(l, N, N, KL, KL + KU, a, ld); }},
       {"dpbtrs", "ciiiaLbLo", KD + 1, N + 1, (KD + 1) * N, (KD + 1) * (N + 1), 6,
        [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
          return LAPACKE_dpbtrs(l, 'U', N, KD, NRHS, a, ld, b, ldb);
        },
        [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         stock_fn<SbTrans>("LAPACKE_dpb_trans")(l == 101 ? 102 : 101, 'U', N, KD, in, li, out, lo);
+         STOCK(LAPACKE_dpb_trans)(l == 101 ? 102 : 101, 'U', N, KD, in, li, out, lo);
        },
-       [](int l, const double* a, lapack_int ld) {
-         return stock_fn<SbNan>("LAPACKE_dpb_nancheck")(l, 'U', N, KD, a, ld);
-       }},
+       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dpb_nancheck)(l, 'U', N, KD, a, ld); }},
       {"dtbtrs", "ccciiiaLbLo", KD + 1, N + 1, (KD + 1) * N, (KD + 1) * (N + 1), 8,
        [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
          return LAPACKE_dtbtrs(l, 'L', 'N', 'N', N, KD, NRHS, a, ld, b, ldb);
        },
        [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         stock_fn<TbTrans>("LAPACKE_dtb_trans")(l == 101 ? 102 : 101, 'L', 'N', N, KD, in, li, out, lo);
+         STOCK(LAPACKE_dtb_trans)(l == 101 ? 102 : 101, 'L', 'N', N, KD, in, li, out, lo);
        },
-       [](int l, const double* a, lapack_int ld) {
-         return stock_fn<TbNan>("LAPACKE_dtb_nancheck")(l, 'L', 'N', N, KD, a, ld);
-       }},
+       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dtb_nancheck)(l, 'L', 'N', N, KD, a, ld); }},
       {"dpptrs", "ciiabLo", 0, 0, kPacked, kPacked, 5,
        [](int l, double* a, lapack_int, double* b, lapack_int ldb) {
          return LAPACKE_dpptrs(l, 'U', N, NRHS, a, b, ldb);
        },
        [](int l, const double* in, lapack_int, double* out, lapack_int) {
-         stock_fn<SpTrans>("LAPACKE_dpp_trans")(l == 101 ? 102 : 101, 'U', N, in, out);
+         STOCK(LAPACKE_dpp_trans)(l == 101 ? 102 : 101, 'U', N, in, out);
        },
-       [](int, const double* a, lapack_int) { return stock_fn<SpNan>("LAPACKE_dpp_nancheck")(N, a); }},
+       [](int, const double* a, lapack_int) { return STOCK(LAPACKE_dpp_nancheck)(N, a); }},
       {"dtptrs", "ccciiabLo", 0, 0, kPacked, kPacked, 7,
        [](int l, double* a, lapack_int, double* b, lapack_int ldb) {
          return LAPACKE_dtptrs(l, 'L', 'N', 'N', N, NRHS, a, b, ldb);
        },
        [](int l, const double* in, lapack_int, double* out, lapack_int) {
-         stock_fn<TpTrans>("LAPACKE_dtp_trans")(l == 101 ? 102 : 101, 'L', 'N', N, in, out);
+         STOCK(LAPACKE_dtp_trans)(l == 101 ? 102 : 101, 'L', 'N', N, in, out);
        },
-       [](int l, const double* a, lapack_int) { return stock_fn<TpNan>("LAPACKE_dtp_nancheck")(l, 'L', 'N', N, a); }},
+       [](int l, const double* a, lapack_int) { return STOCK(LAPACKE_dtp_nancheck)(l, 'L', 'N', N, a); }},
       {"dpftrs", "cciiabLo", 0, 0, kPacked, kPacked, 6,
        [](int l, double* a, lapack_int, double* b, lapack_int ldb) {
          return LAPACKE_dpftrs(l, 'N', 'U', N, NRHS, a, b, ldb);
        },
        [](int l, const double* in, lapack_int, double* out, lapack_int) {
-         stock_fn<PfTrans>("LAPACKE_dpf_trans")(l == 101 ? 102 : 101, 'N', 'U', N, in, out);
+         STOCK(LAPACKE_dpf_trans)(l == 101 ? 102 : 101, 'N', 'U', N, in, out);
        },
-       [](int, const double* a, lapack_int) { return stock_fn<SpNan>("LAPACKE_dpf_nancheck")(N, a); }},
+       [](int, const double* a, lapack_int) { return STOCK(LAPACKE_dpf_nancheck)(N, a); }},
   };
 }
 
@@ -317,10 +294,9 @@ INSTANTIATE_TEST_SUITE_P(Shapes, LapackeProbe, ::testing::Range<size_t>(0, 9));
 
 // Workspace queries: -1 in every length, the answers read back, the arrays allocated at
 // that size, and the next call made with it.
-TEST(LapackeProbeQuery, WorkAndIworkSizesComeFromTheQuery) {
-  qnl_probe_reset();
-  qnl_probe_set_hook(hook);
-  g_seen = Seen{};
+struct LapackeProbeQuery : LapackeProbe {};
+
+TEST_F(LapackeProbeQuery, WorkAndIworkSizesComeFromTheQuery) {
   // dsyevd: jobz uplo n a lda w work lwork iwork liwork info
   g_seen.work_word = 6;
   g_seen.lwork_word = 7;
@@ -335,13 +311,9 @@ TEST(LapackeProbeQuery, WorkAndIworkSizesComeFromTheQuery) {
   EXPECT_EQ(g_seen.liworks[0], -1);
   EXPECT_EQ(g_seen.lworks[1], 100);
   EXPECT_EQ(g_seen.liworks[1], 40);
-  qnl_probe_set_hook(nullptr);
 }
 
-TEST(LapackeProbeQuery, FixedWorkspaceBeforeTheQueryAndComplexAnswerByItsRealPart) {
-  qnl_probe_reset();
-  qnl_probe_set_hook(hook);
-  g_seen = Seen{};
+TEST_F(LapackeProbeQuery, FixedWorkspaceBeforeTheQueryAndComplexAnswerByItsRealPart) {
   // zheev: jobz uplo n a lda w work lwork rwork info; the answer's real part is read.
   g_seen.work_word = 6;
   g_seen.lwork_word = 7;
@@ -357,7 +329,6 @@ TEST(LapackeProbeQuery, FixedWorkspaceBeforeTheQueryAndComplexAnswerByItsRealPar
   EXPECT_EQ(qnl_probe_allocations() - before, 2);
   EXPECT_EQ(qnl_probe_last_allocation_size(), 21u * 16);
   EXPECT_EQ(qnl_probe_live_allocations(), 0);
-  qnl_probe_set_hook(nullptr);
 }
 
 }  // namespace

@@ -13,7 +13,8 @@ bodies, the exported selectors and the export list.
 import re
 from pathlib import Path
 
-from .common import banner, split_top, write_if_changed
+from .common import split_top
+from .model import TWIN, Entry, Family, Param
 
 TYPES = {"s": "float", "d": "double", "c": "lapack_complex_float", "z": "lapack_complex_double",
          "i": "lapack_int", "l": "lapack_logical"}
@@ -25,7 +26,6 @@ SHAPE_PARAMS = {
     "gb": ("d", "d", "d", "d", "ld"), "sb": ("r0", "d", "d", "ld"), "tb": ("r0", "r1", "d", "d", "ld"),
     "sp": ("r0", "d"), "tp": ("r0", "r1", "d"), "pf": ("r0", "r1", "d"), "tf": ("r0", "r1", "r2", "d"),
 }
-ARG_RE = re.compile(r"^(\w+):(c|e|i|o|I|f|s@\w|r@\w!?|[WF]\[.*?\]@\w|v\[.*?\]@\w/\w+!?|(\w\w)\[(.*?)\]@(\w)/(\w+)(!\w*)?)$")
 
 
 class Arg:
@@ -50,14 +50,20 @@ class Routine:
         self.has_info = True
 
 
-def cxx_expr(expr, index):
-    """A length expression over argument names -> C++ over the twin's lapack_int values."""
+FUNCS = ("max", "min", "abs", "byrange")
+
+
+def cxx_expr(expr, index, letters=()):
+    """A length expression over argument names -> C++ over the twin's lapack_int values
+    (V) and option letters (L)."""
     def name(m):
         w = m.group(0)
-        if w in ("max", "min"):
+        if w in FUNCS:
             return "qnl::lapacke::g" + w
+        if w in letters:
+            return f"L({index[w]})"
         if w.isdigit():
-            return f"lapack_int({w})"
+            return f"I({w})"
         if w not in index:
             raise KeyError(w)
         return f"V({index[w]})"
@@ -95,7 +101,7 @@ def classify(r):
             lengths.add(m.group(1))
     body, slot = [], 0
     high_names = set()
-    hpos = 1
+    hpos = 0 if "+nolayout" in r.flags else 1
     for a in r.args:
         if a.code.startswith(("W", "F")) or a.name in lengths:
             continue
@@ -107,9 +113,9 @@ def classify(r):
         nonlocal slot
         if high_only:
             for w in re.findall(r"[a-z_]\w*", expr):
-                if w not in ("max", "min") and w not in high_names:
+                if w not in FUNCS and w not in high_names:
                     raise ValueError(f"length of a high-level array uses {w}")
-        body.append(f"  d[{slot}] = {cxx_expr(expr, index)};")
+        body.append(f"  d[{slot}] = {cxx_expr(expr, index, {a.name for a in r.args if a.code == 'c'})};")
         slot += 1
         return slot - 1
 
@@ -131,9 +137,11 @@ def classify(r):
             m = re.match(r"W\[(\w+)\]@(\w)", c)
             a.kind, a.type, a.ld = "kWork", m.group(2), index[m.group(1)]
         elif c.startswith("F["):
-            m = re.match(r"F\[(.*)\]@(\w)$", c)
+            m = re.match(r"F\[(.*)\]@(\w)(?:\?(\w+)=(\w+))?$", c)
             a.kind, a.type = "kFixed", m.group(2)
             a.dims = [slot_for(m.group(1), True)]
+            if m.group(3):  # allocated only when that letter argument asks for it
+                a.cond, a.letters = index[m.group(3)], m.group(4)
         elif c.startswith("v["):
             m = re.match(r"v\[(.*)\]@(\w)/(\w+)(!?)$", c)
             a.kind, a.type = "kVector", m.group(2)
@@ -201,6 +209,7 @@ def address(a):
     return f"const_cast<void*>(static_cast<const void*>({a.name}))"
 
 
+FLAGS = {"+nocopy": "kNoCopy", "+nolayout": "kNoLayout", "+pack": "kPack"}
 CALLBACKS = {"s": ("LAPACK_S_SELECT2", "LAPACK_S_SELECT3"), "d": ("LAPACK_D_SELECT2", "LAPACK_D_SELECT3"),
              "c": ("LAPACK_C_SELECT1", "LAPACK_C_SELECT2"), "z": ("LAPACK_Z_SELECT1", "LAPACK_Z_SELECT2")}
 
@@ -235,53 +244,102 @@ def with_header_const(p, htype):
     return ("const " if const else "") + bare
 
 
-def emit_routine(r, header):
+# Twin spellings of the header's types: lapack_int and lapack_logical at the layer's width.
+TWIN_TYPES = {"lapack_int": "{I}", "lapack_logical": "{I}", "lapack_complex_float": "std::complex<float>",
+              "lapack_complex_double": "std::complex<double>"}
+CALLBACK_TYPES = {"S_SELECT2": ("float", 2), "S_SELECT3": ("float", 3), "D_SELECT2": ("double", 2),
+                  "D_SELECT3": ("double", 3), "C_SELECT1": ("std::complex<float>", 1),
+                  "C_SELECT2": ("std::complex<float>", 2), "Z_SELECT1": ("std::complex<double>", 1),
+                  "Z_SELECT2": ("std::complex<double>", 2)}
+
+
+def twin_type(ctype):
+    m = re.match(r"LAPACK_(\w_SELECT\d)$", ctype)
+    if m:
+        elem, count = CALLBACK_TYPES[m.group(1)]
+        return f"qnl::lapacke::Callback<{{I}}{f', const {elem}*' * count}>"
+    return re.sub(r"\b\w+\b", lambda w: TWIN_TYPES.get(w.group(0), w.group(0)), ctype)
+
+
+def split_param(text):
+    """'const double* a' -> ('const double*', 'a')."""
+    m = re.match(r"(.*?)(\w+)$", text.strip())
+    return m.group(1).strip(), m.group(2)
+
+
+def twin_param(text, role="p"):
+    ctype, name = split_param(text)
+    return Param(name, twin_type(ctype), role, "value", TWIN, cname=name)
+
+
+def twin_entry(name, result, params, call, **kw):
+    """A C entry with an LP64 and an ILP64 body behind its selector."""
+    return Entry(name, twin_type(result), params, [name], call=call, symbol="qnl_" + name, selector=True,
+                 layered=True, **kw)
+
+
+def header_check(name):
+    # The LP64 body against the public header: a table that disagrees with it does not build.
+    return f"static_assert(std::is_same_v<decltype(&{name}), decltype(&qnl_lp64_{name})>);\n"
+
+
+def routine_entries(r, header):
+    """The two levels of one routine: its record in the shard's prelude, two twin entries."""
     body = classify(r)
     ident = r.name
     hi_name, wk_name = f"LAPACKE_{ident}", f"LAPACKE_{ident}_work"
+    # The packing extensions report under the plain routine name ("LAPACKE_dtppack").
+    said = hi_name.replace("qnl_", "") if "+pack" in r.flags else hi_name
+    res = "lapack_int" if r.result == "i" else {"s": "float", "d": "double"}[r.result]
     rows = []
     for a in r.args:
         refs = ", ".join(str(x) for x in a.refs)
         d = a.dims[0] if a.dims else 0
         rows.append(f"{{qnl::lapacke::{a.kind}, '{a.type}', {a.dir}, {a.nan}, {a.ld}, {{{refs}}}, {d}, {a.hpos}, "
                     f"{a.cond}, \"{a.letters}\"}}")
-    out = [f"// lapacke.sig:{r.line}\n"]
-    out.append(f"static const qnl::lapacke::Arg A_{ident}[] = {{\n    {', '.join(rows)}}};\n")
-    out.append(f"static void D_{ident}(void* const* p, lapack_int* d) {{\n  (void)p;\n  (void)d;\n"
-               + "".join(line + "\n" for line in body) + "}\n")
     # A routine without info (?lacpy, ?laset) gets the arguments alone; the frame's info stays 0.
     nq = len(r.args) + (1 if r.has_info else 0)
     qs = ", ".join(f"qnl::lapack::Any{{q[{k}]}}" for k in range(nq))
     call = f"qnl_lapack_body_{ident}({qs});\n  (void)res;"
-    out.append(f"static void F_{ident}(void* const* q, void* res) {{\n  {call}\n}}\n")
-    flags = " | ".join(["qnl::lapacke::kNoCopy"] if "+nocopy" in r.flags else []) or "0"
-    out.append(f"static const qnl::lapacke::Routine<lapack_int> R_{ident} = {{\"{hi_name}\", \"{wk_name}\", "
-               f"A_{ident}, {len(r.args)}, {flags}, D_{ident}, F_{ident}}};\n")
-    hparams, wparams, haddr, waddr = [], [], [], []
-    htypes = header[hi_name][1][1:]
-    wtypes = header[wk_name][1][1:]
-    hk = 0
+    if r.result != "i":  # a function: its value goes to `res`
+        call = f"*static_cast<{res}*>(res) = qnl_lapack_body_{ident}({qs});"
+    flags = " | ".join(f"qnl::lapacke::{FLAGS[f]}" for f in r.flags if f in FLAGS) or "0"
+    prelude = (f"// lapacke.sig:{r.line}\n"
+               f"const qnl::lapacke::Arg A_{ident}[] = {{\n    {', '.join(rows)}}};\n"
+               f"template <class I>\nvoid D_{ident}(void* const* p, I* d) {{\n  (void)p;\n  (void)d;\n"
+               + "".join(line + "\n" for line in body) + "}\n"
+               f"void F_{ident}(void* const* q, void* res) {{\n  {call}\n}}\n"
+               f"template <class I>\nconst qnl::lapacke::Routine<I> R_{ident} = {{\"{said}\", \"{said}_work\", "
+               f"A_{ident}, {len(r.args)}, {flags}, D_{ident}<I>, F_{ident}}};\n")
+    layout = "+nolayout" not in r.flags
+    htypes = header[hi_name][1][layout:]
+    wtypes = header[wk_name][1][layout:]
+    wparams, hparams, haddr, waddr = [], [], [], []
     for k, a in enumerate(r.args):
         p = with_header_const(c_param(a), wtypes[k])
         if p is None:
             p = f"{wtypes[k].rsplit(' ', 1)[0]} {a.name}"
-        wparams.append(p)
+        wparams.append(twin_param(p))
         waddr.append(address(a))
         if a.hpos:
-            hparams.append(p)
+            hparams.append(twin_param(p))
             haddr.append(address(a))
-            hk += 1
         else:
             haddr.append("nullptr")
-    if hk != len(htypes):
-        raise ValueError(f"{ident}: the high level has {len(htypes)} arguments in the header, {hk} in the table")
-    res = "lapack_int" if r.result == "i" else {"s": "float", "d": "double"}[r.result]
+    if len(hparams) != len(htypes):
+        raise ValueError(f"{ident}: the high level has {len(htypes)} arguments in the header, "
+                         f"{len(hparams)} in the table")
+    # Routines without a matrix have no layout argument: the frame sees column-major.
+    lead = [Param("matrix_layout", "int", "L", "value", TWIN, cname="matrix_layout")] if layout else []
+    lay = "matrix_layout" if layout else "qnl::lapacke::kColMajor"
+    value = "" if r.result == "i" else f"_value<{res}>"
+    out = []
     for nm, params, addrs, fn in ((hi_name, hparams, haddr, "high"), (wk_name, wparams, waddr, "middle")):
-        out.append(f"extern \"C\" QNL_HIDDEN decltype({nm}) QNL_TWIN({nm});\n"
-                   f"{res} QNL_TWIN({nm})(int matrix_layout, {', '.join(params)}) {{\n"
-                   f"  void* const qnl_args[] = {{{', '.join(addrs)}}};\n"
-                   f"  return qnl::lapacke::{fn}(R_{ident}, matrix_layout, qnl_args);\n}}\n")
-    return "".join(out) + "\n"
+        call = (f"  void* const qnl_args[] = {{{', '.join(addrs)}}};\n"
+                f"  return qnl::lapacke::{fn}{value}(R_{ident}<{{I}}>, {lay}, qnl_args);\n")
+        out.append(twin_entry(nm, res, lead + params, call, prelude=prelude, after=header_check(nm),
+                              source=f"lapacke.sig:{r.line}"))
+    return out
 
 
 # Kit routine -> (template, [argument names in the template's order]) by its storage letters.
@@ -297,101 +355,57 @@ def kit_call(name, params):
     _, cc, op = m.groups()
     # The symmetric RFP shape is scanned as a vector, and transposed as triangular RFP.
     shape = ("sp" if op == "nancheck" else "pf") if cc == "pf" else KIT_SHAPE[cc]
-    args = [p.rsplit(" ", 1)[1].lstrip("*") for p in params]
+    args = [split_param(p)[1] for p in params]
     if op == "transc":
-        return f"qnl::lapacke::trans_ge<lapack_int>({', '.join(args)}, true)"
+        return f"qnl::lapacke::trans_ge<{{I}}>({', '.join(args)}, true)"
     fn = "nan" if op == "nancheck" else "trans"
-    return f"qnl::lapacke::{fn}_{shape}<lapack_int>({', '.join(args)})"
+    return f"qnl::lapacke::{fn}_{shape}<{{I}}>({', '.join(args)})"
 
 
-def selector(name):
-    """The exported name: a jump to the twin of the interface layer, arguments untouched."""
-    return (f"extern \"C\" QNL_HIDDEN void qnl_lp64_{name}();\nextern \"C\" QNL_HIDDEN void qnl_ilp64_{name}();\n"
-            f"QNL_C_SELECTOR({name}, qnl_lp64_{name}, qnl_ilp64_{name})\n")
-
-
-def main(argv):
-    table, lapack_sig, lapack_ext, utils_h, lapacke_h, outdir, count = argv
-    out = Path(outdir)
-    routines = parse(table)
-    fortran = fortran_names(lapack_sig, lapack_ext)
-    header = header_types(Path(lapacke_h).read_text())
-    kit = header_types(Path(utils_h).read_text())
-    emitted, status = [], []
-    for r in routines:
-        if r.skip is None and r.result != "i":
-            r.skip = "function-valued"
-        if r.skip is None:
-            f = fortran.get(r.name)
-            if f is None:
-                r.skip = "no Fortran entry"
-            elif f[1] not in (len(r.args), len(r.args) + 1):
-                r.skip = "Fortran entry has other arguments"
-            else:
-                r.has_info = f[1] == len(r.args) + 1
-        if r.skip is None:
-            try:
-                text = emit_routine(r, header)
-            except (ValueError, KeyError) as e:
-                r.skip = f"table row: {e}"
-        if r.skip:
-            status.append(f"{r.name} skipped: {r.skip}")
-            continue
-        status.append(f"{r.name} template")
-        emitted.append((r, text))
-    count = int(count)
-    per = -(-len(emitted) // count)
-    src = f"{table}"
-    pre = ("#include <cstdint>\n\n#ifdef LAPACK_ILP64\n#define QNL_TWIN(x) qnl_ilp64_##x\n#else\n"
-           "#define QNL_TWIN(x) qnl_lp64_##x\n#endif\n#include \"lapacke.h\"\n#include \"lapacke_utils.h\"\n"
-           "#include \"lapack_frame.h\"\n#include \"lapack_gen.h\"\n#include \"lapacke_frame.h\"\n"
-           "#include \"lapacke_kit.h\"\n\n"
-           "#define V(k) (*static_cast<const lapack_int*>(p[k]))\n")
-    for k in range(count):
-        part = emitted[k * per:(k + 1) * per]
-        text = [banner(src), pre, "\n"] + [t for _, t in part]
-        if k == 0:
-            text.append(kit_bodies(kit))
-        write_if_changed(out / f"lapacke_entries_{k}.inc", "".join(text))
-        # Each shard is built twice: the LP64 twin, and the ILP64 twin with 64-bit lapack_int.
-        for width, define in (("lp64", ""), ("ilp64", "#define LAPACK_ILP64\n")):
-            write_if_changed(out / f"lapacke_{width}_{k}.cpp",
-                             f"{banner(src)}{define}#define LAPACK_COMPLEX_CPP\n"
-                             f"#include \"lapacke_entries_{k}.inc\"\n")
-    sel = [banner(src), "#include \"c_select.h\"\n#include \"entry.h\"\n\n"]
-    names = []
-    for r, _ in emitted:
-        for nm in (f"LAPACKE_{r.name}", f"LAPACKE_{r.name}_work"):
-            sel.append(selector(nm))
-            names.append(nm)
+def kit_entries(kit):
+    """The layout kit, the error printer, the character compare and the NaN flag."""
+    calls = {"LAPACKE_xerbla": "qnl::lapacke::xerbla<{I}>(name, info)", "LAPACKE_lsame": "qnl::lapacke::lsame(ca, cb)",
+             "LAPACKE_get_nancheck": "qnl::lapacke::get_nancheck<{I}>()",
+             "LAPACKE_set_nancheck": "qnl::lapacke::set_nancheck<{I}>(flag)"}
+    out = []
     for nm, (res, params) in kit.items():
-        if kit_call(nm, params[0:]) or nm in ("LAPACKE_xerbla", "LAPACKE_lsame"):
-            sel.append(selector(nm))
-            names.append(nm)
-    for nm in ("LAPACKE_get_nancheck", "LAPACKE_set_nancheck"):
-        sel.append(selector(nm))
-        names.append(nm)
-    write_if_changed(out / "lapacke_select.cpp", "".join(sel))
-    names.append("LAPACKE_ilaver")
-    write_if_changed(out / "lapacke.names", "\n".join(names) + "\n")
-    write_if_changed(out / "lapacke_routines.txt", "\n".join(status) + "\n")
-
-
-def kit_bodies(kit):
-    out = ["// The layout kit, the error printer, the character compare and the NaN flag.\n"]
-    for nm, (res, params) in kit.items():
-        call = kit_call(nm, params)
-        if nm == "LAPACKE_xerbla":
-            call = "qnl::lapacke::xerbla<lapack_int>(name, info)"
-        elif nm == "LAPACKE_lsame":
-            call = "qnl::lapacke::lsame(ca, cb)"
+        call = calls.get(nm) or kit_call(nm, params)
         if call is None:
             continue
         ret = "return " if res != "void" else ""
-        out.append(f"extern \"C\" QNL_HIDDEN decltype({nm}) QNL_TWIN({nm});\n"
-                   f"{res} QNL_TWIN({nm})({', '.join(params)}) {{\n  {ret}{call};\n}}\n")
-    out.append("extern \"C\" QNL_HIDDEN decltype(LAPACKE_get_nancheck) QNL_TWIN(LAPACKE_get_nancheck);\n"
-               "int QNL_TWIN(LAPACKE_get_nancheck)(void) { return qnl::lapacke::get_nancheck<lapack_int>(); }\n"
-               "extern \"C\" QNL_HIDDEN decltype(LAPACKE_set_nancheck) QNL_TWIN(LAPACKE_set_nancheck);\n"
-               "void QNL_TWIN(LAPACKE_set_nancheck)(int flag) { qnl::lapacke::set_nancheck<lapack_int>(flag); }\n")
-    return "".join(out)
+        out.append(twin_entry(nm, res, [twin_param(p) for p in params], f"  {ret}{call};\n", after=header_check(nm)))
+    return out
+
+
+HEAD = ("#define LAPACK_COMPLEX_CPP\n#include <complex>\n#include <type_traits>\n\n"
+        "#include \"c_select.h\"\n#include \"lapacke.h\"\n#include \"lapacke_utils.h\"\n"
+        "#include \"lapack_frame.h\"\n#include \"lapack_gen.h\"\n#include \"lapacke_frame.h\"\n"
+        "#include \"lapacke_kit.h\"\n\n#define V(k) (*static_cast<const I*>(p[k]))\n"
+        "#define L(k) (*static_cast<const char*>(p[k]))\n")
+
+
+def family(tables):
+    """lapacke.sig (with the Fortran tables, lapacke_utils.h and lapacke.h) -> the LAPACKE
+    entries: both levels of every routine of the template and the kit, as twin bodies
+    behind selectors, and LAPACKE_ilaver (one hand-written body for both layers). The rows
+    that break the template carry their reason in the table (+skip=); any other row that
+    cannot be built stops the generator."""
+    table, lapack_sig, lapack_ext, utils_h, lapacke_h = tables
+    fortran = fortran_names(lapack_sig, lapack_ext)
+    header = header_types(Path(lapacke_h).read_text())
+    kit = header_types(Path(utils_h).read_text())
+    kit.update({n: header[n] for n in ("LAPACKE_get_nancheck", "LAPACKE_set_nancheck")})
+    entries = []
+    for r in (r for r in parse(table) if r.skip is None):
+        f = fortran.get(r.name)
+        try:
+            if f is None or f[1] not in (len(r.args), len(r.args) + 1):
+                raise ValueError("no Fortran entry of these arguments")
+            r.has_info = f[1] == len(r.args) + 1
+            entries += routine_entries(r, header)
+        except (ValueError, KeyError) as e:
+            raise SystemExit(f"{table}:{r.line}: {r.name}: {e}")
+    entries += kit_entries(kit)
+    entries.append(Entry("LAPACKE_ilaver", "void", [], ["LAPACKE_ilaver"], hidden=False, header=False))
+    return Family("lapacke", table, entries, head=HEAD,
+                  header_head='#include <complex>\n\n#include "lapacke_frame.h"\n')

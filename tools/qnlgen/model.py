@@ -149,6 +149,7 @@ class Entry:
     hidden: bool = True    # generated here; False for a hand-written body
     header: bool = True    # declared in <name>_gen.h
     width_exports: bool = False  # twins: the bodies are also exported as <export>_lp64/_ilp64
+    layered: bool = False  # twin bodies even without a twin parameter (state kept per layer)
     data: object = None    # the family's own record
 
     @property
@@ -157,7 +158,7 @@ class Entry:
 
     @property
     def twin(self):
-        return any(p.width == TWIN for p in self.params)
+        return self.layered or any(p.width == TWIN for p in self.params)
 
     def twin_body(self, width):
         """The body of a layer: its own for a twin, the one body otherwise."""
@@ -187,7 +188,8 @@ class Entry:
         """The body (or twin bodies), their aliases, and the selectors of a C layer."""
         out = [self.before]
         for sym, integer, width in self.bodies():
-            out.append(f"extern \"C\" QNL_HIDDEN {self.result} {sym}({self.prototype(integer)}) {{\n"
+            result = self.result.replace("{I}", integer)
+            out.append(f"extern \"C\" QNL_HIDDEN {result} {sym}({self.prototype(integer)}) {{\n"
                        f"{self.call.replace('{I}', integer)}}}\n")
             if self.width_exports and width:
                 out += [f"QNL_ALIAS({sym}, {s}_{width})\n" for s in self.exports]
@@ -200,7 +202,8 @@ class Entry:
         return "".join(out) + "\n"
 
     def declarations(self):
-        return [f"extern \"C\" QNL_HIDDEN {self.result} {sym}({self.prototype(integer, named=False)});\n"
+        return [f"extern \"C\" QNL_HIDDEN {self.result.replace('{I}', integer)} {sym}"
+                f"({self.prototype(integer, named=False)});\n"
                 for sym, integer, _ in self.bodies()]
 
 
@@ -266,7 +269,8 @@ def shard(items, count):
 def entry_source(family, part):
     # Each shard sees the prototypes of its own bodies: a definition that strays fails to build.
     text = [banner(family.label), family.head, f'#include "{family.name}_gen.h"\n\n']
-    preludes = [e.prelude for e in part if e.prelude]
+    # Entries may share a prelude (the two levels of one routine): it appears once.
+    preludes = list(dict.fromkeys(e.prelude for e in part if e.prelude))
     if preludes:
         # Traits stay in an unnamed namespace; the bodies are extern "C" and hidden.
         text += ["namespace {\n"] + preludes + ["}  // namespace\n\n"]
