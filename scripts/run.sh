@@ -17,8 +17,10 @@ for example in linear_algebra_c linear_algebra_f lapacke_rowmajor; do
   echo "== $example (QNL_VERBOSE=1)"
   QNL_VERBOSE=1 build/bin/$example
 done
-# Vector math and transforms. Only quiet: with tracing on, the vector-math
+# Vector math, transforms and random numbers. Only quiet: with tracing on, the vector-math
 # kernel libraries are looked for in the executable's folder, not beside the
 # facade, and build/bin holds none.
-echo "== signal (quiet)"
-build/bin/signal
+for example in signal random_numbers; do
+  echo "== $example (quiet)"
+  build/bin/$example
+done
