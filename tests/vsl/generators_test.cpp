@@ -176,7 +176,8 @@ class StreamOps : public ::testing::TestWithParam<Gen> {
 
 TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   void* a = make();
-  draw(a, 37);  // mid-block state
+  EXPECT_EQ(static_cast<char*>(a)[4], 1);  // the stream tag the facade checks
+  draw(a, 37);                             // mid-block state
   void *copy = nullptr, *fromMem = nullptr, *fromFile = nullptr;
   ASSERT_EQ(__vslCopyStream(&copy, a), 0);
   std::vector<char> mem(__vslGetStreamSize(a));
@@ -212,7 +213,10 @@ TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   } else {
     EXPECT_EQ(__vslLeapfrogStream(l, 2, 7), VSL_RNG_ERROR_LEAPFROG_UNSUPPORTED);
   }
-  for (void* p : {a, copy, fromMem, fromFile, base, s, l}) ASSERT_EQ(__vslDeleteStream(&p), 0);
+  for (void* p : {a, copy, fromMem, fromFile, base, s, l}) {
+    ASSERT_EQ(__vslDeleteStream(&p), 0);
+    EXPECT_EQ(p, nullptr);
+  }
   std::remove(file.c_str());
 }
 INSTANTIATE_TEST_SUITE_P(All, StreamOps, ::testing::ValuesIn(kGens),
