@@ -159,6 +159,8 @@ const Gen kGens[] = {{VSL_BRNG_MCG31, {42}, true, true},        {VSL_BRNG_R250, 
                      {VSL_BRNG_NIEDERR, {5}, true, true},       {VSL_BRNG_MT19937, {42}, true, false},
                      {VSL_BRNG_SFMT19937, {42}, false, false},  {VSL_BRNG_PHILOX4X32X10, {42}, true, false}};
 
+void PrintTo(const Gen& g, std::ostream* os) { *os << "family " << (g.brng >> VSL_BRNG_SHIFT); }
+
 class StreamOps : public ::testing::TestWithParam<Gen> {
  protected:
   void* make() {
