@@ -3,9 +3,8 @@
  * libraries that implement them.
  *
  * Generator numbering. A generator number is a family index shifted left by
- * VSL_BRNG_SHIFT (20) bits; the low 20 bits select a member of a family of
- * independent generators (MT2203 members 0..VSL_MT2203_FAMILY-1) and are
- * 0 for every other family. Families 1..13 are built in, 14..16 are the
+ * VSL_BRNG_SHIFT (20) bits; the low 20 bits are kept for the members of a
+ * family of independent generators (MT2203, reserved) and must be 0. Families 1..13 are built in, 14..16 are the
  * abstract streams; generators added with
  * vslRegisterBrng get the families from VSL_BRNG_USER_FIRST on, in order of
  * registration. A number whose family is unknown is rejected with
@@ -38,7 +37,7 @@ extern "C" {
 #define VSL_BRNG_SOBOL (6 * VSL_BRNG_INC)          /* Joe-Kuo direction numbers, dimension 1..40 */
 #define VSL_BRNG_NIEDERR (7 * VSL_BRNG_INC)        /* base 2, dimension 1..40 */
 #define VSL_BRNG_MT19937 (8 * VSL_BRNG_INC)        /* the sequence of std::mt19937 */
-#define VSL_BRNG_MT2203 (9 * VSL_BRNG_INC)         /* family of VSL_MT2203_FAMILY members */
+#define VSL_BRNG_MT2203 (9 * VSL_BRNG_INC)         /* reserved: not built, VSL_ERROR_FEATURE_NOT_IMPLEMENTED */
 #define VSL_BRNG_SFMT19937 (10 * VSL_BRNG_INC)     /* SIMD-oriented Mersenne twister */
 #define VSL_BRNG_NONDETERM (11 * VSL_BRNG_INC)     /* the processor's RDRAND */
 #define VSL_BRNG_ARS5 (12 * VSL_BRNG_INC)          /* AES rounds on a counter, 5 rounds */
@@ -51,8 +50,21 @@ extern "C" {
 #define VSL_MT2203_FAMILY 64
 #define VSL_QRNG_MAX_DIMENSION 40
 
-/* Seed words of quasi-random generators: params[0] is the dimension. */
-/* Seed word of VSL_BRNG_NONDETERM: params[0] is the source (only RDRAND). */
+/* Seed words (vslNewStreamEx's params):
+ *  MCG31, R250, MT19937, SFMT19937: params[0] (MT19937 with more words: the
+ *    reference initialisation by array); MCG59: params[0] low, params[1] high;
+ *  WH: one word per component; MRG32k3a: x[n-3..n-1] then y[n-3..n-1], missing 1;
+ *  PHILOX4X32X10: two key words, then the four words of the 128-bit counter;
+ *  ARS5: four key words, then the counter;
+ *  SOBOL, NIEDERR: params[0] is the dimension, 1..VSL_QRNG_MAX_DIMENSION; the
+ *    output is the points' coordinates in order, from point 1 (the origin is
+ *    skipped); leapfrog with nstreams = dimension and k picks coordinate k;
+ *  NONDETERM: params[0] the source (VSL_BRNG_RDRAND), params[1] the retries.
+ * Skip-ahead: MCG31, MCG59, WH, MRG32k3a, MT19937, Philox, ARS5, Sobol,
+ * Niederreiter. Leapfrog: MCG31, MCG59, WH, Sobol, Niederreiter.
+ * viRngUniformBits writes the generator's own integers as n 32-bit words
+ * (MCG59: two words per number, low word first); viRngUniformBits32/64 give
+ * 32/64 uniform bits per element whatever the generator. */
 #define VSL_BRNG_RDRAND 0
 #define VSL_BRNG_NONDETERM_NRETRIES 10
 
@@ -100,7 +112,10 @@ extern "C" {
 #define VSL_RNG_METHOD_POISSONV_POISNORM 0
 #define VSL_RNG_METHOD_NEGBINOMIAL_NBAR 0 /* Poisson of a gamma */
 
-/* Storage of the Cholesky factor of vdRngGaussianMV */
+/* Storage of the lower-triangular factor T (variance T T') of
+ * vdRngGaussianMV, by rows: FULL dimen x dimen (T[i][j] at i*dimen + j),
+ * PACKED (row i holds i + 1 entries, starting at i(i+1)/2), DIAGONAL (T[i][i]
+ * at i). Vector k is r[k*dimen .. k*dimen + dimen - 1] = a + T z. */
 #define VSL_MATRIX_STORAGE_FULL 0
 #define VSL_MATRIX_STORAGE_PACKED 1
 #define VSL_MATRIX_STORAGE_DIAGONAL 2

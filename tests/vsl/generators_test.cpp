@@ -159,6 +159,8 @@ const Gen kGens[] = {{VSL_BRNG_MCG31, {42}, true, true},        {VSL_BRNG_R250, 
                      {VSL_BRNG_NIEDERR, {5}, true, true},       {VSL_BRNG_MT19937, {42}, true, false},
                      {VSL_BRNG_SFMT19937, {42}, false, false},  {VSL_BRNG_PHILOX4X32X10, {42}, true, false}};
 
+void PrintTo(const Gen& g, std::ostream* os) { *os << "family " << (g.brng >> VSL_BRNG_SHIFT); }
+
 class StreamOps : public ::testing::TestWithParam<Gen> {
  protected:
   void* make() {
@@ -176,7 +178,8 @@ class StreamOps : public ::testing::TestWithParam<Gen> {
 
 TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   void* a = make();
-  draw(a, 37);  // mid-block state
+  EXPECT_EQ(static_cast<char*>(a)[4], 1);  // the stream tag the facade checks
+  draw(a, 37);                             // mid-block state
   void *copy = nullptr, *fromMem = nullptr, *fromFile = nullptr;
   ASSERT_EQ(__vslCopyStream(&copy, a), 0);
   std::vector<char> mem(__vslGetStreamSize(a));
@@ -212,7 +215,10 @@ TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   } else {
     EXPECT_EQ(__vslLeapfrogStream(l, 2, 7), VSL_RNG_ERROR_LEAPFROG_UNSUPPORTED);
   }
-  for (void* p : {a, copy, fromMem, fromFile, base, s, l}) ASSERT_EQ(__vslDeleteStream(&p), 0);
+  for (void* p : {a, copy, fromMem, fromFile, base, s, l}) {
+    ASSERT_EQ(__vslDeleteStream(&p), 0);
+    EXPECT_EQ(p, nullptr);
+  }
   std::remove(file.c_str());
 }
 INSTANTIATE_TEST_SUITE_P(All, StreamOps, ::testing::ValuesIn(kGens),

@@ -8,6 +8,8 @@
 namespace qnl_vsl {
 namespace {
 
+inline int to_int(long long k) { return k < 2147483647 ? static_cast<int>(k) : 2147483647; }
+
 // A distribution on lo..hi known through its mode's mass and the ratios
 // f(k + 1) / f(k). The masses around the mode are summed once per call.
 struct ModeInversion {
@@ -152,7 +154,7 @@ int poisson(int method, void* s, int n, int* r, double lambda) {
   Uniforms u(s);
   if (method == VSL_RNG_METHOD_POISSON_PTPE) {
     PoissonExact pe(lambda);
-    for (int i = 0; i < n; ++i) r[i] = static_cast<int>(pe.draw(u));
+    for (int i = 0; i < n; ++i) r[i] = to_int(pe.draw(u));
   } else {
     auto ratio = [&](long long k) { return lambda / (k + 1.0); };
     ModeInversion inv{0, 2147483647, static_cast<long long>(std::floor(lambda)), 0, 0};
@@ -168,7 +170,7 @@ int poisson_v(void* s, int n, int* r, const double* lambda) {
   Uniforms u(s);
   for (int i = 0; i < n; ++i) {
     if (!(lambda[i] > 0)) return VSL_ERROR_BADARGS;
-    r[i] = static_cast<int>(PoissonExact(lambda[i]).draw(u));
+    r[i] = to_int(PoissonExact(lambda[i]).draw(u));
   }
   return u.rc;
 }
@@ -181,7 +183,7 @@ int negbinomial(void* s, int n, int* r, double a, double p) {
   const double scale = (1 - p) / p;
   for (int i = 0; i < n; ++i) {
     double lam = gamma_one(u, a) * scale;
-    r[i] = lam > 0 ? static_cast<int>(PoissonExact(lam).draw(u)) : 0;
+    r[i] = lam > 0 ? to_int(PoissonExact(lam).draw(u)) : 0;
   }
   return u.rc;
 }

@@ -187,7 +187,6 @@ std::string file_name(const char* fname, long long len) {
 
 }  // namespace
 
-const Brng* brng_of(int brng) { return family(brng); }
 const Brng* brng_of_stream(const void* s) {
   return is_stream(s) ? family(static_cast<const Header*>(s)->brng) : nullptr;
 }

@@ -14,7 +14,9 @@ target_include_directories(qnl_vsl_kernels PRIVATE ${CMAKE_CURRENT_LIST_DIR} ${C
 target_compile_options(qnl_vsl_kernels PRIVATE -O2 -fvisibility=hidden -fvisibility-inlines-hidden
   -Wno-ignored-attributes)
 target_link_libraries(qnl_vsl_kernels PRIVATE sleef)
-target_link_options(qnl_vsl_kernels PRIVATE -Wl,--no-undefined)
+target_link_options(qnl_vsl_kernels PRIVATE -Wl,--no-undefined
+  -Wl,--version-script=${CMAKE_CURRENT_LIST_DIR}/exports.map)
+set_property(TARGET qnl_vsl_kernels APPEND PROPERTY LINK_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/exports.map)
 set_target_properties(qnl_vsl_kernels PROPERTIES OUTPUT_NAME qnl_vsl_kernels)
 # What a kernel library links: the dependency is kept although the kernel
 # library calls nothing in it, since dlsym on its handle is what finds these.

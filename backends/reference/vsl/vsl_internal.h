@@ -46,9 +46,8 @@ constexpr int kHeader = 16;
 inline void* state_of(void* stream) { return static_cast<char*>(stream) + kHeader; }
 inline Header* header_of(void* stream) { return static_cast<Header*>(stream); }
 
-// The table: built-in families and registered ones; null when free.
-const Brng* brng_of(int brng);
-const Brng* brng_of_stream(const void* stream);  // null when not one of ours
+// The family of a live stream of ours, else null.
+const Brng* brng_of_stream(const void* stream);
 
 // Family tables, defined beside each generator.
 extern const Brng kMcg31, kR250, kMrg32k3a, kMcg59, kWh, kSobol, kNiederr, kMt19937, kSfmt19937, kArs5, kPhilox;
@@ -57,13 +56,6 @@ extern const Brng kMcg31, kR250, kMrg32k3a, kMcg59, kWh, kSobol, kNiederr, kMt19
 int uniform01(void* stream, int n, double* r);
 int uniform_ab(void* stream, int n, double* r, double a, double b);
 int bits32(void* stream, int n, unsigned* r);
-
-// Scale n values of [0,1) from a 2^-bits grid into [a, b).
-template <class T>
-inline void scale(T* r, int n, T a, T b) {
-  const T w = b - a;
-  for (int i = 0; i < n; ++i) r[i] = a + w * r[i];
-}
 
 // Fill a double buffer from integer outputs through a conversion per generator.
 template <class T, class Gen>
