@@ -28,7 +28,8 @@
 # the size test is a C++ expression over the routine's integer arguments.
 
 # ---- level 1
-?rotg      sdcz      -  -        a:y b:y c:w s:y
+?rotg      sd        -  -        a:y b:y c:w s:y
+?rotg      cz        -  -        a:y b:e c:w s:y
 ?rotmg     sd        -  -        d1:y d2:y x1:y y1:e param:y
 ?rot       s,d,cs,zd     -  -    n:i x:y incx:i y:y incy:i c:r s:r
 ?rot       c,z           -  -    n:i x:y incx:i y:y incy:i c:r s:a

@@ -34,19 +34,48 @@ constexpr int kPacked = 151, kAMatrix = 161, kBMatrix = 162;
 // The character a report leaves behind when the call goes on: no Fortran entry accepts it.
 inline constexpr char kUndefined[] = "?";
 
+// Whether a C-layer value of type V may stand for the Fortran entry's parameter T*: a
+// typed pointer (or array) only for the same element type, no more const than the
+// parameter allows, an integer array for the layer's integers, an array of addresses by
+// the same rule; an untyped pointer (the C interface's complex data) for any element; a
+// value (integer, scalar) for a read-only address of its own type, an integer for the
+// layer's.
+template <class V, class T>
+constexpr bool passes() {
+  if constexpr (std::is_array_v<V>) {
+    return passes<std::remove_extent_t<V>*, T>();
+  } else if constexpr (std::is_pointer_v<V>) {
+    using U = std::remove_pointer_t<V>;
+    if constexpr (std::is_const_v<U> && !std::is_const_v<T>)
+      return false;
+    else if constexpr (std::is_integral_v<U> && !std::is_same_v<std::remove_cv_t<U>, char>)
+      return std::is_same_v<std::remove_cv_t<T>, QnlLayerInt>;
+    else if constexpr (std::is_pointer_v<U>)  // an array of matrix addresses
+      return std::is_pointer_v<T> && passes<U, std::remove_pointer_t<std::remove_cv_t<T>>>();
+    else
+      return std::is_void_v<U> || std::is_same_v<std::remove_cv_t<U>, std::remove_cv_t<T>>;
+  } else if constexpr (std::is_integral_v<V>) {
+    return std::is_same_v<T, const QnlLayerInt>;
+  } else {
+    return std::is_same_v<T, const V>;
+  }
+}
+
 // The address a Fortran entry reads: a pointer argument stands; a value (integer, real
-// scalar, character-less enumeration) is this frame's own copy. It goes to whatever
-// pointer type the entry's typed prototype names.
+// scalar, complex scalar) is this frame's own copy. It converts to the pointer type the
+// entry's typed prototype names, when `passes` allows it.
+template <class V>
 struct Address {
   void* p;
   template <class T>
   operator T*() const {
+    static_assert(passes<V, T>(), "the C layer passes a value of another type than the entry's");
     return static_cast<T*>(p);
   }
 };
 
 template <class V>
-inline Address ref(V& v) {
+inline Address<V> ref(V& v) {
   if constexpr (std::is_pointer_v<V>)
     return {const_cast<void*>(static_cast<const void*>(v))};
   else

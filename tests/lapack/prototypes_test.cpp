@@ -1,9 +1,10 @@
-// The hidden LAPACK bodies against an independent oracle, the reference LAPACK's own
-// lapack.h: each parameter has the type lapack.h gives it (precision, const-ness,
-// callback), with the layer's integer for lapack_int. A table letter that names the
-// wrong type stops the build here.
+// The hidden bodies' prototypes against independent declarations of the same routines:
+// BLAS against the published C interface (cblas.h: the same arguments in the same order
+// after the layout; an option is characters, a value is read through its address, a
+// complex address is void*), LAPACK against the reference lapack.h (the same types, the
+// layer's integer for lapack_int). A table letter that names the wrong precision or
+// const-ness stops the build here.
 #include <complex>
-#include <cstddef>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -11,17 +12,29 @@
 #define lapack_complex_double std::complex<double>
 #include <lapack.h>
 
+#include "blas_gen.h"
+#include "cblas.h"
 #include "lapack_gen.h"
 
 namespace {
 
+using qnl::blas::cdouble;
+using qnl::blas::cfloat;
+
+template <class C, class B>
+constexpr bool from_cblas() {
+  if constexpr (std::is_enum_v<C>) return std::is_same_v<B, const char*>;
+  if constexpr (std::is_integral_v<C>) return std::is_same_v<B, const QnlLayerInt*>;
+  if constexpr (std::is_floating_point_v<C>) return std::is_same_v<B, const C*>;
+  if constexpr (std::is_same_v<C, const void*>)
+    return std::is_same_v<B, const cfloat*> || std::is_same_v<B, const cdouble*>;
+  if constexpr (std::is_same_v<C, void*>) return std::is_same_v<B, cfloat*> || std::is_same_v<B, cdouble*>;
+  return std::is_same_v<B, C>;
+}
+
 template <class T>
 struct Layer {
-  using type = T;
-};
-template <>
-struct Layer<lapack_int> {
-  using type = QnlLayerInt;
+  using type = std::conditional_t<std::is_same_v<T, lapack_int>, QnlLayerInt, T>;
 };
 template <class T>
 struct Layer<const T> {
@@ -36,45 +49,40 @@ struct Layer<R (*)(A...)> {
   using type = typename Layer<R>::type (*)(typename Layer<A>::type...);
 };
 
-// lapack.h's parameters, with its hidden lengths (size_t, last) left out.
-template <class Stock, class Body>
-struct Agrees;
-template <class SR, class... S, class BR, class... B>
-struct Agrees<SR (*)(S...), BR (*)(B...)> {
-  template <size_t... K>
-  static constexpr bool at(std::index_sequence<K...>) {
-    using Params = std::tuple<typename Layer<S>::type...>;
-    return (std::is_same_v<std::tuple_element_t<K, Params>, B> && ...);
-  }
-  static constexpr bool value = sizeof...(B) <= sizeof...(S) && at(std::index_sequence_for<B...>{});
-};
+// Each body parameter against the declaration's, after CBLAS's layout; lapack.h's hidden
+// lengths at the end are left out.
+template <bool Cblas, size_t Skip, class P, class... B, size_t... K>
+constexpr bool each(std::index_sequence<K...>) {
+  if constexpr (Cblas) return (from_cblas<std::tuple_element_t<K + Skip, P>, B>() && ...);
+  return (std::is_same_v<typename Layer<std::tuple_element_t<K, P>>::type, B> && ...);
+}
+template <bool Cblas, class SR, class... S, class BR, class... B>
+constexpr bool agree(SR (*)(S...), BR (*)(B...)) {
+  constexpr size_t skip = Cblas ? sizeof...(S) - sizeof...(B) : 0;
+  return sizeof...(B) <= sizeof...(S) && each<Cblas, skip, std::tuple<S...>, B...>(std::index_sequence_for<B...>{});
+}
 
-// `stock` is lapack.h's declaration: LAPACK_x, or LAPACK_x_base for a routine with characters.
-#define QNL_AGREES(stock, name) \
-  static_assert(Agrees<decltype(&stock), decltype(&qnl_lapack_body_##name)>::value, #name " differs from lapack.h")
+#define QNL_BLAS(name) agree<true>(decltype(&cblas_##name){}, decltype(&qnl_body_##name){})
+// `stock`: LAPACK_x, or LAPACK_x_base for a routine with characters
+#define QNL_LAPACK(stock, name) agree<false>(decltype(&stock){}, decltype(&qnl_lapack_body_##name){})
 
-// Every kind of data letter: own precision read and written, the real values of a complex
-// routine, another precision, and the callbacks of one to three arguments.
-QNL_AGREES(LAPACK_dgesv, dgesv);
-QNL_AGREES(LAPACK_dsgesv, dsgesv);
-QNL_AGREES(LAPACK_zcgesv, zcgesv);
-QNL_AGREES(LAPACK_dlarfg, dlarfg);
-QNL_AGREES(LAPACK_zheev_base, zheev);
-QNL_AGREES(LAPACK_cgecon_base, cgecon);
-QNL_AGREES(LAPACK_zgesvd_base, zgesvd);
-QNL_AGREES(LAPACK_dgetrs_base, dgetrs);
-QNL_AGREES(LAPACK_cgees_base, cgees);
-QNL_AGREES(LAPACK_dgees_base, dgees);
-QNL_AGREES(LAPACK_sgges_base, sgges);
-QNL_AGREES(LAPACK_zgges3_base, zgges3);
-QNL_AGREES(LAPACK_ssytrd_2stage_base, ssytrd_2stage);
-// Hand-classified rows of the table.
-QNL_AGREES(LAPACK_zgeqr, zgeqr);
-QNL_AGREES(LAPACK_cgemlq_base, cgemlq);
-QNL_AGREES(LAPACK_zggsvd_base, zggsvd);
-QNL_AGREES(LAPACK_cgelsd, cgelsd);
-QNL_AGREES(LAPACK_zgejsv_base, zgejsv);
-QNL_AGREES(LAPACK_dlacn2, dlacn2);
-QNL_AGREES(LAPACK_dbdsdc_base, dbdsdc);
+// Each level, and the mixed precisions: real scalars of complex routines, single precision
+// vectors of a double result, real and complex sines.
+static_assert(QNL_BLAS(srotg) && QNL_BLAS(drotmg) && QNL_BLAS(srot) && QNL_BLAS(zdrot) && QNL_BLAS(csscal) &&
+              QNL_BLAS(caxpy) && QNL_BLAS(dsdot) && QNL_BLAS(sdsdot) && QNL_BLAS(dznrm2));
+static_assert(QNL_BLAS(dgemv) && QNL_BLAS(cgbmv) && QNL_BLAS(ztrsv) && QNL_BLAS(stpmv) && QNL_BLAS(zgerc) &&
+              QNL_BLAS(cher) && QNL_BLAS(zhpr2) && QNL_BLAS(dspr));
+static_assert(QNL_BLAS(sgemm) && QNL_BLAS(zsymm) && QNL_BLAS(cherk) && QNL_BLAS(zher2k) && QNL_BLAS(dtrsm) &&
+              QNL_BLAS(dgemmt));
+// Own precision read and written, the real values of a complex routine, another
+// precision, callbacks of one to three arguments, and hand-classified rows.
+static_assert(QNL_LAPACK(LAPACK_dgesv, dgesv) && QNL_LAPACK(LAPACK_dsgesv, dsgesv) &&
+              QNL_LAPACK(LAPACK_zcgesv, zcgesv) && QNL_LAPACK(LAPACK_zheev_base, zheev) &&
+              QNL_LAPACK(LAPACK_cgecon_base, cgecon) && QNL_LAPACK(LAPACK_dgetrs_base, dgetrs));
+static_assert(QNL_LAPACK(LAPACK_cgees_base, cgees) && QNL_LAPACK(LAPACK_dgees_base, dgees) &&
+              QNL_LAPACK(LAPACK_sgges_base, sgges) && QNL_LAPACK(LAPACK_zgges3_base, zgges3));
+static_assert(QNL_LAPACK(LAPACK_zgeqr, zgeqr) && QNL_LAPACK(LAPACK_cgemlq_base, cgemlq) &&
+              QNL_LAPACK(LAPACK_zggsvd_base, zggsvd) && QNL_LAPACK(LAPACK_dlacn2, dlacn2) &&
+              QNL_LAPACK(LAPACK_dbdsdc_base, dbdsdc));
 
 }  // namespace
