@@ -386,11 +386,12 @@ struct WideRoad<D, std::index_sequence<I...>> {
       :                                                                                        \
       : QNL_ROAD_OPERANDS(D, Road), [checked] "i"(D::checked ? 1 : 0))
 
-// The checked entry's own road, for the routines the wide road serves: verbose off and the
-// slot bound, an LP64 call goes on to the compiled LP64 road (enter_lp64); on ILP64 the
-// argument registers are kept on the stack around the checker, which reads them and the
-// caller's stack arguments from there (checked_block), and a rejected call goes to the
+// A checked entry's own road, for the routines the wide road serves: verbose off and the
+// slot bound, an LP64 call goes on to the compiled LP64 road (CheckedRoad::lp64); on ILP64
+// the argument registers are kept on the stack around the checker, which reads them and the
+// caller's stack arguments from there (CheckedRoad::check), and a rejected call goes to the
 // entry's rejected road with every argument as it came. Anything else: the whole frame.
+// Every argument is an address, so no vector register needs keeping across the checker.
 template <class D, class Seq>
 struct CheckedRoad;
 template <class D, size_t... I>
