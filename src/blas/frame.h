@@ -357,28 +357,85 @@ struct WideRoad<D, std::index_sequence<I...>> {
   static_assert(!is_complex<typename D::Result> && n + lens > 6, "the compiled road serves this routine");
 };
 
+// The back-end call of a road of its own, once every test has passed: hidden lengths, the
+// caller's stack arguments pushed straight from its frame, the call and the return.
+#define QNL_ROAD_CALL                                        \
+  ".if %c[n] <= 2\n\tmovl $1, %%edx\n\t.endif\n\t"           \
+  ".if %c[n] <= 3\n\tmovl $1, %%ecx\n\t.endif\n\t"           \
+  ".if %c[n] <= 4\n\tmovl $1, %%r8d\n\t.endif\n\t"           \
+  ".if %c[n] <= 5\n\tmovl $1, %%r9d\n\t.endif\n\t"           \
+  ".if %c[pad]\n\tsubq $8, %%rsp\n\t.endif\n\t"              \
+  ".rept %c[stack_lens]\n\tpushq $1\n\t.endr\n\t"            \
+  ".rept %c[in_stack]\n\tpushq %c[from](%%rsp)\n\t.endr\n\t" \
+  "call *%c[slot](%%rip)\n\t"                                \
+  "addq $%c[drop], %%rsp\n\t"                                \
+  "ret"
+#define QNL_ROAD_OPERANDS(D, Road)                                                                                    \
+  [cell] "i"(&D::site.cell), [slot] "i"(&D::slot.fn), [cold] "i"(Road::cold), [n] "i"(Road::n), [pad] "i"(Road::pad), \
+      [stack_lens] "i"(Road::stack_lens), [in_stack] "i"(Road::in_stack),                                             \
+      [from] "i"(8 * Road::in_stack + Road::pushed), [drop] "i"(Road::drop)
+
 // The body of a naked qnl_wide_<routine> (see WideRoad).
-#define QNL_WIDE_ROAD(D, N)                                                                                            \
-  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<N>>;                                                    \
-  asm volatile(                                                                                                        \
-      "movq %c[cell](%%rip), %%rax\n\t"                                                                                \
-      "cmpl $0, (%%rax)\n\t"                                                                                           \
-      "jne %c[cold]\n\t"                                                                                               \
-      ".if %c[checked]\n\tcmpq $0, %c[slot](%%rip)\n\tje %c[cold]\n\t.endif\n\t"                                       \
-      ".if %c[n] <= 2\n\tmovl $1, %%edx\n\t.endif\n\t"                                                                 \
-      ".if %c[n] <= 3\n\tmovl $1, %%ecx\n\t.endif\n\t"                                                                 \
-      ".if %c[n] <= 4\n\tmovl $1, %%r8d\n\t.endif\n\t"                                                                 \
-      ".if %c[n] <= 5\n\tmovl $1, %%r9d\n\t.endif\n\t"                                                                 \
-      ".if %c[pad]\n\tsubq $8, %%rsp\n\t.endif\n\t"                                                                    \
-      ".rept %c[stack_lens]\n\tpushq $1\n\t.endr\n\t"                                                                  \
-      ".rept %c[in_stack]\n\tpushq %c[from](%%rsp)\n\t.endr\n\t"                                                       \
-      "call *%c[slot](%%rip)\n\t"                                                                                      \
-      "addq $%c[drop], %%rsp\n\t"                                                                                      \
-      "ret"                                                                                                            \
-      :                                                                                                                \
-      : [cell] "i"(&D::site.cell), [slot] "i"(&D::slot.fn), [cold] "i"(Road::cold), [checked] "i"(D::checked ? 1 : 0), \
-        [n] "i"(Road::n), [pad] "i"(Road::pad), [stack_lens] "i"(Road::stack_lens), [in_stack] "i"(Road::in_stack),    \
-        [from] "i"(8 * Road::in_stack + Road::pushed), [drop] "i"(Road::drop))
+#define QNL_WIDE_ROAD(D, N)                                                                    \
+  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<N>>;                            \
+  asm volatile(                                                                                \
+      "movq %c[cell](%%rip), %%rax\n\t"                                                        \
+      "cmpl $0, (%%rax)\n\t"                                                                   \
+      "jne %c[cold]\n\t"                                                                       \
+      ".if %c[checked]\n\tcmpq $0, %c[slot](%%rip)\n\tje %c[cold]\n\t.endif\n\t" QNL_ROAD_CALL \
+      :                                                                                        \
+      : QNL_ROAD_OPERANDS(D, Road), [checked] "i"(D::checked ? 1 : 0))
+
+// A checked entry's own road, for the routines the wide road serves: verbose off and the
+// slot bound, an LP64 call goes on to the compiled LP64 road (CheckedRoad::lp64); on ILP64
+// the argument registers are kept on the stack around the checker, which reads them and the
+// caller's stack arguments from there (CheckedRoad::check), and a rejected call goes to the
+// entry's rejected road with every argument as it came. Anything else: the whole frame.
+// Every argument is an address, so no vector register needs keeping across the checker.
+template <class D, class Seq>
+struct CheckedRoad;
+template <class D, size_t... I>
+struct CheckedRoad<D, std::index_sequence<I...>> {
+  using R = typename D::Result;
+  // Above the six saved registers lie the pad and the return address.
+  static int64_t check(void* const* block) { return D::template check<int64_t>(block[I < 6 ? I : I + 2]...); }
+  static R lp64(Arg<I>... a);
+  QNL_COLD static R refused(Arg<I>... a) { return refuse<D>(0, a...); }
+  static constexpr auto full = &frame_cold<D, Arg<I>...>;
+};
+
+// The entry's LP64 quiet road, every test but the checker's already made.
+template <class D, size_t... I>
+typename D::Result CheckedRoad<D, std::index_sequence<I...>>::lp64(Arg<I>... a) {
+  if (__builtin_expect(rejects<D, int32_t>(a...), 0)) return refuse<D>(0, a...);
+  int64_t w[sizeof...(I)];
+  widen<D>(w, std::index_sequence<I...>{}, a...);
+  return quiet_call<D>(std::index_sequence<I...>{}, quiet_slot<D, typename BackendOf<D, sizeof...(I)>::type>(), 0, w,
+                       a...);
+}
+
+#define QNL_CHECKED_ROAD(D, N)                                                                             \
+  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<N>>;                                        \
+  using Checked = qnl::blas::CheckedRoad<D, std::make_index_sequence<N>>;                                  \
+  asm volatile(                                                                                            \
+      "movq %c[cell](%%rip), %%rax\n\t"                                                                    \
+      "cmpl $0, (%%rax)\n\t"                                                                               \
+      "jne %c[full]\n\t"                                                                                   \
+      "cmpq $0, %c[slot](%%rip)\n\t"                                                                       \
+      "je %c[full]\n\t"                                                                                    \
+      "cmpl $0, %c[layer](%%rip)\n\t"                                                                      \
+      "je %c[lp64]\n\t"                                                                                    \
+      "subq $8, %%rsp\n\t"                                                                                 \
+      "pushq %%r9\n\tpushq %%r8\n\tpushq %%rcx\n\tpushq %%rdx\n\tpushq %%rsi\n\tpushq %%rdi\n\t"           \
+      "movq %%rsp, %%rdi\n\t"                                                                              \
+      "call %c[check]\n\t"                                                                                 \
+      "testq %%rax, %%rax\n\t"                                                                             \
+      "popq %%rdi\n\tpopq %%rsi\n\tpopq %%rdx\n\tpopq %%rcx\n\tpopq %%r8\n\tpopq %%r9\n\t"                 \
+      "leaq 8(%%rsp), %%rsp\n\t"                                                                           \
+      "jne %c[refused]\n\t" QNL_ROAD_CALL                                                                  \
+      :                                                                                                    \
+      : QNL_ROAD_OPERANDS(D, Road), [full] "i"(Checked::full), [layer] "i"(&qnl_rt_state.interface_layer), \
+        [lp64] "i"(&Checked::lp64), [check] "i"(&Checked::check), [refused] "i"(&Checked::refused))
 
 // A _direct entry: no checker and no record. It binds both its slots, then takes the direct
 // symbol when the flag byte's bit 0 is set or the sizes are small.

@@ -1,7 +1,7 @@
 """blas.sig -> the Fortran BLAS entries (and their _direct twins), forwarding to
 qnl_blas_<routine> through the frame of src/blas/frame.h."""
 import re
-from dataclasses import dataclass, field
+from dataclasses import dataclass, field, replace
 from pathlib import Path
 
 from .common import table_rows
@@ -213,6 +213,18 @@ def entry(name, result, params, template, traits, r):
                  call=f"  return qnl::blas::{template}<D_{name}>({addresses});\n")
 
 
+def checked_road(e, r):
+    """A checked entry whose back-end call needs stack arguments takes the road of its own
+    (frame.h, CheckedRoad): a naked body, its parameters unnamed."""
+    if r.shape == "-" or "batch" in r.flags or r.index("x") >= 0 or r.complex_result \
+            or len(r.args) + r.roles.count("c") <= 6 or r.shape.startswith("gemm_"):
+        return e
+    e.result = f"__attribute__((naked)) {e.result}"
+    e.params = [replace(p, cname="") for p in e.params]
+    e.call = f"  QNL_CHECKED_ROAD(D_{r.name}, {len(r.args)});\n"
+    return e
+
+
 def wide_body(r):
     """qnl_wide_<routine>: the entry for the library's C layer, 64-bit integers at either layer
     (frame.h, enter_wide); none for the routines whose index copy or batch word needs the layer.
@@ -264,14 +276,17 @@ def family(tables):
     routines, directs = load(table)
     label = Path(table).name
     by_name = {r.name: r for r in routines}
-    entries = [entry(r.name, r.result, body_params(r), "enter", routine_traits(r, label), r) for r in routines]
+    entries = [checked_road(entry(r.name, r.result, body_params(r), "enter", routine_traits(r, label), r), r)
+               for r in routines]
     for e, r in zip(entries, routines):
         e.after = wide_body(r)[0]
     entries += [entry(d.name, d.base.result, body_params(d.base, d.flag), "direct", direct_traits(d, label), d)
                 for d in directs]
     return Family(
         "blas", table, entries, backends(routines, directs),
-        head='#include <cstddef>\n#include <cstdint>\n\n#include "frame.h"\n#include "checks.h"\n',
+        head='#include <cstddef>\n#include <cstdint>\n\n#include "frame.h"\n#include "checks.h"\n\n'
+             "// A naked body (frame.h, CheckedRoad) is nothrow, its aliases are declared from its type.\n"
+             '#pragma GCC diagnostic ignored "-Wmissing-attributes"\n',
         header_head='#include <cstdint>\n\n#include "entry.h"\n#include "frame.h"\n\n'
                     "// Hidden bodies of the BLAS entries, for the library's own C layers.\n",
         header_tail="\n// The entries at 64-bit integers for a C layer that checked first (frame.h, enter_wide).\n"
