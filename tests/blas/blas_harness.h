@@ -43,6 +43,12 @@ inline std::vector<std::string> split(const char* list) {
 
 inline bool starts(const std::string& s, const char* prefix) { return s.rfind(prefix, 0) == 0; }
 
+inline std::string upper(const std::string& s) {
+  std::string u;
+  for (char c : s) u += static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
+  return u;
+}
+
 // One argument of a call: its storage, what the caller passes, and what should arrive.
 struct Argument {
   std::string name;
@@ -50,7 +56,7 @@ struct Argument {
   int64_t cell[8] = {};  // integer storage, wide enough for the batch's arrays
   std::string text;      // character options
   void* pointer = nullptr;
-  int32_t low = 0;       // the caller's value as a 32-bit integer (what the record shows)
+  int32_t low = 0;  // the caller's value as a 32-bit integer (what the record shows)
 };
 
 // Builds arguments that pass every checker: option letters valid for their role (given as
@@ -79,7 +85,7 @@ class Call {
         if (a.name.find("_array") != std::string::npos) a.text = "N";
         a.pointer = a.text.data();
       } else if (a.role == 'i') {
-        int32_t v = starts(a.name, "inc") ? static_cast<int32_t>(2 + i)
+        int32_t v = starts(a.name, "inc")  ? static_cast<int32_t>(2 + i)
                     : starts(a.name, "ld") ? static_cast<int32_t>(200 + i)
                     : a.name == "nz"       ? 3
                                            : static_cast<int32_t>(1 + i % 5);
@@ -93,9 +99,7 @@ class Call {
         a.pointer = a.cell;
       } else if (a.name.find("_array") != std::string::npos || a.name.rfind("group_", 0) == 0) {
         // the batch: one group whose sizes and leading dimensions pass
-        int64_t v = a.name == "group_count" || a.name == "group_size" ? 1
-                    : starts(a.name, "ld")                            ? 50
-                                                                      : 4;
+        int64_t v = a.name == "group_count" || a.name == "group_size" ? 1 : starts(a.name, "ld") ? 50 : 4;
         set_ints(a, &v, 1);
         a.pointer = a.cell;
       } else {
@@ -129,17 +133,15 @@ class Call {
     void* p[16] = {};
     for (size_t i = 0; i < args_.size(); ++i) p[i] = args_[i].pointer;
     if (extra) p[args_.size()] = extra;
-    using F = R (*)(void*, void*, void*, void*, void*, void*, void*, void*, void*, void*, void*, void*, void*,
-                    void*, void*, void*);
-    return reinterpret_cast<F>(fn)(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8], p[9], p[10], p[11],
-                                   p[12], p[13], p[14], p[15]);
+    using F = R (*)(void*, void*, void*, void*, void*, void*, void*, void*, void*, void*, void*, void*, void*, void*,
+                    void*, void*);
+    return reinterpret_cast<F>(fn)(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8], p[9], p[10], p[11], p[12],
+                                   p[13], p[14], p[15]);
   }
 
   // The record the entry must print: UPPER name, one conversion per argument.
   std::string record(const std::string& name, const void* result_pointer) const {
-    std::string upper;
-    for (char c : name) upper += static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
-    std::string out = upper + "(";
+    std::string out = upper(name) + "(";
     char buf[64];
     bool first = true;
     auto add = [&](const char* s) {
@@ -219,12 +221,6 @@ class Call {
 };
 
 inline void* entry_point(const std::string& name) { return dlsym(RTLD_DEFAULT, name.c_str()); }
-
-inline std::string upper(const std::string& s) {
-  std::string u;
-  for (char c : s) u += static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
-  return u;
-}
 
 inline void set_layer(Layer layer) { ASSERT_EQ(QNL_Set_Interface_Layer(layer), layer); }
 inline void set_verbose(int mode) { *qnl_probe_verbose_mode() = mode; }

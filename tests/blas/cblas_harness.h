@@ -167,9 +167,6 @@ class Args {
   }
   void* pointer(const std::string& name) const { return ptr_[index(name)]; }
   double* buffer(const std::string& name) { return buffer_[index(name)]; }
-  I* ints(const std::string& name) { return ints_[index(name)]; }
-  int* trans(const std::string& name) { return trans_[index(name)]; }
-  void** pointers(const std::string& name) { return pointers_[index(name)]; }
 
   // Which caller argument a back-end pointer word names: an array or pointer argument by
   // address, or a scalar by the value behind it ("~alpha" when conjugated).
