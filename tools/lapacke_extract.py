@@ -71,6 +71,9 @@ IRREGULAR = {
     "lantr": "trapezoidal m by n matrix: no shape of the kit",
     "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
 }
+# Row counts where the manual's leading-dimension bound is not the matrix's (C = A*B of
+# ?lacrm has the rows of A, m, though LDC is documented against n).
+ROWS = {("lacrm", "c"): "m"}
 # Drivers whose matrix the manual pages describe on entry in a way the parse misses.
 INOUT_A = {"sysvxx", "hesvxx"}
 # Rows the manual pages cannot give; {t} is the type letter, {r} its real type letter.
@@ -312,7 +315,7 @@ def classify(base, hi, wk, docs, lapack_h):
                     if c is None:
                         raise Skip(f"{n}: rows not documented as a plain bound on {ld}")
                     rows, cond = c[0], f"?{c[1]}={c[2]}"
-                rows = check(rows, ints, n)
+                rows = check(ROWS.get((name, n), rows), ints, n)
                 if cols in ("m", "max(1,m)") and "m" not in ints and {"range", "il", "iu"} <= names:
                     # Eigenvectors of a selected range: as many columns as the range can give.
                     cols = "byrange(range,n,iu-il+1)"

@@ -173,7 +173,7 @@ clacgv i +nolayout : n:i x:v[1+(n-1)*abs(incx)]@c/io! incx:i
 clacn2 i +nolayout : n:i v:v[n]@c/io x:v[n]@c/io est:s@s kase:o isave:I
 clacp2 i : uplo:c m:i n:i a:ge[m,n,lda]@s/i! lda:i b:ge[m,n,ldb]@c/o ldb:i
 clacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@c/i! lda:i b:ge[m,n,ldb]@c/o ldb:i
-clacrm i : m:i n:i a:ge[m,n,lda]@c/i! lda:i b:ge[n,n,ldb]@s/i! ldb:i c:ge[n,n,ldc]@c/o ldc:i work:F[2*m*n]@s
+clacrm i : m:i n:i a:ge[m,n,lda]@c/i! lda:i b:ge[n,n,ldb]@s/i! ldb:i c:ge[m,n,ldc]@c/o ldc:i work:F[2*m*n]@s
 clag2z i : m:i n:i sa:ge[m,n,ldsa]@c/i! ldsa:i a:ge[m,n,lda]@z/o lda:i
 clagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
 claghe - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
@@ -1096,7 +1096,7 @@ zlacgv i +nolayout : n:i x:v[1+(n-1)*abs(incx)]@z/io! incx:i
 zlacn2 i +nolayout : n:i v:v[n]@z/io x:v[n]@z/io est:s@d kase:o isave:I
 zlacp2 i : uplo:c m:i n:i a:ge[m,n,lda]@d/i! lda:i b:ge[m,n,ldb]@z/o ldb:i
 zlacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@z/i! lda:i b:ge[m,n,ldb]@z/o ldb:i
-zlacrm i : m:i n:i a:ge[m,n,lda]@z/i! lda:i b:ge[n,n,ldb]@d/i! ldb:i c:ge[n,n,ldc]@z/o ldc:i work:F[2*m*n]@d
+zlacrm i : m:i n:i a:ge[m,n,lda]@z/i! lda:i b:ge[n,n,ldb]@d/i! ldb:i c:ge[m,n,ldc]@z/o ldc:i work:F[2*m*n]@d
 zlag2c i : m:i n:i a:ge[m,n,lda]@z/i! lda:i sa:ge[m,n,ldsa]@c/o ldsa:i
 zlagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
 zlaghe - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
