@@ -71,6 +71,11 @@ IRREGULAR = {
     "lantr": "trapezoidal m by n matrix: no shape of the kit",
     "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
 }
+# Row counts where the manual's leading-dimension bound is not the matrix's (C = A*B of
+# ?lacrm has the rows of A, m, though LDC is documented against n).
+ROWS = {("lacrm", "c"): "m"}
+# Drivers whose matrix the manual pages describe on entry in a way the parse misses.
+INOUT_A = {"sysvxx", "hesvxx"}
 # Rows the manual pages cannot give; {t} is the type letter, {r} its real type letter.
 MANUAL = {"lamch": "{t} +nolayout : cmach:c"}
 # The library's own routines (lapack_ext.sig), in the template's vocabulary.
@@ -84,6 +89,9 @@ EXTENSIONS = [
 # Norms of a matrix: a work array of the given length only for the norms that need one.
 NORM_WORK = {"lange": ("m", "I"), "langb": ("n", "I"), "lantr": ("m", "I"), "lansy": ("n", "IO1"),
              "lanhe": ("n", "IO1")}
+# The library's Fortran entries: a LAPACKE routine calls one of them.
+FORTRAN = {line.split()[0] for t in ("lapack.sig", "lapack_ext.sig")
+           for line in open(os.path.join(ROOT, "src", "lapack", t)) if line.strip() and not line.startswith("#")}
 WORK_RE = re.compile(r"^(\w*work)$")
 
 
@@ -182,6 +190,8 @@ def check(e, names, what):
 def classify(base, hi, wk, docs, lapack_h):
     """One table row for LAPACKE_<base>, or raise Skip."""
     name = base[1:] if base[0] in "sdcz" else base
+    if base not in FORTRAN:
+        raise Skip("no Fortran entry in lapack.sig")
     if name in IRREGULAR:
         raise Skip(IRREGULAR[name])
     if name in MANUAL and base[0] in "sd":
@@ -194,7 +204,9 @@ def classify(base, hi, wk, docs, lapack_h):
     # Routines without a matrix take no layout: the same row, flagged, with every argument.
     layout = 1 if wk[1] and wk[1][0][0] == "matrix_layout" else 0
     wargs = [n.lower() for n, _ in wk[1][layout:]]
-    if fargs != wargs:
+    # A workspace may have another name in C (?ptcon: work for rwork).
+    rename = {w: f for w, f in zip(wargs, fargs) if w != f and w.endswith("work") and f.endswith("work")}
+    if len(fargs) != len(wargs) or any(w != f and w not in rename for w, f in zip(wargs, fargs)):
         raise Skip("arguments differ from the Fortran routine")
     hnames = [n.lower() for n, _ in hi[1][layout:]]
     extra = [n for n in hnames if n not in wargs]
@@ -214,7 +226,7 @@ def classify(base, hi, wk, docs, lapack_h):
     work_len = {}
     for n, t in wk[1][layout:]:
         n = n.lower()
-        p = doc.param(n)
+        p = doc.param(rename.get(n, n))
         if t == "char":
             tokens.append(f"{n}:c")
             continue
@@ -272,6 +284,8 @@ def classify(base, hi, wk, docs, lapack_h):
             intent = "o"
         else:
             intent = "io"
+        if n == "a" and name in INOUT_A:
+            entry, intent = True, "io"
         nan = "!" if const.get(n) or entry else ""
         ld = f"ld{n}" if f"ld{n}" in lds else None
         if ld is None and len(ext) == 2 and ext[0].startswith("ld") and ext[0] in lds:
@@ -301,7 +315,7 @@ def classify(base, hi, wk, docs, lapack_h):
                     if c is None:
                         raise Skip(f"{n}: rows not documented as a plain bound on {ld}")
                     rows, cond = c[0], f"?{c[1]}={c[2]}"
-                rows = check(rows, ints, n)
+                rows = check(ROWS.get((name, n), rows), ints, n)
                 if cols in ("m", "max(1,m)") and "m" not in ints and {"range", "il", "iu"} <= names:
                     # Eigenvectors of a selected range: as many columns as the range can give.
                     cols = "byrange(range,n,iu-il+1)"

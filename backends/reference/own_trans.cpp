@@ -82,13 +82,18 @@ bool transposes(int32_t t) { return upper(t) == 'T' || upper(t) == 'C'; }
 bool conjugates(int32_t t) { return upper(t) == 'C' || upper(t) == 'R'; }
 I signed_size(size_t v) { return static_cast<I>(v); }
 
-// The name under which a routine reports: QNL_<T><FAMILY>.
+// The name under which a routine reports: QNL_<T><FAMILY>, spelled only when a report
+// needs it, so that a good call formats nothing.
 template <class T>
 struct Name {
-  char text[24];
-  explicit Name(const char* family) {
-    std::snprintf(text, sizeof text, "QNL_%c%s", upper(Traits<T>::letter), family);
-    for (char* p = text; *p; ++p) *p = upper(*p);
+  const char* family;
+  char text[24] = {};
+  const char* str() {
+    if (!text[0]) {
+      std::snprintf(text, sizeof text, "QNL_%c%s", upper(Traits<T>::letter), family);
+      for (char* p = text; *p; ++p) *p = upper(*p);
+    }
+    return text;
   }
 };
 
@@ -100,13 +105,14 @@ struct Shape {
 };
 
 // Order, option and size checks shared by the copies; parameter numbers 1 to 4.
-bool copy_checks(const char* name, int32_t ordering, int32_t trans, size_t rows, size_t cols) {
+template <class T>
+bool copy_checks(Name<T>& name, int32_t ordering, int32_t trans, size_t rows, size_t cols) {
   int32_t bad = !valid_order(ordering)  ? 1
                 : !valid_trans(trans)   ? 2
                 : signed_size(rows) < 0 ? 3
                 : signed_size(cols) < 0 ? 4
                                         : 0;
-  if (bad) report(name, bad);
+  if (bad) report(name.str(), bad);
   return bad == 0;
 }
 
@@ -114,8 +120,8 @@ template <class T>
 void omatcopy2(const char* family, int32_t ordering, int32_t trans, size_t rows, size_t cols, T alpha, const T* a,
                size_t lda, size_t stridea, T* b, size_t ldb, size_t strideb, int32_t lda_arg, int32_t ldb_arg,
                int32_t stride_arg) {
-  const Name<T> name(family);
-  if (!copy_checks(name.text, ordering, trans, rows, cols)) return;
+  Name<T> name{family};
+  if (!copy_checks(name, ordering, trans, rows, cols)) return;
   const Shape s(ordering, rows, cols);
   const bool t = transposes(trans);
   const I la = signed_size(lda), lb = signed_size(ldb), sa = signed_size(stridea), sb = signed_size(strideb);
@@ -129,7 +135,7 @@ void omatcopy2(const char* family, int32_t ordering, int32_t trans, size_t rows,
     bad = stride_arg + 3;
   else if (lb < (stride_arg ? 1 : need_b))
     bad = ldb_arg;
-  if (bad) return report(name.text, bad);
+  if (bad) return report(name.str(), bad);
   if (s.rows == 0 || s.cols == 0) return;
   const View<const T> va{a, sa, la};
   const View<T> vb = t ? View<T>{b, lb, sb} : View<T>{b, sb, lb};
@@ -141,13 +147,13 @@ void omatcopy2(const char* family, int32_t ordering, int32_t trans, size_t rows,
 // goes through a scratch copy of the result.
 template <class T>
 void imatcopy(int32_t ordering, int32_t trans, size_t rows, size_t cols, T alpha, T* ab, size_t lda, size_t ldb) {
-  const Name<T> name("imatcopy");
-  if (!copy_checks(name.text, ordering, trans, rows, cols)) return;
+  Name<T> name{"imatcopy"};
+  if (!copy_checks(name, ordering, trans, rows, cols)) return;
   const Shape s(ordering, rows, cols);
   const bool t = transposes(trans), cj = conjugates(trans) && is_complex<T>;
   const I la = signed_size(lda), lb = signed_size(ldb);
-  if (la < std::max<I>(1, s.rows)) return report(name.text, 7);
-  if (lb < std::max<I>(1, t ? s.cols : s.rows)) return report(name.text, 8);
+  if (la < std::max<I>(1, s.rows)) return report(name.str(), 7);
+  if (lb < std::max<I>(1, t ? s.cols : s.rows)) return report(name.str(), 8);
   if (s.rows == 0 || s.cols == 0) return;
   const View<const T> src{ab, 1, la};
   if (!t && la == lb) return copy(cj, s.rows, s.cols, alpha, src, View<T>{ab, 1, la});
@@ -176,19 +182,19 @@ void imatcopy(int32_t ordering, int32_t trans, size_t rows, size_t cols, T alpha
 template <class T>
 void omatadd(int32_t ordering, int32_t ta, int32_t tb, size_t rows, size_t cols, T alpha, const T* a, size_t lda,
              T beta, const T* b, size_t ldb, T* c, size_t ldc) {
-  const Name<T> name("omatadd");
+  Name<T> name{"omatadd"};
   int32_t bad = !valid_order(ordering)  ? 1
                 : !valid_trans(ta)      ? 2
                 : !valid_trans(tb)      ? 3
                 : signed_size(rows) < 0 ? 4
                 : signed_size(cols) < 0 ? 5
                                         : 0;
-  if (bad) return report(name.text, bad);
+  if (bad) return report(name.str(), bad);
   const Shape s(ordering, rows, cols);
   const I la = signed_size(lda), lb = signed_size(ldb), lc = signed_size(ldc);
-  if (la < std::max<I>(1, transposes(ta) ? s.cols : s.rows)) return report(name.text, 8);
-  if (lb < std::max<I>(1, transposes(tb) ? s.cols : s.rows)) return report(name.text, 11);
-  if (lc < std::max<I>(1, s.rows)) return report(name.text, 13);
+  if (la < std::max<I>(1, transposes(ta) ? s.cols : s.rows)) return report(name.str(), 8);
+  if (lb < std::max<I>(1, transposes(tb) ? s.cols : s.rows)) return report(name.str(), 11);
+  if (lc < std::max<I>(1, s.rows)) return report(name.str(), 13);
   if (s.rows == 0 || s.cols == 0) return;
   const View<const T> va = transposes(ta) ? View<const T>{a, la, 1} : View<const T>{a, 1, la};
   const View<const T> vb = transposes(tb) ? View<const T>{b, lb, 1} : View<const T>{b, 1, lb};

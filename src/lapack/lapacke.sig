@@ -12,16 +12,16 @@
 #      only when that letter argument is one of those
 # +nocopy: row-major calls translate arguments and copy nothing
 cbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@s/io! phi:v[q-1]@s/io u1:ge[p,p,ldu1]@c/io! ldu1:i u2:ge[m-p,m-p,ldu2]@c/io! ldu2:i v1t:ge[q,q,ldv1t]@c/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@c/io! ldv2t:i b11d:v[q]@s/o b11e:v[q-1]@s/o b12d:v[q]@s/o b12e:v[q-1]@s/o b21d:v[q]@s/o b21e:v[q-1]@s/o b22d:v[q]@s/o b22e:v[q-1]@s/o rwork:W[lrwork]@s lrwork:i
-cbdsqr - +skip=arguments_differ_from_the_Fortran_routine : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
+cbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 cgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
 cgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@c/i! ldab:i ipiv:I anorm:r@s! rcond:s@s work:F[2*n]@c rwork:F[n]@s
 cgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@c/i! ldab:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
 cgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
 cgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work rwork
-cgbrfsx - +skip=afb:_band_rows_not_documented : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cgbrfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgbsv i : n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@c/io! ldab:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 cgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work rwork
-cgbsvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cgbsvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgbtrf i : m:i n:i kl:i ku:i ab:gb[m,n,kl,kl+ku,ldab]@c/io! ldab:i ipiv:I
 cgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@c/i! ldab:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
 cgebak i : job:c side:c n:i ilo:i ihi:i scale:v[n]@s/i! m:i v:ge[n,m,ldv]@c/io! ldv:i
@@ -35,7 +35,7 @@ cgeesx i : jobvs:c sort:c select:f sense:c n:i a:ge[n,n,lda]@c/io! lda:i sdim:o 
 cgeev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@c/io! lda:i w:v[n]@c/o vl:ge[n,n,ldvl]@c/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@c/io?jobvr=V ldvr:i work:W[lwork]@c lwork:i rwork:F[2*n]@s
 cgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge[n,n,lda]@c/io! lda:i w:v[n]@c/o vl:ge[n,n,ldvl]@c/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@c/io?jobvr=V ldvr:i ilo:o ihi:o scale:v[n]@s/io abnrm:s@s rconde:v[n]@s/io rcondv:v[n]@s/io work:W[lwork]@c lwork:i rwork:F[2*n]@s
 cgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@c/io! lda:i tau:v[n-1]@c/io work:W[lwork]@c lwork:i
-cgejsv - +skip=arguments_differ_from_the_Fortran_routine : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
+cgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
 cgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
 cgelq2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:F[m]@c
 cgelqf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:W[lwork]@c lwork:i
@@ -57,7 +57,7 @@ cgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@c/io! lda:i t:ge[nb,min(m,n),ldt]@c/io ldt
 cgeqrt2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i t:ge[n,n,ldt]@c/io ldt:i
 cgeqrt3 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i t:ge[n,n,ldt]@c/io ldt:i
 cgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@c/i! lda:i af:ge[n,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
-cgerfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cgerfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgerqf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i tau:v[min(m,n)]@c/io work:W[lwork]@c lwork:i
 cgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork rwork iwork
 cgesv i : n:i nrhs:i a:ge[n,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i
@@ -66,7 +66,7 @@ cgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a l
 cgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork rwork iwork
 cgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv cwork lwork rwork lrwork
 cgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work rwork
-cgesvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cgesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgetf2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i ipiv:I
 cgetrf i : m:i n:i a:ge[m,n,lda]@c/io! lda:i ipiv:I
 cgetrf2 i : m:i n:i a:ge[m,n,lda]@c/io! lda:i ipiv:I
@@ -126,13 +126,13 @@ chegv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,
 chegvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@c/io!ge lda:i b:ge[n,n,ldb]@c/io!ge ldb:i w:v[n]@s/io work:W[lwork]@c lwork:i rwork:W[lrwork]@s lrwork:i iwork:W[liwork]@i liwork:i
 chegvx i : itype:i jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i b:sy[uplo,n,ldb]@c/io! ldb:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@c/o ldz:i work:W[lwork]@c lwork:i rwork:F[7*n]@s iwork:F[5*n]@i ifail:I
 cherfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
-cherfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cherfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 chesv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 chesv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 chesv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 chesv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i e:v[n]@c/o ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 chesvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:W[lwork]@c lwork:i rwork:F[n]@s
-chesvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+chesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cheswapr i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i i1:i i2:i
 chetrd i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i d:v[n]@s/io e:v[n-1]@s/io tau:v[n-1]@c/io work:W[lwork]@c lwork:i
 chetrf i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:W[lwork]@c lwork:i
@@ -173,11 +173,11 @@ clacgv i +nolayout : n:i x:v[1+(n-1)*abs(incx)]@c/io! incx:i
 clacn2 i +nolayout : n:i v:v[n]@c/io x:v[n]@c/io est:s@s kase:o isave:I
 clacp2 i : uplo:c m:i n:i a:ge[m,n,lda]@s/i! lda:i b:ge[m,n,ldb]@c/o ldb:i
 clacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@c/i! lda:i b:ge[m,n,ldb]@c/o ldb:i
-clacrm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
+clacrm i : m:i n:i a:ge[m,n,lda]@c/i! lda:i b:ge[n,n,ldb]@s/i! ldb:i c:ge[m,n,ldc]@c/o ldc:i work:F[2*m*n]@s
 clag2z i : m:i n:i sa:ge[m,n,ldsa]@c/i! ldsa:i a:ge[m,n,lda]@z/o lda:i
-clagge - +skip=no_Fortran_documentation : m n kl ku d a lda iseed work
-claghe - +skip=no_Fortran_documentation : n k d a lda iseed work
-clagsy - +skip=no_Fortran_documentation : n k d a lda iseed work
+clagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
+claghe - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
+clagsy - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
 clangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
 clange s : norm:c m:i n:i a:ge[m,n,lda]@c/i! lda:i work:F[m]@s?norm=I
 clanhe s : norm:c uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i work:F[n]@s?norm=IO1
@@ -185,7 +185,7 @@ clansy s : norm:c uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i work:F[n]@s?norm=IO1
 clantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
 clapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@c/io! ldx:i k:I
 clapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@c/io! ldx:i k:I
-clarcm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
+clarcm i : m:i n:i a:ge[m,m,lda]@s/i! lda:i b:ge[m,n,ldb]@c/i! ldb:i c:ge[m,n,ldc]@c/o ldc:i work:F[2*m*n]@s
 clarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 clarfg i +nolayout : n:i alpha:s@c x:v[1+(n-2)*abs(incx)]@c/io! incx:i tau:s@c
 clarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@c/i!?storev=C ldv:i tau:v[k]@c/i! t:ge[k,k,ldt]@c/io ldt:i
@@ -195,7 +195,7 @@ clascl i : type:c kl:i ku:i cfrom:r@s! cto:r@s! m:i n:i a:ge[m,n,lda]@c/io lda:i
 claset i +nocopy : uplo:c m:i n:i alpha:r@c! beta:r@c! a:ge[m,n,lda]@c/io! lda:i
 classq - +skip=no_Fortran_documentation : n x incx scale sumsq
 claswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
-clatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
+clatms - +skip=no_Fortran_entry_in_lapack.sig : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 clauum i : uplo:c n:i a:ge[n,n,lda]@c/io! lda:i
 cpbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/i! ldab:i anorm:r@s! rcond:s@s work:F[2*n]@c rwork:F[n]@s
 cpbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@c/i! ldab:i s:v[n]@s/o scond:s@s amax:s@s
@@ -212,10 +212,10 @@ cpocon i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i anorm:r@s! rcond:s@s w
 cpoequ i +nocopy : n:i a:ge[n,n,lda]@c/i! lda:i s:v[n]@s/o scond:s@s amax:s@s
 cpoequb i +nocopy : n:i a:ge[n,n,lda]@c/i! lda:i s:v[n]@s/o scond:s@s amax:s@s
 cporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
-cporfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cporfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cposv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i b:ge[n,nrhs,ldb]@c/io! ldb:i
 cposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i af:sy[uplo,n,ldaf]@c/io! ldaf:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@c/io! ldb:i x:ge[n,nrhs,ldx]@c/o ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
-cposvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cposvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cpotrf i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i
 cpotrf2 i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i
 cpotri i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i
@@ -229,7 +229,7 @@ cpptrf i : uplo:c n:i ap:sp[uplo,n]@c/io!
 cpptri i : uplo:c n:i ap:sp[uplo,n]@c/io!
 cpptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@c/i! b:ge[n,nrhs,ldb]@c/io! ldb:i
 cpstrf i : uplo:c n:i a:ge[n,n,lda]@c/io! lda:i piv:I rank:o tol:r@s! work:F[2*n]@s
-cptcon - +skip=arguments_differ_from_the_Fortran_routine : n d e anorm rcond work
+cptcon i +nolayout : n:i d:v[n]@s/i! e:v[n-1]@c/i! anorm:r@s! rcond:s@s work:F[n]@s
 cpteqr i : compz:c n:i d:v[n]@s/io! e:v[n-1]@s/io! z:ge[n,n,ldz]@c/io! ldz:i work:F[4*n]@s
 cptrfs i : uplo:c n:i nrhs:i d:v[n]@s/i! e:v[n-1]@c/i! df:v[n]@s/i! ef:v[n-1]@c/i! b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[n]@c rwork:F[n]@s
 cptsv i : n:i nrhs:i d:v[n]@s/io! e:v[n-1]@c/io! b:ge[n,nrhs,ldb]@c/io! ldb:i
@@ -254,14 +254,14 @@ csyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@c/io lda:i ipiv:I e:v[n]@c/io
 csyequb i : uplo:c n:i a:sy[uplo,n,lda]@c/i! lda:i s:v[n]@s/o scond:s@s amax:s@s work:F[2*n]@c
 csyr i : uplo:c n:i alpha:r@c! x:v[1+(n-1)*abs(incx)]@c/i! incx:i a:sy[uplo,n,lda]@c/io! lda:i
 csyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[2*n]@c rwork:F[n]@s
-csyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+csyrfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 csysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 csysv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 csysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 csysv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i e:v[n]@c/o ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 csysv_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@c/io! ldb:i work:W[lwork]@c lwork:i
 csysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@c/i! lda:i af:sy[uplo,n,ldaf]@c/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@c/i! ldb:i x:ge[n,nrhs,ldx]@c/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:W[lwork]@c lwork:i rwork:F[n]@s
-csysvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+csysvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 csyswapr i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i i1:i i2:i
 csytrf i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:W[lwork]@c lwork:i
 csytrf_aa i : uplo:c n:i a:sy[uplo,n,lda]@c/io! lda:i ipiv:I work:W[lwork]@c lwork:i
@@ -344,10 +344,10 @@ dgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@d/i! ldab:i ipiv:I anor
 dgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@d/i! ldab:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
 dgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
 dgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work iwork
-dgbrfsx - +skip=afb:_band_rows_not_documented : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dgbrfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgbsv i : n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@d/io! ldab:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work iwork
-dgbsvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dgbsvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgbtrf i : m:i n:i kl:i ku:i ab:gb[m,n,kl,kl+ku,ldab]@d/io! ldab:i ipiv:I
 dgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@d/i! ldab:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
 dgebak i : job:c side:c n:i ilo:i ihi:i scale:v[n]@d/i! m:i v:ge[n,m,ldv]@d/io! ldv:i
@@ -383,7 +383,7 @@ dgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@d/io! lda:i t:ge[nb,min(m,n),ldt]@d/io ldt
 dgeqrt2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i t:ge[n,n,ldt]@d/io ldt:i
 dgeqrt3 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i t:ge[n,n,ldt]@d/io ldt:i
 dgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@d/i! lda:i af:ge[n,n,ldaf]@d/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
-dgerfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dgerfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgerqf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i tau:v[min(m,n)]@d/io work:W[lwork]@d lwork:i
 dgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork iwork
 dgesv i : n:i nrhs:i a:ge[n,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i
@@ -392,7 +392,7 @@ dgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a l
 dgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork iwork
 dgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv work lwork
 dgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work iwork
-dgesvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dgesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgetf2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i ipiv:I
 dgetrf i : m:i n:i a:ge[m,n,lda]@d/io! lda:i ipiv:I
 dgetrf2 i : m:i n:i a:ge[m,n,lda]@d/io! lda:i ipiv:I
@@ -430,8 +430,8 @@ dhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@d/io! ldh:i wr:v[n]@d/io 
 dlacn2 i +nolayout : n:i v:v[n]@d/io x:v[n]@d/io isgn:I est:s@d kase:o isave:I
 dlacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@d/i! lda:i b:ge[m,n,ldb]@d/o ldb:i
 dlag2s i : m:i n:i a:ge[m,n,lda]@d/i! lda:i sa:ge[m,n,ldsa]@s/o ldsa:i
-dlagge - +skip=no_Fortran_documentation : m n kl ku d a lda iseed work
-dlagsy - +skip=no_Fortran_documentation : n k d a lda iseed work
+dlagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
+dlagsy - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
 dlamch d +nolayout : cmach:c
 dlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
 dlange d : norm:c m:i n:i a:ge[m,n,lda]@d/i! lda:i work:F[m]@d?norm=I
@@ -453,7 +453,7 @@ dlaset i +nocopy : uplo:c m:i n:i alpha:r@d! beta:r@d! a:ge[m,n,lda]@d/o lda:i
 dlasrt i +nolayout : id:c n:i d:v[n]@d/io!
 dlassq - +skip=no_Fortran_documentation : n x incx scale sumsq
 dlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
-dlatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
+dlatms - +skip=no_Fortran_entry_in_lapack.sig : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 dlauum i : uplo:c n:i a:ge[n,n,lda]@d/io! lda:i
 dopgtr i : uplo:c n:i ap:sp[uplo,n]@d/i! tau:v[n-1]@d/i! q:ge[n,n,ldq]@d/io ldq:i work:F[n-1]@d
 dopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
@@ -491,10 +491,10 @@ dpocon i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@d/i! lda:i anorm:r@d! rcond:s@d w
 dpoequ i +nocopy : n:i a:ge[n,n,lda]@d/i! lda:i s:v[n]@d/o scond:s@d amax:s@d
 dpoequb i +nocopy : n:i a:ge[n,n,lda]@d/i! lda:i s:v[n]@d/o scond:s@d amax:s@d
 dporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/i! ldaf:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
-dporfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dporfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dposv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i b:ge[n,nrhs,ldb]@d/io! ldb:i
 dposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i af:sy[uplo,n,ldaf]@d/io! ldaf:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@d/io! ldb:i x:ge[n,nrhs,ldx]@d/o ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
-dposvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dposvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dpotrf i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i
 dpotrf2 i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i
 dpotri i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i
@@ -573,14 +573,14 @@ dsygv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,
 dsygvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@d/io!ge lda:i b:ge[n,n,ldb]@d/io!ge ldb:i w:v[n]@d/io work:W[lwork]@d lwork:i iwork:W[liwork]@i liwork:i
 dsygvx i : itype:i jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i b:sy[uplo,n,ldb]@d/io! ldb:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@d/o ldz:i work:W[lwork]@d lwork:i iwork:F[5*n]@i ifail:I
 dsyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
-dsyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dsyrfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dsysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
 dsysv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
 dsysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 dsysv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i e:v[n]@d/o ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
 dsysv_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@d/io! ldb:i work:W[lwork]@d lwork:i
 dsysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@d/i! lda:i af:sy[uplo,n,ldaf]@d/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:W[lwork]@d lwork:i iwork:F[n]@i
-dsysvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dsysvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dsyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
 dsytrd i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i d:v[n]@d/io e:v[n-1]@d/io tau:v[n-1]@d/io work:W[lwork]@d lwork:i
 dsytrf i : uplo:c n:i a:sy[uplo,n,lda]@d/io! lda:i ipiv:I work:W[lwork]@d lwork:i
@@ -644,10 +644,10 @@ sgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@s/i! ldab:i ipiv:I anor
 sgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@s/i! ldab:i r:v[m]@s/o c:v[n]@s/o rowcnd:s@s colcnd:s@s amax:s@s
 sgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
 sgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work iwork
-sgbrfsx - +skip=afb:_band_rows_not_documented : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sgbrfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgbsv i : n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@s/io! ldab:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 sgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work iwork
-sgbsvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sgbsvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgbtrf i : m:i n:i kl:i ku:i ab:gb[m,n,kl,kl+ku,ldab]@s/io! ldab:i ipiv:I
 sgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@s/i! ldab:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
 sgebak i : job:c side:c n:i ilo:i ihi:i scale:v[n]@s/i! m:i v:ge[n,m,ldv]@s/io! ldv:i
@@ -683,7 +683,7 @@ sgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@s/io! lda:i t:ge[nb,min(m,n),ldt]@s/io ldt
 sgeqrt2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i t:ge[n,n,ldt]@s/io ldt:i
 sgeqrt3 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i t:ge[n,n,ldt]@s/io ldt:i
 sgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@s/i! lda:i af:ge[n,n,ldaf]@s/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
-sgerfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sgerfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgerqf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[min(m,n)]@s/io work:W[lwork]@s lwork:i
 sgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork iwork
 sgesv i : n:i nrhs:i a:ge[n,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i
@@ -692,7 +692,7 @@ sgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a l
 sgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork iwork
 sgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv work lwork
 sgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work iwork
-sgesvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sgesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgetf2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i ipiv:I
 sgetrf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i ipiv:I
 sgetrf2 i : m:i n:i a:ge[m,n,lda]@s/io! lda:i ipiv:I
@@ -730,8 +730,8 @@ shseqr i : job:c compz:c n:i ilo:i ihi:i h:ge[n,n,ldh]@s/io! ldh:i wr:v[n]@s/io 
 slacn2 i +nolayout : n:i v:v[n]@s/io x:v[n]@s/io isgn:I est:s@s kase:o isave:I
 slacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@s/i! lda:i b:ge[m,n,ldb]@s/o ldb:i
 slag2d i : m:i n:i sa:ge[m,n,ldsa]@s/i! ldsa:i a:ge[m,n,lda]@d/o lda:i
-slagge - +skip=no_Fortran_documentation : m n kl ku d a lda iseed work
-slagsy - +skip=no_Fortran_documentation : n k d a lda iseed work
+slagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
+slagsy - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
 slamch s +nolayout : cmach:c
 slangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
 slange s : norm:c m:i n:i a:ge[m,n,lda]@s/i! lda:i work:F[m]@s?norm=I
@@ -753,7 +753,7 @@ slaset i +nocopy : uplo:c m:i n:i alpha:r@s! beta:r@s! a:ge[m,n,lda]@s/o lda:i
 slasrt i +nolayout : id:c n:i d:v[n]@s/io!
 slassq - +skip=no_Fortran_documentation : n x incx scale sumsq
 slaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
-slatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
+slatms - +skip=no_Fortran_entry_in_lapack.sig : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 slauum i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i
 sopgtr i : uplo:c n:i ap:sp[uplo,n]@s/i! tau:v[n-1]@s/i! q:ge[n,n,ldq]@s/io ldq:i work:F[n-1]@s
 sopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
@@ -791,10 +791,10 @@ spocon i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@s/i! lda:i anorm:r@s! rcond:s@s w
 spoequ i +nocopy : n:i a:ge[n,n,lda]@s/i! lda:i s:v[n]@s/o scond:s@s amax:s@s
 spoequb i +nocopy : n:i a:ge[n,n,lda]@s/i! lda:i s:v[n]@s/o scond:s@s amax:s@s
 sporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/i! ldaf:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
-sporfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sporfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sposv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i b:ge[n,nrhs,ldb]@s/io! ldb:i
 sposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i af:sy[uplo,n,ldaf]@s/io! ldaf:i equed:e s:v[n]@s/o b:ge[n,nrhs,ldb]@s/io! ldb:i x:ge[n,nrhs,ldx]@s/o ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
-sposvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sposvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 spotrf i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i
 spotrf2 i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i
 spotri i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i
@@ -871,14 +871,14 @@ ssygv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,
 ssygvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@s/io!ge lda:i b:ge[n,n,ldb]@s/io!ge ldb:i w:v[n]@s/io work:W[lwork]@s lwork:i iwork:W[liwork]@i liwork:i
 ssygvx i : itype:i jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i b:sy[uplo,n,ldb]@s/io! ldb:i vl:r@s! vu:r@s! il:i iu:i abstol:r@s! m:o w:v[n]@s/io z:ge[n,byrange(range,n,iu-il+1),ldz]@s/o ldz:i work:W[lwork]@s lwork:i iwork:F[5*n]@i ifail:I
 ssyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
-ssyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+ssyrfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 ssysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssysv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 ssysv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i e:v[n]@s/o ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssysv_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@s/io! ldb:i work:W[lwork]@s lwork:i
 ssysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@s/i! lda:i af:sy[uplo,n,ldaf]@s/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io ldx:i rcond:s@s ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:W[lwork]@s lwork:i iwork:F[n]@i
-ssysvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+ssysvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 ssyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
 ssytrd i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i d:v[n]@s/io e:v[n-1]@s/io tau:v[n-1]@s/io work:W[lwork]@s lwork:i
 ssytrf i : uplo:c n:i a:sy[uplo,n,lda]@s/io! lda:i ipiv:I work:W[lwork]@s lwork:i
@@ -933,7 +933,7 @@ strttf - +skip=arf:_packed_order_not_documented_as_one_argument : transr uplo n 
 strttp i : uplo:c n:i a:tr[uplo,'n',n,lda]@s/i! lda:i ap:sp[uplo,n]@s/o
 stzrzf i : m:i n:i a:ge[m,n,lda]@s/io! lda:i tau:v[m]@s/io work:W[lwork]@s lwork:i
 zbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@d/io! phi:v[q-1]@d/io u1:ge[p,p,ldu1]@z/io! ldu1:i u2:ge[m-p,m-p,ldu2]@z/io! ldu2:i v1t:ge[q,q,ldv1t]@z/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@z/io! ldv2t:i b11d:v[q]@d/o b11e:v[q-1]@d/o b12d:v[q]@d/o b12e:v[q-1]@d/o b21d:v[q]@d/o b21e:v[q-1]@d/o b22d:v[q]@d/o b22e:v[q-1]@d/o rwork:W[lrwork]@d lrwork:i
-zbdsqr - +skip=arguments_differ_from_the_Fortran_routine : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
+zbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 zcgesv i : n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i work:F[n*nrhs]@z swork:F[n*(n+nrhs)]@c rwork:F[n]@d iter:o
 zcposv i : uplo:c n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i work:F[n*nrhs]@z swork:F[n*(n+nrhs)]@c rwork:F[n]@d iter:o
 zgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
@@ -941,10 +941,10 @@ zgbcon i : norm:c n:i kl:i ku:i ab:gb[n,n,kl,kl+ku,ldab]@z/i! ldab:i ipiv:I anor
 zgbequ i : m:i n:i kl:i ku:i ab:gb[m,n,kl,ku,ldab]@z/i! ldab:i r:v[m]@d/o c:v[n]@d/o rowcnd:s@d colcnd:s@d amax:s@d
 zgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
 zgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work rwork
-zgbrfsx - +skip=afb:_band_rows_not_documented : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zgbrfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgbsv i : n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@z/io! ldab:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work rwork
-zgbsvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zgbsvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgbtrf i : m:i n:i kl:i ku:i ab:gb[m,n,kl,kl+ku,ldab]@z/io! ldab:i ipiv:I
 zgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb[n,n,kl,kl+ku,ldab]@z/i! ldab:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
 zgebak i : job:c side:c n:i ilo:i ihi:i scale:v[n]@d/i! m:i v:ge[n,m,ldv]@z/io! ldv:i
@@ -958,7 +958,7 @@ zgeesx i : jobvs:c sort:c select:f sense:c n:i a:ge[n,n,lda]@z/io! lda:i sdim:o 
 zgeev i : jobvl:c jobvr:c n:i a:ge[n,n,lda]@z/io! lda:i w:v[n]@z/o vl:ge[n,n,ldvl]@z/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@z/io?jobvr=V ldvr:i work:W[lwork]@z lwork:i rwork:F[2*n]@d
 zgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge[n,n,lda]@z/io! lda:i w:v[n]@z/o vl:ge[n,n,ldvl]@z/io?jobvl=V ldvl:i vr:ge[n,n,ldvr]@z/io?jobvr=V ldvr:i ilo:o ihi:o scale:v[n]@d/io abnrm:s@d rconde:v[n]@d/io rcondv:v[n]@d/io work:W[lwork]@z lwork:i rwork:F[2*n]@d
 zgehrd i : n:i ilo:i ihi:i a:ge[n,n,lda]@z/io! lda:i tau:v[n-1]@z/io work:W[lwork]@z lwork:i
-zgejsv - +skip=arguments_differ_from_the_Fortran_routine : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
+zgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
 zgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
 zgelq2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:F[m]@z
 zgelqf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:W[lwork]@z lwork:i
@@ -980,7 +980,7 @@ zgeqrt i : m:i n:i nb:i a:ge[m,n,lda]@z/io! lda:i t:ge[nb,min(m,n),ldt]@z/io ldt
 zgeqrt2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i t:ge[n,n,ldt]@z/io ldt:i
 zgeqrt3 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i t:ge[n,n,ldt]@z/io ldt:i
 zgerfs i : trans:c n:i nrhs:i a:ge[n,n,lda]@z/i! lda:i af:ge[n,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
-zgerfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zgerfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgerqf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i tau:v[min(m,n)]@z/io work:W[lwork]@z lwork:i
 zgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork rwork iwork
 zgesv i : n:i nrhs:i a:ge[n,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i
@@ -989,7 +989,7 @@ zgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a l
 zgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork rwork iwork
 zgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv cwork lwork rwork lrwork
 zgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work rwork
-zgesvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zgesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgetf2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i ipiv:I
 zgetrf i : m:i n:i a:ge[m,n,lda]@z/io! lda:i ipiv:I
 zgetrf2 i : m:i n:i a:ge[m,n,lda]@z/io! lda:i ipiv:I
@@ -1049,13 +1049,13 @@ zhegv_2stage i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,
 zhegvd i : itype:i jobz:c uplo:c n:i a:ge[n,n,lda]@z/io!ge lda:i b:ge[n,n,ldb]@z/io!ge ldb:i w:v[n]@d/io work:W[lwork]@z lwork:i rwork:W[lrwork]@d lrwork:i iwork:W[liwork]@i liwork:i
 zhegvx i : itype:i jobz:c range:c uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i b:sy[uplo,n,ldb]@z/io! ldb:i vl:r@d! vu:r@d! il:i iu:i abstol:r@d! m:o w:v[n]@d/io z:ge[n,byrange(range,n,iu-il+1),ldz]@z/o ldz:i work:W[lwork]@z lwork:i rwork:F[7*n]@d iwork:F[5*n]@i ifail:I
 zherfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
-zherfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zherfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zhesv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zhesv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zhesv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 zhesv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i e:v[n]@z/o ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zhesvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:W[lwork]@z lwork:i rwork:F[n]@d
-zhesvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zhesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zheswapr i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i i1:i i2:i
 zhetrd i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i d:v[n]@d/io e:v[n-1]@d/io tau:v[n-1]@z/io work:W[lwork]@z lwork:i
 zhetrf i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:W[lwork]@z lwork:i
@@ -1096,11 +1096,11 @@ zlacgv i +nolayout : n:i x:v[1+(n-1)*abs(incx)]@z/io! incx:i
 zlacn2 i +nolayout : n:i v:v[n]@z/io x:v[n]@z/io est:s@d kase:o isave:I
 zlacp2 i : uplo:c m:i n:i a:ge[m,n,lda]@d/i! lda:i b:ge[m,n,ldb]@z/o ldb:i
 zlacpy i +nocopy : uplo:c m:i n:i a:ge[m,n,lda]@z/i! lda:i b:ge[m,n,ldb]@z/o ldb:i
-zlacrm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
+zlacrm i : m:i n:i a:ge[m,n,lda]@z/i! lda:i b:ge[n,n,ldb]@d/i! ldb:i c:ge[m,n,ldc]@z/o ldc:i work:F[2*m*n]@d
 zlag2c i : m:i n:i a:ge[m,n,lda]@z/i! lda:i sa:ge[m,n,ldsa]@c/o ldsa:i
-zlagge - +skip=no_Fortran_documentation : m n kl ku d a lda iseed work
-zlaghe - +skip=no_Fortran_documentation : n k d a lda iseed work
-zlagsy - +skip=no_Fortran_documentation : n k d a lda iseed work
+zlagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
+zlaghe - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
+zlagsy - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
 zlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
 zlange d : norm:c m:i n:i a:ge[m,n,lda]@z/i! lda:i work:F[m]@d?norm=I
 zlanhe d : norm:c uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i work:F[n]@d?norm=IO1
@@ -1108,7 +1108,7 @@ zlansy d : norm:c uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i work:F[n]@d?norm=IO1
 zlantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
 zlapmr i : forwrd:i m:i n:i x:ge[m,n,ldx]@z/io! ldx:i k:I
 zlapmt i : forwrd:i m:i n:i x:ge[m,n,ldx]@z/io! ldx:i k:I
-zlarcm - +skip=arguments_differ_from_the_Fortran_routine : m n a lda b ldb c ldc work
+zlarcm i : m:i n:i a:ge[m,m,lda]@d/i! lda:i b:ge[m,n,ldb]@z/i! ldb:i c:ge[m,n,ldc]@z/o ldc:i work:F[2*m*n]@d
 zlarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 zlarfg i +nolayout : n:i alpha:s@z x:v[1+(n-2)*abs(incx)]@z/io! incx:i tau:s@z
 zlarft i : direct:c storev:c n:i k:i v:ge[n,k,ldv]@z/i!?storev=C ldv:i tau:v[k]@z/i! t:ge[k,k,ldt]@z/io ldt:i
@@ -1118,7 +1118,7 @@ zlascl i : type:c kl:i ku:i cfrom:r@d! cto:r@d! m:i n:i a:ge[m,n,lda]@z/io lda:i
 zlaset i +nocopy : uplo:c m:i n:i alpha:r@z! beta:r@z! a:ge[m,n,lda]@z/io! lda:i
 zlassq - +skip=no_Fortran_documentation : n x incx scale sumsq
 zlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
-zlatms - +skip=no_Fortran_documentation : m n dist iseed sym d mode cond dmax kl ku pack a lda work
+zlatms - +skip=no_Fortran_entry_in_lapack.sig : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 zlauum i : uplo:c n:i a:ge[n,n,lda]@z/io! lda:i
 zpbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/i! ldab:i anorm:r@d! rcond:s@d work:F[2*n]@z rwork:F[n]@d
 zpbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@z/i! ldab:i s:v[n]@d/o scond:s@d amax:s@d
@@ -1135,10 +1135,10 @@ zpocon i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i anorm:r@d! rcond:s@d w
 zpoequ i +nocopy : n:i a:ge[n,n,lda]@z/i! lda:i s:v[n]@d/o scond:s@d amax:s@d
 zpoequb i +nocopy : n:i a:ge[n,n,lda]@z/i! lda:i s:v[n]@d/o scond:s@d amax:s@d
 zporfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
-zporfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zporfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zposv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i b:ge[n,nrhs,ldb]@z/io! ldb:i
 zposvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i af:sy[uplo,n,ldaf]@z/io! ldaf:i equed:e s:v[n]@d/o b:ge[n,nrhs,ldb]@z/io! ldb:i x:ge[n,nrhs,ldx]@z/o ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
-zposvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zposvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zpotrf i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i
 zpotrf2 i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i
 zpotri i +nocopy : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i
@@ -1152,7 +1152,7 @@ zpptrf i : uplo:c n:i ap:sp[uplo,n]@z/io!
 zpptri i : uplo:c n:i ap:sp[uplo,n]@z/io!
 zpptrs i : uplo:c n:i nrhs:i ap:sp[uplo,n]@z/i! b:ge[n,nrhs,ldb]@z/io! ldb:i
 zpstrf i : uplo:c n:i a:ge[n,n,lda]@z/io! lda:i piv:I rank:o tol:r@d! work:F[2*n]@d
-zptcon - +skip=arguments_differ_from_the_Fortran_routine : n d e anorm rcond work
+zptcon i +nolayout : n:i d:v[n]@d/i! e:v[n-1]@z/i! anorm:r@d! rcond:s@d work:F[n]@d
 zpteqr i : compz:c n:i d:v[n]@d/io! e:v[n-1]@d/io! z:ge[n,n,ldz]@z/io! ldz:i work:F[4*n]@d
 zptrfs i : uplo:c n:i nrhs:i d:v[n]@d/i! e:v[n-1]@z/i! df:v[n]@d/i! ef:v[n-1]@z/i! b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[n]@z rwork:F[n]@d
 zptsv i : n:i nrhs:i d:v[n]@d/io! e:v[n-1]@z/io! b:ge[n,nrhs,ldb]@z/io! ldb:i
@@ -1177,14 +1177,14 @@ zsyconv i : uplo:c way:c n:i a:sy[uplo,n,lda]@z/io lda:i ipiv:I e:v[n]@z/io
 zsyequb i : uplo:c n:i a:sy[uplo,n,lda]@z/i! lda:i s:v[n]@d/o scond:s@d amax:s@d work:F[2*n]@z
 zsyr i : uplo:c n:i alpha:r@z! x:v[1+(n-1)*abs(incx)]@z/i! incx:i a:sy[uplo,n,lda]@z/io! lda:i
 zsyrfs i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/i! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[2*n]@z rwork:F[n]@d
-zsyrfsx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zsyrfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zsysv i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zsysv_aa i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zsysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 zsysv_rk i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i e:v[n]@z/o ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zsysv_rook i : uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I b:ge[n,nrhs,ldb]@z/io! ldb:i work:W[lwork]@z lwork:i
 zsysvx i : fact:c uplo:c n:i nrhs:i a:sy[uplo,n,lda]@z/i! lda:i af:sy[uplo,n,ldaf]@z/io! ldaf:i ipiv:I b:ge[n,nrhs,ldb]@z/i! ldb:i x:ge[n,nrhs,ldx]@z/io ldx:i rcond:s@d ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:W[lwork]@z lwork:i rwork:F[n]@d
-zsysvxx - +skip=err_bnds_norm:_a_two-dimensional_array_without_a_leading_dimension : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zsysvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zsyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
 zsytrf i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:W[lwork]@z lwork:i
 zsytrf_aa i : uplo:c n:i a:sy[uplo,n,lda]@z/io! lda:i ipiv:I work:W[lwork]@z lwork:i

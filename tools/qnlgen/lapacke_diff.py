@@ -33,7 +33,8 @@ SCALARS = {"vl": -1.0, "vu": 10.0, "abstol": 0.0, "tol": 0.0, "alpha": 0.5, "bet
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
 UNDEFINED = {"lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
 # Calls the stock library gets wrong, observed: not compared.
-STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)"}
+STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)",
+                "ssytri2x": "stock ssytri2x_ writes past a block of its own (valgrind)"}
 FUNCS = {"max": max, "min": min, "abs": abs,
          "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1}
 KIND = {"c": 0, "e": 1, "i": 2, "r": 3, "s": 4, "o": 5, "I": 6, "v": 7, "m": 8}
@@ -116,7 +117,8 @@ def case(r, layout):
         elif c == "o":
             rows.append((5, "i", 1, 0.0, "N", ""))
         elif c == "I":
-            rows.append((6, "i", 4 * max((v for v in vals.values() if isinstance(v, int)), default=8) + 16, 0.0, "N", ""))
+            most = max((v for v in vals.values() if isinstance(v, int)), default=8)
+            rows.append((6, "i", 4 * most + 16, 0.0, "N", ""))
         elif c == "f":
             return None
         elif c.startswith("v["):
@@ -189,8 +191,9 @@ def main(argv):
                 classify(r)
             except (ValueError, KeyError) as e:
                 r.skip = f"table row: {e}"
-        if r.skip is None and r.name[1:] in STOCK_FAULTS:
-            skipped.append((r.name, STOCK_FAULTS[r.name[1:]]))
+        fault = STOCK_FAULTS.get(r.name) or STOCK_FAULTS.get(r.name[1:])
+        if r.skip is None and fault:
+            skipped.append((r.name, fault))
             continue
         if r.skip is not None:
             skipped.append((r.name, f"not in the template: {r.skip}"))
