@@ -39,18 +39,43 @@ struct Wider<double> {
 template <class T, int A>
 using Work = std::conditional_t<A == kHA, typename Wider<T>::type, T>;
 
-// SLEEF on whole vectors; the tail goes through a padded vector.
-template <class T, auto F>
-void vmap(int32_t n, const T* a, T* y) {
+// SLEEF on whole vectors, the tail through a padded vector; then a second pass,
+// with no call in its loop so that its constants stay in registers, over the
+// arguments and results: lanes that `ok` does not pass are computed again by
+// `scalar`, one at a time. Returns whether a result may be out of range (not
+// finite, or below the normal range when `underflow`, zero included): only then
+// does the caller scan the piece element by element for errors. `a` and `y` must
+// not overlap.
+template <class T, auto F, class Ok, class Scalar>
+bool vmap(int32_t n, const T* a, T* y, bool underflow, Ok ok, Scalar scalar) {
   constexpr int L = kLanes<T>;
-  int32_t i = 0;
-  for (; i + L <= n; i += L) store(y + i, F(load(a + i)));
-  if (i < n) {
-    T in[L], out[L];
-    for (int k = 0; k < L; ++k) in[k] = i + k < n ? a[i + k] : T(0.5);
+  int32_t whole = 0;
+  for (; whole + L <= n; whole += L) store(y + whole, F(load(a + whole)));
+  T in[L], out[L];
+  if (whole < n) {
+    for (int k = 0; k < L; ++k) in[k] = whole + k < n ? a[whole + k] : T(1);
     store(out, F(load(in)));
-    for (int k = 0; i + k < n; ++k) y[i + k] = out[k];
   }
+  const G<T> big = G<T>{} + std::numeric_limits<T>::max(),
+             low = G<T>{} + (underflow ? std::numeric_limits<T>::min() : T(0));
+  Mask<T> in_range = ~Mask<T>{};
+  auto test = [&](const T* x, T* r) {
+    G<T> gr = lanes(r);
+    const Mask<T> pass = ok(lanes(x), gr);
+    if (__builtin_expect(!all(pass), 0)) {
+      for (int k = 0; k < L; ++k)
+        if (!pass[k]) r[k] = scalar(x[k]);
+      gr = lanes(r);
+    }
+    const G<T> m = magnitude<T>(gr);
+    in_range &= (m <= big) & (m >= low);
+  };
+  for (int32_t i = 0; i < whole; i += L) test(a + i, y + i);
+  if (whole < n) {
+    test(in, out);
+    for (int k = 0; whole + k < n; ++k) y[whole + k] = out[k];
+  }
+  return !all(in_range);
 }
 
 template <class T, auto F>
@@ -85,28 +110,27 @@ void vmap_scalar(int32_t n, const T* a, T b, T* y) {
   }
 }
 
-// A real function SLEEF has, by its SLEEF names per accuracy. SLEEF's fast
-// (350-ulp) variants exist for float only: double EP computes as LA.
-// Elements SLEEF does not serve to the mode's accuracy are computed again one at a
-// time, one precision wider: arguments beyond |x| <= limit (SLEEF's range for the
-// function, per type) and, in HA, subnormal results, where SLEEF bounds the
-// absolute error only.
 template <class T>
 constexpr T kTinyArgument = std::is_same_v<T, double> ? T(1e-8) : T(1e-3);
 
-template <class T, int A, class F>
-void fix_range(int32_t n, const T* a, T* y, double limit_d, double limit_f, F fallback) {
-  using W = typename Wider<T>::type;
-  const T limit = static_cast<T>(std::is_same_v<T, double> ? limit_d : limit_f);
-  const T tiny = std::numeric_limits<T>::min();
-  for (int32_t i = 0; i < n; ++i) {
-    // Tiny arguments too in HA: SLEEF's single-precision odd functions miss by a hair there.
-    const bool far = !(std::fabs(a[i]) <= limit),
-               sub = A == kHA && ((y[i] != 0 && std::fabs(y[i]) < tiny) || std::fabs(a[i]) < kTinyArgument<T>);
-    if (__builtin_expect(far || sub, 0)) y[i] = static_cast<T>(fallback(static_cast<W>(a[i])));
+// The lanes SLEEF serves to the mode's accuracy: arguments within |x| <= limit
+// (SLEEF's range for the function) and, in HA, neither subnormal results, where
+// SLEEF bounds the absolute error only, nor tiny arguments, where SLEEF's
+// single-precision odd functions miss by a hair.
+template <class T, int A>
+Mask<T> served(G<T> x, G<T> r, T limit) {
+  const G<T> ax = magnitude<T>(x);
+  Mask<T> m = ax <= limit;
+  if constexpr (A == kHA) {
+    const G<T> ar = magnitude<T>(r);
+    m &= (ax >= kTinyArgument<T>)&~((ar < std::numeric_limits<T>::min()) & (r != 0));
   }
+  return m;
 }
 
+// A real function SLEEF has, by its SLEEF names per accuracy. SLEEF's fast
+// (350-ulp) variants exist for float only: double EP computes as LA. The lanes
+// `beyond` marks are computed again one at a time, one precision wider.
 #define QNL_SLEEF1(Stem, ha, ha_acc, la, la_acc, ep, ep_acc, errors, inf_status, limit_d, limit_f, fallback) \
   struct Stem {                                                                                              \
     static constexpr int kErrors = errors;                                                                   \
@@ -117,17 +141,20 @@ void fix_range(int32_t n, const T* a, T* y, double limit_d, double limit_f, F fa
       return inf_status;                                                                                     \
     }                                                                                                        \
     template <int A, class T>                                                                                \
-    static void map(int32_t n, const T* a, T* y) {                                                           \
+    static bool map(int32_t n, const T* a, T* y) {                                                           \
+      using W = typename Wider<T>::type;                                                                     \
+      const T limit = static_cast<T>(std::is_same_v<T, double> ? limit_d : limit_f);                         \
+      auto ok = [limit](G<T> x, G<T> r) { return served<T, A>(x, r, limit); };                               \
+      auto scalar = [](T x) { return static_cast<T>(fallback(static_cast<W>(x))); };                         \
+      constexpr bool under = ((errors)&kUnderflow) != 0;                                                     \
       if constexpr (std::is_same_v<T, double>) {                                                             \
-        if constexpr (A == kHA) vmap<T, QNL_VD(ha, ha_acc)>(n, a, y);                                        \
-        if constexpr (A == kLA) vmap<T, QNL_VD(la, la_acc)>(n, a, y);                                        \
-        if constexpr (A == kEP) vmap<T, QNL_VD(la, la_acc)>(n, a, y);                                        \
+        if constexpr (A == kHA) return vmap<T, QNL_VD(ha, ha_acc)>(n, a, y, under, ok, scalar);              \
+        if constexpr (A != kHA) return vmap<T, QNL_VD(la, la_acc)>(n, a, y, under, ok, scalar);              \
       } else {                                                                                               \
-        if constexpr (A == kHA) vmap<T, QNL_VF(ha, ha_acc)>(n, a, y);                                        \
-        if constexpr (A == kLA) vmap<T, QNL_VF(la, la_acc)>(n, a, y);                                        \
-        if constexpr (A == kEP) vmap<T, QNL_VF(ep, ep_acc)>(n, a, y);                                        \
+        if constexpr (A == kHA) return vmap<T, QNL_VF(ha, ha_acc)>(n, a, y, under, ok, scalar);              \
+        if constexpr (A == kLA) return vmap<T, QNL_VF(la, la_acc)>(n, a, y, under, ok, scalar);              \
+        if constexpr (A == kEP) return vmap<T, QNL_VF(ep, ep_acc)>(n, a, y, under, ok, scalar);              \
       }                                                                                                      \
-      fix_range<T, A>(n, a, y, limit_d, limit_f, [](auto x) { return fallback(x); });                        \
     }                                                                                                        \
   };
 
@@ -148,9 +175,10 @@ void fix_range(int32_t n, const T* a, T* y, double limit_d, double limit_f, F fa
       return expr;                                                                       \
     }                                                                                    \
     template <int A, class T>                                                            \
-    static void map(int32_t n, const T* a, T* y) {                                       \
+    static bool map(int32_t n, const T* a, T* y) {                                       \
       using W = std::conditional_t<exact, T, typename Wider<T>::type>;                   \
       for (int32_t i = 0; i < n; ++i) y[i] = static_cast<T>(eval(static_cast<W>(a[i]))); \
+      return true;                                                                       \
     }                                                                                    \
   };
 
