@@ -1,4 +1,4 @@
-// Random numbers: the kernels of MT19937, Philox4x32-10 and MRG32k3a against
+// Random numbers through libqnl_rt.so: MT19937, Philox4x32-10 and MRG32k3a against
 // std::mt19937_64 with the std:: distributions, and Philox against Random123's
 // own loop, in the same run. Prints nanoseconds per number and the ratios
 // (baseline time / our time: above 1 means faster).
@@ -11,16 +11,7 @@
 #include <random>
 #include <vector>
 
-#include "qnl_vsl_defines.h"
-
-extern "C" {
-int __vslNewStreamEx(void** stream, int brng, int n, const unsigned* params);
-int __vslDeleteStream(void** stream);
-int _vsldRngUniform(int, void*, int, double*, double, double);
-int _vsldRngGaussian(int, void*, int, double*, double, double);
-int _vsliRngPoisson(int, void*, int, int*, double);
-int _vsliRngUniformBits(int, void*, int, unsigned*);
-}
+#include "qnl_vsl.h"
 
 namespace {
 
@@ -59,26 +50,25 @@ int main() {
         ns_per(n, [&] { std::generate(d.begin(), d.end(), [&] { return nd(eng); }); sink = d[0]; }),
         ns_per(n, [&] { std::generate(k.begin(), k.end(), [&] { return pd(eng); }); sink = k[0]; })};
     for (auto& g : gens) {
-      void* s = nullptr;
-      const unsigned seed = 1;
-      __vslNewStreamEx(&s, g.brng, 1, &seed);
+      VSLStreamStatePtr s = nullptr;
+      vslNewStream(&s, g.brng, 1);
       const double ours[3] = {
-          ns_per(n, [&] { _vsldRngUniform(0, s, n, d.data(), 0.0, 1.0); sink = d[0]; }),
-          ns_per(n, [&] { _vsldRngGaussian(VSL_RNG_METHOD_GAUSSIAN_BOXMULLER2, s, n, d.data(), 0.0, 1.0); sink = d[0]; }),
-          ns_per(n, [&] { _vsliRngPoisson(VSL_RNG_METHOD_POISSON_PTPE, s, n, k.data(), 10.0); sink = k[0]; })};
+          ns_per(n, [&] { vdRngUniform(VSL_RNG_METHOD_UNIFORM_STD, s, n, d.data(), 0.0, 1.0); sink = d[0]; }),
+          ns_per(n, [&] { vdRngGaussian(VSL_RNG_METHOD_GAUSSIAN_BOXMULLER2, s, n, d.data(), 0.0, 1.0); sink = d[0]; }),
+          ns_per(n, [&] { viRngPoisson(VSL_RNG_METHOD_POISSON_PTPE, s, n, k.data(), 10.0); sink = k[0]; })};
       const char* task[3] = {"uniform", "gaussian", "poisson10"};
       for (int t = 0; t < 3; ++t)
         std::printf("%-10s %-9s %9d %10.2f %10.2f %7.2f\n", task[t], g.name, n, ours[t], base[t], base[t] / ours[t]);
-      __vslDeleteStream(&s);
+      vslDeleteStream(&s);
     }
   }
   // Philox words: our kernel against Random123's loop over counters.
   for (int n : {1000, 10000000}) {
     std::vector<unsigned> w(n);
-    void* s = nullptr;
+    VSLStreamStatePtr s = nullptr;
     const unsigned seed[2] = {1, 2};
-    __vslNewStreamEx(&s, VSL_BRNG_PHILOX4X32X10, 2, seed);
-    const double ours = ns_per(n, [&] { _vsliRngUniformBits(0, s, n, w.data()); sink = w[0]; });
+    vslNewStreamEx(&s, VSL_BRNG_PHILOX4X32X10, 2, seed);
+    const double ours = ns_per(n, [&] { viRngUniformBits(VSL_RNG_METHOD_UNIFORMBITS_STD, s, n, w.data()); sink = w[0]; });
     r123::Philox4x32 g;
     r123::Philox4x32::key_type key = {{1, 2}};
     r123::Philox4x32::ctr_type ctr = {{0, 0, 0, 0}};
@@ -92,6 +82,6 @@ int main() {
     });
     std::printf("%-10s %-9s %9d %10.2f %10.2f %7.2f  (Random123 loop)\n", "bits32", "Philox", n, ours, theirs,
                 theirs / ours);
-    __vslDeleteStream(&s);
+    vslDeleteStream(&s);
   }
 }

@@ -55,7 +55,8 @@ constexpr bool passes() {
     else
       return std::is_void_v<U> || std::is_same_v<std::remove_cv_t<U>, std::remove_cv_t<T>>;
   } else if constexpr (std::is_integral_v<V>) {
-    return std::is_same_v<T, const QnlLayerInt>;
+    // the layer's integer, or the 64-bit one of the wide entries
+    return std::is_same_v<T, const QnlLayerInt> || std::is_same_v<T, const V>;
   } else {
     return std::is_same_v<T, const V>;
   }

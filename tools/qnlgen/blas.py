@@ -231,7 +231,7 @@ def wide_body(r):
     Returns the definition and the header's declaration with its wide_of mapping."""
     if r.index("x") >= 0 or "batch" in r.flags:
         return "", ""
-    types = [{"c": "const char*", "i": "const int64_t*", "p": "void*"}[role] for _, role in r.args]
+    types = [t.replace("QnlLayerInt", "int64_t") for t in r.body_types()]
     decl = ", ".join(f"{t} a{i}" for i, t in enumerate(types))
     addresses = ", ".join(f"qnl::vp(a{i})" for i in range(len(types)))
     sym = f"qnl_wide_{r.name}"
