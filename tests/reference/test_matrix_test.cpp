@@ -102,6 +102,7 @@ struct Policy {
   const char* variable;  // set by the user before the first call, or null
   const char* want;      // OMP_WAIT_POLICY after it, or null for unset
 };
+void PrintTo(const Policy& p, std::ostream* os) { *os << (p.variable ? p.variable : "nothing set"); }
 class BackendOpenMp : public ::testing::TestWithParam<Policy> {};
 
 TEST_P(BackendOpenMp, WorkersWaitPassivelyUnlessTheUserChose) {
