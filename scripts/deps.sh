@@ -6,7 +6,7 @@ need=(cmake ninja-build g++ gfortran python3 libgtest-dev libbenchmark-dev valgr
   libopenblas0-serial libblas-test liblapack-test python3-numpy python3-pytest python3-hypothesis
   python3-scipy libtmglib3 pkg-config ccache liblapacke liblapacke64 liblapacke-dev liblapacke64-dev
   libfftw3-double3 libfftw3-single3 libfftw3-bin libfftw3-dev python3-pyfftw
-  libsleef-dev libmpfr-dev librandom123-dev libboost-dev)
+  libsleef-dev libmpfr-dev libmpc-dev librandom123-dev libboost-dev)
 missing=()
 for p in "${need[@]}"; do dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p"); done
 if ((${#missing[@]})); then

@@ -45,34 +45,42 @@ QNL_COMPLEX1(Sqrt, false, kInfinite, kOverflow, std::sqrt(x))
 QNL_COMPLEX1(Tan, false, kInfinite, kOverflow, std::tan(x))
 QNL_COMPLEX1(Tanh, false, kInfinite, kOverflow, std::tanh(x))
 
-#define QNL_COMPLEX2(Stem, exact, errors, inf_status, expr)                      \
-  struct Stem {                                                                  \
-    static constexpr int kErrors = errors;                                       \
-    static constexpr int32_t kPiece = exact ? kCheapPiece : kCostlyPiece;        \
-    static constexpr bool kOwnEP = false;                                        \
-    static constexpr int kInfiniteStatus = inf_status;                           \
-    template <class W>                                                           \
-    static C<W> eval(C<W> x, C<W> z) {                                           \
-      return expr;                                                               \
-    }                                                                            \
-    template <int A, class T>                                                    \
-    static void map(int32_t n, const C<T>* a, const C<T>* b, C<T>* y) {          \
-      using W = std::conditional_t<exact, T, Work<T, A>>;                        \
-      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b[i]))); \
-    }                                                                            \
-    template <int A, class T>                                                    \
-    static void map_scalar(int32_t n, const C<T>* a, C<T> b, C<T>* y) {          \
-      using W = std::conditional_t<exact, T, Work<T, A>>;                        \
-      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b)));    \
-    }                                                                            \
+// Working precision of a two-argument function: its own type (exact ones),
+// Work (wider in HA only), or Wider in every mode: the power, whose error grows
+// with the size of its exponent's product with the logarithm.
+template <class T, int>
+using Own = T;
+template <class T, int>
+using Widest = typename Wider<T>::type;
+
+#define QNL_COMPLEX2(Stem, work, errors, inf_status, expr)                                                  \
+  struct Stem {                                                                                             \
+    static constexpr int kErrors = errors;                                                                  \
+    static constexpr int32_t kPiece = std::is_same_v<work<float, kHA>, float> ? kCheapPiece : kCostlyPiece; \
+    static constexpr bool kOwnEP = false;                                                                   \
+    static constexpr int kInfiniteStatus = inf_status;                                                      \
+    template <class W>                                                                                      \
+    static C<W> eval(C<W> x, C<W> z) {                                                                      \
+      return expr;                                                                                          \
+    }                                                                                                       \
+    template <int A, class T>                                                                               \
+    static void map(int32_t n, const C<T>* a, const C<T>* b, C<T>* y) {                                     \
+      using W = work<T, A>;                                                                                 \
+      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b[i])));                            \
+    }                                                                                                       \
+    template <int A, class T>                                                                               \
+    static void map_scalar(int32_t n, const C<T>* a, C<T> b, C<T>* y) {                                     \
+      using W = work<T, A>;                                                                                 \
+      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b)));                               \
+    }                                                                                                       \
   };
 
-QNL_COMPLEX2(Add, true, kInfinite, kOverflow, x + z)
-QNL_COMPLEX2(Sub, true, kInfinite, kOverflow, x - z)
-QNL_COMPLEX2(Mul, false, kInfinite, kOverflow, x* z)
-QNL_COMPLEX2(MulByConj, false, kInfinite, kOverflow, x* std::conj(z))
-QNL_COMPLEX2(Div, false, kInfinite, kSing, x / z)
-QNL_COMPLEX2(Pow, false, kInfinite, kOverflow, std::pow(x, z))
+QNL_COMPLEX2(Add, Own, kInfinite, kOverflow, x + z)
+QNL_COMPLEX2(Sub, Own, kInfinite, kOverflow, x - z)
+QNL_COMPLEX2(Mul, Work, kInfinite, kOverflow, x* z)
+QNL_COMPLEX2(MulByConj, Work, kInfinite, kOverflow, x* std::conj(z))
+QNL_COMPLEX2(Div, Work, kInfinite, kSing, x / z)
+QNL_COMPLEX2(Pow, Widest, kInfinite, kOverflow, std::pow(x, z))
 
 // Complex to real, real to complex.
 struct Abs {
