@@ -4,10 +4,9 @@
  *
  * Generator numbering. A generator number is a family index shifted left by
  * VSL_BRNG_SHIFT (20) bits; the low 20 bits are kept for the members of a
- * family of independent generators (MT2203, reserved) and must be 0. Families 1..13 are built in, 14..16 are the
- * abstract streams; generators added with
- * vslRegisterBrng get the families from VSL_BRNG_USER_FIRST on, in order of
- * registration. A number whose family is unknown is rejected with
+ * family of independent generators (MT2203: members 0..VSL_MT2203_FAMILY-1) and must be 0 elsewhere. Families 1..13 are
+ * built in, 14..16 are the abstract streams; generators added with vslRegisterBrng get the families from
+ * VSL_BRNG_USER_FIRST on, in order of registration. A number whose family is unknown is rejected with
  * VSL_RNG_ERROR_BAD_BRNG.
  *
  * Method numbers are per distribution and start at 0 (the default method of
@@ -37,7 +36,7 @@ extern "C" {
 #define VSL_BRNG_SOBOL (6 * VSL_BRNG_INC)          /* Joe-Kuo direction numbers, dimension 1..40 */
 #define VSL_BRNG_NIEDERR (7 * VSL_BRNG_INC)        /* base 2, dimension 1..40 */
 #define VSL_BRNG_MT19937 (8 * VSL_BRNG_INC)        /* the sequence of std::mt19937 */
-#define VSL_BRNG_MT2203 (9 * VSL_BRNG_INC)         /* reserved: not built, VSL_ERROR_FEATURE_NOT_IMPLEMENTED */
+#define VSL_BRNG_MT2203 (9 * VSL_BRNG_INC)         /* 64 independent twisters of period 2^2203-1 */
 #define VSL_BRNG_SFMT19937 (10 * VSL_BRNG_INC)     /* SIMD-oriented Mersenne twister */
 #define VSL_BRNG_NONDETERM (11 * VSL_BRNG_INC)     /* the processor's RDRAND */
 #define VSL_BRNG_ARS5 (12 * VSL_BRNG_INC)          /* AES rounds on a counter, 5 rounds */

@@ -4,9 +4,11 @@
 #include <Random123/philox.h>
 #include <gtest/gtest.h>
 
+#include <bitset>
 #include <boost/random/niederreiter_base2.hpp>
 #include <boost/random/sobol.hpp>
 #include <cstdio>
+#include <cstdlib>
 #include <random>
 
 #include "vsl_kernels.h"
@@ -147,17 +149,74 @@ TEST(Generators, NonDeterministicSource) {
   EXPECT_NEAR(ones, 16000, 600);  // 32000 bits: about 7 standard deviations
 }
 
+// ---- MT2203: every member's output has a primitive minimal polynomial of degree 2203 ----
+constexpr int kP2203 = 2203, kLen2203 = 2 * kP2203;
+using Bits = std::bitset<kLen2203 + 64>;  // bit i: the coefficient of x^i
+
+// Berlekamp-Massey over GF(2) on bit 0 of 2 * 2203 words; returns x^l c(1/x).
+Bits min_poly_of_bit0(const std::vector<unsigned>& w, int& l) {
+  Bits rev, c, b;  // rev bit j = s[kLen2203 - 1 - j]
+  for (int k = 0; k < kLen2203; ++k) rev[kLen2203 - 1 - k] = w[k] & 1;
+  c[0] = b[0] = 1, l = 0;
+  for (int n = 0, m = 1; n < kLen2203; ++n, ++m) {
+    if (((rev >> (kLen2203 - 1 - n)) & c).count() % 2 == 0) continue;
+    const Bits t = c;
+    c ^= b << m;
+    if (2 * l <= n) l = n + 1 - l, b = t, m = 0;
+  }
+  Bits f;
+  for (int i = 0; i <= l; ++i) f[l - i] = c[i];
+  return f;
+}
+// x^(2^p) = x mod f: f of prime degree p is irreducible, hence primitive as
+// 2^2203 - 1 is prime.
+bool frobenius_fixes_x(const Bits& f) {
+  Bits r, x;
+  r[1] = x[1] = 1;
+  for (int k = 0; k < kP2203; ++k) {
+    Bits sq;
+    for (int i = 0; i < kP2203; ++i) sq[2 * i] = r[i];
+    for (int i = 2 * kP2203 - 2; i >= kP2203; --i)
+      if (sq[i]) sq ^= f << (i - kP2203);
+    r = sq;
+  }
+  return r == x;
+}
+
+// The primitivity check costs a fraction of a second per member: the first and
+// the last by default, every member with QNL_MT2203_ALL=1.
+TEST(Generators, Mt2203MembersHaveFullPeriodAndDiffer) {
+  const bool all = std::getenv("QNL_MT2203_ALL") != nullptr;
+  std::vector<std::vector<unsigned>> firsts;
+  for (int j = 0; j < VSL_MT2203_FAMILY; ++j) {
+    Stream s(VSL_BRNG_MT2203 + j, {7});
+    ASSERT_EQ(s.rc, 0) << j;
+    int l = 0;
+    const Bits f = min_poly_of_bit0(s.bits(kLen2203), l);
+    EXPECT_EQ(l, kP2203) << "member " << j;
+    if (all || j == 0 || j == VSL_MT2203_FAMILY - 1) {
+      EXPECT_TRUE(frobenius_fixes_x(f)) << "member " << j;
+    }
+    Stream t(VSL_BRNG_MT2203 + j, {7});
+    firsts.push_back(t.bits(8));
+    for (int i = 0; i < j; ++i) EXPECT_NE(firsts[i], firsts[j]) << "members " << i << " and " << j;
+  }
+  void* s = nullptr;
+  EXPECT_EQ(__vslNewStreamEx(&s, VSL_BRNG_MT2203 + VSL_MT2203_FAMILY, 0, nullptr), VSL_RNG_ERROR_BAD_BRNG);
+}
+
 // ---- stream operations over every generator ----
 struct Gen {
   int brng;
   std::vector<unsigned> seed;
   bool skip, leap;
 };
-const Gen kGens[] = {{VSL_BRNG_MCG31, {42}, true, true},        {VSL_BRNG_R250, {42}, false, false},
-                     {VSL_BRNG_MRG32K3A, {42, 7}, true, false}, {VSL_BRNG_MCG59, {42, 1}, true, true},
-                     {VSL_BRNG_WH, {42, 43, 44}, true, true},   {VSL_BRNG_SOBOL, {3}, true, true},
-                     {VSL_BRNG_NIEDERR, {5}, true, true},       {VSL_BRNG_MT19937, {42}, true, false},
-                     {VSL_BRNG_SFMT19937, {42}, false, false},  {VSL_BRNG_PHILOX4X32X10, {42}, true, false}};
+const Gen kGens[] = {{VSL_BRNG_MCG31, {42}, true, true},          {VSL_BRNG_R250, {42}, false, false},
+                     {VSL_BRNG_MRG32K3A, {42, 7}, true, false},   {VSL_BRNG_MCG59, {42, 1}, true, true},
+                     {VSL_BRNG_WH, {42, 43, 44}, true, true},     {VSL_BRNG_SOBOL, {3}, true, true},
+                     {VSL_BRNG_NIEDERR, {5}, true, true},         {VSL_BRNG_MT19937, {42}, true, false},
+                     {VSL_BRNG_SFMT19937, {42}, false, false},    {VSL_BRNG_PHILOX4X32X10, {42}, true, false},
+                     {VSL_BRNG_MT2203 + 5, {42, 9}, false, false}};
 
 void PrintTo(const Gen& g, std::ostream* os) { *os << "family " << (g.brng >> VSL_BRNG_SHIFT); }
 
@@ -185,7 +244,7 @@ TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   std::vector<char> mem(__vslGetStreamSize(a));
   ASSERT_EQ(__vslSaveStreamM(a, mem.data()), 0);
   ASSERT_EQ(__vslLoadStreamM(&fromMem, mem.data()), 0);
-  const std::string file = ::testing::TempDir() + "vsl_stream_" + std::to_string(GetParam().brng >> 20);
+  const std::string file = ::testing::TempDir() + "vsl_stream_" + std::to_string(GetParam().brng);
   ASSERT_EQ(__vslSaveStreamF(a, file.c_str(), -1), 0);
   ASSERT_EQ(__vslLoadStreamF(&fromFile, (file + "   ").c_str(), static_cast<long long>(file.size()) + 3), 0);
   EXPECT_EQ(__vslGetStreamStateBrng(fromFile), GetParam().brng);
@@ -222,7 +281,7 @@ TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   std::remove(file.c_str());
 }
 INSTANTIATE_TEST_SUITE_P(All, StreamOps, ::testing::ValuesIn(kGens),
-                         [](const auto& info) { return "family" + std::to_string(info.param.brng >> 20); });
+                         [](const auto& info) { return "brng" + std::to_string(info.param.brng); });
 
 // A far jump (by the characteristic polynomial) lands where near jumps
 // (by regenerating the state) do.

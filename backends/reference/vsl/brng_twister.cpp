@@ -1,7 +1,10 @@
-// Mersenne twisters: MT19937 (the sequence of std::mt19937) and SFMT19937.
+// Mersenne twisters: MT19937 (the sequence of std::mt19937), the MT2203 family
+// of independent twisters and SFMT19937.
 // Both regenerate their whole state in blocks; the block loops are cloned for
 // AVX2 and AVX-512 so that the integer work and the conversion to doubles run
 // on the widest registers the processor has.
+#include <array>
+#include <utility>
 #include <vector>
 
 #include "vsl_internal.h"
@@ -13,10 +16,6 @@ namespace {
 
 // ---- MT19937 ----
 constexpr int kN = 624, kM = 397;
-struct Mt {
-  uint32_t mt[kN];
-  int32_t idx;
-};
 
 QNL_VSL_CLONES void mt_regen(uint32_t* __restrict mt) {
   constexpr uint32_t kUpper = 0x80000000u, kLower = 0x7fffffffu, kA = 0x9908b0dfu;
@@ -30,6 +29,13 @@ QNL_VSL_CLONES void mt_regen(uint32_t* __restrict mt) {
   mt[kN - 1] = twist(mt[kN - 1], mt[0], mt[kM - 1]);
 }
 
+struct Mt {
+  static constexpr int kLen = kN;
+  uint32_t mt[kN];
+  int32_t idx;
+  void regen() { mt_regen(mt); }
+};
+
 inline uint32_t temper(uint32_t y) {
   y ^= y >> 11;
   y ^= (y << 7) & 0x9d2c5680u;
@@ -41,53 +47,99 @@ QNL_VSL_CLONES void mt_to_double(const uint32_t* __restrict x, int n, double* __
   for (int i = 0; i < n; ++i) r[i] = a + w * (static_cast<double>(temper(x[i])) * 0x1p-32);
 }
 
-int mt_init(int, void* p, int n, const unsigned* params) {
-  auto* st = static_cast<Mt*>(p);
-  uint32_t* mt = st->mt;
-  auto linear = [mt](uint32_t s) {
+// The reference seeding of a twister of len words: one word linearly, several
+// words by the initialisation by array.
+void seed_twister(uint32_t* mt, int len, int n, const unsigned* params) {
+  auto linear = [mt, len](uint32_t s) {
     mt[0] = s;
-    for (int i = 1; i < kN; ++i) mt[i] = 1812433253u * (mt[i - 1] ^ (mt[i - 1] >> 30)) + static_cast<uint32_t>(i);
+    for (int i = 1; i < len; ++i) mt[i] = 1812433253u * (mt[i - 1] ^ (mt[i - 1] >> 30)) + static_cast<uint32_t>(i);
   };
   if (n <= 1) {
     linear(n == 1 ? params[0] : 5489u);
-  } else {  // several seed words: the reference initialisation by array
-    linear(19650218u);
-    int i = 1, j = 0;
-    for (int k = kN > n ? kN : n; k; --k) {
-      mt[i] = (mt[i] ^ ((mt[i - 1] ^ (mt[i - 1] >> 30)) * 1664525u)) + params[j] + static_cast<uint32_t>(j);
-      if (++i >= kN) mt[0] = mt[kN - 1], i = 1;
-      if (++j >= n) j = 0;
-    }
-    for (int k = kN - 1; k; --k) {
-      mt[i] = (mt[i] ^ ((mt[i - 1] ^ (mt[i - 1] >> 30)) * 1566083941u)) - static_cast<uint32_t>(i);
-      if (++i >= kN) mt[0] = mt[kN - 1], i = 1;
-    }
-    mt[0] = 0x80000000u;
+    return;
   }
+  linear(19650218u);
+  int i = 1, j = 0;
+  for (int k = len > n ? len : n; k; --k) {
+    mt[i] = (mt[i] ^ ((mt[i - 1] ^ (mt[i - 1] >> 30)) * 1664525u)) + params[j] + static_cast<uint32_t>(j);
+    if (++i >= len) mt[0] = mt[len - 1], i = 1;
+    if (++j >= n) j = 0;
+  }
+  for (int k = len - 1; k; --k) {
+    mt[i] = (mt[i] ^ ((mt[i - 1] ^ (mt[i - 1] >> 30)) * 1566083941u)) - static_cast<uint32_t>(i);
+    if (++i >= len) mt[0] = mt[len - 1], i = 1;
+  }
+  mt[0] = 0x80000000u;
+}
+
+int mt_init(int, void* p, int n, const unsigned* params) {
+  auto* st = static_cast<Mt*>(p);
+  seed_twister(st->mt, kN, n, params);
   st->idx = kN;
   return 0;
 }
 
-// Hands out the state block by block: fn(block, count, offset in the output).
-template <class Fn>
-void mt_blocks(Mt* st, int n, Fn fn) {
+// Hands out the state of a twister of Len words block by block:
+// fn(block, count, offset in the output); St::regen refills the block.
+template <int Len, class St, class Fn>
+void mt_blocks(St* st, int n, Fn fn) {
   for (int done = 0; done < n;) {
-    if (st->idx >= kN) mt_regen(st->mt), st->idx = 0;
-    int m = kN - st->idx < n - done ? kN - st->idx : n - done;
+    if (st->idx >= Len) st->regen(), st->idx = 0;
+    int m = Len - st->idx < n - done ? Len - st->idx : n - done;
     fn(st->mt + st->idx, m, done);
     st->idx += m;
     done += m;
   }
 }
+// Tempered doubles and bits of any twister whose state is St.
+template <class St>
 int mt_d(void* p, int n, double* r, double a, double b) {
-  mt_blocks(static_cast<Mt*>(p), n, [&](const uint32_t* x, int m, int off) { mt_to_double(x, m, r + off, a, b - a); });
+  mt_blocks<St::kLen>(static_cast<St*>(p), n,
+                      [&](const uint32_t* x, int m, int off) { mt_to_double(x, m, r + off, a, b - a); });
   return 0;
 }
+template <class St>
 int mt_bits(void* p, int n, unsigned* r) {
-  mt_blocks(static_cast<Mt*>(p), n, [&](const uint32_t* x, int m, int off) {
+  mt_blocks<St::kLen>(static_cast<St*>(p), n, [&](const uint32_t* x, int m, int off) {
     for (int i = 0; i < m; ++i) r[off + i] = temper(x[i]);
   });
   return 0;
+}
+
+// ---- MT2203: 64 twisters of 69 words that differ only in the twist constant ----
+// Each member's characteristic polynomial (degree 69 * 32 - 5 = 2203) is
+// primitive and its own; tools/mt2203_search.cpp found the constants. The
+// tempering is MT19937's, constants 0x9d2c5680 and 0xefc60000 included.
+constexpr int k2203N = 69, k2203M = 34;
+constexpr uint32_t k2203Lower = 0x1fu, k2203Upper = ~k2203Lower;
+constexpr uint32_t kTwist2203[] = {
+#include "mt2203_params.inc"
+};
+static_assert(sizeof kTwist2203 / sizeof kTwist2203[0] == VSL_MT2203_FAMILY, "one constant per member");
+struct Mt2203 {
+  static constexpr int kLen = k2203N;
+  uint32_t mt[k2203N];
+  int32_t idx;
+  uint32_t a;
+  void regen() {
+    for (int i = 0; i < k2203N; ++i) {
+      const uint32_t y = (mt[i] & k2203Upper) | (mt[i + 1 < k2203N ? i + 1 : 0] & k2203Lower);
+      mt[i] = mt[(i + k2203M) % k2203N] ^ (y >> 1) ^ (-(y & 1u) & a);
+    }
+  }
+};
+template <int Member>
+int mt2203_init(int, void* p, int n, const unsigned* params) {
+  auto* st = static_cast<Mt2203*>(p);
+  seed_twister(st->mt, k2203N, n, params);
+  st->idx = k2203N;
+  st->a = kTwist2203[Member];
+  return 0;
+}
+template <int... J>
+constexpr std::array<Brng, sizeof...(J)> mt2203_table(std::integer_sequence<int, J...>) {
+  return {Brng{sizeof(Mt2203), 1, 1, 1, 32, mt2203_init<J>, mt_d<Mt2203>, fill_s_via_d<mt_d<Mt2203>>, mt_bits<Mt2203>,
+               nullptr, nullptr, true}...};
 }
 
 // ---- MT19937 skip-ahead ----
@@ -288,7 +340,10 @@ int sfmt_bits(void* p, int n, unsigned* r) {
 
 }  // namespace
 
-extern const Brng kMt19937{sizeof(Mt), 1, 1, 1, 32, mt_init, mt_d, fill_s_via_d<mt_d>, mt_bits, mt_skip, nullptr, true};
+extern const Brng kMt19937{sizeof(Mt),  1,       1,       1,   32, mt_init, mt_d<Mt>, fill_s_via_d<mt_d<Mt>>,
+                           mt_bits<Mt>, mt_skip, nullptr, true};
+extern const std::array<Brng, VSL_MT2203_FAMILY> kMt2203 =
+    mt2203_table(std::make_integer_sequence<int, VSL_MT2203_FAMILY>());
 extern const Brng kSfmt19937{sizeof(Sfmt),         1,         1,       1,       32,  sfmt_init, sfmt_d,
                              fill_s_via_d<sfmt_d>, sfmt_bits, nullptr, nullptr, true};
 

@@ -108,8 +108,10 @@ const Brng* family(int brng) {
   static const Brng* const builtin[] = {nullptr, &kMcg31,   &kR250,      &kMrg32k3a,  &kMcg59,     &kWh,
                                         &kSobol, &kNiederr, &kMt19937,   nullptr,     &kSfmt19937, &kNondeterm,
                                         &kArs5,  &kPhilox,  &kIAbstract, &kDAbstract, &kSAbstract};
-  if (brng <= 0 || (brng & (VSL_BRNG_INC - 1))) return nullptr;  // MT2203's members are not built
-  const int f = brng >> VSL_BRNG_SHIFT;
+  if (brng <= 0) return nullptr;
+  const int f = brng >> VSL_BRNG_SHIFT, member = brng & (VSL_BRNG_INC - 1);
+  if (f == (VSL_BRNG_MT2203 >> VSL_BRNG_SHIFT)) return member < VSL_MT2203_FAMILY ? &kMt2203[member] : nullptr;
+  if (member) return nullptr;  // only MT2203 has members
   if (f < VSL_BRNG_USER_FIRST) return builtin[f];
   std::lock_guard<std::mutex> lock(g_register);
   return f - VSL_BRNG_USER_FIRST < g_nuser ? &g_user[f - VSL_BRNG_USER_FIRST] : nullptr;
@@ -220,7 +222,6 @@ using namespace qnl_vsl;
 
 QNL_VSL_EXPORT int __vslNewStreamEx(void** stream, int brng, int n, const unsigned* params) {
   if (!stream) return VSL_ERROR_NULL_PTR;
-  if ((brng >> VSL_BRNG_SHIFT) == (VSL_BRNG_MT2203 >> VSL_BRNG_SHIFT)) return VSL_ERROR_FEATURE_NOT_IMPLEMENTED;
   const Brng* b = family(brng);
   if (!b || !b->init) return VSL_RNG_ERROR_BAD_BRNG;
   if (n < 0 || (n > 0 && !params)) return VSL_ERROR_BADARGS;

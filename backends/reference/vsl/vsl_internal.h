@@ -3,6 +3,7 @@
 #pragma once
 #include <cpuid.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -50,6 +51,7 @@ inline Header* header_of(void* stream) { return static_cast<Header*>(stream); }
 const Brng* brng_of_stream(const void* stream);
 
 // Family tables, defined beside each generator.
+extern const std::array<Brng, VSL_MT2203_FAMILY> kMt2203;  // one entry per member
 extern const Brng kMcg31, kR250, kMrg32k3a, kMcg59, kWh, kSobol, kNiederr, kMt19937, kSfmt19937, kArs5, kPhilox;
 
 // Uniform doubles on [0,1) from any stream; returns a status code.
