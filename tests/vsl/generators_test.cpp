@@ -7,6 +7,7 @@
 #include <bitset>
 #include <boost/random/niederreiter_base2.hpp>
 #include <boost/random/sobol.hpp>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
@@ -53,6 +54,21 @@ TEST(Generators, Mrg32k3aMatchesTheFloatingPointRecurrence) {
     s2[0] = s2[1], s2[1] = s2[2], s2[2] = p2;
     ASSERT_EQ(v[i] + 1.0, p1 <= p2 ? p1 - p2 + m1 : p1 - p2) << i;
   }
+}
+
+// The 1982 published recurrence, seeded one word per component reduced mod m
+// (0 becomes 1, a missing word is 1).
+TEST(Generators, WichmannHillMatchesThePublishedRecurrence) {
+  auto check = [](Stream& s, long x, long y, long z) {
+    auto v = s.uniform(3000);
+    for (int i = 0; i < 3000; ++i) {
+      x = 171 * x % 30269, y = 172 * y % 30307, z = 170 * z % 30323;
+      ASSERT_NEAR(v[i], std::fmod(x / 30269.0 + y / 30307.0 + z / 30323.0, 1.0), 1e-15) << i;
+    }
+  };
+  Stream a(VSL_BRNG_WH, {1, 2, 3}), b(VSL_BRNG_WH, {30269, 4000000000u});
+  check(a, 1, 2, 3);
+  check(b, 1, 4000000000 % 30307, 1);
 }
 
 TEST(Generators, R250AndSfmtKeepTheirRecurrences) {
