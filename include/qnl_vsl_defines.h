@@ -13,6 +13,16 @@
  * each distribution). VSL_RNG_METHOD_ACCURACY_FLAG may be or-ed into the methods
  * whose names have an _ACCURATE form: those keep every result inside the
  * distribution's closed support, exactly at its ends, at some cost in speed.
+ * Single precision results are computed in double and rounded once. Per
+ * distribution, the accurate form adds:
+ *  Uniform: [a, b) kept after the rounding of a + (b - a) u and of the narrowing;
+ *  Exponential, Rayleigh, Weibull: log(1 - u) by log1p, results >= a;
+ *  Beta: results in [a, a + b] for the exact a + b, so never the rounded sum when
+ *    that lies above it;
+ *  Gamma: results >= a, and beta X does not underflow to a where only the
+ *    intermediate X (a small shape's u^(1/alpha)) is out of range;
+ *  Lognormal: results >= b, and beta exp(a + sigma z) is computed as
+ *    exp(a + sigma z + log beta) where exp alone would overflow or underflow.
  *
  * Status codes: 0 is success; -1..-99 general errors; -1000..-1099 stream and
  * generator errors; -1100..-1199 abstract and non-deterministic sources;

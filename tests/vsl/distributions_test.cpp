@@ -261,4 +261,42 @@ TEST_F(Dist, AccurateKeepsTheSupport) {
   EXPECT_GT(std::count(f.begin(), f.end(), 1.0000001f), 0);  // the fast form reaches b
 }
 
+// The accurate forms of beta, gamma and lognormal on parameters where the fast forms fail.
+TEST_F(Dist, AccurateBetaGammaLognormal) {
+  const int n = 4000, acc = VSL_RNG_METHOD_ACCURACY_FLAG;
+  std::vector<double> d(n);
+  std::vector<float> f(n);
+  // Beta on [1, 1 + 1.75 ulp]: 1 + b rounds to 1 + 2 ulp, above the support (x - 1 is exact).
+  auto outside = [](const auto& v, double b) {
+    return std::count_if(v.begin(), v.end(), [&](auto x) { return !(x >= 1 && x - 1 <= b); });
+  };
+  for (int m : {0, acc}) {
+    ASSERT_EQ(_vsldRngBeta(m, s.s, n, d.data(), 1.0, 0.05, 1.0, 0x1.cp-52), 0);
+    ASSERT_EQ(_vslsRngBeta(m, s.s, n, f.data(), 1.0f, 0.05f, 1.0f, 0x1.cp-23f), 0);
+    EXPECT_EQ(outside(d, 0x1.cp-52) > 0, m == 0);
+    EXPECT_EQ(outside(f, 0x1.cp-23) > 0, m == 0);
+  }
+  // Gamma of shape 0.001 scaled by 1e300: P(beta X < 2^-1075) = (2^-1075 / beta)^alpha / G(1 + alpha).
+  const double p0 = std::exp(0.001 * (-1075 * M_LN2 - std::log(1e300))) / std::tgamma(1.001),
+               sd = std::sqrt(p0 * (1 - p0) / n);
+  for (int m : {0, acc}) {
+    ASSERT_EQ(_vsldRngGamma(m, s.s, n, d.data(), 0.001, 0.0, 1e300), 0);
+    const double zeros = std::count(d.begin(), d.end(), 0.0) / double(n);
+    if (m)
+      EXPECT_NEAR(zeros, p0, 5 * sd);
+    else
+      EXPECT_GT(zeros, p0 + 0.1);  // the boost underflows first
+  }
+  // Lognormal with exp(710 + z) out of range and beta 1e-300: log r ~ N(710 + log beta, 1).
+  for (int m : {0, acc}) {
+    ASSERT_EQ(_vsldRngLognormal(m, s.s, n, d.data(), 710.0, 1.0, 0.0, 1e-300), 0);
+    double sum = 0;
+    for (double x : d) sum += std::log(x);
+    if (m)
+      EXPECT_NEAR(sum / n, 710 + std::log(1e-300), 0.1);
+    else
+      EXPECT_GT(std::count(d.begin(), d.end(), INFINITY), n / 4);
+  }
+}
+
 }  // namespace

@@ -1,13 +1,14 @@
 // Continuous distributions. Methods without the accuracy flag transform in
-// the fastest form; with it, logarithms of 1 - u go through log1p and every
-// result is kept inside the support, the ends included exactly.
+// the fastest form; with it, logarithms of 1 - u go through log1p, every
+// result is kept inside the support, the ends included exactly, and gamma and
+// lognormal scales are applied where the intermediate would leave the range.
 #include "dist.h"
 
 namespace qnl_vsl {
 
-// Standard gamma by Marsaglia and Tsang; below alpha 1, boosted by u^(1/alpha).
-double gamma_one(Uniforms& u, double alpha) {
-  const double al = alpha < 1 ? alpha + 1 : alpha, d = al - 1.0 / 3, c = 1 / std::sqrt(9 * d);
+// Standard gamma of shape al >= 1 by Marsaglia and Tsang.
+static double gamma_mt(Uniforms& u, double al) {
+  const double d = al - 1.0 / 3, c = 1 / std::sqrt(9 * d);
   double x;
   for (;;) {
     double z = normal_one(u), v = 1 + c * z;
@@ -19,7 +20,23 @@ double gamma_one(Uniforms& u, double alpha) {
       break;
     }
   }
-  return alpha < 1 ? x * std::pow(u.open(), 1 / alpha) : x;
+  return x;
+}
+
+// Standard gamma; below alpha 1, of shape alpha + 1 boosted by u^(1/alpha).
+double gamma_one(Uniforms& u, double alpha) {
+  if (alpha >= 1) return gamma_mt(u, alpha);
+  const double x = gamma_mt(u, alpha + 1);
+  return x * std::pow(u.open(), 1 / alpha);
+}
+
+// beta times a standard gamma, from the same uniforms as gamma_one. For a small
+// shape the boost u^(1/alpha) underflows long before beta x u^(1/alpha) would:
+// below the normal range the product is redone by logarithms.
+static double scaled_gamma(Uniforms& u, double alpha, double beta) {
+  if (alpha >= 1) return beta * gamma_mt(u, alpha);
+  const double x = gamma_mt(u, alpha + 1), w = u.open(), y = beta * (x * std::pow(w, 1 / alpha));
+  return y >= 0x1p-1022 ? y : std::exp(std::log(beta) + std::log(x) + std::log(w) / alpha);
 }
 
 namespace {
@@ -117,15 +134,20 @@ int lognormal(int method, void* s, int n, T* r, T a, T sigma, T b, T beta) {
   const int m0 = method & ~kAccurate;
   if (!(sigma > 0) || !(beta > 0) || m0 < 0 || m0 > 1) return VSL_ERROR_BADARGS;
   const int gm = m0 ? VSL_RNG_METHOD_GAUSSIAN_ICDF : VSL_RNG_METHOD_GAUSSIAN_BOXMULLER2;
-  if (int rc = chunked(n, r, [&](double* buf, int m) {
-        if (int e = gaussian_std(s, gm, m, buf)) return e;
-        for (int i = 0; i < m; ++i) buf[i] = b + beta * std::exp(a + sigma * buf[i]);
-        return 0;
-      }))
-    return rc;
-  if (method & kAccurate)
-    for (int i = 0; i < n; ++i) r[i] = r[i] < b ? b : r[i];
-  return 0;
+  return chunked(n, r, [&](double* buf, int m) {
+    if (int e = gaussian_std(s, gm, m, buf)) return e;
+    // exp alone overflows (or underflows) where beta exp(.) need not: the accurate
+    // form then takes beta into the exponent.
+    const bool acc = method & kAccurate;
+    const double lb = std::log(beta);
+    for (int i = 0; i < m; ++i) {
+      const double e = a + sigma * buf[i];
+      double y = beta * std::exp(e);
+      if (acc && !(y >= 0x1p-1022 && y <= 0x1p1023)) y = std::exp(e + lb);
+      buf[i] = b + y;
+    }
+    return 0;
+  });
 }
 
 template <class T>
@@ -133,9 +155,10 @@ int gamma(int method, void* s, int n, T* r, T alpha, T a, T beta) {
   QNL_DIST_PROLOGUE(s, n, r);
   if (!(alpha > 0) || !(beta > 0)) return VSL_ERROR_BADARGS;
   Uniforms u(s);
-  for (int i = 0; i < n; ++i) r[i] = static_cast<T>(a + beta * gamma_one(u, alpha));
   if (method & kAccurate)
-    for (int i = 0; i < n; ++i) r[i] = r[i] < a ? a : r[i];
+    for (int i = 0; i < n; ++i) r[i] = static_cast<T>(a + scaled_gamma(u, alpha, beta));
+  else
+    for (int i = 0; i < n; ++i) r[i] = static_cast<T>(a + beta * gamma_one(u, alpha));
   return u.rc;
 }
 
@@ -157,8 +180,13 @@ int beta(int method, void* s, int n, T* r, T p, T q, T a, T b) {
   if (!(p > 0) || !(q > 0) || !(b > 0)) return VSL_ERROR_BADARGS;
   Uniforms u(s);
   for (int i = 0; i < n; ++i) r[i] = static_cast<T>(a + b * beta_one(u, p, q));
-  if (method & kAccurate)
-    for (int i = 0; i < n; ++i) r[i] = clamp_to<T>(r[i], a, a + b);
+  if (method & kAccurate) {
+    // a + b rounded may lie above the exact end of the support: the top kept is the
+    // largest T not above it (the rounding error of the sum, by Knuth's two-sum).
+    const T top = a + b, bv = top - a, err = (a - (top - bv)) + (b - bv);
+    const T hi = err < 0 ? std::nextafter(top, a) : top;
+    for (int i = 0; i < n; ++i) r[i] = clamp_to<T>(r[i], a, hi);
+  }
   return u.rc;
 }
 
