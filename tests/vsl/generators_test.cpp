@@ -38,12 +38,15 @@ TEST(Generators, CongruentialAndTwisterMatchTheStandardLibrary) {
   for (int i = 0; i < 1000; ++i) ASSERT_EQ(w[2 * i] | uint64_t{w[2 * i + 1]} << 32, e()) << i;
 }
 
+// 400000 numbers in one call (the lane path, state words near the moduli
+// included) and then 3001 more (the sequential tail and the state carried on).
 TEST(Generators, Mrg32k3aMatchesTheFloatingPointRecurrence) {
   double s1[3] = {12345, 12345, 12345}, s2[3] = {12345, 12345, 12345};
   Stream s(VSL_BRNG_MRG32K3A, {12345, 12345, 12345, 12345, 12345, 12345});
-  auto v = s.bits(5000);
+  auto v = s.bits(400000), tail = s.bits(3001);
+  v.insert(v.end(), tail.begin(), tail.end());
   const double m1 = 4294967087.0, m2 = 4294944443.0;
-  for (int i = 0; i < 5000; ++i) {
+  for (size_t i = 0; i < v.size(); ++i) {
     double p1 = 1403580.0 * s1[1] - 810728.0 * s1[0];
     p1 -= static_cast<long>(p1 / m1) * m1;
     if (p1 < 0) p1 += m1;

@@ -2,6 +2,8 @@
 // Wichmann-Hill and R250.
 #include "vsl_internal.h"
 
+#define QNL_VSL_CLONES __attribute__((target_clones("avx512f", "avx2", "default")))
+
 namespace qnl_vsl {
 namespace {
 
@@ -149,34 +151,32 @@ int mrg_init(int, void* p, int n, const unsigned* params) {
   if (!st->s[3] && !st->s[4] && !st->s[5]) st->s[3] = 1;
   return 0;
 }
-// x mod (2^32 - C) for x below 2^55, by folding the high word twice: no division.
+// The product of two numbers below 2^32, written so that vector code uses one
+// 32 x 32 -> 64-bit multiply per lane.
+inline uint64_t mul32(uint64_t a, uint64_t b) { return uint64_t{static_cast<uint32_t>(a)} * static_cast<uint32_t>(b); }
+// x mod (2^32 - C) for any 64-bit x, by folding the high word twice: no division.
 template <uint64_t C>
-inline int64_t fold(uint64_t x) {
-  x = (x >> 32) * C + (x & 0xffffffffu);
-  x = (x >> 32) * C + (x & 0xffffffffu);
-  return static_cast<int64_t>(x >= (1ull << 32) - C ? x - ((1ull << 32) - C) : x);
+inline uint64_t fold(uint64_t x) {
+  x = mul32(x >> 32, C) + (x & 0xffffffffu);
+  x = mul32(x >> 32, C) + (x & 0xffffffffu);
+  return x >= (1ull << 32) - C ? x - ((1ull << 32) - C) : x;
 }
-inline int64_t mrg_next(int64_t* s) {
-  // The negative terms enter as m - a, keeping the sums positive and below 2^55.
-  const int64_t p1 = fold<209>(1403580ull * s[1] + uint64_t(kM1 - 810728) * s[0]);
-  const int64_t p2 = fold<22853>(527612ull * s[5] + uint64_t(kM2 - 1370589) * s[3]);
-  s[0] = s[1], s[1] = s[2], s[2] = p1;
-  s[3] = s[4], s[4] = s[5], s[5] = p2;
-  return p1 > p2 ? p1 - p2 : p1 - p2 + kM1;  // in 1..m1
+// One step of both components on states below the moduli; returns the output
+// in 1..m1. The negative terms enter as a * (m - x), so that both products
+// stay below 2^53 and their sum cannot wrap.
+inline uint64_t mrg_step(uint64_t& x0, uint64_t& x1, uint64_t& x2, uint64_t& y0, uint64_t& y1, uint64_t& y2) {
+  const uint64_t p1 = fold<209>(mul32(1403580u, x1) + mul32(810728u, kM1 - x0));
+  const uint64_t p2 = fold<22853>(mul32(527612u, y2) + mul32(1370589u, kM2 - y0));
+  x0 = x1, x1 = x2, x2 = p1;
+  y0 = y1, y1 = y2, y2 = p2;
+  return p1 > p2 ? p1 - p2 : p1 - p2 + kM1;
 }
-int mrg_d(void* p, int n, double* r, double a, double b) {
-  int64_t s[6];
-  std::memcpy(s, p, sizeof s);
-  fill_scaled(r, n, a, b, 1.0 / (kM1 + 1), [&] { return static_cast<double>(mrg_next(s)); });
-  std::memcpy(p, s, sizeof s);
-  return 0;
-}
-int mrg_bits(void* p, int n, unsigned* r) {
-  auto* st = static_cast<Mrg*>(p);
-  for (int i = 0; i < n; ++i) r[i] = static_cast<unsigned>(mrg_next(st->s) - 1);
-  return 0;
-}
-// Skip-ahead: the state vectors times the 3x3 transition matrices raised to nskip.
+
+// Bulk output runs in kMrgLanes lanes of L consecutive numbers each, lane j
+// starting from the state advanced by j * L (the transition matrices to the
+// power L), so that the lanes together give exactly the sequential numbers.
+// L is a power of two and its matrices come from a table of squarings.
+constexpr int kMrgLanes = 16, kMrgMaxLog = 12, kMrgSub = 64;
 using Mat3 = uint64_t[3][3];
 void mat_mul(const Mat3 a, const Mat3 b, Mat3 out, uint64_t m) {
   Mat3 t;
@@ -188,6 +188,90 @@ void mat_mul(const Mat3 a, const Mat3 b, Mat3 out, uint64_t m) {
     }
   std::memcpy(out, t, sizeof t);
 }
+struct MrgPowers {
+  Mat3 a[2][kMrgMaxLog + 1];  // component, log2 of the power
+  MrgPowers() {
+    const Mat3 a1 = {{0, 1, 0}, {0, 0, 1}, {kM1 - 810728, 1403580, 0}};
+    const Mat3 a2 = {{0, 1, 0}, {0, 0, 1}, {kM2 - 1370589, 0, 527612}};
+    std::memcpy(a[0][0], a1, sizeof a1);
+    std::memcpy(a[1][0], a2, sizeof a2);
+    for (int k = 1; k <= kMrgMaxLog; ++k) {
+      mat_mul(a[0][k - 1], a[0][k - 1], a[0][k], kM1);
+      mat_mul(a[1][k - 1], a[1][k - 1], a[1][k], kM2);
+    }
+  }
+};
+const MrgPowers kMrgPowers;
+
+template <uint64_t C>
+void mat_vec(const Mat3 a, const uint64_t* v, uint64_t* out) {
+  for (int i = 0; i < 3; ++i)
+    out[i] = fold<C>(fold<C>(mul32(a[i][0], v[0])) + fold<C>(mul32(a[i][1], v[1])) + fold<C>(mul32(a[i][2], v[2])));
+}
+
+// kMrgSub steps of every lane; z[i * kMrgLanes + j] is lane j's output of step i.
+QNL_VSL_CLONES void mrg_lane_steps(uint64_t (*__restrict v)[kMrgLanes], uint64_t* __restrict z) {
+  for (int i = 0; i < kMrgSub; ++i)
+    for (int j = 0; j < kMrgLanes; ++j)
+      z[i * kMrgLanes + j] = mrg_step(v[0][j], v[1][j], v[2][j], v[3][j], v[4][j], v[5][j]);
+}
+
+// Writes n numbers: put(z, count, stride, offset) stores z[0], z[stride], ...
+// at the outputs offset, offset + 1, ...
+template <class Put>
+void mrg_fill(Mrg* st, int n, Put put) {
+  uint64_t s[6];
+  for (int i = 0; i < 6; ++i) s[i] = static_cast<uint64_t>(st->s[i]);
+  int done = 0;
+  for (int lg = kMrgMaxLog; lg >= 6; --lg) {
+    const int len = 1 << lg;
+    while (n - done >= kMrgLanes * len) {
+      alignas(64) uint64_t v[6][kMrgLanes], z[kMrgSub * kMrgLanes];
+      uint64_t cur[6];
+      std::memcpy(cur, s, sizeof cur);
+      for (int j = 0; j < kMrgLanes; ++j) {
+        for (int k = 0; k < 6; ++k) v[k][j] = cur[k];
+        mat_vec<209>(kMrgPowers.a[0][lg], cur, s);  // s: the start of lane j + 1
+        mat_vec<22853>(kMrgPowers.a[1][lg], cur + 3, s + 3);
+        std::memcpy(cur, s, sizeof cur);
+      }
+      for (int i = 0; i < len; i += kMrgSub) {
+        mrg_lane_steps(v, z);
+        for (int j = 0; j < kMrgLanes; ++j) put(z + j, kMrgSub, kMrgLanes, done + j * len + i);
+      }
+      done += kMrgLanes * len;  // s is now the state after the last lane
+    }
+  }
+  while (done < n) {  // the rest one by one, handed over in blocks
+    uint64_t z[kMrgSub];
+    const int m = n - done < kMrgSub ? n - done : kMrgSub;
+    for (int i = 0; i < m; ++i) z[i] = mrg_step(s[0], s[1], s[2], s[3], s[4], s[5]);
+    put(z, m, 1, done);
+    done += m;
+  }
+  for (int i = 0; i < 6; ++i) st->s[i] = static_cast<int64_t>(s[i]);
+}
+
+QNL_VSL_CLONES void mrg_to_double(const uint64_t* __restrict z, int m, int stride, double* __restrict r, double a,
+                                  double w) {
+  // z < 2^52 exactly as the low bits of 2^52's mantissa: no 64-bit integer conversion needed.
+  for (int i = 0; i < m; ++i) {
+    const double x = __builtin_bit_cast(double, z[i * stride] | 0x4330000000000000ull) - 0x1p52;
+    r[i] = a + w * (1.0 / (kM1 + 1) * x);
+  }
+}
+int mrg_d(void* p, int n, double* r, double a, double b) {
+  mrg_fill(static_cast<Mrg*>(p), n,
+           [&](const uint64_t* z, int m, int stride, int off) { mrg_to_double(z, m, stride, r + off, a, b - a); });
+  return 0;
+}
+int mrg_bits(void* p, int n, unsigned* r) {
+  mrg_fill(static_cast<Mrg*>(p), n, [&](const uint64_t* z, int m, int stride, int off) {
+    for (int i = 0; i < m; ++i) r[off + i] = static_cast<unsigned>(z[i * stride] - 1);
+  });
+  return 0;
+}
+// Skip-ahead: the state vectors times the 3x3 transition matrices raised to nskip.
 void mat_apply_pow(Mat3 a, unsigned long long e, int64_t* v, uint64_t m) {
   Mat3 r = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
   for (; e; e >>= 1, mat_mul(a, a, a, m))
@@ -203,8 +287,9 @@ void mat_apply_pow(Mat3 a, unsigned long long e, int64_t* v, uint64_t m) {
 int mrg_skip(void* p, long long nskip) {
   if (nskip < 0) return VSL_ERROR_BADARGS;
   auto* st = static_cast<Mrg*>(p);
-  Mat3 a1 = {{0, 1, 0}, {0, 0, 1}, {kM1 - 810728, 1403580, 0}};
-  Mat3 a2 = {{0, 1, 0}, {0, 0, 1}, {kM2 - 1370589, 0, 527612}};
+  Mat3 a1, a2;
+  std::memcpy(a1, kMrgPowers.a[0][0], sizeof a1);
+  std::memcpy(a2, kMrgPowers.a[1][0], sizeof a2);
   mat_apply_pow(a1, nskip, st->s, kM1);
   mat_apply_pow(a2, nskip, st->s + 3, kM2);
   return 0;
