@@ -4,6 +4,7 @@
 // AVX2 and AVX-512 so that the integer work and the conversion to doubles run
 // on the widest registers the processor has.
 #include <array>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -29,11 +30,15 @@ QNL_VSL_CLONES void mt_regen(uint32_t* __restrict mt) {
   mt[kN - 1] = twist(mt[kN - 1], mt[0], mt[kM - 1]);
 }
 
+struct Twist;
 struct Mt {
   static constexpr int kLen = kN;
+  static constexpr unsigned long long kNearBlocks = 1 << 15;  // ~10 ms; a far jump costs ~100 ms
   uint32_t mt[kN];
   int32_t idx;
   void regen() { mt_regen(mt); }
+  static Twist twist();
+  static const std::vector<uint64_t>& poly();
 };
 
 inline uint32_t temper(uint32_t y) {
@@ -106,82 +111,54 @@ int mt_bits(void* p, int n, unsigned* r) {
   return 0;
 }
 
-// ---- MT2203: 64 twisters of 69 words that differ only in the twist constant ----
-// Each member's characteristic polynomial (degree 69 * 32 - 5 = 2203) is
-// primitive and its own; tools/mt2203_search.cpp found the constants. The
-// tempering is MT19937's, constants 0x9d2c5680 and 0xefc60000 included.
-constexpr int k2203N = 69, k2203M = 34;
-constexpr uint32_t k2203Lower = 0x1fu, k2203Upper = ~k2203Lower;
-constexpr uint32_t kTwist2203[] = {
-#include "mt2203_params.inc"
+// ---- skip-ahead of a twister by its characteristic polynomial ----
+// The words x[k] of a twister obey a linear recurrence over GF(2) whose
+// characteristic polynomial P has degree 32 n - r (r: the bits of the low
+// mask). A jump of J words maps the window W of n words to g(T) W with
+// g = x^J mod P, T the one-word step (Horner's rule). The window has r bits
+// more than the state (the low bits of its first word); their error is killed
+// by one more step, so the jump goes to J - 1 and steps.
+struct Twist {
+  int n, m;
+  uint32_t lower, a;
+  int deg() const { return 32 * n - __builtin_popcount(lower); }
 };
-static_assert(sizeof kTwist2203 / sizeof kTwist2203[0] == VSL_MT2203_FAMILY, "one constant per member");
-struct Mt2203 {
-  static constexpr int kLen = k2203N;
-  uint32_t mt[k2203N];
-  int32_t idx;
-  uint32_t a;
-  void regen() {
-    for (int i = 0; i < k2203N; ++i) {
-      const uint32_t y = (mt[i] & k2203Upper) | (mt[i + 1 < k2203N ? i + 1 : 0] & k2203Lower);
-      mt[i] = mt[(i + k2203M) % k2203N] ^ (y >> 1) ^ (-(y & 1u) & a);
-    }
-  }
-};
-template <int Member>
-int mt2203_init(int, void* p, int n, const unsigned* params) {
-  auto* st = static_cast<Mt2203*>(p);
-  seed_twister(st->mt, k2203N, n, params);
-  st->idx = k2203N;
-  st->a = kTwist2203[Member];
-  return 0;
-}
-template <int... J>
-constexpr std::array<Brng, sizeof...(J)> mt2203_table(std::integer_sequence<int, J...>) {
-  return {Brng{sizeof(Mt2203), 1, 1, 1, 32, mt2203_init<J>, mt_d<Mt2203>, fill_s_via_d<mt_d<Mt2203>>, mt_bits<Mt2203>,
-               nullptr, nullptr, true}...};
-}
+constexpr Twist kTwist19937{kN, kM, 0x7fffffffu, 0x9908b0dfu};
 
-// ---- MT19937 skip-ahead ----
-// The words x[k] obey a linear recurrence over GF(2) whose characteristic
-// polynomial P has degree 19937. A jump of J words maps the window W of 624
-// words to g(T) W with g = x^J mod P, T the one-word step (Horner's rule).
-// The window has 31 bits more than the state (the low bits of its first word);
-// their error is killed by one more step, so the jump goes to J - 1 and steps.
 using Poly = std::vector<uint64_t>;  // bit i: the coefficient of x^i
 inline bool bit(const Poly& p, size_t i) { return (p[i >> 6] >> (i & 63)) & 1; }
 inline void flip(Poly& p, size_t i) { p[i >> 6] ^= uint64_t{1} << (i & 63); }
 
 struct Window {
-  uint32_t w[kN];
+  Twist t;
+  uint32_t w[kN] = {};
   int start = 0;
-  uint32_t& at(int i) { return w[(start + i) % kN]; }
+  uint32_t& at(int i) { return w[start + i < t.n ? start + i : start + i - t.n]; }
   void step() {
-    constexpr uint32_t kUpper = 0x80000000u, kLower = 0x7fffffffu, kA = 0x9908b0dfu;
-    uint32_t y = (at(0) & kUpper) | (at(1) & kLower);
-    w[start] = at(kM) ^ (y >> 1) ^ (-(y & 1u) & kA);
-    start = (start + 1) % kN;
+    uint32_t y = (at(0) & ~t.lower) | (at(1) & t.lower);
+    w[start] = at(t.m) ^ (y >> 1) ^ (-(y & 1u) & t.a);
+    start = start + 1 < t.n ? start + 1 : 0;
   }
 };
 
-// P from 2 * 19937 bits of one bit position of the words, by Berlekamp-Massey.
-Poly mt_charpoly() {
-  constexpr int kDeg = 19937, kLen = 2 * kDeg;
-  Window win{};
-  for (int i = 0; i < kN; ++i) win.w[i] = 1812433253u * static_cast<uint32_t>(i) + 5489u;
-  for (int i = 0; i < kN; ++i) win.step();  // the sequence from here on is in the recurrence's space
-  Poly rev((kLen + 127) / 64 + 2, 0);       // the bits reversed: rev bit j = s[kLen - 1 - j]
-  for (int k = 0; k < kLen; ++k) {
-    if (win.at(0) & 1) flip(rev, static_cast<size_t>(kLen - 1 - k));
+// P from 2 deg bits of one bit position of the words, by Berlekamp-Massey.
+Poly charpoly(const Twist& tw) {
+  const int deg = tw.deg(), len = 2 * deg;
+  Window win{tw};
+  for (int i = 0; i < tw.n; ++i) win.w[i] = 1812433253u * static_cast<uint32_t>(i) + 5489u;
+  for (int i = 0; i < tw.n; ++i) win.step();  // the sequence from here on is in the recurrence's space
+  Poly rev((len + 127) / 64 + 2, 0);          // the bits reversed: rev bit j = s[len - 1 - j]
+  for (int k = 0; k < len; ++k) {
+    if (win.at(0) & 1) flip(rev, static_cast<size_t>(len - 1 - k));
     win.step();
   }
-  const size_t words = (kDeg + 64) / 64 + 2;
+  const size_t words = (deg + 64) / 64 + 2;
   Poly c(words, 0), b(words, 0);
   c[0] = b[0] = 1;
   int l = 0, m = 1;
-  for (int n = 0; n < kLen; ++n) {
-    // d = sum over i <= l of c_i s[n - i] = parity of c & (rev shifted by kLen - 1 - n).
-    const size_t off = static_cast<size_t>(kLen - 1 - n);
+  for (int n = 0; n < len; ++n) {
+    // d = sum over i <= l of c_i s[n - i] = parity of c & (rev shifted by len - 1 - n).
+    const size_t off = static_cast<size_t>(len - 1 - n);
     uint64_t acc = 0;
     for (size_t j = 0; j * 64 <= static_cast<size_t>(l); ++j) {
       size_t pos = off + j * 64, wi = pos >> 6, sh = pos & 63;
@@ -211,11 +188,6 @@ Poly mt_charpoly() {
   return p;
 }
 
-const Poly& charpoly() {
-  static const Poly p = mt_charpoly();
-  return p;
-}
-
 // r * r mod P, then times x when asked.
 void sqr_mod(Poly& r, bool times_x, const Poly& p, int deg) {
   Poly sq(2 * r.size() + 1, 0);
@@ -236,33 +208,93 @@ void sqr_mod(Poly& r, bool times_x, const Poly& p, int deg) {
   r = sq;
 }
 
-int mt_skip(void* p, long long nskip) {
-  if (nskip < 0) return VSL_ERROR_BADARGS;
-  auto* st = static_cast<Mt*>(p);
-  if (st->idx >= kN) mt_regen(st->mt), st->idx = 0;
-  const unsigned long long k = static_cast<unsigned long long>(st->idx) + static_cast<unsigned long long>(nskip);
-  unsigned long long blocks = k / kN;
-  st->idx = static_cast<int>(k % kN);
-  if (blocks < 4096) {  // near: regenerate
-    while (blocks--) mt_regen(st->mt);
-    return 0;
-  }
-  const Poly& pp = charpoly();
-  const int deg = 19937;
-  const unsigned long long j = blocks * kN - 1;  // g = x^j mod P
-  Poly g(pp.size(), 0);
+// words <- T^j words for a window of tw.n words and j >= 1.
+void twister_jump(const Twist& tw, const Poly& pp, unsigned long long j, uint32_t* words) {
+  const int deg = tw.deg();
+  Poly g(pp.size(), 0);  // g = x^(j - 1) mod P
   g[0] = 1;
-  for (int b = 63 - __builtin_clzll(j); b >= 0; --b) sqr_mod(g, (j >> b) & 1, pp, deg);
-  Window acc{}, s{};
-  std::memcpy(s.w, st->mt, sizeof s.w);
+  if (j > 1)
+    for (int b = 63 - __builtin_clzll(j - 1); b >= 0; --b) sqr_mod(g, ((j - 1) >> b) & 1, pp, deg);
+  Window acc{tw}, s{tw};
+  std::memcpy(s.w, words, sizeof(uint32_t) * tw.n);
   for (int i = deg - 1; i >= 0; --i) {
     acc.step();
     if (bit(g, static_cast<size_t>(i)))
-      for (int t = 0; t < kN; ++t) acc.at(t) ^= s.w[t];
+      for (int t = 0; t < tw.n; ++t) acc.at(t) ^= s.w[t];
   }
   acc.step();
-  for (int t = 0; t < kN; ++t) st->mt[t] = acc.at(t);
+  for (int t = 0; t < tw.n; ++t) words[t] = acc.at(t);
+}
+
+Twist Mt::twist() { return kTwist19937; }
+const Poly& Mt::poly() {
+  static const Poly p = charpoly(kTwist19937);
+  return p;
+}
+
+// Skips nskip outputs of a twister whose state St hands out its block of
+// words: near jumps regenerate the block, far ones go by the polynomial.
+template <class St>
+int twister_skip(void* p, long long nskip) {
+  if (nskip < 0) return VSL_ERROR_BADARGS;
+  auto* st = static_cast<St*>(p);
+  if (st->idx >= St::kLen) st->regen(), st->idx = 0;
+  const unsigned long long k = static_cast<unsigned long long>(st->idx) + static_cast<unsigned long long>(nskip);
+  unsigned long long blocks = k / St::kLen;
+  st->idx = static_cast<int>(k % St::kLen);
+  if (blocks < St::kNearBlocks) {
+    while (blocks--) st->regen();
+    return 0;
+  }
+  twister_jump(st->twist(), st->poly(), blocks * St::kLen, st->mt);
   return 0;
+}
+
+// ---- MT2203: 64 twisters of 69 words that differ only in the twist constant ----
+// Each member's characteristic polynomial (degree 69 * 32 - 5 = 2203) is
+// primitive and its own; tools/mt2203_search.cpp found the constants. The
+// tempering is MT19937's, constants 0x9d2c5680 and 0xefc60000 included.
+constexpr int k2203N = 69, k2203M = 34;
+constexpr uint32_t k2203Lower = 0x1fu, k2203Upper = ~k2203Lower;
+constexpr uint32_t kTwist2203[] = {
+#include "mt2203_params.inc"
+};
+static_assert(sizeof kTwist2203 / sizeof kTwist2203[0] == VSL_MT2203_FAMILY, "one constant per member");
+struct Mt2203 {
+  static constexpr int kLen = k2203N;
+  static constexpr unsigned long long kNearBlocks = 1 << 16;  // ~5 ms; a far jump costs ~10 ms
+  uint32_t mt[k2203N];
+  int32_t idx;
+  uint32_t a;
+  void regen() {
+    for (int i = 0; i < k2203N; ++i) {
+      const uint32_t y = (mt[i] & k2203Upper) | (mt[i + 1 < k2203N ? i + 1 : 0] & k2203Lower);
+      mt[i] = mt[(i + k2203M) % k2203N] ^ (y >> 1) ^ (-(y & 1u) & a);
+    }
+  }
+  Twist twist() const { return {k2203N, k2203M, k2203Lower, a}; }
+  // The member's polynomial, found once per member on first use.
+  const Poly& poly() const {
+    static std::once_flag once[VSL_MT2203_FAMILY];
+    static Poly polys[VSL_MT2203_FAMILY];
+    int j = 0;
+    while (j + 1 < VSL_MT2203_FAMILY && kTwist2203[j] != a) ++j;
+    std::call_once(once[j], [j] { polys[j] = charpoly({k2203N, k2203M, k2203Lower, kTwist2203[j]}); });
+    return polys[j];
+  }
+};
+template <int Member>
+int mt2203_init(int, void* p, int n, const unsigned* params) {
+  auto* st = static_cast<Mt2203*>(p);
+  seed_twister(st->mt, k2203N, n, params);
+  st->idx = k2203N;
+  st->a = kTwist2203[Member];
+  return 0;
+}
+template <int... J>
+constexpr std::array<Brng, sizeof...(J)> mt2203_table(std::integer_sequence<int, J...>) {
+  return {Brng{sizeof(Mt2203), 1, 1, 1, 32, mt2203_init<J>, mt_d<Mt2203>, fill_s_via_d<mt_d<Mt2203>>, mt_bits<Mt2203>,
+               twister_skip<Mt2203>, nullptr, true}...};
 }
 
 // ---- SFMT19937: 156 words of 128 bits ----
@@ -340,8 +372,8 @@ int sfmt_bits(void* p, int n, unsigned* r) {
 
 }  // namespace
 
-extern const Brng kMt19937{sizeof(Mt),  1,       1,       1,   32, mt_init, mt_d<Mt>, fill_s_via_d<mt_d<Mt>>,
-                           mt_bits<Mt>, mt_skip, nullptr, true};
+extern const Brng kMt19937{
+    sizeof(Mt), 1, 1, 1, 32, mt_init, mt_d<Mt>, fill_s_via_d<mt_d<Mt>>, mt_bits<Mt>, twister_skip<Mt>, nullptr, true};
 extern const std::array<Brng, VSL_MT2203_FAMILY> kMt2203 =
     mt2203_table(std::make_integer_sequence<int, VSL_MT2203_FAMILY>());
 extern const Brng kSfmt19937{sizeof(Sfmt),         1,         1,       1,       32,  sfmt_init, sfmt_d,
