@@ -174,34 +174,14 @@ QNL_HIDDEN int qnl_ilp64_vsliNewAbstractStream(VSLStreamStatePtr* stream, int64_
                                                iUpdateFuncPtr cb) {
   return new_abstract(k_abstract_i, "vsliNewAbstractStream", stream, true, n, ibuf, reinterpret_cast<void*>(cb));
 }
-QNL_HIDDEN int qnl_lp64_vsldNewAbstractStream(VSLStreamStatePtr* stream, int n, const double* dbuf, double a, double b,
-                                              dUpdateFuncPtr cb) {
-  return new_abstract(k_abstract_d, "vsldNewAbstractStream", stream, false, n, dbuf, reinterpret_cast<void*>(cb), a, b);
-}
-QNL_HIDDEN int qnl_ilp64_vsldNewAbstractStream(VSLStreamStatePtr* stream, int64_t n, const double* dbuf, double a,
-                                               double b, dUpdateFuncPtr cb) {
-  return new_abstract(k_abstract_d, "vsldNewAbstractStream", stream, true, n, dbuf, reinterpret_cast<void*>(cb), a, b);
-}
-QNL_HIDDEN int qnl_lp64_vslsNewAbstractStream(VSLStreamStatePtr* stream, int n, const float* sbuf, float a, float b,
-                                              sUpdateFuncPtr cb) {
-  return new_abstract(k_abstract_s, "vslsNewAbstractStream", stream, false, n, sbuf, reinterpret_cast<void*>(cb), a, b);
-}
-QNL_HIDDEN int qnl_ilp64_vslsNewAbstractStream(VSLStreamStatePtr* stream, int64_t n, const float* sbuf, float a,
-                                               float b, sUpdateFuncPtr cb) {
-  return new_abstract(k_abstract_s, "vslsNewAbstractStream", stream, true, n, sbuf, reinterpret_cast<void*>(cb), a, b);
-}
 }
 QNL_C_SELECTOR(vslNewStream, qnl_lp64_vslNewStream, qnl_ilp64_vslNewStream)
 QNL_C_SELECTOR(vslNewStreamEx, qnl_lp64_vslNewStreamEx, qnl_ilp64_vslNewStreamEx)
 QNL_C_SELECTOR(vsliNewAbstractStream, qnl_lp64_vsliNewAbstractStream, qnl_ilp64_vsliNewAbstractStream)
-QNL_C_SELECTOR(vsldNewAbstractStream, qnl_lp64_vsldNewAbstractStream, qnl_ilp64_vsldNewAbstractStream)
-QNL_C_SELECTOR(vslsNewAbstractStream, qnl_lp64_vslsNewAbstractStream, qnl_ilp64_vslsNewAbstractStream)
 // The header is the contract: the LP64 body has the type its prototype declares.
 static_assert(std::is_same_v<decltype(vslNewStream), decltype(qnl_lp64_vslNewStream)>);
 static_assert(std::is_same_v<decltype(vslNewStreamEx), decltype(qnl_lp64_vslNewStreamEx)>);
 static_assert(std::is_same_v<decltype(vsliNewAbstractStream), decltype(qnl_lp64_vsliNewAbstractStream)>);
-static_assert(std::is_same_v<decltype(vsldNewAbstractStream), decltype(qnl_lp64_vsldNewAbstractStream)>);
-static_assert(std::is_same_v<decltype(vslsNewAbstractStream), decltype(qnl_lp64_vslsNewAbstractStream)>);
 
 // The Fortran spellings of the stream makers read their integers at the layer's width;
 // the seed goes to the kernel at the address the caller gave.
@@ -222,20 +202,30 @@ extern "C" QNL_HIDDEN int qnl_body_VSLINEWABSTRACTSTREAM(VSLStreamStatePtr* stre
                       reinterpret_cast<void*>(cb));
 }
 QNL_VSL_FORTRAN(qnl_body_VSLINEWABSTRACTSTREAM, VSLINEWABSTRACTSTREAM, vslinewabstractstream)
-extern "C" QNL_HIDDEN int qnl_body_VSLDNEWABSTRACTSTREAM(VSLStreamStatePtr* stream, const QNL_VSL_INT* n,
-                                                         const double* dbuf, const double* a, const double* b,
-                                                         dUpdateFuncPtr cb) {
-  return new_abstract(k_abstract_d, "vsldNewAbstractStream", stream, layer() == 1, layer_int(n), dbuf,
-                      reinterpret_cast<void*>(cb), *a, *b);
-}
-QNL_VSL_FORTRAN(qnl_body_VSLDNEWABSTRACTSTREAM, VSLDNEWABSTRACTSTREAM, vsldnewabstractstream)
-extern "C" QNL_HIDDEN int qnl_body_VSLSNEWABSTRACTSTREAM(VSLStreamStatePtr* stream, const QNL_VSL_INT* n,
-                                                         const float* sbuf, const float* a, const float* b,
-                                                         sUpdateFuncPtr cb) {
-  return new_abstract(k_abstract_s, "vslsNewAbstractStream", stream, layer() == 1, layer_int(n), sbuf,
-                      reinterpret_cast<void*>(cb), *a, *b);
-}
-QNL_VSL_FORTRAN(qnl_body_VSLSNEWABSTRACTSTREAM, VSLSNEWABSTRACTSTREAM, vslsnewabstractstream)
+
+// The real abstract streams, d (double) and s (float): the twin C bodies behind their
+// selector and the Fortran body, for one type letter t of real type T.
+#define QNL_VSL_REAL_ABSTRACT(t, T, UPPER, lower)                                                                    \
+  extern "C" QNL_HIDDEN int qnl_lp64_vsl##t##NewAbstractStream(VSLStreamStatePtr* stream, int n, const T* buf, T a,  \
+                                                               T b, t##UpdateFuncPtr cb) {                           \
+    return new_abstract(k_abstract_##t, "vsl" #t "NewAbstractStream", stream, false, n, buf,                         \
+                        reinterpret_cast<void*>(cb), a, b);                                                          \
+  }                                                                                                                  \
+  extern "C" QNL_HIDDEN int qnl_ilp64_vsl##t##NewAbstractStream(VSLStreamStatePtr* stream, int64_t n, const T* buf,  \
+                                                                T a, T b, t##UpdateFuncPtr cb) {                     \
+    return new_abstract(k_abstract_##t, "vsl" #t "NewAbstractStream", stream, true, n, buf,                          \
+                        reinterpret_cast<void*>(cb), a, b);                                                          \
+  }                                                                                                                  \
+  QNL_C_SELECTOR(vsl##t##NewAbstractStream, qnl_lp64_vsl##t##NewAbstractStream, qnl_ilp64_vsl##t##NewAbstractStream) \
+  static_assert(std::is_same_v<decltype(vsl##t##NewAbstractStream), decltype(qnl_lp64_vsl##t##NewAbstractStream)>);  \
+  extern "C" QNL_HIDDEN int qnl_body_##UPPER(VSLStreamStatePtr* stream, const QNL_VSL_INT* n, const T* buf,          \
+                                             const T* a, const T* b, t##UpdateFuncPtr cb) {                          \
+    return new_abstract(k_abstract_##t, "vsl" #t "NewAbstractStream", stream, layer() == 1, layer_int(n), buf,       \
+                        reinterpret_cast<void*>(cb), *a, *b);                                                        \
+  }                                                                                                                  \
+  QNL_VSL_FORTRAN(qnl_body_##UPPER, UPPER, lower)
+QNL_VSL_REAL_ABSTRACT(d, double, VSLDNEWABSTRACTSTREAM, vsldnewabstractstream)
+QNL_VSL_REAL_ABSTRACT(s, float, VSLSNEWABSTRACTSTREAM, vslsnewabstractstream)
 
 // One body under four names: C and Fortran arguments coincide.
 QNL_VSL_API int vslDeleteStream(VSLStreamStatePtr* stream) {
