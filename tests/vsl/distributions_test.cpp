@@ -100,42 +100,37 @@ void check_real(const char* what, const std::function<int(int, double*)>& d, con
   ASSERT_EQ(f(n, y.data()), 0);
   expect_ks(std::vector<double>(y.begin(), y.end()), law.cdf);
 }
-#define REAL2(stem, m, p1, p2)                                         \
-  [&](int k, double* r) { return _vsld##stem(m, s.s, k, r, p1, p2); }, \
-      [&](int k, float* r) { return _vsls##stem(m, s.s, k, r, float(p1), float(p2)); }
-#define REAL3(stem, m, p1, p2, p3)                                         \
-  [&](int k, double* r) { return _vsld##stem(m, s.s, k, r, p1, p2, p3); }, \
-      [&](int k, float* r) { return _vsls##stem(m, s.s, k, r, float(p1), float(p2), float(p3)); }
-#define REAL4(stem, m, p1, p2, p3, p4)                                         \
-  [&](int k, double* r) { return _vsld##stem(m, s.s, k, r, p1, p2, p3, p4); }, \
-      [&](int k, float* r) { return _vsls##stem(m, s.s, k, r, float(p1), float(p2), float(p3), float(p4)); }
+// The double and the float kernel of one law on the same parameters (narrowed for float).
+#define REAL(stem, m, ...)                                                  \
+  [&](int k, double* r) { return _vsld##stem(m, s.s, k, r, __VA_ARGS__); }, \
+      [&](int k, float* r) { return _vsls##stem(m, s.s, k, r, __VA_ARGS__); }
 
 TEST_F(Dist, Continuous) {
   const int acc = VSL_RNG_METHOD_ACCURACY_FLAG;
-  for (int m : {0, acc}) check_real("uniform", REAL2(RngUniform, m, -2.0, 3.0), law(bm::uniform_distribution<>(-2, 3)));
-  for (int m : {0, 1, 2}) check_real("gaussian", REAL2(RngGaussian, m, 1.5, 2.0), law(bm::normal(1.5, 2.0)));
+  for (int m : {0, acc}) check_real("uniform", REAL(RngUniform, m, -2.0, 3.0), law(bm::uniform_distribution<>(-2, 3)));
+  for (int m : {0, 1, 2}) check_real("gaussian", REAL(RngGaussian, m, 1.5, 2.0), law(bm::normal(1.5, 2.0)));
   for (int m : {0, acc})
-    check_real("exponential", REAL2(RngExponential, m, 1.0, 2.5), law(bm::exponential(1 / 2.5), 1.0));
-  check_real("laplace", REAL2(RngLaplace, 0, -1.0, 0.5), law(bm::laplace(-1.0, 0.5)));
+    check_real("exponential", REAL(RngExponential, m, 1.0, 2.5), law(bm::exponential(1 / 2.5), 1.0));
+  check_real("laplace", REAL(RngLaplace, 0, -1.0, 0.5), law(bm::laplace(-1.0, 0.5)));
   Law cauchy{[](double x) { return bm::cdf(bm::cauchy(2.0, 3.0), x); }, 0, 0, 0, false};
-  check_real("cauchy", REAL2(RngCauchy, 0, 2.0, 3.0), cauchy);
+  check_real("cauchy", REAL(RngCauchy, 0, 2.0, 3.0), cauchy);
   for (int m : {0, acc})
-    check_real("rayleigh", REAL2(RngRayleigh, m, 0.5, 2.0), law(bm::rayleigh(2.0 / std::sqrt(2.0)), 0.5));
+    check_real("rayleigh", REAL(RngRayleigh, m, 0.5, 2.0), law(bm::rayleigh(2.0 / std::sqrt(2.0)), 0.5));
   // Ours is the law of a minimum: -X follows Boost's extreme value law.
   const bm::extreme_value ev(-1.0, 2.0);
   Law gumbel{[=](double x) { return bm::cdf(bm::complement(ev, -x)); }, -bm::mean(ev), bm::variance(ev),
              bm::kurtosis(ev)};
-  check_real("gumbel", REAL2(RngGumbel, 0, 1.0, 2.0), gumbel);
-  for (int m : {0, acc}) check_real("weibull", REAL3(RngWeibull, m, 1.7, 0.5, 3.0), law(bm::weibull(1.7, 3.0), 0.5));
+  check_real("gumbel", REAL(RngGumbel, 0, 1.0, 2.0), gumbel);
+  for (int m : {0, acc}) check_real("weibull", REAL(RngWeibull, m, 1.7, 0.5, 3.0), law(bm::weibull(1.7, 3.0), 0.5));
   for (int m : {0, 1, acc, acc | 1})
-    check_real("lognormal", REAL4(RngLognormal, m, 0.2, 0.5, -1.0, 2.0),
+    check_real("lognormal", REAL(RngLognormal, m, 0.2, 0.5, -1.0, 2.0),
                law(bm::lognormal(0.2 + std::log(2.0), 0.5), -1.0));
   for (double alpha : {0.4, 1.0, 4.5})
     for (int m : {0, acc})
-      check_real("gamma", REAL3(RngGamma, m, alpha, 1.0, 2.0), law(bm::gamma_distribution<>(alpha, 2.0), 1.0));
+      check_real("gamma", REAL(RngGamma, m, alpha, 1.0, 2.0), law(bm::gamma_distribution<>(alpha, 2.0), 1.0));
   for (auto pq : {std::pair{0.5, 0.7}, std::pair{2.0, 3.0}, std::pair{0.6, 4.0}})
     for (int m : {0, acc})
-      check_real("beta", REAL4(RngBeta, m, pq.first, pq.second, -1.0, 2.0),
+      check_real("beta", REAL(RngBeta, m, pq.first, pq.second, -1.0, 2.0),
                  law(bm::beta_distribution<>(pq.first, pq.second), -1.0, 2.0));
 }
 
