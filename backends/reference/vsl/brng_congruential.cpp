@@ -151,9 +151,6 @@ int mrg_init(int, void* p, int n, const unsigned* params) {
   if (!st->s[3] && !st->s[4] && !st->s[5]) st->s[3] = 1;
   return 0;
 }
-// The product of two numbers below 2^32, written so that vector code uses one
-// 32 x 32 -> 64-bit multiply per lane.
-inline uint64_t mul32(uint64_t a, uint64_t b) { return uint64_t{static_cast<uint32_t>(a)} * static_cast<uint32_t>(b); }
 // x mod (2^32 - C) for any 64-bit x, by folding the high word twice: no division.
 template <uint64_t C>
 inline uint64_t fold(uint64_t x) {

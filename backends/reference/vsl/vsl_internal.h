@@ -86,6 +86,10 @@ inline bool cpu_ecx1(int bit) {
   return __get_cpuid(1, &a, &b, &c, &d) && ((c >> bit) & 1);
 }
 
+// The product of two numbers below 2^32, written so that vector code uses one
+// 32 x 32 -> 64-bit multiply per lane.
+inline uint64_t mul32(uint64_t a, uint64_t b) { return uint64_t{static_cast<uint32_t>(a)} * static_cast<uint32_t>(b); }
+
 // Modular arithmetic helpers for the congruential generators.
 inline uint64_t mulmod(uint64_t a, uint64_t b, uint64_t m) {
   return static_cast<uint64_t>(static_cast<unsigned __int128>(a) * b % m);
