@@ -2,11 +2,10 @@
 // its four names on both layers, by property (what reaches the kernel, where a rejection
 // is reported, that a rejected call loads nothing, how long requests are cut), and the
 // stream entries' edge cases.
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <random>
 
@@ -21,31 +20,23 @@ namespace {
 // Each test settles the interface layer, which a process does once, and checks that
 // rejected calls load no kernel library: each needs a process of its own (ctest gives
 // it one). With more than one test selected, the program runs itself once per test.
-class ProcessPerTest : public ::testing::Environment {
+struct ProcessPerTest : ::testing::Environment {
   void SetUp() override {
     const auto* u = ::testing::UnitTest::GetInstance();
     if (u->test_to_run_count() <= 1) return;
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe");
     int failed = 0;
     for (int i = 0; i < u->total_test_suite_count(); ++i)
-      for (int j = 0; j < u->GetTestSuite(i)->total_test_count(); ++j) {
-        const auto* t = u->GetTestSuite(i)->GetTestInfo(j);
-        if (!t->should_run()) continue;
-        const std::string name = std::string(t->test_suite_name()) + "." + t->name(), filter = "--gtest_filter=" + name;
-        std::fflush(stdout);
-        const pid_t pid = fork();
-        if (pid == 0) {
-          execl("/proc/self/exe", "test_vsl_entries", filter.c_str(), static_cast<char*>(nullptr));
-          _exit(127);
+      for (int j = 0; j < u->GetTestSuite(i)->total_test_count(); ++j)
+        if (const auto* t = u->GetTestSuite(i)->GetTestInfo(j); t->should_run()) {
+          const std::string name = std::string(t->test_suite_name()) + "." + t->name();
+          std::fflush(stdout);
+          const int status = std::system(("'" + self + "' --gtest_filter=" + name).c_str());
+          failed += status != 0;
+          std::printf("%s %s, in a process of its own\n", status ? "FAILED" : "passed", name.c_str());
         }
-        int status = -1;
-        waitpid(pid, &status, 0);
-        const bool ok = pid > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-        failed += !ok;
-        std::printf("%s %s, in a process of its own\n", ok ? "passed" : "FAILED", name.c_str());
-      }
     std::printf("%d of %d tests failed\n", failed, u->test_to_run_count());
-    std::fflush(stdout);
-    std::_Exit(failed ? 1 : 0);
+    std::exit(failed ? 1 : 0);
   }
 };
 const auto* const kProcessPerTest = ::testing::AddGlobalTestEnvironment(new ProcessPerTest);
