@@ -81,8 +81,19 @@ TEST(Generators, R250AndSfmtKeepTheirRecurrences) {
   for (int i = 250; i < 3000; ++i) ASSERT_EQ(v[i], v[i - 103] ^ v[i - 250]) << i;
   // SFMT19937 seeded with 1234: the first words of its authors' reference output.
   Stream f(VSL_BRNG_SFMT19937, {1234});
-  auto w = f.bits(5);
-  EXPECT_EQ(w, (std::vector<unsigned>{3440181298u, 1564997079u, 1510669302u, 2930277156u, 1452439940u}));
+  auto w = f.bits(4 * 1000);
+  EXPECT_EQ(std::vector<unsigned>(w.begin(), w.begin() + 5),
+            (std::vector<unsigned>{3440181298u, 1564997079u, 1510669302u, 2930277156u, 1452439940u}));
+  // Its recurrence on 128-bit words, lane by lane: word i from words i - 156, i - 34, i - 2, i - 1.
+  const unsigned msk[4] = {0xdfffffefu, 0xddfecb7fu, 0xbffaffffu, 0xbffffff6u};
+  for (int i = 156; i < 1000; ++i)
+    for (int k = 0; k < 4; ++k) {
+      auto at = [&](int word, int lane) { return lane < 0 || lane > 3 ? 0u : w[4 * word + lane]; };
+      const unsigned a = at(i - 156, k), c = at(i - 2, k);
+      ASSERT_EQ(w[4 * i + k], a ^ (a << 8) ^ (at(i - 156, k - 1) >> 24) ^ ((at(i - 34, k) >> 11) & msk[k]) ^ (c >> 8) ^
+                                  (at(i - 2, k + 1) << 24) ^ (at(i - 1, k) << 18))
+          << i << " " << k;
+    }
 }
 
 // Random123 on the same keys and counters, the counters' low word crossing 2^32

@@ -3,6 +3,8 @@
 // Both regenerate their whole state in blocks; the block loops are cloned for
 // AVX2 and AVX-512 so that the integer work and the conversion to doubles run
 // on the widest registers the processor has.
+#include <emmintrin.h>
+
 #include <array>
 #include <mutex>
 #include <utility>
@@ -307,24 +309,22 @@ struct Sfmt {
 };
 
 // One 128-bit word: a ^ (a << 8 bits) ^ ((b >> 11) & mask) ^ (c >> 8 bits) ^ (d << 18),
-// the byte shifts over the whole 128 bits, the others per 32-bit lane.
-inline void sfmt_rec(uint32_t* r, const uint32_t* a, const uint32_t* b, const uint32_t* c, const uint32_t* d) {
-  uint64_t ah = uint64_t{a[3]} << 32 | a[2], al = uint64_t{a[1]} << 32 | a[0];
-  uint64_t xh = ah << 8 | al >> 56, xl = al << 8;
-  uint64_t ch = uint64_t{c[3]} << 32 | c[2], cl = uint64_t{c[1]} << 32 | c[0];
-  uint64_t yh = ch >> 8, yl = cl >> 8 | ch << 56;
-  uint32_t x[4] = {uint32_t(xl), uint32_t(xl >> 32), uint32_t(xh), uint32_t(xh >> 32)};
-  uint32_t y[4] = {uint32_t(yl), uint32_t(yl >> 32), uint32_t(yh), uint32_t(yh >> 32)};
-  for (int k = 0; k < 4; ++k) r[k] = a[k] ^ x[k] ^ ((b[k] >> kSr1) & kMsk[k]) ^ y[k] ^ (d[k] << kSl1);
+// the byte shifts over the whole 128 bits, the others per 32-bit lane (SSE2, which
+// every x86-64 processor has).
+inline __m128i sfmt_rec(__m128i a, __m128i b, __m128i c, __m128i d) {
+  const __m128i mask = _mm_set_epi32(int(kMsk[3]), int(kMsk[2]), int(kMsk[1]), int(kMsk[0]));
+  const __m128i z = _mm_and_si128(_mm_srli_epi32(b, kSr1), mask);
+  return _mm_xor_si128(_mm_xor_si128(_mm_xor_si128(a, _mm_slli_si128(a, 1)), _mm_xor_si128(z, _mm_srli_si128(c, 1))),
+                       _mm_slli_epi32(d, kSl1));
 }
 void sfmt_regen(uint32_t* s) {
-  const uint32_t* r1 = s + 4 * (kSN - 2);
-  const uint32_t* r2 = s + 4 * (kSN - 1);
+  auto* w = reinterpret_cast<__m128i*>(s);
+  __m128i r1 = _mm_loadu_si128(w + kSN - 2), r2 = _mm_loadu_si128(w + kSN - 1);
   for (int i = 0; i < kSN; ++i) {
-    int j = i < kSN - kPos1 ? i + kPos1 : i + kPos1 - kSN;
-    sfmt_rec(s + 4 * i, s + 4 * i, s + 4 * j, r1, r2);
-    r1 = r2;
-    r2 = s + 4 * i;
+    const int j = i < kSN - kPos1 ? i + kPos1 : i + kPos1 - kSN;
+    const __m128i r = sfmt_rec(_mm_loadu_si128(w + i), _mm_loadu_si128(w + j), r1, r2);
+    _mm_storeu_si128(w + i, r);
+    r1 = r2, r2 = r;
   }
 }
 int sfmt_init(int, void* p, int n, const unsigned* params) {
