@@ -173,7 +173,7 @@ inline uint64_t mrg_step(uint64_t& x0, uint64_t& x1, uint64_t& x2, uint64_t& y0,
 // starting from the state advanced by j * L (the transition matrices to the
 // power L), so that the lanes together give exactly the sequential numbers.
 // L is a power of two and its matrices come from a table of squarings.
-constexpr int kMrgLanes = 16, kMrgMaxLog = 12, kMrgSub = 64;
+constexpr int kMrgLanes = 16, kMrgMinLog = 4, kMrgMaxLog = 12, kMrgSub = 64;
 using Mat3 = uint64_t[3][3];
 void mat_mul(const Mat3 a, const Mat3 b, Mat3 out, uint64_t m) {
   Mat3 t;
@@ -206,9 +206,9 @@ void mat_vec(const Mat3 a, const uint64_t* v, uint64_t* out) {
     out[i] = fold<C>(fold<C>(mul32(a[i][0], v[0])) + fold<C>(mul32(a[i][1], v[1])) + fold<C>(mul32(a[i][2], v[2])));
 }
 
-// kMrgSub steps of every lane; z[i * kMrgLanes + j] is lane j's output of step i.
-QNL_VSL_CLONES void mrg_lane_steps(uint64_t (*__restrict v)[kMrgLanes], uint64_t* __restrict z) {
-  for (int i = 0; i < kMrgSub; ++i)
+// Up to kMrgSub steps of every lane; z[i * kMrgLanes + j] is lane j's output of step i.
+QNL_VSL_CLONES void mrg_lane_steps(uint64_t (*__restrict v)[kMrgLanes], int steps, uint64_t* __restrict z) {
+  for (int i = 0; i < steps; ++i)
     for (int j = 0; j < kMrgLanes; ++j)
       z[i * kMrgLanes + j] = mrg_step(v[0][j], v[1][j], v[2][j], v[3][j], v[4][j], v[5][j]);
 }
@@ -220,7 +220,7 @@ void mrg_fill(Mrg* st, int n, Put put) {
   uint64_t s[6];
   for (int i = 0; i < 6; ++i) s[i] = static_cast<uint64_t>(st->s[i]);
   int done = 0;
-  for (int lg = kMrgMaxLog; lg >= 6; --lg) {
+  for (int lg = kMrgMaxLog; lg >= kMrgMinLog; --lg) {
     const int len = 1 << lg;
     while (n - done >= kMrgLanes * len) {
       alignas(64) uint64_t v[6][kMrgLanes], z[kMrgSub * kMrgLanes];
@@ -233,8 +233,9 @@ void mrg_fill(Mrg* st, int n, Put put) {
         std::memcpy(cur, s, sizeof cur);
       }
       for (int i = 0; i < len; i += kMrgSub) {
-        mrg_lane_steps(v, z);
-        for (int j = 0; j < kMrgLanes; ++j) put(z + j, kMrgSub, kMrgLanes, done + j * len + i);
+        const int steps = len < kMrgSub ? len : kMrgSub;
+        mrg_lane_steps(v, steps, z);
+        for (int j = 0; j < kMrgLanes; ++j) put(z + j, steps, kMrgLanes, done + j * len + i);
       }
       done += kMrgLanes * len;  // s is now the state after the last lane
     }
