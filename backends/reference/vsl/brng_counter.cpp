@@ -124,16 +124,25 @@ __attribute__((target("aes,sse4.1"))) void ars_lanes(const uint32_t* key, const 
 // ---- shared stream logic ----
 using BlockFn = void (*)(const uint32_t*, const uint32_t*, uint32_t*);
 
-// Writes n words, whole blocks straight into out, kLanes blocks at a time.
+// Writes n words, whole blocks straight into out.
 template <BlockFn One, BlockFn Lanes>
 void ctr_words(Ctr* st, int n, uint32_t* out) {
   int done = 0;
   while (done < n && st->idx < 4) out[done++] = st->buf[st->idx++];
-  while (n - done >= 4 * kLanes) {
+  // kLanes blocks at a time; a shorter run of 4 blocks or more also goes through
+  // the lanes, into a buffer, the counters it does not hand out left unused.
+  while (n - done >= 16) {
     if ((uint64_t{st->ctr[1]} << 32 | st->ctr[0]) > ~uint64_t{0} - kLanes) break;  // carry: go one by one
-    Lanes(st->key, st->ctr, out + done);
-    ctr_add(st->ctr, kLanes);
-    done += 4 * kLanes;
+    const int blocks = (n - done) / 4 < kLanes ? (n - done) / 4 : kLanes;
+    if (blocks == kLanes) {
+      Lanes(st->key, st->ctr, out + done);
+    } else {
+      uint32_t w[4 * kLanes];
+      Lanes(st->key, st->ctr, w);
+      std::memcpy(out + done, w, sizeof(uint32_t) * 4 * blocks);
+    }
+    ctr_add(st->ctr, static_cast<uint64_t>(blocks));
+    done += 4 * blocks;
   }
   while (n - done >= 4) {
     One(st->key, st->ctr, out + done);
