@@ -401,7 +401,7 @@ TEST(Streams, RegisteredGeneratorAndAbstractStreams) {
     return ++refills < 3 ? 4 : 0;
   };
   void* a = nullptr;
-  ASSERT_EQ(__vsldNewAbstractStream(&a, 4, buf, 0.5, 2.5, cb), 0);
+  ASSERT_EQ(__vsldNewAbstractStream(&a, 4, buf, 0.5, 2.5, reinterpret_cast<const void*>(+cb)), 0);
   std::vector<double> r(12);
   EXPECT_EQ(_vsldRngUniform(0, a, 12, r.data(), 0.0, 8.0), 0);
   for (int i = 0; i < 12; ++i) EXPECT_EQ(r[i], 4 * (buf[i % 4] - 0.5));
