@@ -5,6 +5,7 @@
 // on the widest registers the processor has.
 #include <emmintrin.h>
 
+#include <algorithm>
 #include <array>
 #include <mutex>
 #include <utility>
@@ -35,7 +36,7 @@ QNL_VSL_CLONES void mt_regen(uint32_t* __restrict mt) {
 struct Twist;
 struct Mt {
   static constexpr int kLen = kN;
-  static constexpr unsigned long long kNearBlocks = 1 << 15;  // ~10 ms; a far jump costs ~100 ms
+  static constexpr unsigned long long kNearBlocks = 1 << 15;  // ~10 ms; a far jump costs ~20 ms
   uint32_t mt[kN];
   int32_t idx;
   void regen() { mt_regen(mt); }
@@ -141,6 +142,11 @@ struct Window {
     w[start] = at(t.m) ^ (y >> 1) ^ (-(y & 1u) & t.a);
     start = start + 1 < t.n ? start + 1 : 0;
   }
+  void add(const uint32_t* s) {  // word i of the window ^= s[i], in two straight runs
+    const int k = t.n - start;
+    for (int i = 0; i < k; ++i) w[start + i] ^= s[i];
+    for (int i = k; i < t.n; ++i) w[i - k] ^= s[i];
+  }
 };
 
 // P from 2 deg bits of one bit position of the words, by Berlekamp-Massey.
@@ -190,39 +196,75 @@ Poly charpoly(const Twist& tw) {
   return p;
 }
 
-// r * r mod P, then times x when asked.
-void sqr_mod(Poly& r, bool times_x, const Poly& p, int deg) {
-  Poly sq(2 * r.size() + 1, 0);
-  for (size_t i = 0; i < r.size(); ++i)
-    for (int k = 0; k < 64; ++k)
-      if ((r[i] >> k) & 1) flip(sq, 2 * (64 * i + k) + times_x);
-  for (size_t i = sq.size() * 64; i-- > static_cast<size_t>(deg);) {
-    if (!bit(sq, i)) continue;
-    const size_t sh = i - deg;  // sq += x^sh P, clearing bit i
-    for (size_t j = 0; j < p.size(); ++j) {
-      if (!p[j]) continue;
-      size_t wi = j + sh / 64, s2 = sh % 64;
-      if (wi < sq.size()) sq[wi] ^= p[j] << s2;
-      if (s2 && wi + 1 < sq.size()) sq[wi + 1] ^= p[j] >> (64 - s2);
+// Arithmetic mod P. Squaring spreads the bits apart; the reduction clears the
+// bits above the degree 8 at a time with the multiple q(x) P(x) whose bits
+// deg..deg+7 are those 8 (q -> those bits is one to one: triangular with a
+// unit diagonal), so it touches only lower bits.
+struct PolyMod {
+  const Poly& p;
+  int deg;
+  std::vector<Poly> mult;  // by the 8 bits at deg..deg+7
+  PolyMod(const Poly& p_, int deg_) : p(p_), deg(deg_), mult(256, Poly(p_.size(), 0)) {
+    for (unsigned q = 0; q < 256; ++q) {
+      Poly t(p.size(), 0);
+      for (int b = 0; b < 8; ++b)
+        if ((q >> b) & 1) xor_shifted(t, p, b);
+      mult[bits8(t, deg)] = t;
     }
   }
-  sq.resize(r.size());
-  r = sq;
-}
+  static unsigned bits8(const Poly& a, size_t pos) {
+    const size_t w = pos >> 6, b = pos & 63;
+    uint64_t v = a[w] >> b;
+    if (b > 56 && w + 1 < a.size()) v |= a[w + 1] << (64 - b);
+    return static_cast<unsigned>(v & 255);
+  }
+  static void xor_shifted(Poly& a, const Poly& m, size_t sh) {  // a += x^sh m, within a's size
+    const size_t wo = sh >> 6, b = sh & 63, n = std::min(m.size(), a.size() - wo);
+    if (b == 0) {
+      for (size_t j = 0; j < n; ++j) a[j + wo] ^= m[j];
+      return;
+    }
+    a[wo] ^= m[0] << b;
+    for (size_t j = 1; j < n; ++j) a[j + wo] ^= m[j] << b | m[j - 1] >> (64 - b);
+    if (wo + n < a.size()) a[wo + n] ^= m[n - 1] >> (64 - b);
+  }
+  // r <- r * r mod P, times x when asked.
+  void sqr(Poly& r, bool times_x) const {
+    static const auto spread = [] {
+      std::array<uint16_t, 256> t{};
+      for (unsigned v = 0; v < 256; ++v)
+        for (int k = 0; k < 8; ++k) t[v] |= static_cast<uint16_t>(((v >> k) & 1) << (2 * k));
+      return t;
+    }();
+    Poly sq(2 * r.size(), 0);
+    for (size_t i = 0; i < r.size(); ++i)
+      for (int k = 0; k < 8; ++k) sq[2 * i + k / 4] |= uint64_t{spread[(r[i] >> (8 * k)) & 255]} << (16 * (k % 4));
+    for (long k = (2 * deg - 2 - deg) / 8; k >= 0; --k)
+      if (unsigned c = bits8(sq, static_cast<size_t>(deg + 8 * k)))
+        xor_shifted(sq, mult[c], static_cast<size_t>(8 * k));
+    sq.resize(r.size());
+    if (times_x) {
+      for (size_t i = sq.size(); i-- > 1;) sq[i] = sq[i] << 1 | sq[i - 1] >> 63;
+      sq[0] <<= 1;
+      if (bit(sq, static_cast<size_t>(deg))) xor_shifted(sq, p, 0);
+    }
+    r.swap(sq);
+  }
+};
 
 // words <- T^j words for a window of tw.n words and j >= 1.
 void twister_jump(const Twist& tw, const Poly& pp, unsigned long long j, uint32_t* words) {
   const int deg = tw.deg();
+  const PolyMod mod(pp, deg);
   Poly g(pp.size(), 0);  // g = x^(j - 1) mod P
   g[0] = 1;
   if (j > 1)
-    for (int b = 63 - __builtin_clzll(j - 1); b >= 0; --b) sqr_mod(g, ((j - 1) >> b) & 1, pp, deg);
+    for (int b = 63 - __builtin_clzll(j - 1); b >= 0; --b) mod.sqr(g, ((j - 1) >> b) & 1);
   Window acc{tw}, s{tw};
   std::memcpy(s.w, words, sizeof(uint32_t) * tw.n);
   for (int i = deg - 1; i >= 0; --i) {
     acc.step();
-    if (bit(g, static_cast<size_t>(i)))
-      for (int t = 0; t < tw.n; ++t) acc.at(t) ^= s.w[t];
+    if (bit(g, static_cast<size_t>(i))) acc.add(s.w);
   }
   acc.step();
   for (int t = 0; t < tw.n; ++t) words[t] = acc.at(t);
@@ -264,7 +306,7 @@ constexpr uint32_t kTwist2203[] = {
 static_assert(sizeof kTwist2203 / sizeof kTwist2203[0] == VSL_MT2203_FAMILY, "one constant per member");
 struct Mt2203 {
   static constexpr int kLen = k2203N;
-  static constexpr unsigned long long kNearBlocks = 1 << 16;  // ~5 ms; a far jump costs ~10 ms
+  static constexpr unsigned long long kNearBlocks = 2048;  // ~0.2 ms, as a far jump
   uint32_t mt[k2203N];
   int32_t idx;
   uint32_t a;
