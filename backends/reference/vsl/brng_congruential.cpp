@@ -2,8 +2,6 @@
 // Wichmann-Hill and R250.
 #include "vsl_internal.h"
 
-#define QNL_VSL_CLONES __attribute__((target_clones("avx512f", "avx2", "default")))
-
 namespace qnl_vsl {
 namespace {
 

@@ -13,8 +13,6 @@
 
 #include "vsl_internal.h"
 
-#define QNL_VSL_CLONES __attribute__((target_clones("avx512f", "avx2", "default")))
-
 namespace qnl_vsl {
 namespace {
 

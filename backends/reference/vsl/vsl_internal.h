@@ -11,6 +11,8 @@
 #include "qnl_vsl_defines.h"
 
 #define QNL_VSL_EXPORT extern "C" __attribute__((visibility("default")))
+// Bulk loops built for AVX-512, AVX2 and the baseline, chosen at load time.
+#define QNL_VSL_CLONES __attribute__((target_clones("avx512f", "avx2", "default")))
 
 namespace qnl_vsl {
 
