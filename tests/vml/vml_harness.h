@@ -11,7 +11,7 @@
 #include "probe_backend.h"
 #include "qnl_service.h"
 #include "test_util.h"
-#include "vml_cases.h"
+#include "vml_cases.inc"
 
 namespace vml_test {
 
