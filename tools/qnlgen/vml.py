@@ -8,7 +8,6 @@ from .common import table_rows
 from .model import PIECES, REAL_OF, Backend, Entry, Family, Param
 
 ELEMENT = {"s": "float", "d": "double", "c": "QNL_Complex8", "z": "QNL_Complex16"}
-SIZE = {"s": 4, "d": 8, "c": 8, "z": 16}
 # argument letter -> (C type, Fortran type); {T} the element type, {R} its real type.
 # Arrays go by address in both; a scalar and an integer by value in C only.
 ARGS = {"e": ("const {T}*", "const {T}*"), "y": ("{T}*", "{T}*"), "r": ("const {R}*", "const {R}*"),
@@ -140,27 +139,20 @@ def function_entries(f, label):
     return out
 
 
-def cases(functions, services, thread_list):
-    """One row per function for the tests: name, kernel group, letter, threader slot, warn, argument shapes."""
-    kinds = {"e": "a", "y": "a", "r": "a", "w": "a", "a": "s", "i": "i", "j": "p"}
-    names = [n for n, _ in thread_list]
+def cases(functions, services):
+    """One row per function for the tests: its C name, threader ("" for a direct kernel),
+    accuracy warning and argument letters after the count."""
     rows = []
     for f in functions:
         thr = f.shape.threader_of(f.letter)
-        slot = names.index(f"qnl_vml_serv_threader_{thr}") if thr else -1
-        sizes = ", ".join(str(8 if letter in "ij" else SIZE[REAL_OF[f.letter] if letter in "rw" else f.letter])
-                          for _, letter, _ in f.shape.args)
-        positions = ", ".join(str(p or 0) for _, _, p in f.shape.args)
-        kind = "".join(kinds[letter] for _, letter, _ in f.shape.args)
-        rows.append(f'    {{"{f.name}", "{f.shape.group}", \'{f.letter}\', {slot}, {str(f.warn).lower()}, "{kind}", '
-                    f'{{{sizes}}}, {{{positions}}}}},\n')
-    return "".join(["#pragma once\n", "namespace vml_cases {\n",
-                    "struct Case {\n  const char* name;\n  const char* group;\n  char letter;\n  int threader;\n"
-                    "  bool warn;\n  const char* kinds;  // per argument after n: a array, s scalar, i integer, "
-                    "p pointer\n  int size[7];        // bytes of each argument's element (array) or value (scalar)\n"
-                    "  int position[7];    // position reported for a null array, 0 if untested\n};\n",
-                    "const Case kCases[] = {\n"] + rows +
-                   ["};\n", f"constexpr int kServiceNames = {4 * len(services)};\n", "}  // namespace vml_cases\n"])
+        thr = f"qnl_vml_serv_threader_{thr}" if thr else ""
+        letters = "".join(letter for _, letter, _ in f.shape.args)
+        rows.append(f'    {{"{f.name}", "{thr}", {str(f.warn).lower()}, "{letters}"}},\n')
+    rows = "".join(rows)
+    return ("#pragma once\n// Every vector-math function: the C name, the threader it calls (\"\" for a kernel\n"
+            "// called directly), whether it warns off the HA table, and the letters of its\n// arguments after n.\n"
+            "struct VmlCase {\n  const char* name;\n  const char* threader;\n  bool warn;\n  const char* args;\n};\n"
+            f"static const VmlCase kVmlCases[] = {{\n{rows}}};\nconstexpr int kVmlServiceNames = {4 * len(services)};\n")
 
 
 def standin(b):
@@ -199,4 +191,4 @@ def family(tables):
         backend_head='#include <cstdint>\n\n#include "qnl_vml.h"\n\n',
         standin=standin,
         files={"vml_functions.inc": functions_inc},
-        cases=lambda: cases(functions, services, thread_list))
+        cases=lambda: cases(functions, services))
