@@ -121,6 +121,12 @@ inline void* kernel_library(const char* file = "libqnl_vml_def.so") {
   return dlopen((facade_directory() + file).c_str(), RTLD_NOW | RTLD_NOLOAD);
 }
 
+inline std::vector<const qnl_probe::Call*> calls() {
+  std::vector<const qnl_probe::Call*> out;
+  for (int i = 0; i < qnl_probe_count(); ++i) out.push_back(qnl_probe_call(i));
+  return out;
+}
+
 // The reports of the calls so far: position, name and the length given with it.
 struct Report {
   int32_t number;
@@ -129,8 +135,7 @@ struct Report {
 };
 inline std::vector<Report> reports() {
   std::vector<Report> out;
-  for (int i = 0; i < qnl_probe_count(); ++i) {
-    const qnl_probe::Call* c = qnl_probe_call(i);
+  for (const qnl_probe::Call* c : calls()) {
     if (std::strcmp(c->symbol, "qnl_serv_xerbla") != 0) continue;
     char name[17] = {};
     std::memcpy(name, &c->word[4], 16);
