@@ -1,14 +1,15 @@
 # One call per family of entries (see tools/qnlgen/model.py):
 #
 #   qnl_family(NAME <name> TABLES <table>... [SHARDS <n>] [DIR <folder>]
-#              [SOURCES <file>...] [INCLUDES <folder>...]
+#              [SOURCES <file>...] [INCLUDES <folder>...] [FILES <name>...]
 #              [PROBE [PROBE_SHARDS <n>] [PROBE_SKIP <file>]] [CASES])
 #
 # generates, in DIR (default ${QNL_GEN}/<name>), the SHARDS entry sources that the
 # facade compiles, <name>_gen.h (typed prototypes of the hidden bodies),
 # backend_<name>.h and <name>.names (merged into the version script). SOURCES are the
 # family's hand-written sources (its frame), compiled into the facade with INCLUDES
-# (and DIR) on the include path. PROBE gives
+# (and DIR) on the include path. FILES names further files the module writes in DIR.
+# The target qnl_<name>_generated stands for all of them. PROBE gives
 # every probe back-end the family's stand-ins (PROBE_SKIP: symbols written by hand
 # there), CASES gives the tests <name>_cases.inc. Call it from src/ (or a file src/
 # includes): the facade's targets live there.
@@ -24,7 +25,7 @@ function(qnl_shard_files out dir stem count)
 endfunction()
 
 function(qnl_family)
-  cmake_parse_arguments(F "PROBE;CASES" "NAME;SHARDS;DIR;PROBE_SHARDS;PROBE_SKIP" "TABLES;SOURCES;INCLUDES" ${ARGN})
+  cmake_parse_arguments(F "PROBE;CASES" "NAME;SHARDS;DIR;PROBE_SHARDS;PROBE_SKIP" "TABLES;SOURCES;INCLUDES;FILES" ${ARGN})
   if(NOT F_NAME OR NOT F_TABLES OR F_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "qnl_family: NAME and TABLES are required (${F_UNPARSED_ARGUMENTS})")
   endif()
@@ -39,12 +40,14 @@ function(qnl_family)
     set(F_DIR ${QNL_GEN}/${name})
   endif()
   qnl_shard_files(sources ${F_DIR} ${name}_entries ${F_SHARDS})
-  set(outputs ${sources} ${F_DIR}/${name}_gen.h ${F_DIR}/${name}.names ${F_DIR}/backend_${name}.h)
+  list(TRANSFORM F_FILES PREPEND ${F_DIR}/ OUTPUT_VARIABLE files)
+  set(outputs ${sources} ${F_DIR}/${name}_gen.h ${F_DIR}/${name}.names ${F_DIR}/backend_${name}.h ${files})
   add_custom_command(
     OUTPUT ${outputs}
     COMMAND Python3::Interpreter ${QNL_GENERATOR} family ${name} ${F_DIR} ${F_SHARDS} ${F_TABLES}
     DEPENDS ${F_TABLES} ${QNL_GENERATOR} ${QNL_GENERATOR_SOURCES}
     COMMENT "Generating the ${name} entries")
+  add_custom_target(qnl_${name}_generated DEPENDS ${outputs})
   set_property(GLOBAL APPEND PROPERTY QNL_FAMILIES ${name})
   list(TRANSFORM F_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ REGEX "^[^/]" OUTPUT_VARIABLE own_sources)
   list(TRANSFORM F_INCLUDES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ REGEX "^[^/]" OUTPUT_VARIABLE own_includes)

@@ -7,7 +7,6 @@
     gen.py messages TABLE OUTDIR
     gen.py lapacke-diff TABLE OUT                      the differential harness's cases
     gen.py exports OUT NAMEFILE...
-    gen.py vml TABLE OUTDIR SHARDS
     gen.py reference OUT BLAS_TABLE LAPACK_TABLE LAPACK_EXT HANDWRITTEN LIBRARY...
 
 A family NAME is the module qnlgen/NAME.py; see qnlgen/model.py.
@@ -18,7 +17,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from qnlgen import exports, lapacke_diff, messages, model, reference, vml  # noqa: E402
+from qnlgen import exports, lapacke_diff, messages, model, reference  # noqa: E402
 
 
 def load(name, tables):
@@ -53,7 +52,6 @@ COMMANDS = {
     "lapacke-diff": lapacke_diff.main,
     "exports": exports.main,
     "reference": reference.main,
-    "vml": vml.main,
 }
 
 if __name__ == "__main__":

@@ -79,6 +79,26 @@ QNL_PROBE_API void qnl_probe_set_hook(qnl_probe_hook hook);
 
 namespace qnl_probe {
 
+// Appends `v` to the words of a record: its bytes from the low end, zero-padded, so a
+// 16-byte value (a double complex) takes two words.
+template <class T>
+inline void put(uint64_t* words, int& n, const T& v) {
+  static_assert(std::is_trivially_copyable_v<T>);
+  constexpr int count = (sizeof(T) + 7) / 8;
+  uint64_t w[count] = {};
+  std::memcpy(w, &v, sizeof v);
+  for (int i = 0; i < count; ++i) words[n++] = w[i];
+}
+
+// Records a call of `symbol` with every argument's bytes as words (put).
+template <class... A>
+inline void record_values(const char* symbol, const A&... args) {
+  uint64_t words[kMaxWords];
+  int n = 0;
+  (put(words, n, args), ...);
+  qnl_probe_record(symbol, QNL_PROBE_LIBRARY, words, n);
+}
+
 // Records the call and answers with the result a test set for the symbol (zero by default).
 template <class R>
 inline R answer(const char* symbol, const uint64_t* words, int n) {

@@ -30,6 +30,22 @@ __attribute__((constructor)) void change_control_word() { _mm_setcsr(_mm_getcsr(
 
 int32_t answer_int(const char* symbol, const uint64_t* w, int n) { return qnl_probe::answer<int32_t>(symbol, w, n); }
 
+// Records the call with `value` as its word (a clear has none) and stores it; the
+// old value is the answer.
+template <class T>
+T exchange(const char* symbol, T& cell, T value, int words = 1) {
+  const uint64_t w[] = {word(value)};
+  qnl_probe_record(symbol, QNL_PROBE_LIBRARY, w, words);
+  T old = cell;
+  cell = value;
+  return old;
+}
+template <class T>
+T read(const char* symbol, const T& cell) {
+  qnl_probe_record(symbol, QNL_PROBE_LIBRARY, nullptr, 0);
+  return cell;
+}
+
 }  // namespace
 
 // Tags differ per function and per index, so a test can tell which table entry travelled.
@@ -47,46 +63,23 @@ QNL_PROBE_API int32_t qnl_vml_kernel_GetTTableIndex(int32_t kernel_index) {
   return answer_int("qnl_vml_kernel_GetTTableIndex", w, 1);
 }
 
-QNL_PROBE_API int32_t qnl_vml_kernel_SetMode(int32_t mode) {
-  const uint64_t w[] = {word(mode)};
-  qnl_probe_record("qnl_vml_kernel_SetMode", QNL_PROBE_LIBRARY, w, 1);
-  int32_t old = g_mode;
-  g_mode = mode;
-  return old;
+// Mode, status and callback as the kernel library keeps them: each call recorded
+// with its argument; a setter answers the old value, ClearErrStatus the old status.
+#define QNL_PROBE_KERNEL_API(R, Stem) QNL_PROBE_API R qnl_vml_kernel_##Stem
+#define QNL_PROBE_NAME(Stem) "qnl_vml_kernel_" #Stem
+QNL_PROBE_KERNEL_API(int32_t, SetMode)(int32_t mode) { return exchange(QNL_PROBE_NAME(SetMode), g_mode, mode); }
+QNL_PROBE_KERNEL_API(int32_t, GetMode)(void) { return read(QNL_PROBE_NAME(GetMode), g_mode); }
+QNL_PROBE_KERNEL_API(int32_t, SetErrStatus)(int32_t status) {
+  return exchange(QNL_PROBE_NAME(SetErrStatus), g_status, status);
 }
-QNL_PROBE_API int32_t qnl_vml_kernel_GetMode(void) {
-  qnl_probe_record("qnl_vml_kernel_GetMode", QNL_PROBE_LIBRARY, nullptr, 0);
-  return g_mode;
-}
-QNL_PROBE_API int32_t qnl_vml_kernel_SetErrStatus(int32_t status) {
-  const uint64_t w[] = {word(status)};
-  qnl_probe_record("qnl_vml_kernel_SetErrStatus", QNL_PROBE_LIBRARY, w, 1);
-  int32_t old = g_status;
-  g_status = status;
-  return old;
-}
-QNL_PROBE_API int32_t qnl_vml_kernel_GetErrStatus(void) {
-  qnl_probe_record("qnl_vml_kernel_GetErrStatus", QNL_PROBE_LIBRARY, nullptr, 0);
-  return g_status;
-}
-QNL_PROBE_API int32_t qnl_vml_kernel_ClearErrStatus(void) {
-  qnl_probe_record("qnl_vml_kernel_ClearErrStatus", QNL_PROBE_LIBRARY, nullptr, 0);
-  int32_t old = g_status;
-  g_status = 0;
-  return old;
-}
-QNL_PROBE_API int32_t qnl_vml_kernel_SetErrorCallBack(void* cb) {
-  const uint64_t w[] = {word(cb)};
-  qnl_probe_record("qnl_vml_kernel_SetErrorCallBack", QNL_PROBE_LIBRARY, w, 1);
-  g_callback = cb;
+QNL_PROBE_KERNEL_API(int32_t, GetErrStatus)(void) { return read(QNL_PROBE_NAME(GetErrStatus), g_status); }
+QNL_PROBE_KERNEL_API(int32_t, ClearErrStatus)(void) { return exchange(QNL_PROBE_NAME(ClearErrStatus), g_status, 0, 0); }
+QNL_PROBE_KERNEL_API(int32_t, SetErrorCallBack)(void* cb) {
+  exchange(QNL_PROBE_NAME(SetErrorCallBack), g_callback, cb);
   return 0;
 }
-QNL_PROBE_API void* qnl_vml_kernel_GetErrorCallBack(void) {
-  qnl_probe_record("qnl_vml_kernel_GetErrorCallBack", QNL_PROBE_LIBRARY, nullptr, 0);
-  return g_callback;
-}
-QNL_PROBE_API int32_t qnl_vml_kernel_ClearErrorCallBack(void) {
-  qnl_probe_record("qnl_vml_kernel_ClearErrorCallBack", QNL_PROBE_LIBRARY, nullptr, 0);
-  g_callback = nullptr;
+QNL_PROBE_KERNEL_API(void*, GetErrorCallBack)(void) { return read(QNL_PROBE_NAME(GetErrorCallBack), g_callback); }
+QNL_PROBE_KERNEL_API(int32_t, ClearErrorCallBack)(void) {
+  exchange(QNL_PROBE_NAME(ClearErrorCallBack), g_callback, static_cast<void*>(nullptr), 0);
   return 0;
 }

@@ -1,9 +1,7 @@
-# Vector math on the probe: the 22 threaders in every probe threading layer, and
-# one probe kernel library copied under the kernel file names into build/probe.
-# The copy for index 2 is left out, so the loader's fallback to index 0 can be seen.
-foreach(layer IN LISTS PROBE_LAYERS)
-  target_sources(qnl_probe_${layer} PRIVATE ${CMAKE_CURRENT_LIST_DIR}/probe_vml.cpp)
-endforeach()
+# Vector math on the probe: one probe kernel library copied under the kernel file
+# names into build/probe (the threaders are the family's stand-ins in every probe
+# threading layer). The copy for index 2 is left out, so the loader's fallback to
+# index 0 can be seen.
 add_library(qnl_probe_vml_kernel SHARED ${CMAKE_CURRENT_LIST_DIR}/probe_vml_kernel.cpp)
 target_include_directories(qnl_probe_vml_kernel PRIVATE ${QNL_VML_GEN})
 add_dependencies(qnl_probe_vml_kernel qnl_vml_generated)

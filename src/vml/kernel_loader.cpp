@@ -14,17 +14,6 @@ namespace qnl::vml {
 
 Slot g_threaders[kThreaderCount];
 
-const char* const kThreaderNames[kThreaderCount] = {
-    "qnl_vml_serv_threader_s_1i_1o",      "qnl_vml_serv_threader_d_1i_1o",      "qnl_vml_serv_threader_s_2i_1o",
-    "qnl_vml_serv_threader_d_2i_1o",      "qnl_vml_serv_threader_s_1i_2o",      "qnl_vml_serv_threader_d_1i_2o",
-    "qnl_vml_serv_threader_s_cs_2i_s_1o", "qnl_vml_serv_threader_d_cd_2i_d_1o", "qnl_vml_serv_threader_c_1i_1o",
-    "qnl_vml_serv_threader_z_1i_1o",      "qnl_vml_serv_threader_c_2i_1o",      "qnl_vml_serv_threader_z_2i_1o",
-    "qnl_vml_serv_threader_c_1i_2o",      "qnl_vml_serv_threader_z_1i_2o",      "qnl_vml_serv_threader_c_cc_2i_c_1o",
-    "qnl_vml_serv_threader_z_cz_2i_z_1o", "qnl_vml_serv_threader_c_1i_s_1o",    "qnl_vml_serv_threader_z_1i_d_1o",
-    "qnl_vml_serv_threader_s_1i_c_1o",    "qnl_vml_serv_threader_d_1i_z_1o",    "qnl_vml_serv_threader_s_6i_1o",
-    "qnl_vml_serv_threader_d_6i_1o",
-};
-
 namespace {
 
 constexpr int kOverrideSize = 32;
@@ -145,7 +134,8 @@ void qnl_vml_load_kernel_library() {
 }
 
 void qnl_vml_bind_threaders() {
-  for (int i = 0; i < kThreaderCount; ++i) bind_family(g_threaders[i], kThreaderNames[i]);
+  // Slot 0 last: a caller that finds it set uses the others without a lock.
+  for (int i = kThreaderCount - 1; i >= 0; --i) bind_family(g_threaders[i], kThreaderNames[i]);
   for (const Slot& s : g_threaders)
     if (!s.get()) {
       qnl_rt_exit(2);

@@ -7,40 +7,16 @@
 
 #include "entry.h"
 #include "search.h"
+#include "vml_gen.h"
 
 namespace qnl::vml {
 
-constexpr int kThreaderCount = 22;
 // Environment variable whose leading digits name a kernel index and override the choice.
 inline constexpr const char kOverrideVariable[] = "QNL_VML_KERNEL_INDEX";
 
-// The threader slots, in binding order; the first, when set, says all are bound.
+// The threader slots (kThreaderNames and ThreaderId of vml_gen.h); the first,
+// bound last, says all are bound.
 extern Slot g_threaders[kThreaderCount] QNL_HIDDEN;
-extern const char* const kThreaderNames[kThreaderCount] QNL_HIDDEN;
-enum ThreaderId : int {
-  kS1i1o,
-  kD1i1o,
-  kS2i1o,
-  kD2i1o,
-  kS1i2o,
-  kD1i2o,
-  kSCs2iS1o,
-  kDCd2iD1o,
-  kC1i1o,
-  kZ1i1o,
-  kC2i1o,
-  kZ2i1o,
-  kC1i2o,
-  kZ1i2o,
-  kCCc2iC1o,
-  kZCz2iZ1o,
-  kC1iS1o,
-  kZ1iD1o,
-  kS1iC1o,
-  kD1iZ1o,
-  kS6i1o,
-  kD6i1o,
-};
 
 // File name of kernel index 0..9.
 const char* kernel_file(int index) QNL_HIDDEN;

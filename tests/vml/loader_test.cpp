@@ -42,13 +42,13 @@ TEST_P(VmlOverride, LoadsTheNamedFile) {
   EXPECT_EQ(loaded(), GetParam().file);
 }
 
-// Every processor this runs on gets index 0 without an override: no processor on
-// sale carries the vendor string the kernels are built for. Index 2 has no file in
-// the probe folder, so its choice falls back to index 0.
+// The text's rules are cpu_test's; here the variable reaches the loader. Every
+// processor this runs on gets index 0 without an override: no processor on sale
+// carries the vendor string the kernels are built for. Index 2 has no file in the
+// probe folder, so its choice falls back to index 0.
 INSTANTIATE_TEST_SUITE_P(Texts, VmlOverride,
-                         ::testing::Values(Override{"", 0}, Override{"0", 0}, Override{"7", 7}, Override{"7xy", 7},
-                                           Override{"7x", 0}, Override{"12x", 1}, Override{"10", 0}, Override{"99", 0},
-                                           Override{"09", 9}, Override{"8", 8}, Override{"2", 0}, Override{"x9", 0}));
+                         ::testing::Values(Override{"", 0}, Override{"7", 7}, Override{"09", 9}, Override{"x9", 0},
+                                           Override{"2", 0}));
 
 TEST(VmlLoader, AnOverrideOutranksTheProcessorAndPassesAClassAtItsIndex) {
   setenv("QNL_VML_KERNEL_INDEX", "9", 1);

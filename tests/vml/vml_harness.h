@@ -1,9 +1,10 @@
-// Calling any vector-math entry of the table with sentinel arguments, and what the
-// probe back-end must then have seen.
+// Calling any vector-math entry of the generated list with sentinel arguments, and
+// reading what the probe back-end saw.
 #pragma once
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -11,18 +12,9 @@
 #include "probe_backend.h"
 #include "qnl_service.h"
 #include "test_util.h"
-#include "vml_cases.h"
+#include "vml_cases.inc"
 
 namespace vml_test {
-
-using vml_cases::Case;
-
-struct c8 {
-  float re, im;
-};
-struct c16 {
-  double re, im;
-};
 
 inline std::string upper(std::string s) {
   for (char& c : s) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
@@ -33,14 +25,14 @@ inline std::string lower(std::string s) {
   return s;
 }
 
-// The eight names of a function: plain C name first, then its mode form, then the
-// Fortran spellings without and with the mode.
+// The eight names of a function: the C name, its mode form, then the Fortran
+// spellings (everything by reference) without and with the mode.
 struct Spelling {
   std::string name;
   bool mode, by_ref;
 };
-inline std::vector<Spelling> spellings(const Case& c) {
-  std::string n = c.name, m = "vm" + n.substr(1);
+inline std::vector<Spelling> spellings(const VmlCase& c) {
+  const std::string n = c.name, m = "vm" + n.substr(1);
   return {{n, false, false},
           {m, true, false},
           {upper(n), false, true},
@@ -51,59 +43,108 @@ inline std::vector<Spelling> spellings(const Case& c) {
           {lower(m) + "_", true, true}};
 }
 
-// The threader a group and type letter call, by the shape rules of the interface.
-inline std::string threader_of(const Case& c) {
-  std::string t(1, c.letter), g = c.group;
-  std::string r = c.letter == 'c' ? "s" : "d";
-  if (g == "unary") return t + "_1i_1o";
-  if (g == "binary") return t + "_2i_1o";
-  if (g == "tworesult") return t + "_1i_2o";
-  if (g == "powx") return t + "_c" + t + "_2i_" + t + "_1o";
-  if (g == "c2r") return t + "_1i_" + r + "_1o";
-  if (g == "r2c") return r + "_1i_" + t + "_1o";
-  if (g == "linfrac") return t + "_6i_1o";
-  return "";
+// Bytes of an argument's element (arrays) or value (scalars), from the type letter
+// of the name: e/y/a the function's type, r/w its real type, i/j 64-bit integers.
+inline int size_of(const VmlCase& c, char letter) {
+  const char t = c.name[1];
+  const int element = t == 's' ? 4 : t == 'z' ? 16 : 8, real = t == 's' || t == 'c' ? 4 : 8;
+  return letter == 'r' || letter == 'w' ? real : letter == 'i' || letter == 'j' ? 8 : element;
 }
+inline bool is_array(char letter) { return std::strchr("eyrw", letter) != nullptr; }
 
-// Sentinel arguments of one call.
+// Sentinel arguments of one call: distinct array addresses, scalars with distinct
+// bits (a complex one with a negative imaginary part), an integer stride of -3 in
+// its low half, and a mode whose by-value high half is garbage.
 struct Sentinels {
   int64_t n = 5;
+  int64_t stride = 0x00000007FFFFFFFDll;
   int32_t mode = 0x77;
-  int64_t stride = 0x00000007FFFFFFFDll;  // -3 in its low half
-  uintptr_t array(int i) const { return 0x7f0000100000ull + 0x10000ull * static_cast<uintptr_t>(i); }
-  double scalar(int i) const { return 1.5 + i; }  // real part; imaginary part is its negative
+  std::vector<uintptr_t> arrays;  // per argument; 0 for a scalar or an integer
+  uint64_t scalars[8][2] = {};    // per argument, its value's bytes
+
+  explicit Sentinels(const VmlCase& c) {
+    const char t = c.name[1];
+    for (size_t i = 0; c.args[i]; ++i) {
+      arrays.push_back(c.args[i] == 'a' || c.args[i] == 'i' ? 0 : 0x7f0000100000ull + 0x10000ull * i);
+      const double x = 1.5 + static_cast<double>(i);
+      const float fx[2] = {static_cast<float>(x), static_cast<float>(-x)};
+      const double dx[2] = {x, -x};
+      std::memcpy(scalars[i], t == 's' || t == 'c' ? static_cast<const void*>(fx) : dx,
+                  t == 's'   ? 4
+                  : t == 'c' ? 8
+                             : 16);
+    }
+  }
 };
 
-// One argument as the caller hands it over.
-struct Arg {
-  enum Kind { Int, F32, F64, C8, C16 } kind;
-  uint64_t bits;  // Int, or the real value's bits
-  c8 cf;
-  c16 cd;
-};
+// Calls an entry on x86-64 System V: integer and pointer arguments fill the integer
+// registers in order and floating ones (a float, a complex float's pair, each half
+// of a complex double) the vector registers in order, each class on its own; a
+// callee reads only the registers its parameters name; integer arguments past the
+// sixth go on the stack in order (no entry has more than eight floating ones). So
+// one pointer type, fed from the two lists, calls every entry. C spellings take
+// values, Fortran ones addresses.
+inline void invoke(const VmlCase& c, void* fn, const Spelling& s, const Sentinels& v) {
+  uint64_t ints[10] = {}, fps[8] = {};
+  int ni = 0, nf = 0;
+  const uint64_t mode64 = 0xABCD000000000000ull | static_cast<uint32_t>(v.mode);
+  ints[ni++] = s.by_ref ? reinterpret_cast<uint64_t>(&v.n) : static_cast<uint64_t>(v.n);
+  for (size_t i = 0; c.args[i]; ++i) {
+    const char l = c.args[i];
+    if (l == 'i')
+      ints[ni++] = s.by_ref ? reinterpret_cast<uint64_t>(&v.stride) : static_cast<uint64_t>(v.stride);
+    else if (l == 'a' && s.by_ref)
+      ints[ni++] = reinterpret_cast<uint64_t>(v.scalars[i]);
+    else if (l == 'a')
+      for (int k = 0; k < (size_of(c, l) + 7) / 8; ++k) fps[nf++] = v.scalars[i][k];
+    else
+      ints[ni++] = v.arrays[i];
+  }
+  if (s.mode) ints[ni++] = s.by_ref ? reinterpret_cast<uint64_t>(&v.mode) : mode64;
+  double d[8];
+  std::memcpy(d, fps, sizeof d);
+  using W = uint64_t;
+  using D = double;
+  reinterpret_cast<void (*)(W, W, W, W, W, W, W, W, W, W, D, D, D, D, D, D, D, D)>(fn)(
+      ints[0], ints[1], ints[2], ints[3], ints[4], ints[5], ints[6], ints[7], ints[8], ints[9], d[0], d[1], d[2], d[3],
+      d[4], d[5], d[6], d[7]);
+}
 
-// Calls `fn` with the case's arguments. C spellings take values, Fortran ones pointers.
-void invoke(const Case& c, void* fn, const Spelling& s, const Sentinels& v, const std::vector<uintptr_t>& arrays);
+inline std::string facade_directory() {
+  Dl_info info;
+  dladdr(qnl_test::exported("vmlGetMode"), &info);
+  const std::string path = info.dli_fname;
+  return path.substr(0, path.rfind('/') + 1);
+}
+// The kernel library the facade loaded, by file name in the facade's folder.
+inline void* kernel_library(const char* file = "libqnl_vml_def.so") {
+  return dlopen((facade_directory() + file).c_str(), RTLD_NOW | RTLD_NOLOAD);
+}
 
-// Words the threader must have received for a piece starting `done` elements in.
-std::vector<uint64_t> expected_threader_words(const Case& c, const Sentinels& v, const std::vector<uintptr_t>& arrays,
-                                              int32_t count, int64_t done);
+inline std::vector<const qnl_probe::Call*> calls() {
+  std::vector<const qnl_probe::Call*> out;
+  for (int i = 0; i < qnl_probe_count(); ++i) out.push_back(qnl_probe_call(i));
+  return out;
+}
 
-// The kernel library the facade loaded (by file name in the facade's folder).
-void* kernel_library(const char* file = "libqnl_vml_def.so");
-std::string facade_directory();
-
+// The reports of the calls so far: position, name and the length given with it.
 struct Report {
   int32_t number;
   std::string name;
   int32_t length;
 };
-std::vector<Report> reports();
-std::vector<const qnl_probe::Call*> calls();
+inline std::vector<Report> reports() {
+  std::vector<Report> out;
+  for (const qnl_probe::Call* c : calls()) {
+    if (std::strcmp(c->symbol, "qnl_serv_xerbla") != 0) continue;
+    char name[17] = {};
+    std::memcpy(name, &c->word[4], 16);
+    const auto len = static_cast<int32_t>(c->word[2]);
+    out.push_back({static_cast<int32_t>(c->word[3]), std::string(name, len > 16 ? 16 : len), len});
+  }
+  return out;
+}
 
-}  // namespace vml_test
-
-namespace vml_test {
 // The status the last SetErrStatus call carried, or 0 without one.
 inline int32_t last_status_set() {
   for (int i = qnl_probe_count() - 1; i >= 0; --i) {
@@ -112,4 +153,5 @@ inline int32_t last_status_set() {
   }
   return 0;
 }
+
 }  // namespace vml_test

@@ -19,6 +19,7 @@ from here:
     backend_<name>.h         what a back-end exports for the family
     probe_<name>_<k>.cpp     the probe back-end's stand-ins (when the call says PROBE)
     <name>_cases.inc         the tests' cases (when the call says CASES)
+    FILES                    other files the family's sources or back-ends include
 
 To add a family: write the table with the letters of VOCABULARY below, write the module
 tools/qnlgen/<name>.py (tools/gen.py finds it by the family's name), and call in
@@ -69,13 +70,14 @@ MAX_SHARD = 500  # entries in one generated source at most
 #   c  character option (Fortran: by reference, a hidden length 1 at the back-end;
 #      C: a char by value)
 #   i  integer scalar at the interface layer's width (Fortran: by reference, widened
-#      into a 64-bit local on LP64; C: by value, one body per width)
+#      into a 64-bit local on LP64; C: by value, one body per width, or one body that
+#      reads the layer's half of the register)
 #   o  integer scalar the routine writes (Fortran, by reference)
 #   n  dimension or stride as size_t (C); read at the layer's width in Fortran
 #   a  scalar of the routine's element type (C: by value when real; complex as
 #      const void* in CBLAS, by value in the matrix copies; Fortran: by address, read)
-#   r  real value of the element's precision (C: a scalar by value; Fortran: a scalar
-#      or an array by address, read)
+#   r  real value of the element's precision (C: a scalar by value, an array by
+#      address; Fortran: a scalar or an array by address, read)
 #   w  real value the routine writes, by address (a scalar or an array)
 #   x  integer index array, read (copied to 64-bit indices on LP64)
 #   j  const integer array at the body's width
@@ -235,6 +237,7 @@ class Family:
     probe_head: str = ""   # includes of the probe's stand-ins
     standin: object = None  # Backend -> stand-in text; plain word recorder if None
     cases: object = None   # () -> the tests' case text
+    files: dict = field(default_factory=dict)  # name -> text of the call's FILES
 
 
 def data_letter(word, where):
@@ -314,6 +317,8 @@ def generate(family, outdir, shards):
     write_if_changed(out / f"{family.name}_gen.h", hidden_header(family))
     write_if_changed(out / f"{family.name}.names", names(family))
     write_if_changed(out / f"backend_{family.name}.h", backend_header(family))
+    for name, text in family.files.items():
+        write_if_changed(out / name, banner(family.label) + text)
 
 
 def generate_probe(family, outdir, shards, skip=()):

@@ -1,37 +1,37 @@
-"""vml.sig -> the vector-math entries, their export names, the list of functions the
-kernel libraries tabulate, and the case table of the tests.
-
-    vml TABLE OUTDIR SHARDS    vml_entries_<k>.cpp (SHARDS files), vml.names,
-                               vml_functions.inc, vml_cases.h
-"""
+"""vml.sig -> the vector-math entries: four bodies of eight names per function on the
+frame of src/vml/vml_frame.h, the threaders they call, and the function list the
+kernel libraries tabulate (vml_functions.inc)."""
 from dataclasses import dataclass
 from pathlib import Path
 
-from .common import banner, table_rows, write_if_changed
+from .common import table_rows
+from .model import PIECES, REAL_OF, Backend, Entry, Family, Param
 
 ELEMENT = {"s": "float", "d": "double", "c": "QNL_Complex8", "z": "QNL_Complex16"}
-REAL = {"s": "float", "d": "double", "c": "float", "z": "double"}
-SIZE = {"s": 4, "d": 8, "c": 8, "z": 16}
-# threader by group and type letter, as ThreaderId spells it
-THREADERS = ["kS1i1o", "kD1i1o", "kS2i1o", "kD2i1o", "kS1i2o", "kD1i2o", "kSCs2iS1o", "kDCd2iD1o", "kC1i1o",
-             "kZ1i1o", "kC2i1o", "kZ2i1o", "kC1i2o", "kZ1i2o", "kCCc2iC1o", "kZCz2iZ1o", "kC1iS1o", "kZ1iD1o",
-             "kS1iC1o", "kD1iZ1o", "kS6i1o", "kD6i1o"]
-TYPE_SIZE = {"float": 4, "double": 8, "QNL_Complex8": 8, "QNL_Complex16": 16, "QNL_VML_INT": 8}
-THREADER = {
-    "unary": {"s": "kS1i1o", "d": "kD1i1o", "c": "kC1i1o", "z": "kZ1i1o"},
-    "binary": {"s": "kS2i1o", "d": "kD2i1o", "c": "kC2i1o", "z": "kZ2i1o"},
-    "tworesult": {"s": "kS1i2o", "d": "kD1i2o"},
-    "powx": {"s": "kSCs2iS1o", "d": "kDCd2iD1o", "c": "kCCc2iC1o", "z": "kZCz2iZ1o"},
-    "c2r": {"c": "kC1iS1o", "z": "kZ1iD1o"},
-    "r2c": {"c": "kS1iC1o", "z": "kD1iZ1o"},
-    "linfrac": {"s": "kS6i1o", "d": "kD6i1o"},
-}
+# argument letter -> (C type, Fortran type); {T} the element type, {R} its real type.
+# Arrays go by address in both; a scalar and an integer by value in C only.
+ARGS = {"e": ("const {T}*", "const {T}*"), "y": ("{T}*", "{T}*"), "r": ("const {R}*", "const {R}*"),
+        "w": ("{R}*", "{R}*"), "a": ("{T}", "const {T}*"), "i": ("int64_t", "const int64_t*"),
+        "j": ("const int64_t*", "const int64_t*")}
+ARRAYS = "eyrw"
+
+
+@dataclass
+class Shape:
+    name: str
+    group: str       # the kernel libraries' group
+    types: str       # type letters the threading layer serves
+    threader: str    # "{t}_1i_1o"; "-" for a kernel called directly
+    args: list       # (name, letter, position reported when null or None)
+
+    def threader_of(self, t):
+        return None if self.threader == "-" else self.threader.format(t=t, r=REAL_OF[t])
 
 
 @dataclass
 class Function:
     line: int
-    group: str
+    shape: Shape
     letter: str
     stem: str
     warn: bool
@@ -44,143 +44,151 @@ class Function:
     def key(self):
         return f"{self.letter}{self.stem}"
 
-    def args(self):
-        """(name, C type, tested position or None, kind) after n; kind a(rray) s(calar) i(nt) p(ointer)."""
-        e, r, t = ELEMENT[self.letter], REAL[self.letter], self.letter
-        g = self.group
-        if g == "unary":
-            return [("a", f"const {e}*", 2, "a"), ("y", f"{e}*", 3, "a")]
-        if g == "binary":
-            return [("a", f"const {e}*", 2, "a"), ("b", f"const {e}*", 3, "a"), ("y", f"{e}*", 4, "a")]
-        if g == "tworesult":
-            return [("a", f"const {e}*", 2, "a"), ("y", f"{e}*", 3, "a"), ("z", f"{e}*", 3, "a")]
-        if g == "powx":
-            return [("a", f"const {e}*", 2, "a"), ("b", e, None, "s"), ("y", f"{e}*", 4, "a")]
-        if g == "c2r":
-            return [("a", f"const {e}*", 2, "a"), ("y", f"{r}*", 3, "a")]
-        if g == "r2c":
-            return [("a", f"const {r}*", 2, "a"), ("y", f"{e}*", 3, "a")]
-        if g == "linfrac":
-            return ([("a", f"const {e}*", 2, "a"), ("b", f"const {e}*", 3, "a")] +
-                    [(s, e, None, "s") for s in ("scalea", "shifta", "scaleb", "shiftb")] + [("y", f"{e}*", 8, "a")])
-        if g == "pack":
-            packing = self.stem.startswith("Pack")
-            how = self.stem[-1]
-            other = ("inc", "QNL_VML_INT", None, "i") if how == "I" else ("idx", "const QNL_VML_INT*", None, "p")
-            if packing:
-                return [("a", f"const {e}*", None, "a"), other, ("y", f"{e}*", None, "a")]
-            return [("a", f"const {e}*", None, "a"), ("y", f"{e}*", None, "a"), other]
-        raise SystemExit(f"vml.sig:{self.line}: unknown group {g}")
+    def ctype(self, letter, fortran):
+        return (ARGS[letter][fortran].replace("{T}", ELEMENT[self.letter])
+                .replace("{R}", ELEMENT[REAL_OF[self.letter]]))
 
 
-def parse(table):
-    functions, services = [], []
-    for line, fields in table_rows(table):
-        group, letters, flags, *stems = fields
-        if group == "service":
-            services += stems
-            continue
-        for t in letters:
-            for s in stems:
-                functions.append(Function(line, group, t, s, flags == "warn"))
-    keys = [f.key for f in functions]
-    dup = {k for k in keys if keys.count(k) > 1}
-    if dup:
-        raise SystemExit(f"{table}: functions listed twice: {sorted(dup)}")
-    return sorted(functions, key=lambda f: f.key), services
+def threader_id(name):
+    """s_cs_2i_s_1o -> kSCs2iS1o, the frame's name of a threader slot."""
+    return "k" + "".join(p[0].upper() + p[1:] for p in name.split("_"))
 
 
-def spellings(f):
-    """(name, mode form, by reference) of the eight names; the plain C name first."""
-    lo = f.name.lower()
-    m = "vm" + f.name[1:]
-    return [(f.name, False, False), (m, True, False), (lo.upper(), False, True), (lo, False, True),
-            (lo + "_", False, True), (m.upper(), True, True), (m.lower(), True, True), (m.lower() + "_", True, True)]
+def parse_shape(where, f):
+    name, group, types, threader, *args = f
+    parsed = []
+    for a in args:
+        arg, letter, *pos = a.split(":")
+        if letter not in ARGS or len(pos) > 1:
+            raise SystemExit(f"{where}: argument {a} is not name:letter[:position] with a letter of {''.join(ARGS)}")
+        parsed.append((arg, letter, int(pos[0]) if pos else None))
+    return Shape(name, group, types, threader, parsed)
 
 
-def names(functions, services):
-    out = [n for f in functions for n, _, _ in spellings(f)]
-    for s in services:
-        out += ["vml" + s, ("vml" + s).upper(), ("vml" + s).lower(), ("vml" + s).lower() + "_"]
-    return out
-
-
-def body(f, name, mode, by_ref):
-    args = f.args()
-    params = ["const QNL_VML_INT* n" if by_ref else "QNL_VML_INT n"]
-    for a, ctype, _, kind in args:
-        if by_ref and kind == "s":
-            params.append(f"const {ctype}* {a}")
-        elif by_ref and kind == "i":
-            params.append(f"const QNL_VML_INT* {a}")
+def load(table):
+    shapes, functions, services = {}, [], []
+    for line, f in table_rows(table):
+        where = f"{table}:{line}"
+        if f[0] == "shape" and len(f) >= 6:
+            shapes[f[1]] = parse_shape(where, f[1:])
+        elif f[0] == "service":
+            services += f[3:]
+        elif f[0] in shapes and len(f) >= 4 and f[2] in ("-", "warn"):
+            shape = shapes[f[0]]
+            for t in f[1]:
+                if shape.threader != "-" and t not in shape.types:
+                    raise SystemExit(f"{where}: shape {shape.name} has no threader for type {t}")
+                functions += [Function(line, shape, t, s, f[2] == "warn") for s in f[3:]]
         else:
-            params.append(f"{ctype} {a}")
-    if mode:
-        params.append("const int* mode" if by_ref else "int mode")
-    count = "count_ref(n)" if by_ref else "count_value(n)"
-    mode_arg = ("mode" if by_ref else "&mode") if mode else "nullptr"
-    fn = f"F_{f.key}"
-    if f.group == "pack":
-        passed = []
-        for a, _, _, kind in args[1:]:
-            if kind == "i":
-                passed.append(f"count_ref({a})" if by_ref else f"count_value({a})")
-            else:
-                passed.append(a)
-        call = f"call_pack({fn}, {count}, {mode_arg}, a, {', '.join(passed)})"
-    else:
-        tested = ", ".join(f"{{{a}, {pos}}}" for a, _, pos, _ in args if pos is not None)
-        passed = ", ".join(f"ByRef<{ELEMENT[f.letter]}>{{{a}}}" if by_ref and kind == "s" else a
-                           for a, _, _, kind in args)
-        warn = "true" if f.warn else "false"
-        call = f"call<{THREADER[f.group][f.letter]}, {warn}>({fn}, {count}, {mode_arg}, {{{tested}}}, {passed})"
-    return f"QNL_VML_API void {name}({', '.join(params)}) {{ {call}; }}\n"
+            raise SystemExit(f"{where}: malformed row (a shape must come before its functions)")
+    keys = [f.key for f in functions]
+    dup = sorted({k for k in keys if keys.count(k) > 1})
+    if dup:
+        raise SystemExit(f"{table}: functions listed twice: {dup}")
+    return list(shapes.values()), sorted(functions, key=lambda f: f.key), services
 
 
-def entries(functions):
+def threaders(shapes):
+    """(symbol, the threader's argument types between the count and the tag) of every
+    threader, in binding order."""
     out = []
-    for f in functions:
-        out.append(f"// vml.sig:{f.line}\n")
-        out.append(f'Function F_{f.key}{{"{f.name}", "qnl_vml_kernel_{f.key}_ttab", '
-                   f'"qnl_vml_kernel_{f.key}_ctab", {{}}, {{}}, {{}}}};\n')
-        for name, mode, by_ref in spellings(f):
-            out.append(body(f, name, mode, by_ref))
+    for s in shapes:
+        for t in s.types if s.threader != "-" else "":
+            f = Function(0, s, t, "", False)
+            out.append((f"qnl_vml_serv_threader_{s.threader_of(t)}", [f.ctype(letter, False) for _, letter, _ in s.args]))
     return out
 
 
-def cases(functions):
-    """One row per function for the tests: name, group, letter, threader slot, warn, argument shapes."""
+def body_call(f, by_ref, mode):
+    """The frame call of one body: a0 is the count, the arguments follow, the mode last."""
+    count = "count_ref(a0)" if by_ref else "count_value(a0)"
+    mode_arg = ("a{}" if by_ref else "&a{}").format(len(f.shape.args) + 1) if mode else "nullptr"
+    passed = []
+    for k, (_, letter, _) in enumerate(f.shape.args, 1):
+        if letter == "i":
+            passed.append(f"count_ref(a{k})" if by_ref else f"count_value(a{k})")
+        elif letter == "a" and by_ref:
+            passed.append(f"ByRef<{ELEMENT[f.letter]}>{{a{k}}}")
+        else:
+            passed.append(f"a{k}")
+    thr = f.shape.threader_of(f.letter)
+    if thr is None:
+        return f"  call_pack(F_{f.key}, {count}, {mode_arg}, {', '.join(passed)});\n"
+    tested = ", ".join(f"{{a{k}, {pos}}}" for k, (_, _, pos) in enumerate(f.shape.args, 1) if pos is not None)
+    return (f"  call<{threader_id(thr)}, {str(f.warn).lower()}>(F_{f.key}, {count}, {mode_arg}, {{{tested}}}, "
+            f"{', '.join(passed)});\n")
+
+
+def function_entries(f, label):
+    """The four bodies of a function: C and Fortran, each without and with the mode."""
+    prelude = (f'// {label}:{f.line}\nFunction F_{f.key}{{"{f.name}", "qnl_vml_kernel_{f.key}_ttab", '
+               f'"qnl_vml_kernel_{f.key}_ctab", {{}}, {{}}, {{}}}};\n')
+    out = []
+    for mode in (False, True):
+        c_name = ("vm" if mode else "v") + f.name[1:]
+        lo = c_name.lower()
+        for by_ref, exports in ((False, [c_name]), (True, [lo.upper(), lo, lo + "_"])):
+            passing = "ref" if by_ref else "value"
+            params = [Param("n", "const int64_t*" if by_ref else "int64_t", "i", passing, PIECES)]
+            params += [Param(name, f.ctype(letter, by_ref), letter, "ref" if letter not in "ai" else passing)
+                       for name, letter, _ in f.shape.args]
+            if mode:
+                params.append(Param("mode", "const int*" if by_ref else "int", "i32", passing))
+            out.append(Entry(exports[0], "void", params, exports, call=body_call(f, by_ref, mode), prelude=prelude,
+                             data=f))
+    return out
+
+
+def cases(functions, services):
+    """One row per function for the tests: its C name, threader ("" for a direct kernel),
+    accuracy warning and argument letters after the count."""
     rows = []
     for f in functions:
-        thr = THREADERS.index(THREADER[f.group][f.letter]) if f.group in THREADER else -1
-        args = f.args()
-        sizes = ", ".join(str(TYPE_SIZE.get(ctype.replace("const ", "").rstrip("*"), 8)) for _, ctype, _, _ in args)
-        positions = ", ".join(str(p) if p is not None else "0" for _, _, p, _ in args)
-        kinds = "".join(k for _, _, _, k in args)
-        rows.append(f'    {{"{f.name}", "{f.group}", \'{f.letter}\', {thr}, {str(f.warn).lower()}, "{kinds}", '
-                    f'{{{sizes}}}, {{{positions}}}}},\n')
-    return rows
+        thr = f.shape.threader_of(f.letter)
+        thr = f"qnl_vml_serv_threader_{thr}" if thr else ""
+        letters = "".join(letter for _, letter, _ in f.shape.args)
+        rows.append(f'    {{"{f.name}", "{thr}", {str(f.warn).lower()}, "{letters}"}},\n')
+    rows = "".join(rows)
+    return ("#pragma once\n// Every vector-math function: the C name, the threader it calls (\"\" for a kernel\n"
+            "// called directly), whether it warns off the HA table, and the letters of its\n// arguments after n.\n"
+            "struct VmlCase {\n  const char* name;\n  const char* threader;\n  bool warn;\n  const char* args;\n};\n"
+            f"static const VmlCase kVmlCases[] = {{\n{rows}}};\nconstexpr int kVmlServiceNames = {4 * len(services)};\n")
 
 
-def main(argv):
-    table, outdir, shards = argv
-    outdir, shards = Path(outdir), int(shards)
-    functions, services = parse(table)
-    head = (banner(table) + '#include "vml_frame.h"\n#include "qnl_vml.h"\n\nusing namespace qnl::vml;\n'
-            '#define QNL_VML_API extern "C" __attribute__((visibility("default")))\n\n')
-    per = -(-len(functions) // shards)
-    for k in range(shards):
-        part = functions[k * per:(k + 1) * per]
-        write_if_changed(outdir / f"vml_entries_{k}.cpp", head + "".join(entries(part)))
-    write_if_changed(outdir / "vml.names", "\n".join(names(functions, services)) + "\n")
-    inc = [banner(table), "// QNL_VML_FUNCTION(type letter, Stem, group)\n"]
-    inc += [f"QNL_VML_FUNCTION({f.letter}, {f.stem}, {f.group})\n" for f in functions]
-    write_if_changed(outdir / "vml_functions.inc", "".join(inc))
-    hdr = [banner(table), "#pragma once\n", "namespace vml_cases {\n",
-           "struct Case {\n  const char* name;\n  const char* group;\n  char letter;\n  int threader;\n"
-           "  bool warn;\n  const char* kinds;  // per argument after n: a array, s scalar, i integer, p pointer\n"
-           "  int size[7];        // bytes of each argument's element (array) or value (scalar)\n"
-           "  int position[7];    // position reported for a null array, 0 if untested\n};\n",
-           "const Case kCases[] = {\n"] + cases(functions) + ["};\n",
-           f"constexpr int kServiceNames = {4 * len(services)};\n", "}  // namespace vml_cases\n"]
-    write_if_changed(outdir / "vml_cases.h", "".join(hdr))
+def standin(b):
+    """A probe threader: records every argument, a double complex scalar as two words, and computes nothing."""
+    decls = ", ".join(f"{t} a{i}" for i, t in enumerate(b.params))
+    args = ", ".join(f"a{i}" for i in range(len(b.params)))
+    return f'{b.result} {b.symbol}({decls}) {{ qnl_probe::record_values("{b.symbol}", {args}); }}\n'
+
+
+def family(tables):
+    table, = tables
+    shapes, functions, services = load(table)
+    label = Path(table).name
+    entries = [e for f in functions for e in function_entries(f, label)]
+    # The mode, status and callback calls are written by hand (mode.cpp); the table gives their names.
+    for s in services:
+        lo = ("vml" + s).lower()
+        entries.append(Entry("vml" + s, "int", [], ["vml" + s, lo.upper(), lo, lo + "_"], hidden=False, header=False))
+    thread_list = threaders(shapes)
+    backends = [Backend(sym, "void", ["void*", "int32_t"] + args + ["int32_t", "void*"]) for sym, args in thread_list]
+    slots = "".join(f"  {threader_id(s[len('qnl_vml_serv_threader_'):])},\n" for s, _ in thread_list)
+    symbols = "".join(f'    "{s}",\n' for s, _ in thread_list)
+    functions_inc = "// QNL_VML_FUNCTION(type letter, Stem, group)\n" + "".join(
+        f"QNL_VML_FUNCTION({f.letter}, {f.stem}, {f.shape.group})\n" for f in functions)
+    return Family(
+        "vml", label, entries, backends,
+        # The public header with 64-bit counts, the width the bodies read: an exported
+        # name whose body disagrees with its declaration there does not build.
+        head='#define QNL_VML_INT int64_t\n#include "qnl_vml.h"\n#include "vml_frame.h"\n\nusing namespace qnl::vml;\n\n',
+        header_head='#include <cstdint>\n\n#include "entry.h"\n#include "qnl_vml.h"\n\n'
+                    "// The bodies of the vector-math functions and the threaders they call.\n",
+        header_tail=(f"namespace qnl::vml {{\nconstexpr int kThreaderCount = {len(thread_list)};\n"
+                     f"// The threader slots, in binding order.\nenum ThreaderId : int {{\n{slots}}};\n"
+                     f"inline constexpr const char* kThreaderNames[kThreaderCount] = {{\n{symbols}}};\n"
+                     "}  // namespace qnl::vml\n"),
+        backend_head='#include <cstdint>\n\n#include "qnl_vml.h"\n\n',
+        standin=standin,
+        files={"vml_functions.inc": functions_inc},
+        cases=lambda: cases(functions, services))
