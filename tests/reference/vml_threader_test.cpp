@@ -83,6 +83,7 @@ TEST(VmlThreader, NestedConcurrentAndForkedCallsComplete) {
     });
   for (std::thread& c : callers) c.join();
   EXPECT_EQ(right.load(), 80);
+#ifndef __SANITIZE_THREAD__  // the thread checker does not follow threads started after a fork
   const pid_t child = fork();
   if (child == 0) {
     alarm(30);  // a child left waiting for its parent's workers ends here
@@ -91,6 +92,7 @@ TEST(VmlThreader, NestedConcurrentAndForkedCallsComplete) {
   int status = 0;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+#endif
 }
 
 }  // namespace
