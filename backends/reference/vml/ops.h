@@ -9,6 +9,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "exp_log.h"
 #include "isa.h"
 #include "own_kernels.h"
 
@@ -76,6 +77,35 @@ bool vmap(int32_t n, const T* a, T* y, bool underflow, Ok ok, Scalar scalar) {
     for (int k = 0; whole + k < n; ++k) y[whole + k] = out[k];
   }
   return !all(in_range);
+}
+
+// Our own vector kernels, inlined: `kernel` computes a vector and the mask of
+// the lanes it served; the others are computed again by `scalar`, one at a
+// time. Returns whether a lane was left out: served lanes never give a result
+// out of range, so only then does the caller scan the piece for errors.
+template <class T, class Kernel, class Scalar>
+bool vmap_own(int32_t n, const T* a, T* y, Kernel kernel, Scalar scalar) {
+  constexpr int L = kLanes<T>;
+  bool left_out = false;
+  auto one = [&](const T* x, T* r) {
+    Mask<T> served;
+    const G<T> v = kernel(lanes(x), served);
+    std::memcpy(r, &v, sizeof v);
+    if (__builtin_expect(!all(served), 0)) {
+      left_out = true;
+      for (int k = 0; k < L; ++k)
+        if (!served[k]) r[k] = scalar(x[k]);
+    }
+  };
+  int32_t i = 0;
+  for (; i + L <= n; i += L) one(a + i, y + i);
+  if (i < n) {
+    T in[L], out[L];
+    for (int k = 0; k < L; ++k) in[k] = i + k < n ? a[i + k] : T(1);
+    one(in, out);
+    std::memcpy(y + i, out, sizeof(T) * static_cast<size_t>(n - i));
+  }
+  return left_out;
 }
 
 template <class T, auto F>
@@ -195,9 +225,9 @@ QNL_SLEEF1(Cbrt, cbrt, u10, cbrt, u35, cbrt, u35, kNone, kOverflow, kAll, kAll, 
 QNL_SLEEF1(Cos, cos, u10, cos, u35, fastcos, u3500, kNone, kOverflow, 1e14, 39000, std::cos)
 QNL_SLEEF1(Cosh, cosh, u10, cosh, u35, cosh, u35, kInfinite, kOverflow, 709, 88, std::cosh)
 QNL_SLEEF1(Erf, erf, u10, erf, u10, erf, u10, kNone, kOverflow, kAll, kAll, std::erf)
-QNL_SLEEF1(Exp, exp, u10, exp, u10, exp, u10, kInfinite | kUnderflow, kOverflow, kAll, kAll, std::exp)
+QNL_SLEEF1(SleefExp, exp, u10, exp, u10, exp, u10, kInfinite | kUnderflow, kOverflow, kAll, kAll, std::exp)
 QNL_SLEEF1(Expm1, expm1, u10, expm1, u10, expm1, u10, kInfinite, kOverflow, kAll, kAll, std::expm1)
-QNL_SLEEF1(Ln, log, u10, log, u35, log, u35, kDomain | kInfinite, kSing, kAll, kAll, std::log)
+QNL_SLEEF1(SleefLn, log, u10, log, u35, log, u35, kDomain | kInfinite, kSing, kAll, kAll, std::log)
 QNL_SLEEF1(Log10, log10, u10, log10, u10, log10, u10, kDomain | kInfinite, kSing, kAll, kAll, std::log10)
 QNL_SLEEF1(Log1p, log1p, u10, log1p, u10, log1p, u10, kDomain | kInfinite, kSing, 1e300, 1e37, std::log1p)
 QNL_SLEEF1(Sin, sin, u10, sin, u35, fastsin, u3500, kNone, kOverflow, 1e14, 39000, std::sin)
@@ -205,6 +235,38 @@ QNL_SLEEF1(Sinh, sinh, u10, sinh, u35, sinh, u35, kInfinite, kOverflow, 709, 88,
 QNL_SLEEF1(Sqrt, sqrt, u05, sqrt, u35, sqrt, u35, kDomain, kOverflow, kAll, kAll, std::sqrt)
 QNL_SLEEF1(Tan, tan, u10, tan, u35, tan, u35, kNone, kOverflow, 1e14, 39000, std::tan)
 QNL_SLEEF1(Tanh, tanh, u10, tanh, u35, tanh, u35, kNone, kOverflow, kAll, kAll, std::tanh)
+
+// A SLEEF function whose double kernels are our own (exp_log.h): `Own::vector`
+// computes a vector in each accuracy, `Own::scalar` the lanes it leaves out, in
+// long double.
+template <class Sleef, class Own>
+struct OwnDouble : Sleef {
+  template <int A, class T>
+  static bool map(int32_t n, const T* a, T* y) {
+    if constexpr (std::is_same_v<T, double>)
+      return vmap_own(
+          n, a, y, [](G<double> x, Mask<double>& served) { return Own::template vector<A>(x, served); },
+          [](double x) { return static_cast<double>(Own::scalar(static_cast<long double>(x))); });
+    else
+      return Sleef::template map<A>(n, a, y);
+  }
+};
+struct ExpKernels {
+  template <int A>
+  static G<double> vector(G<double> x, Mask<double>& served) {
+    return explog::exp<A>(x, served);
+  }
+  static long double scalar(long double x) { return std::exp(x); }
+};
+struct LnKernels {
+  template <int A>
+  static G<double> vector(G<double> x, Mask<double>& served) {
+    return explog::log<A>(x, served);
+  }
+  static long double scalar(long double x) { return std::log(x); }
+};
+using Exp = OwnDouble<SleefExp, ExpKernels>;
+using Ln = OwnDouble<SleefLn, LnKernels>;
 
 QNL_SCALAR1(Abs, true, kCheapPiece, kNone, kOverflow, std::fabs(x))
 QNL_SCALAR1(Ceil, true, kCheapPiece, kNone, kOverflow, std::ceil(x))

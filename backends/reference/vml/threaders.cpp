@@ -1,10 +1,12 @@
 // The vector threaders of the reference threading layers. A threader cuts a
-// vector into contiguous pieces, one per thread in the threaded layers, and calls
-// the kernel on each as kernel(count, arguments advanced to the piece, first
-// element's index). The tag is the kernel library's estimate of the smallest
-// piece worth a thread of its own.
+// vector into contiguous chunks, shared among the caller and the pool's workers
+// in the threaded layers, and calls the kernel on each as kernel(count,
+// arguments advanced to the chunk, first element's index). The tag is the kernel
+// library's estimate of the smallest piece worth a thread of its own.
 #include <cstdint>
+#include <tuple>
 
+#include "pool.h"
 #include "reference.h"
 
 namespace {
@@ -19,27 +21,38 @@ T at(T v, int64_t) {
 }
 
 template <class... A>
-void split(void* kernel, int32_t n, int32_t tag, A... args) {
+struct Call {
   using Kernel = void (*)(int32_t, A..., int64_t);
-  auto k = reinterpret_cast<Kernel>(kernel);
+  Kernel kernel;
+  std::tuple<A...> args;
+
+  static void chunk(const void* context, int64_t lo, int64_t hi) {
+    const Call& c = *static_cast<const Call*>(context);
+    std::apply([&](A... a) { c.kernel(static_cast<int32_t>(hi - lo), at(a, lo)..., lo); }, c.args);
+  }
+};
+
+// Chunks per thread: enough that a thread the system delays leaves its share to
+// the others, few enough that claiming them costs nothing.
+constexpr int64_t kChunksPerThread = 8;
+
+template <class... A>
+void split(void* kernel, int32_t n, int32_t tag, A... args) {
+  const Call<A...> call{reinterpret_cast<typename Call<A...>::Kernel>(kernel), std::tuple<A...>(args...)};
   int64_t threads = 1;
   if (qnl_ref::kThreaded && tag > 0 && n / tag >= 2) {
     // Asked only for vectors worth cutting: the count may cost a system call.
     threads = n / tag;
-    int64_t most = qnl_ref::max_threads();
+    const int64_t most = qnl_ref::max_threads();
     if (threads > most) threads = most;
-    if (threads < 1) threads = 1;
   }
-  if (threads == 1) return k(n, args..., 0);
-  // Pieces in multiples of 64 elements, so no two threads share a cache line.
-  const int64_t piece = ((n + threads - 1) / threads + 63) / 64 * 64;
-#ifdef _OPENMP
-#pragma omp parallel for num_threads(threads) schedule(static, 1)
-#endif
-  for (int64_t t = 0; t < threads; ++t) {
-    const int64_t lo = t * piece, hi = lo + piece < n ? lo + piece : n;
-    if (lo < hi) k(static_cast<int32_t>(hi - lo), at(args, lo)..., lo);
-  }
+  if (threads <= 1) return Call<A...>::chunk(&call, 0, n);
+  // Chunks of at least the tag, in multiples of 64 elements, so that no two
+  // threads share a cache line.
+  int64_t chunk = (n + threads * kChunksPerThread - 1) / (threads * kChunksPerThread);
+  if (chunk < tag) chunk = tag;
+  chunk = (chunk + 63) / 64 * 64;
+  qnl_ref::parallel_chunks(n, chunk, static_cast<int>(threads), &Call<A...>::chunk, &call);
 }
 
 struct c8 {
