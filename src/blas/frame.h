@@ -397,11 +397,21 @@ struct WideRoad<D, std::index_sequence<I...>> {
 // Every argument is an address, so no vector register needs keeping across the checker.
 template <class D, class Seq>
 struct CheckedRoad;
+
+// An argument of the checked road, read from the saved block where the checker uses it:
+// read ahead of the letter compares, each would live across those calls in a register
+// that the checker saves and restores.
+struct Late {
+  void* const* block;
+  size_t k;
+  operator void*() const { return block[k]; }
+};
+
 template <class D, size_t... I>
 struct CheckedRoad<D, std::index_sequence<I...>> {
   using R = typename D::Result;
   // Above the six saved registers lie the pad and the return address.
-  static int64_t check(void* const* block) { return D::template check<int64_t>(block[I < 6 ? I : I + 2]...); }
+  static int64_t check(void* const* block) { return D::template check<int64_t>(Late{block, I < 6 ? I : I + 2}...); }
   static R lp64(Arg<I>... a);
   QNL_COLD static R refused(Arg<I>... a) { return refuse<D>(0, a...); }
   static constexpr auto full = &frame_cold<D, Arg<I>...>;

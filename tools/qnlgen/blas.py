@@ -167,7 +167,7 @@ def routine_traits(r, table):
            f"  static constexpr int index_arg = {r.index('x')};\n",
            f"  static constexpr bool checked = {'false' if r.shape == '-' else 'true'};\n"]
     if r.shape != "-":
-        out.append(f"  template <class I> QNL_CHECKER static I check({params(n)}) {{\n"
+        out.append(f"  template <class I, class P> QNL_CHECKER static I check({params(n, 'P')}) {{\n"
                    f"    return qnl::blas::check::{r.shape}<I, D_{r.name}>({names_of(n)});\n  }}\n")
     out.append("  static qnl::Slot slot;\n  static qnl::verbose::Site site;\n};\n"
                f"qnl::Slot D_{r.name}::slot;\nqnl::verbose::Site D_{r.name}::site;\n")
