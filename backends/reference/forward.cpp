@@ -78,13 +78,24 @@ __attribute__((constructor)) void open_libraries() {
 }
 
 // Few programs need the test-matrix library, and opening it costs start-up
-// time: it waits for its first routine. No lock of ours: resolvers run inside
-// the dynamic linker's lock, so waiting here for another thread's dlopen could
-// deadlock. Racing openers get the same handle; a failed open is tried again.
+// time: it waits for its first routine. It needs libraries named libblas64.so.3
+// and liblapack64.so.3; the ones beside the OpenBLAS build in use are opened
+// first, so that it takes those (a loaded library answers for its name) and not
+// the system's choice, built over another OpenBLAS. They add no symbol of their
+// own to that build's, so nothing else needs them. No lock of ours: resolvers
+// run inside the dynamic linker's lock, so waiting here for another thread's
+// dlopen could deadlock. Racing openers get the same handle; a failed open is
+// tried again.
 std::atomic<void*> g_test_matrix{nullptr};
+constexpr const char* kWrappers[] = {"libblas64.so.3", "liblapack64.so.3"};
 void* test_matrix_library() {
   void* h = g_test_matrix.load(std::memory_order_acquire);
   if (!h) {
+    for (const char* name : kWrappers) {
+      char path[4096];
+      std::snprintf(path, sizeof path, "%s/%s", QNL_REF_OPENBLAS_DIR, name);
+      open_library(path);  // kept open for the process, as the test-matrix library is
+    }
     h = open_library(QNL_REF_TMGLIB);
     g_test_matrix.store(h, std::memory_order_release);
   }

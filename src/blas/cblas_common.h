@@ -100,9 +100,16 @@ inline auto wide(V v) {
     return v;
 }
 
-template <class F, class... A>
-inline auto call_with_addresses(F* f, A... a) {
-  return f(ref(a)...);
+// Calls `f` with the addresses of the arguments, then the value 1 for each parameter of
+// `f` beyond them: the hidden lengths that a twin at 64-bit integers with stack arguments
+// at the back-end takes from its caller (frame.h, QNL_WIDE_ROAD).
+template <class R, class... P, class... A, size_t... L>
+inline R call_with_lengths(R (*f)(P...), std::index_sequence<L...>, A... a) {
+  return f(ref(a)..., size_t{L * 0 + 1}...);
+}
+template <class R, class... P, class... A>
+inline R call_with_addresses(R (*f)(P...), A... a) {
+  return call_with_lengths(f, std::make_index_sequence<sizeof...(P) - sizeof...(A)>{}, a...);
 }
 
 // Calls the Fortran entry `Body` (&qnl_body_<routine>) through its twin at 64-bit integers

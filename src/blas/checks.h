@@ -63,15 +63,10 @@ QNL_CHECKER bool side_ok(const void* a) {
 
 #define QNL_FAIL(n) return (qnl::report(D::field, D::field_len, static_cast<I>(n)), I{1})
 
-// transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc (gemm, gemm3m, dzgemm, scgemm)
+// The tests of gemm after its options: sizes, then each leading dimension against the
+// rows of its operand as the options have them.
 template <class I, class D>
-QNL_CHECKER I gemm(void* ta, void* tb, void* m, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*,
-                   void*, void* ldc) {
-  const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
-  const I M = get<I>(m), N = get<I>(n), K = get<I>(k);
-  const I nrowa = nota ? M : K, nrowb = notb ? K : N;
-  if (!nota && !same<I>(ta, "C") && !same<I>(ta, "T")) QNL_FAIL(1);
-  if (!notb && !same<I>(tb, "C") && !same<I>(tb, "T")) QNL_FAIL(2);
+QNL_CHECKER I gemm_sizes(I M, I N, I K, I nrowa, I nrowb, const void* lda, const void* ldb, const void* ldc) {
   if (M < 0) QNL_FAIL(3);
   if (N < 0) QNL_FAIL(4);
   if (K < 0) QNL_FAIL(5);
@@ -81,10 +76,29 @@ QNL_CHECKER I gemm(void* ta, void* tb, void* m, void* n, void* k, void*, void*, 
   return 0;
 }
 
-// uplo, transa, transb, n, k, alpha, a, lda, b, ldb, beta, c, ldc
+// gemm with an option other than "N": its "C" and "T" compares, then the sizes. Out of
+// line, so that the common road keeps nothing across its two letter compares but the
+// first one's result.
 template <class I, class D>
-QNL_CHECKER I gemmt(void* uplo, void* ta, void* tb, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*,
-                    void*, void* ldc) {
+QNL_COLD I gemm_options(bool nota, bool notb, const void* ta, const void* tb, I M, I N, I K, const void* lda,
+                        const void* ldb, const void* ldc) {
+  if (!nota && !same<I>(ta, "C") && !same<I>(ta, "T")) QNL_FAIL(1);
+  if (!notb && !same<I>(tb, "C") && !same<I>(tb, "T")) QNL_FAIL(2);
+  return gemm_sizes<I, D>(M, N, K, nota ? M : K, notb ? K : N, lda, ldb, ldc);
+}
+
+// transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc (gemm, gemm3m, dzgemm, scgemm)
+template <class I, class D, class P>
+QNL_CHECKER I gemm(P ta, P tb, P m, P n, P k, P, P, P lda, P, P ldb, P, P, P ldc) {
+  const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
+  const I M = get<I>(m), N = get<I>(n), K = get<I>(k);
+  if (__builtin_expect(nota && notb, 1)) return gemm_sizes<I, D>(M, N, K, M, K, lda, ldb, ldc);
+  return gemm_options<I, D>(nota, notb, ta, tb, M, N, K, lda, ldb, ldc);
+}
+
+// uplo, transa, transb, n, k, alpha, a, lda, b, ldb, beta, c, ldc
+template <class I, class D, class P>
+QNL_CHECKER I gemmt(P uplo, P ta, P tb, P n, P k, P, P, P lda, P, P ldb, P, P, P ldc) {
   const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
   const I N = get<I>(n), K = get<I>(k);
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
@@ -99,9 +113,8 @@ QNL_CHECKER I gemmt(void* uplo, void* ta, void* tb, void* n, void* k, void*, voi
 }
 
 // trans, m, n, alpha, a, lda, x, incx, beta, y, incy
-template <class I, class D>
-QNL_CHECKER I gemv(void* trans, void* m, void* n, void*, void*, void* lda, void*, void* incx, void*, void*,
-                   void* incy) {
+template <class I, class D, class P>
+QNL_CHECKER I gemv(P trans, P m, P n, P, P, P lda, P, P incx, P, P, P incy) {
   if (!trans_ok<I, D>(trans)) QNL_FAIL(1);
   if (get<I>(m) < 0) QNL_FAIL(2);
   if (get<I>(n) < 0) QNL_FAIL(3);
@@ -112,9 +125,8 @@ QNL_CHECKER I gemv(void* trans, void* m, void* n, void*, void*, void* lda, void*
 }
 
 // trans, m, n, kl, ku, alpha, a, lda, x, incx, beta, y, incy
-template <class I, class D>
-QNL_CHECKER I gbmv(void* trans, void* m, void* n, void* kl, void* ku, void*, void*, void* lda, void*, void* incx, void*,
-                   void*, void* incy) {
+template <class I, class D, class P>
+QNL_CHECKER I gbmv(P trans, P m, P n, P kl, P ku, P, P, P lda, P, P incx, P, P, P incy) {
   if (!trans_ok<I, D>(trans)) QNL_FAIL(1);
   if (get<I>(m) < 0) QNL_FAIL(2);
   if (get<I>(n) < 0) QNL_FAIL(3);
@@ -127,8 +139,8 @@ QNL_CHECKER I gbmv(void* trans, void* m, void* n, void* kl, void* ku, void*, voi
 }
 
 // uplo, n, alpha, a, lda, x, incx, beta, y, incy (symv, hemv)
-template <class I, class D>
-QNL_CHECKER I symv(void* uplo, void* n, void*, void*, void* lda, void*, void* incx, void*, void*, void* incy) {
+template <class I, class D, class P>
+QNL_CHECKER I symv(P uplo, P n, P, P, P lda, P, P incx, P, P, P incy) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(lda) < max1(get<I>(n))) QNL_FAIL(5);
@@ -138,8 +150,8 @@ QNL_CHECKER I symv(void* uplo, void* n, void*, void*, void* lda, void*, void* in
 }
 
 // uplo, n, k, alpha, a, lda, x, incx, beta, y, incy (sbmv, hbmv)
-template <class I, class D>
-QNL_CHECKER I sbmv(void* uplo, void* n, void* k, void*, void*, void* lda, void*, void* incx, void*, void*, void* incy) {
+template <class I, class D, class P>
+QNL_CHECKER I sbmv(P uplo, P n, P k, P, P, P lda, P, P incx, P, P, P incy) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(k) < 0) QNL_FAIL(3);
@@ -150,8 +162,8 @@ QNL_CHECKER I sbmv(void* uplo, void* n, void* k, void*, void*, void* lda, void*,
 }
 
 // uplo, n, alpha, ap, x, incx, beta, y, incy (spmv, hpmv)
-template <class I, class D>
-QNL_CHECKER I spmv(void* uplo, void* n, void*, void*, void*, void* incx, void*, void*, void* incy) {
+template <class I, class D, class P>
+QNL_CHECKER I spmv(P uplo, P n, P, P, P, P incx, P, P, P incy) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(6);
@@ -160,8 +172,8 @@ QNL_CHECKER I spmv(void* uplo, void* n, void*, void*, void*, void* incx, void*, 
 }
 
 // uplo, trans, diag, n, a, lda, x, incx (trmv, trsv)
-template <class I, class D>
-QNL_CHECKER I trmv(void* uplo, void* trans, void* diag, void* n, void*, void* lda, void*, void* incx) {
+template <class I, class D, class P>
+QNL_CHECKER I trmv(P uplo, P trans, P diag, P n, P, P lda, P, P incx) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (!trans_ok<I, D>(trans)) QNL_FAIL(2);
   if (!diag_ok<I>(diag)) QNL_FAIL(3);
@@ -172,8 +184,8 @@ QNL_CHECKER I trmv(void* uplo, void* trans, void* diag, void* n, void*, void* ld
 }
 
 // uplo, trans, diag, n, k, a, lda, x, incx (tbmv, tbsv)
-template <class I, class D>
-QNL_CHECKER I tbmv(void* uplo, void* trans, void* diag, void* n, void* k, void*, void* lda, void*, void* incx) {
+template <class I, class D, class P>
+QNL_CHECKER I tbmv(P uplo, P trans, P diag, P n, P k, P, P lda, P, P incx) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (!trans_ok<I, D>(trans)) QNL_FAIL(2);
   if (!diag_ok<I>(diag)) QNL_FAIL(3);
@@ -185,8 +197,8 @@ QNL_CHECKER I tbmv(void* uplo, void* trans, void* diag, void* n, void* k, void*,
 }
 
 // uplo, trans, diag, n, ap, x, incx (tpmv, tpsv)
-template <class I, class D>
-QNL_CHECKER I tpmv(void* uplo, void* trans, void* diag, void* n, void*, void*, void* incx) {
+template <class I, class D, class P>
+QNL_CHECKER I tpmv(P uplo, P trans, P diag, P n, P, P, P incx) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (!trans_ok<I, D>(trans)) QNL_FAIL(2);
   if (!diag_ok<I>(diag)) QNL_FAIL(3);
@@ -196,8 +208,8 @@ QNL_CHECKER I tpmv(void* uplo, void* trans, void* diag, void* n, void*, void*, v
 }
 
 // m, n, alpha, x, incx, y, incy, a, lda (ger, geru, gerc): no option letter, no lsame
-template <class I, class D>
-QNL_CHECKER I ger(void* m, void* n, void*, void*, void* incx, void*, void* incy, void*, void* lda) {
+template <class I, class D, class P>
+QNL_CHECKER I ger(P m, P n, P, P, P incx, P, P incy, P, P lda) {
   if (get<I>(m) < 0) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -207,8 +219,8 @@ QNL_CHECKER I ger(void* m, void* n, void*, void*, void* incx, void*, void* incy,
 }
 
 // uplo, n, alpha, x, incx, a, lda (syr, her)
-template <class I, class D>
-QNL_CHECKER I syr(void* uplo, void* n, void*, void*, void* incx, void*, void* lda) {
+template <class I, class D, class P>
+QNL_CHECKER I syr(P uplo, P n, P, P, P incx, P, P lda) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -217,8 +229,8 @@ QNL_CHECKER I syr(void* uplo, void* n, void*, void*, void* incx, void*, void* ld
 }
 
 // uplo, n, alpha, x, incx, ap (spr, hpr)
-template <class I, class D>
-QNL_CHECKER I spr(void* uplo, void* n, void*, void*, void* incx, void*) {
+template <class I, class D, class P>
+QNL_CHECKER I spr(P uplo, P n, P, P, P incx, P) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -226,8 +238,8 @@ QNL_CHECKER I spr(void* uplo, void* n, void*, void*, void* incx, void*) {
 }
 
 // uplo, n, alpha, x, incx, y, incy, a, lda (syr2, her2)
-template <class I, class D>
-QNL_CHECKER I syr2(void* uplo, void* n, void*, void*, void* incx, void*, void* incy, void*, void* lda) {
+template <class I, class D, class P>
+QNL_CHECKER I syr2(P uplo, P n, P, P, P incx, P, P incy, P, P lda) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -237,8 +249,8 @@ QNL_CHECKER I syr2(void* uplo, void* n, void*, void*, void* incx, void*, void* i
 }
 
 // uplo, n, alpha, x, incx, y, incy, ap (spr2, hpr2)
-template <class I, class D>
-QNL_CHECKER I spr2(void* uplo, void* n, void*, void*, void* incx, void*, void* incy, void*) {
+template <class I, class D, class P>
+QNL_CHECKER I spr2(P uplo, P n, P, P, P incx, P, P incy, P) {
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(incx) == 0) QNL_FAIL(5);
@@ -247,9 +259,8 @@ QNL_CHECKER I spr2(void* uplo, void* n, void*, void*, void* incx, void*, void* i
 }
 
 // side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc (symm, hemm)
-template <class I, class D>
-QNL_CHECKER I symm(void* side, void* uplo, void* m, void* n, void*, void*, void* lda, void*, void* ldb, void*, void*,
-                   void* ldc) {
+template <class I, class D, class P>
+QNL_CHECKER I symm(P side, P uplo, P m, P n, P, P, P lda, P, P ldb, P, P, P ldc) {
   const I M = get<I>(m), N = get<I>(n);
   const I nrowa = same<I>(side, "L") ? M : N;
   if (!side_ok<I>(side)) QNL_FAIL(1);
@@ -263,8 +274,8 @@ QNL_CHECKER I symm(void* side, void* uplo, void* m, void* n, void*, void*, void*
 }
 
 // uplo, trans, n, k, alpha, a, lda, beta, c, ldc (syrk, herk)
-template <class I, class D>
-QNL_CHECKER I syrk(void* uplo, void* trans, void* n, void* k, void*, void*, void* lda, void*, void*, void* ldc) {
+template <class I, class D, class P>
+QNL_CHECKER I syrk(P uplo, P trans, P n, P k, P, P, P lda, P, P, P ldc) {
   const I N = get<I>(n), K = get<I>(k);
   const I nrowa = same<I>(trans, "N") ? N : K;
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
@@ -277,9 +288,8 @@ QNL_CHECKER I syrk(void* uplo, void* trans, void* n, void* k, void*, void*, void
 }
 
 // uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc (syr2k, her2k)
-template <class I, class D>
-QNL_CHECKER I syr2k(void* uplo, void* trans, void* n, void* k, void*, void*, void* lda, void*, void* ldb, void*, void*,
-                    void* ldc) {
+template <class I, class D, class P>
+QNL_CHECKER I syr2k(P uplo, P trans, P n, P k, P, P, P lda, P, P ldb, P, P, P ldc) {
   const I N = get<I>(n), K = get<I>(k);
   const I nrowa = same<I>(trans, "N") ? N : K;
   if (!uplo_ok<I>(uplo)) QNL_FAIL(1);
@@ -294,9 +304,8 @@ QNL_CHECKER I syr2k(void* uplo, void* trans, void* n, void* k, void*, void*, voi
 
 // side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb (trmm, trsm; ptrmm skips lda,
 // its triangle being packed)
-template <class I, class D, bool Packed = false>
-QNL_CHECKER I trmm(void* side, void* uplo, void* ta, void* diag, void* m, void* n, void*, void*, void* lda, void*,
-                   void* ldb) {
+template <class I, class D, class P, bool Packed = false>
+QNL_CHECKER I trmm(P side, P uplo, P ta, P diag, P m, P n, P, P, P lda, P, P ldb) {
   const I M = get<I>(m), N = get<I>(n);
   const I nrowa = same<I>(side, "L") ? M : N;
   if (!side_ok<I>(side)) QNL_FAIL(1);
@@ -309,16 +318,14 @@ QNL_CHECKER I trmm(void* side, void* uplo, void* ta, void* diag, void* m, void* 
   if (get<I>(ldb) < max1(M)) QNL_FAIL(11);
   return 0;
 }
-template <class I, class D>
-QNL_CHECKER I ptrmm(void* side, void* uplo, void* ta, void* diag, void* m, void* n, void* alpha, void* a, void* lda,
-                    void* b, void* ldb) {
-  return trmm<I, D, true>(side, uplo, ta, diag, m, n, alpha, a, lda, b, ldb);
+template <class I, class D, class P>
+QNL_CHECKER I ptrmm(P side, P uplo, P ta, P diag, P m, P n, P alpha, P a, P lda, P b, P ldb) {
+  return trmm<I, D, P, true>(side, uplo, ta, diag, m, n, alpha, a, lda, b, ldb);
 }
 
 // m, n, alpha, a, lda, x1, incx1, x2, incx2, beta, y1, incy1, y2, incy2 (gem2vu, gem2vc)
-template <class I, class D>
-QNL_CHECKER I gem2v(void* m, void* n, void*, void*, void* lda, void*, void* incx1, void*, void* incx2, void*, void*,
-                    void* incy1, void*, void* incy2) {
+template <class I, class D, class P>
+QNL_CHECKER I gem2v(P m, P n, P, P, P lda, P, P incx1, P, P incx2, P, P, P incy1, P, P incy2) {
   if (get<I>(m) < 0) QNL_FAIL(1);
   if (get<I>(n) < 0) QNL_FAIL(2);
   if (get<I>(lda) < max1(get<I>(m))) QNL_FAIL(5);

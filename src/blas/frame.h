@@ -335,13 +335,11 @@ inline typename D::Result enter_wide(P... a) {
   return frame_wide_cold<D>(a...);
 }
 
-// The same quiet road in instructions of its own, for a routine whose back-end call needs
-// stack arguments (more than six words with the hidden lengths) and has no complex result.
-// Compiled, the road loads every stack argument into a register ahead of the tests and
-// pushes it again after them; here nothing is touched before the tests, so the other road
-// is a jump to the whole frame, and then the hidden lengths (in a register where one is
-// free, else pushed) and the caller's stack arguments, pushed straight from its frame, make
-// the back-end's list. `pad` keeps the call 16-byte aligned.
+// The stack layout of a checked road of its own (QNL_CHECKED_ROAD), for a routine whose
+// back-end call needs stack arguments (more than six words with the hidden lengths) and
+// has no complex result: the hidden lengths (in a register where one is free, else
+// pushed) and the caller's stack arguments, pushed straight from its frame, make the
+// back-end's list. `pad` keeps the call 16-byte aligned.
 template <class D, class Seq>
 struct WideRoad;
 template <class D, size_t... I>
@@ -375,16 +373,21 @@ struct WideRoad<D, std::index_sequence<I...>> {
       [stack_lens] "i"(Road::stack_lens), [in_stack] "i"(Road::in_stack),                                             \
       [from] "i"(8 * Road::in_stack + Road::pushed), [drop] "i"(Road::drop)
 
-// The body of a naked qnl_wide_<routine> (see WideRoad).
-#define QNL_WIDE_ROAD(D, N)                                                                    \
-  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<N>>;                            \
-  asm volatile(                                                                                \
-      "movq %c[cell](%%rip), %%rax\n\t"                                                        \
-      "cmpl $0, (%%rax)\n\t"                                                                   \
-      "jne %c[cold]\n\t"                                                                       \
-      ".if %c[checked]\n\tcmpq $0, %c[slot](%%rip)\n\tje %c[cold]\n\t.endif\n\t" QNL_ROAD_CALL \
-      :                                                                                        \
-      : QNL_ROAD_OPERANDS(D, Road), [checked] "i"(D::checked ? 1 : 0))
+// The body of a naked qnl_wide_<routine>, for the routines with stack arguments at the
+// back-end: its caller, the library's C layer, passes the hidden lengths itself, so its
+// list is the back-end's and the quiet road is two tests (three with a checker, whose
+// entry can store its cell without binding: see quiet_slot) and a jump. Anything else
+// goes to the whole frame at 64-bit width, which reads the arguments ahead of the lengths.
+#define QNL_WIDE_ROAD(D, N)                                                      \
+  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<N>>;              \
+  asm volatile(                                                                  \
+      "movq %c[cell](%%rip), %%rax\n\t"                                          \
+      "cmpl $0, (%%rax)\n\t"                                                     \
+      "jne %c[cold]\n\t"                                                         \
+      ".if %c[checked]\n\tcmpq $0, %c[slot](%%rip)\n\tje %c[cold]\n\t.endif\n\t" \
+      "jmp *%c[slot](%%rip)"                                                     \
+      :                                                                          \
+      : [cell] "i"(&D::site.cell), [slot] "i"(&D::slot.fn), [cold] "i"(Road::cold), [checked] "i"(D::checked ? 1 : 0))
 
 // A checked entry's own road, for the routines the wide road serves: verbose off and the
 // slot bound, an LP64 call goes on to the compiled LP64 road (CheckedRoad::lp64); on ILP64
@@ -394,11 +397,21 @@ struct WideRoad<D, std::index_sequence<I...>> {
 // Every argument is an address, so no vector register needs keeping across the checker.
 template <class D, class Seq>
 struct CheckedRoad;
+
+// An argument of the checked road, read from the saved block where the checker uses it:
+// read ahead of the letter compares, each would live across those calls in a register
+// that the checker saves and restores.
+struct Late {
+  void* const* block;
+  size_t k;
+  operator void*() const { return block[k]; }
+};
+
 template <class D, size_t... I>
 struct CheckedRoad<D, std::index_sequence<I...>> {
   using R = typename D::Result;
   // Above the six saved registers lie the pad and the return address.
-  static int64_t check(void* const* block) { return D::template check<int64_t>(block[I < 6 ? I : I + 2]...); }
+  static int64_t check(void* const* block) { return D::template check<int64_t>(Late{block, I < 6 ? I : I + 2}...); }
   static R lp64(Arg<I>... a);
   QNL_COLD static R refused(Arg<I>... a) { return refuse<D>(0, a...); }
   static constexpr auto full = &frame_cold<D, Arg<I>...>;

@@ -167,7 +167,7 @@ def routine_traits(r, table):
            f"  static constexpr int index_arg = {r.index('x')};\n",
            f"  static constexpr bool checked = {'false' if r.shape == '-' else 'true'};\n"]
     if r.shape != "-":
-        out.append(f"  template <class I> QNL_CHECKER static I check({params(n)}) {{\n"
+        out.append(f"  template <class I, class P> QNL_CHECKER static I check({params(n, 'P')}) {{\n"
                    f"    return qnl::blas::check::{r.shape}<I, D_{r.name}>({names_of(n)});\n  }}\n")
     out.append("  static qnl::Slot slot;\n  static qnl::verbose::Site site;\n};\n"
                f"qnl::Slot D_{r.name}::slot;\nqnl::verbose::Site D_{r.name}::site;\n")
@@ -235,10 +235,13 @@ def wide_body(r):
     decl = ", ".join(f"{t} a{i}" for i, t in enumerate(types))
     addresses = ", ".join(f"qnl::vp(a{i})" for i in range(len(types)))
     sym = f"qnl_wide_{r.name}"
+    n = len(types)
     if not r.complex_result and len(types) + r.roles.count("c") > 6:
-        # stack arguments at the back-end: the road of its own (frame.h, WideRoad)
+        # stack arguments at the back-end: the caller passes the hidden lengths, and the
+        # road is a jump (frame.h, QNL_WIDE_ROAD)
+        types += ["size_t"] * r.roles.count("c")
         body = (f"extern \"C\" QNL_HIDDEN __attribute__((naked)) {r.result} {sym}({', '.join(types)}) {{\n"
-                f"  QNL_WIDE_ROAD(D_{r.name}, {len(types)});\n}}\n")
+                f"  QNL_WIDE_ROAD(D_{r.name}, {n});\n}}\n")
     else:
         body = (f"extern \"C\" QNL_HIDDEN {r.result} {sym}({decl}) {{\n"
                 f"  return qnl::blas::enter_wide<D_{r.name}>({addresses});\n}}\n")
