@@ -18,14 +18,8 @@ namespace {
 const int64_t I32[8] = {(int64_t)0xA1A1A1A100000003, (int64_t)0xB2B2B2B2FFFFFFF9, (int64_t)0xC3C3C3C300000011,
                         (int64_t)0xD4D4D4D480000000, (int64_t)0xE5E5E5E57FFFFFFF, (int64_t)0xF6F6F6F600000006,
                         (int64_t)0x1717171700000007, (int64_t)0x2828282800000008};
-const int64_t I32V[8] = {(int64_t)0x9191919100000021,
-                         (int64_t)0x9292929200000022,
-                         (int64_t)0x9393939300000023,
-                         (int64_t)0x9494949400000024,
-                         (int64_t)0,
-                         0,
-                         0,
-                         0};
+const int64_t I32V[8] = {(int64_t)0x9191919100000021, (int64_t)0x9292929200000022, (int64_t)0x9393939300000023,
+                         (int64_t)0x9494949400000024, (int64_t)0, 0, 0, 0};
 const uint64_t U64[8] = {0xFEDCBA9876543210, 0x0123456789ABCDEF, 0x8000000000000001, 0x7FFFFFFFFFFFFFFF, 0, 0, 0, 0};
 const double F64[8] = {-1.25, 3.5e300, 2.0e-310, 7.0, -0.0, 0.5, 9.75, 1e10};
 void* const PTR[8] = {(void*)0x1111000011110000, (void*)0x2222000022220000, (void*)0x3333000033330000,
@@ -45,7 +39,9 @@ const Case kCases[] = {
 #include "services_cases.inc"
 };
 
-uint64_t result_mask(char result) { return result == 'i' || result == 's' ? 0xFFFFFFFFu : ~uint64_t{0}; }
+uint64_t result_mask(char result) {
+  return result == 'i' || result == 's' ? 0xFFFFFFFFu : ~uint64_t{0};
+}
 
 // Probe symbols that act rather than answer: their results are not chosen by the
 // test, and two of them would dereference the sentinels, so they are left to
