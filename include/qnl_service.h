@@ -57,6 +57,8 @@ typedef void (*QNLExitHandler)(int32_t code);
 void QNL_Set_Exit_Handler(QNLExitHandler handler);
 typedef void (*QNLXerblaHandler)(const char* name, const int32_t* info, int32_t len);
 void* QNL_SET_XERBLA(QNLXerblaHandler handler);
+typedef int32_t (*QNLProgressHandler)(const int32_t* thread, const int32_t* step, const char* stage, int32_t len);
+typedef int32_t (*QNLPardisoPivotHandler)(const double* aii, double* bii, const double* eps);
 
 #ifdef __cplusplus
 }

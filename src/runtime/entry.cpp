@@ -24,7 +24,7 @@ void free_in_child() {
   loader::g_search.lock.reset();
   t_holds_lock = false;
 }
-using ExitHandler = void (*)(int32_t);
+using ExitHandler = QNLExitHandler;
 std::atomic<ExitHandler> g_exit_handler{nullptr};
 
 void* library_symbol(void* lib, const char* symbol) {
@@ -137,8 +137,7 @@ void qnl_rt_exit(int code) {
 // The exit handler must be in force before any back-end exists, so this entry
 // keeps it in the facade before forwarding it.
 static Slot s_set_exit_handler;
-void qnl_body_QNL_SET_EXIT_HANDLER(void* h) {
-  auto handler = reinterpret_cast<ExitHandler>(h);
+void qnl_body_QNL_SET_EXIT_HANDLER(QNLExitHandler handler) {
   g_exit_handler.store(handler, std::memory_order_relaxed);
   void* p = s_set_exit_handler.get();
   if (!p) {
@@ -152,7 +151,7 @@ void qnl_body_QNL_SET_EXIT_HANDLER(void* h) {
       p = s_set_exit_handler.get();
     }
   }
-  return reinterpret_cast<void (*)(void*)>(p)(h);
+  return reinterpret_cast<void (*)(void*)>(p)(qnl::vp(handler));
 }
 QNL_SERVICE_ALIASES_QNL_SET_EXIT_HANDLER
 

@@ -31,7 +31,8 @@ inline int32_t name_length(const char* name) {
 template <class W>
 QNL_COLD void report(const char* name, int32_t length, W number) {
   W cell = number;
-  qnl_body_cdecl_xerbla(name, &cell, length);
+  // the error routine reads the number at the width of the layer it reports for
+  qnl_body_cdecl_xerbla(name, reinterpret_cast<const int32_t*>(&cell), length);
 }
 
 }  // namespace qnl

@@ -11,8 +11,9 @@
 # args     i32 u64 f64 ptr: read through a pointer in by-reference spellings, passed by value otherwise
 #          i32v: by value in every spelling; ptr: an address passed on as it is; ptr*: a pointer cell
 #          read through the caller's pointer in by-reference spellings; str: characters the routine
-#          reads, txt: characters it writes, i32o u64o: an integer it writes (addresses in every
-#          spelling, typed for the facade, void* at the back-end)
+#          reads, txt: characters it writes, i32o u64o i64o f64o: a value it writes, i32r f64r: a
+#          value it reads, ver: the version record, exith xerh progh pivh: a handler of the public
+#          header's types (addresses in every spelling, typed for the facade, void* at the back-end)
 #
 # kind    UPPER                           Mixed                             result args               symbol
 # memory
@@ -48,24 +49,24 @@ twin      QNL_CBWR_GET                    QNL_CBWR_Get                      i   
 twin      QNL_CBWR_SET                    QNL_CBWR_Set                      i      i32                cbwr_set
 alias     QNL_CBWR_GET_AUTO_BRANCH        QNL_CBWR_Get_Auto_Branch          i      -                  cbwr_get_auto_branch
 # version and control
-alias     QNL_GET_VERSION                 QNL_Get_Version                   -      ptr                get_version
+alias     QNL_GET_VERSION                 QNL_Get_Version                   -      ver                get_version
 fortran   QNL_GET_VERSION_STRING          -                                 -      txt,i32v           get_version_string
 c         QNL_Get_Version_String          -                                 -      txt,i32            get_version_string_c
 alias     QNL_FINALIZE                    QNL_Finalize                      i      -                  finalize
 twin      QNL_VERBOSE                     QNL_Verbose                       i      i32                verbose
 twin      QNL_SET_ENV_MODE                QNL_Set_Env_Mode                  i      i32                set_env_mode
 twin      QNL_SET_MPI                     QNL_Set_mpi                       i      i32,str            set_mpi
-custom    QNL_SET_EXIT_HANDLER            QNL_Set_Exit_Handler              -      ptr                set_exit_handler
+custom    QNL_SET_EXIT_HANDLER            QNL_Set_Exit_Handler              -      exith              set_exit_handler
 # callbacks and hooks
-fortran   QNL_SET_XERBLA                  -                                 p      ptr                set_xerbla
-fortran   QNL_SET_PROGRESS                -                                 p      ptr                set_progress
-fortran   QNL_SET_PARDISO_PIVOT           -                                 p      ptr                set_pardiso_pivot
-hook      XERBLA                          -                                 -      str,ptr,i32v       default_xerbla
-hook      QNL_PROGRESS                    -                                 i      ptr,ptr,str,i32v   default_progress
-hook      QNL_PARDISO_PIVOT               -                                 i      ptr,ptr,ptr        default_pardiso_pivot
-c         cdecl_xerbla                    -                                 -      str,ptr,i32        xerbla
-c         cdecl_progress                  -                                 i      ptr,ptr,str,i32    progress
-c         cdecl_pardiso_pivot             -                                 i      ptr,ptr,ptr        pardiso_pivot
+fortran   QNL_SET_XERBLA                  -                                 p      xerh               set_xerbla
+fortran   QNL_SET_PROGRESS                -                                 p      progh              set_progress
+fortran   QNL_SET_PARDISO_PIVOT           -                                 p      pivh               set_pardiso_pivot
+hook      XERBLA                          -                                 -      str,i32r,i32v      default_xerbla
+hook      QNL_PROGRESS                    -                                 i      i32r,i32r,str,i32v default_progress
+hook      QNL_PARDISO_PIVOT               -                                 i      f64r,f64o,f64r     default_pardiso_pivot
+c         cdecl_xerbla                    -                                 -      str,i32r,i32        xerbla
+c         cdecl_progress                  -                                 i      i32r,i32r,str,i32   progress
+c         cdecl_pardiso_pivot             -                                 i      f64r,f64o,f64r     pardiso_pivot
 fortran   LSAME                           -                                 i      str,str,i32v,i32v  lsame
 # offload control
 alias     QNL_MIC_ENABLE                  QNL_MIC_Enable                    i      -                  mic_enable
@@ -78,12 +79,12 @@ alias     QNL_MIC_CLEAR_STATUS            QNL_MIC_Clear_Status              -   
 twin      QNL_MIC_FREE_MEMORY             QNL_MIC_Free_Memory               i      i32,i32            mic_free_memory
 twin      QNL_MIC_REGISTER_MEMORY         QNL_MIC_register_memory           i      i32                mic_register_memory
 twin      QNL_MIC_SET_MAX_MEMORY          QNL_MIC_Set_Max_Memory            i      i32,i32,u64        mic_set_max_memory
-twin      QNL_MIC_GET_MEMINFO             QNL_MIC_Get_Meminfo               i      i32,i32,ptr,ptr    mic_get_meminfo
-twin      QNL_MIC_GET_CPUINFO             QNL_MIC_Get_Cpuinfo               i      i32,i32,ptr,ptr,ptr mic_get_cpuinfo
+twin      QNL_MIC_GET_MEMINFO             QNL_MIC_Get_Meminfo               i      i32,i32,i64o,i64o  mic_get_meminfo
+twin      QNL_MIC_GET_CPUINFO             QNL_MIC_Get_Cpuinfo               i      i32,i32,i32o,i32o,f64o mic_get_cpuinfo
 twin      QNL_MIC_SET_DEVICE_NUM_THREADS  QNL_MIC_Set_Device_Num_Threads    i      i32,i32,i32        mic_set_device_num_threads
-twin      QNL_MIC_GET_WORKDIVISION        QNL_MIC_Get_Workdivision          i      i32,i32,ptr        mic_get_workdivision
+twin      QNL_MIC_GET_WORKDIVISION        QNL_MIC_Get_Workdivision          i      i32,i32,f64o       mic_get_workdivision
 twin      QNL_MIC_SET_WORKDIVISION        QNL_MIC_Set_Workdivision          i      i32,i32,f64        mic_set_workdivision
-twin      QNL_MIC_GET_RESOURCE_LIMIT      QNL_MIC_Get_Resource_Limit        i      ptr                mic_get_resource_limit
+twin      QNL_MIC_GET_RESOURCE_LIMIT      QNL_MIC_Get_Resource_Limit        i      f64o               mic_get_resource_limit
 twin      QNL_MIC_SET_RESOURCE_LIMIT      QNL_MIC_Set_Resource_Limit        i      f64                mic_set_resource_limit
 twin      QNL_MIC_SET_OFFLOAD_REPORT      QNL_MIC_Set_Offload_Report        i      i32                mic_set_offload_report
 # internal services, used by the library's own frames
@@ -101,7 +102,7 @@ c         qnl_serv_is_avx2_enabled        -                                 i   
 c         qnl_serv_is_avx512_enabled      -                                 i      -                  is_avx512_enabled
 c         qnl_serv_is_avx512_mic_enabled  -                                 i      -                  is_avx512_mic_enabled
 c         qnl_serv_lsame                  -                                 i      str,str,i32,i32    lsame
-c         qnl_serv_xerbla                 -                                 -      str,ptr,i32        xerbla
+c         qnl_serv_xerbla                 -                                 -      str,i32r,i32        xerbla
 # kept in the facade
 local     QNL_Set_Threading_Layer         -                                 i      i32                -
 local     qnl_set_threading_layer         -                                 i      ptr                -

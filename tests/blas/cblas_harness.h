@@ -47,6 +47,37 @@ inline const BlasCase* blas_case(const std::string& name) {
 
 using Overrides = std::map<std::string, double>;
 
+// The values of each option argument, by its code letter ('L' the layout, row-major first).
+inline const std::map<char, std::vector<int>> kOptionValues = {
+    {'L', {101, 102}}, {'T', {111, 112, 113}}, {'K', {111, 112, 113, 151}}, {'U', {121, 122}}, {'G', {131, 132}},
+    {'S', {141, 142}}, {'D', {161, 162}}};
+
+// Row-major, sizes and strides all distinct: an exchanged pair shows.
+// clang-format off
+inline const Overrides kDistinctSizes = {{"layout", 101}, {"m", 3}, {"n", 5}, {"k", 4}, {"kl", 1}, {"ku", 2},
+                                         {"lda", 50}, {"ldb", 51}, {"ldc", 52}, {"ld", 53}, {"incx", 2}, {"incy", 3}};
+// clang-format on
+
+// Every combination of the values of the option arguments whose code letters are in `codes`,
+// over `base`.
+inline std::vector<Overrides> option_combinations(const CblasCase& c, const Overrides& base,
+                                                  const char* codes = "TKUGSD") {
+  std::vector<Overrides> out{base};
+  const auto names = split(c.args);
+  for (size_t k = 0; k < names.size(); ++k) {
+    auto values = kOptionValues.find(c.codes[k]);
+    if (values == kOptionValues.end() || !std::strchr(codes, c.codes[k])) continue;
+    std::vector<Overrides> more;
+    for (const auto& o : out)
+      for (int v : values->second) {
+        more.push_back(o);
+        more.back()[names[k]] = v;
+      }
+    out.swap(more);
+  }
+  return out;
+}
+
 // Arguments of one call. Defaults pass every check: column-major, NoTrans, Upper, NonUnit,
 // Left, matrix A; sizes 2, band widths 1, leading dimensions 50, increments 1; scalars
 // 1 + position / 8 (with 0.5 as imaginary component when complex); arrays point into buffers of
@@ -123,6 +154,24 @@ class Args {
       }
     }
   }
+
+  // Every array filled with magnitudes in [0.5, 1.5] of either sign (a triangular solve stays
+  // well conditioned), the same for every call that names the array alike.
+  void fill() {
+    for (size_t k = 0; k < names_.size(); ++k) {
+      if (!std::strchr("eywv", case_.codes[k])) continue;
+      const int seed = names_[k][0] * 11 + static_cast<int>(names_[k].size());  // by name, not position
+      for (int i = 0; i < 2 * kBuffer / kSlots; ++i) {
+        const double v = (0.5 + static_cast<double>((i * 37 + seed) % 17) / 16) * (i % 3 == 1 ? -1 : 1);
+        if (single())
+          reinterpret_cast<float*>(buffer_[k])[i] = static_cast<float>(v);
+        else if (i < kBuffer / kSlots)
+          buffer_[k][i] = v;
+      }
+    }
+  }
+  // The bytes of every buffer.
+  std::vector<double> contents() const { return std::vector<double>(buffer_[0], buffer_[0] + kBuffer); }
 
   bool complex() const { return case_.type == 'c' || case_.type == 'z'; }
   bool single() const { return case_.type == 's' || case_.type == 'c'; }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "probe_backend.h"
+#include "qnl_service.h"
 #include "test_util.h"
 
 namespace {

@@ -102,7 +102,7 @@ MAX_SHARD = 500  # entries in one generated source at most
 #   P  pointer to the element type   Z CBLAS_INDEX (size_t)
 LETTERS = set("cionarwxjeyvfpLTUGSDKNAC")
 WORDS = {"io", "ii", "iio", "iw", "ix", "lw", "f1", "f2", "f3", "i32", "u64", "f64", "ptr", "ptr*", "i32v",
-         "str", "txt", "i32o", "u64o"}
+         "str", "txt", "i32o", "u64o", "ver", "exith", "xerh", "progh", "pivh", "i32r", "i64o", "f64r", "f64o"}
 PRECISIONS = "sdcz"
 REAL_OF = {"s": "s", "d": "d", "c": "s", "z": "d"}
 # C type of a data letter at a Fortran entry, where every argument comes by address:

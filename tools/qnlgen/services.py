@@ -19,7 +19,13 @@ ARGS = {
     "i32o": ("int32_t*", "int32_t*", False),
     "u64o": ("uint64_t*", "uint64_t*", False),
 }
-POINTERS = {"str", "txt", "i32o", "u64o"}
+# Addresses passed on as they are, typed for the facade by what they point at (the public
+# header's types); the back-end takes them as void* like every pointer form.
+TYPED = {"ver": "QNLVersion*", "exith": "QNLExitHandler", "xerh": "QNLXerblaHandler",
+         "progh": "QNLProgressHandler", "pivh": "QNLPardisoPivotHandler", "i32r": "const int32_t*",
+         "i64o": "int64_t*", "f64r": "const double*", "f64o": "double*"}
+ARGS.update({form: (t, t, False) for form, t in TYPED.items()})
+POINTERS = {"str", "txt", "i32o", "u64o", *TYPED}
 
 
 def backend_type(form):
@@ -122,8 +128,9 @@ def family(tables):
                 for sym, (res, params) in sorted(backend_symbols(rows).items())]
     return Family(
         "services", table, items, backends,
-        head='#include <cstdint>\n#include "entry.h"\n',
-        header_head="#include <cstdint>\n\n#include \"entry.h\"\n\n"
+        # the public declarations meet the aliases' types here: a mismatch stops the build
+        head='#include <cstdint>\n#include "entry.h"\n#include "qnl_service.h"\n',
+        header_head="#include <cstdint>\n\n#include \"entry.h\"\n#include \"qnl_service.h\"\n\n"
                     "// Hidden bodies of the service entries, for the library's own frames.\n",
         header_tail=custom,
         backend_head="#include <cstdint>\n\n// What a back-end exports for the service entries.\n",
@@ -133,7 +140,7 @@ def family(tables):
 # Sentinel arrays the generated cases draw from; each form has its own, and the
 # test fills them with values whose high bits are set.
 SENTINEL = {"i32": "I32", "u64": "U64", "f64": "F64", "ptr": "PTR", "ptr*": "PTR", "i32v": "I32V",
-            "str": "PTR", "txt": "PTR", "i32o": "PTR", "u64o": "PTR"}
+            **{form: "PTR" for form in POINTERS}}
 
 
 def case(spelling, row, by_ref):
@@ -146,10 +153,14 @@ def case(spelling, row, by_ref):
             # By-reference integers point at 64-bit cells: only the low half may be read.
             params.append(ref_t)
             args.append(f"reinterpret_cast<{ref_t}>(&{src})")
+        elif a in POINTERS:
+            params.append(value_t)
+            args.append(f"reinterpret_cast<{value_t}>({src})")
         else:
             params.append(ref_t if by_ref else value_t)
             args.append(f"static_cast<{ref_t if by_ref else value_t}>({src})")
-        words.append(f"qnl_probe::word(static_cast<{value_t}>({src}))")
+        words.append(f"qnl_probe::word({src})" if a in POINTERS else
+                     f"qnl_probe::word(static_cast<{value_t}>({src}))")
     ret = RESULTS[row.result]
     sig = f"{ret} (*)({', '.join(params)})"
     return (f"  {{\"{spelling}\", \"{row.backend}\", '{row.result}', {len(row.args)},\n"

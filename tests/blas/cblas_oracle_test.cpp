@@ -1,0 +1,148 @@
+// CBLAS entries on the reference back-end against OpenBLAS's own CBLAS (Debian's LP64 build,
+// loaded in a scope of its own) on the same generated inputs: every routine both libraries
+// export, both layouts, every combination of option values, distinct sizes and negative
+// strides, on both interface layers. Every buffer the call was given is compared afterwards,
+// inputs included: an exchanged operand, a lost conjugation or a copy not restored shows.
+#include <dlfcn.h>
+
+#include <cmath>
+
+#include "cblas_harness.h"
+
+using namespace cblas_test;
+
+namespace {
+
+void* openblas() {
+  static void* lib = dlopen("libopenblas.so.0", RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
+  return lib;
+}
+
+// The same arguments, calling OpenBLAS's entry of the same name.
+struct Oracle : Args<int32_t> {
+  using Args::Args;
+  void* entry(const char* name) const { return dlsym(openblas(), name); }
+};
+
+// Sizes that fit the harness's buffers in either layout and make every exchange visible.
+// clang-format off
+const Overrides kSmall = {{"m", 3}, {"n", 5}, {"k", 4}, {"kl", 1}, {"ku", 2}, {"lda", 6}, {"ldb", 7}, {"ldc", 8},
+                          {"incx", -2}, {"incy", 3}};
+// clang-format on
+
+// Largest difference between two buffers, relative to the larger of 1 and the oracle's largest value.
+template <class T>
+double distance(const void* got, const void* want, int n) {
+  const T* g = static_cast<const T*>(got);
+  const T* w = static_cast<const T*>(want);
+  double scale = 1, diff = 0;
+  for (int i = 0; i < n; ++i) scale = std::max(scale, std::fabs(static_cast<double>(w[i])));
+  for (int i = 0; i < n; ++i) diff = std::max(diff, std::fabs(static_cast<double>(g[i]) - w[i]));
+  return std::isnan(diff) ? INFINITY : diff / scale;
+}
+
+double result_distance(const CblasCase& c, uint64_t got, uint64_t want) {
+  if (c.result == 'Z') return got == want ? 0 : INFINITY;  // an index: exactly
+  if (c.result == 'R' && (c.type == 's' || c.type == 'c')) return distance<float>(&got, &want, 1);
+  return distance<double>(&got, &want, 1);
+}
+
+// ?gemmt against OpenBLAS's ?gemm of the same n by n product: the stored triangle is the
+// product's, the other one stays as it was.
+template <class T>
+void keep_other_triangle(const Overrides& over, bool complex, T* product, const T* before) {
+  const int n = static_cast<int>(over.at("n")), ldc = static_cast<int>(over.at("ldc")), per = complex ? 2 : 1;
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) {
+      const int at = (over.at("layout") == CblasColMajor ? i + j * ldc : i * ldc + j) * per;
+      if (over.at("uplo") == CblasUpper ? j < i : j > i)
+        for (int r = 0; r < per; ++r) product[at + r] = before[at + r];
+    }
+}
+
+std::string oracle_name(const CblasCase& c) {
+  const std::string name = c.name;
+  return std::strcmp(c.shape, "gemmt") == 0 ? name.substr(0, name.size() - 1) : name;
+}
+
+template <class I>
+void agrees_with_openblas(Layer layer) {
+  ASSERT_NE(openblas(), nullptr) << dlerror();
+  set_layer(layer);
+  int routines = 0, calls = 0, computed = 0;
+  for (const auto& c : kCblasCases) {
+    const std::string theirs_name = oracle_name(c);
+    if (!dlsym(openblas(), theirs_name.c_str()) || !c.fortran[0] || std::strstr(c.shape, "batch")) continue;
+    const bool triangle = theirs_name != c.name;
+    const auto names = split(c.args);
+    const double tolerance = c.type == 's' || c.type == 'c' ? 1e-4 : 1e-12;
+    for (const Overrides& over : option_combinations(c, kSmall, "LTUGS")) {
+      if (triangle && (c.type == 'c' || c.type == 'z') && (over.at("transa") == 113 || over.at("transb") == 113))
+        continue;  // refused by the complex ?gemmt
+      SCOPED_TRACE(testing::Message() << c.name << " " << testing::PrintToString(over));
+      Args<I> ours(c, over);
+      Overrides square = over;
+      if (triangle) square["m"] = over.at("n");
+      Oracle theirs(cblas_case(theirs_name), square), fresh(cblas_case(theirs_name), square);
+      ours.fill();
+      theirs.fill();
+      fresh.fill();
+      const uint64_t got = ours.run(), want = cblas_call<int32_t>(theirs_name.c_str(), theirs);
+      if (triangle && ours.single())
+        keep_other_triangle(over, ours.complex(), reinterpret_cast<float*>(theirs.buffer("c")),
+                            reinterpret_cast<const float*>(fresh.buffer("c")));
+      else if (triangle)
+        keep_other_triangle(over, ours.complex(), theirs.buffer("c"), fresh.buffer("c"));
+      EXPECT_LE(result_distance(c, got, want), tolerance);
+      for (size_t k = 0; k < names.size(); ++k) {
+        if (!std::strchr("eywv", c.codes[k])) continue;
+        const std::string& name = names[k];
+        const double d = ours.single() ? distance<float>(ours.buffer(name), theirs.buffer(name), 512)
+                                       : distance<double>(ours.buffer(name), theirs.buffer(name), 256);
+        EXPECT_LE(d, tolerance) << name;
+      }
+      computed += theirs.contents() != fresh.contents() || want != 0;
+      ++calls;
+    }
+    ++routines;
+  }
+  EXPECT_GT(routines, 140);
+  EXPECT_GT(computed, calls * 9 / 10) << "the oracle computed";
+  std::printf("compared %d routines in %d calls\n", routines, calls);
+}
+
+// The packed product: one operand packed once with alpha, then multiplied, against OpenBLAS's
+// ?gemm on the same operands; both layouts, either operand packed, either transposition.
+TEST(CblasOracle, PackedProductIsTheProduct) {
+  set_layer(LP64);
+  using Gemm = void(int, int, int, int, int, int, double, const double*, int, const double*, int, double, double*, int);
+  auto* gemm = reinterpret_cast<Gemm*>(dlsym(openblas(), "cblas_dgemm"));
+  ASSERT_NE(gemm, nullptr);
+  const int m = 3, n = 5, k = 4, ld = 6;
+  for (CBLAS_LAYOUT layout : {CblasRowMajor, CblasColMajor})
+    for (CBLAS_IDENTIFIER id : {CblasAMatrix, CblasBMatrix})
+      for (CBLAS_TRANSPOSE t : {CblasNoTrans, CblasTrans}) {
+        SCOPED_TRACE(testing::Message() << layout << " " << id << " " << t);
+        double a[64], b[64], c[64], want[64];
+        for (int i = 0; i < 64; ++i) {
+          a[i] = std::sin(i);
+          b[i] = std::cos(3 * i);
+          c[i] = want[i] = 0.5 + i % 7;
+        }
+        const bool packs_a = id == CblasAMatrix;
+        const int ta = packs_a ? t : CblasTrans, tb = packs_a ? CblasTrans : t, packed_op = CblasPacked;
+        double* packed = cblas_dgemm_alloc(id, m, n, k);
+        ASSERT_NE(packed, nullptr);
+        cblas_dgemm_pack(layout, id, t, m, n, k, 1.5, packs_a ? a : b, ld, packed);
+        cblas_dgemm_compute(layout, packs_a ? packed_op : ta, packs_a ? tb : packed_op, m, n, k, packs_a ? packed : a,
+                            ld, packs_a ? b : packed, ld, -0.5, c, ld);
+        cblas_dgemm_free(packed);
+        gemm(layout, ta, tb, m, n, k, 1.5, a, ld, b, ld, -0.5, want, ld);
+        EXPECT_LE(distance<double>(c, want, 64), 1e-13);
+      }
+}
+
+TEST(CblasOracle, AgreesWithOpenBlasLp64) { agrees_with_openblas<int32_t>(LP64); }
+TEST(CblasOracle, AgreesWithOpenBlasIlp64) { agrees_with_openblas<int64_t>(ILP64); }
+
+}  // namespace
