@@ -50,7 +50,7 @@ class Routine:
         self.has_info = True
 
 
-FUNCS = ("max", "min", "abs", "byrange")
+FUNCS = ("max", "min", "abs", "byrange", "byside")
 
 
 def cxx_expr(expr, index, letters=()):
