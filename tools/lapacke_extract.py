@@ -74,6 +74,15 @@ IRREGULAR = {
 # Row counts where the manual's leading-dimension bound is not the matrix's (C = A*B of
 # ?lacrm has the rows of A, m, though LDC is documented against n).
 ROWS = {("lacrm", "c"): "m"}
+# Reflector products whose reflectors have m rows when side is "l" and n when "r": the
+# manual gives both bounds, of which the parse reads the first only. Argument -> its shape
+# bracket (the direction, NaN mark and type stay the parse's).
+BYSIDE = "byside(side,m,n)"
+SIDED = {
+    **{f: {"a": f"ge[{BYSIDE},k,lda]"} for f in ("ormqr", "ormql", "unmqr", "unmql")},
+    **{f: {"a": f"ge[k,{BYSIDE},lda]"} for f in ("ormlq", "ormrq", "unmlq", "unmrq")},
+    **{f: {"a": f"ge[{BYSIDE},{BYSIDE},lda]", "tau": f"v[{BYSIDE}-1]"} for f in ("ormhr", "ormtr", "unmhr", "unmtr")},
+}
 # Drivers whose matrix the manual pages describe on entry in a way the parse misses.
 INOUT_A = {"sysvxx", "hesvxx"}
 # Rows the manual pages cannot give; {t} is the type letter, {r} its real type letter.
@@ -383,6 +392,12 @@ def classify(base, hi, wk, docs, lapack_h):
                 raise Skip(f"{n}: length not documented as an expression")
             e = "0"
         tokens.append(f"{n}:v[{e}]@{ty}/{intent}{nan}")
+    for k, tok in enumerate(tokens):
+        arg, _, code = tok.partition(":")
+        if arg in SIDED.get(name, {}):
+            shape = SIDED[name][arg]
+            code = re.sub(r"\?side=\w+$", "", code)
+            tokens[k] = f"{arg}:{shape}{code[code.index('@'):]}"
     result = {"lapack_int": "i", "float": "s", "double": "d"}.get(hi[0])
     if result is None:
         raise Skip(f"result {hi[0]}")

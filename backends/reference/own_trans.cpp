@@ -49,6 +49,17 @@ void block(I i0, I i1, I j0, I j1, T alpha, const View<const T>& a, T beta, cons
     }
 }
 
+// c(i, j) = a(i, j) over an m x n block, c with unit stride in i: the plain copy (alpha
+// one) in a loop of few live values, where the general block spills its strides on small
+// copies. No product either, so no sign of a zero or infinity changes in a complex product.
+template <class T>
+__attribute__((noinline)) void plain_block(I m, I n, const T* a, I asi, I asj, T* c, I csj) {
+  for (I j = 0; j < n; ++j, a += asj, c += csj) {
+    const T* pa = a;
+    for (I i = 0; i < m; ++i, pa += asi) c[i] = *pa;
+  }
+}
+
 // The sweep over an m x n result. A result that is contiguous along j is swept as its
 // transpose, so that the contiguous direction is the inner loop; a result whose operands
 // disagree on direction (a transposition) is swept tile by tile.
@@ -62,9 +73,16 @@ void sweep(I m, I n, T alpha, View<const T> a, T beta, View<const T> b, View<T> 
   }
   const bool unit = c.si == 1 && a.si == 1 && (!HasB || b.si == 1);
   if (unit) return block<T, CA, CB, HasB, true>(0, m, 0, n, alpha, a, beta, b, c);
+  const bool plain = !CA && !HasB && c.si == 1 && alpha == T{1};
+  auto tile = [&](I i, I i1, I j, I j1) {
+    if (plain)
+      plain_block<T>(i1 - i, j1 - j, &at<false>(a, i, j), a.si, a.sj, &at<false>(c, i, j), c.sj);
+    else
+      block<T, CA, CB, HasB, false>(i, i1, j, j1, alpha, a, beta, b, c);
+  };
+  if (m <= kTile<T> && n <= kTile<T>) return tile(0, m, 0, n);
   for (I j = 0; j < n; j += kTile<T>)
-    for (I i = 0; i < m; i += kTile<T>)
-      block<T, CA, CB, HasB, false>(i, std::min(m, i + kTile<T>), j, std::min(n, j + kTile<T>), alpha, a, beta, b, c);
+    for (I i = 0; i < m; i += kTile<T>) tile(i, std::min(m, i + kTile<T>), j, std::min(n, j + kTile<T>));
 }
 
 template <class T>

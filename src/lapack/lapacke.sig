@@ -325,13 +325,13 @@ cungrq i : m:i n:i k:i a:ge[m,n,lda]@c/io! lda:i tau:v[k]@c/i! work:W[lwork]@c l
 cungtr i : uplo:c n:i a:ge[n,n,lda]@c/io! lda:i tau:v[n-1]@c/i! work:W[lwork]@c lwork:i
 cungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
 cunmbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
-cunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[m,m,lda]@c/i!?side=L lda:i tau:v[m-1]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
-cunmlq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
-cunmql i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@c/i!?side=L lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
-cunmqr i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@c/i!?side=L lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
-cunmrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
+cunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[byside(side,m,n),byside(side,m,n),lda]@c/i! lda:i tau:v[byside(side,m,n)-1]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
+cunmlq i : side:c trans:c m:i n:i k:i a:ge[k,byside(side,m,n),lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
+cunmql i : side:c trans:c m:i n:i k:i a:ge[byside(side,m,n),k,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
+cunmqr i : side:c trans:c m:i n:i k:i a:ge[byside(side,m,n),k,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
+cunmrq i : side:c trans:c m:i n:i k:i a:ge[k,byside(side,m,n),lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
 cunmrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@c/i! lda:i tau:v[k]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
-cunmtr i : side:c uplo:c trans:c m:i n:i a:ge[m,m,lda]@c/i!?side=L lda:i tau:v[m-1]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
+cunmtr i : side:c uplo:c trans:c m:i n:i a:ge[byside(side,m,n),byside(side,m,n),lda]@c/i! lda:i tau:v[byside(side,m,n)-1]@c/i! c:ge[m,n,ldc]@c/io! ldc:i work:W[lwork]@c lwork:i
 cupgtr i : uplo:c n:i ap:sp[uplo,n]@c/i! tau:v[n-1]@c/i! q:ge[n,n,ldq]@c/io ldq:i work:F[n-1]@c
 cupmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
 dbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:v[q]@d/io! phi:v[q-1]@d/io u1:ge[p,p,ldu1]@d/io! ldu1:i u2:ge[m-p,m-p,ldu2]@d/io! ldu2:i v1t:ge[q,q,ldv1t]@d/io! ldv1t:i v2t:ge[m-q,m-q,ldv2t]@d/io! ldv2t:i b11d:v[q]@d/o b11e:v[q-1]@d/o b12d:v[q]@d/o b12e:v[q-1]@d/o b21d:v[q]@d/o b21e:v[q-1]@d/o b22d:v[q]@d/o b22e:v[q-1]@d/o work:W[lwork]@d lwork:i
@@ -469,13 +469,13 @@ dorgrq i : m:i n:i k:i a:ge[m,n,lda]@d/io! lda:i tau:v[k]@d/i! work:W[lwork]@d l
 dorgtr i : uplo:c n:i a:ge[n,n,lda]@d/io! lda:i tau:v[n-1]@d/i! work:W[lwork]@d lwork:i
 dorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
 dormbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
-dormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[m,m,lda]@d/i!?side=L lda:i tau:v[m-1]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
-dormlq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
-dormql i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@d/i!?side=L lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
-dormqr i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@d/i!?side=L lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
-dormrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
+dormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[byside(side,m,n),byside(side,m,n),lda]@d/i! lda:i tau:v[byside(side,m,n)-1]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
+dormlq i : side:c trans:c m:i n:i k:i a:ge[k,byside(side,m,n),lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
+dormql i : side:c trans:c m:i n:i k:i a:ge[byside(side,m,n),k,lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
+dormqr i : side:c trans:c m:i n:i k:i a:ge[byside(side,m,n),k,lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
+dormrq i : side:c trans:c m:i n:i k:i a:ge[k,byside(side,m,n),lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
 dormrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@d/i! lda:i tau:v[k]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
-dormtr i : side:c uplo:c trans:c m:i n:i a:ge[m,m,lda]@d/i!?side=L lda:i tau:v[m-1]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
+dormtr i : side:c uplo:c trans:c m:i n:i a:ge[byside(side,m,n),byside(side,m,n),lda]@d/i! lda:i tau:v[byside(side,m,n)-1]@d/i! c:ge[m,n,ldc]@d/io! ldc:i work:W[lwork]@d lwork:i
 dpbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i anorm:r@d! rcond:s@d work:F[3*n]@d iwork:F[n]@i
 dpbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i s:v[n]@d/o scond:s@d amax:s@d
 dpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@d/i! ldab:i afb:sb[uplo,n,kd,ldafb]@d/i! ldafb:i b:ge[n,nrhs,ldb]@d/i! ldb:i x:ge[n,nrhs,ldx]@d/io! ldx:i ferr:v[nrhs]@d/io berr:v[nrhs]@d/io work:F[3*n]@d iwork:F[n]@i
@@ -769,13 +769,13 @@ sorgrq i : m:i n:i k:i a:ge[m,n,lda]@s/io! lda:i tau:v[k]@s/i! work:W[lwork]@s l
 sorgtr i : uplo:c n:i a:ge[n,n,lda]@s/io! lda:i tau:v[n-1]@s/i! work:W[lwork]@s lwork:i
 sorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
 sormbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
-sormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[m,m,lda]@s/i!?side=L lda:i tau:v[m-1]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
-sormlq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
-sormql i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@s/i!?side=L lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
-sormqr i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@s/i!?side=L lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
-sormrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
+sormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[byside(side,m,n),byside(side,m,n),lda]@s/i! lda:i tau:v[byside(side,m,n)-1]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
+sormlq i : side:c trans:c m:i n:i k:i a:ge[k,byside(side,m,n),lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
+sormql i : side:c trans:c m:i n:i k:i a:ge[byside(side,m,n),k,lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
+sormqr i : side:c trans:c m:i n:i k:i a:ge[byside(side,m,n),k,lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
+sormrq i : side:c trans:c m:i n:i k:i a:ge[k,byside(side,m,n),lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
 sormrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@s/i! lda:i tau:v[k]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
-sormtr i : side:c uplo:c trans:c m:i n:i a:ge[m,m,lda]@s/i!?side=L lda:i tau:v[m-1]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
+sormtr i : side:c uplo:c trans:c m:i n:i a:ge[byside(side,m,n),byside(side,m,n),lda]@s/i! lda:i tau:v[byside(side,m,n)-1]@s/i! c:ge[m,n,ldc]@s/io! ldc:i work:W[lwork]@s lwork:i
 spbcon i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i anorm:r@s! rcond:s@s work:F[3*n]@s iwork:F[n]@i
 spbequ i : uplo:c n:i kd:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i s:v[n]@s/o scond:s@s amax:s@s
 spbrfs i : uplo:c n:i kd:i nrhs:i ab:sb[uplo,n,kd,ldab]@s/i! ldab:i afb:sb[uplo,n,kd,ldafb]@s/i! ldafb:i b:ge[n,nrhs,ldb]@s/i! ldb:i x:ge[n,nrhs,ldx]@s/io! ldx:i ferr:v[nrhs]@s/io berr:v[nrhs]@s/io work:F[3*n]@s iwork:F[n]@i
@@ -1249,13 +1249,13 @@ zungrq i : m:i n:i k:i a:ge[m,n,lda]@z/io! lda:i tau:v[k]@z/i! work:W[lwork]@z l
 zungtr i : uplo:c n:i a:ge[n,n,lda]@z/io! lda:i tau:v[n-1]@z/i! work:W[lwork]@z lwork:i
 zungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
 zunmbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
-zunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[m,m,lda]@z/i!?side=L lda:i tau:v[m-1]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
-zunmlq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
-zunmql i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@z/i!?side=L lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
-zunmqr i : side:c trans:c m:i n:i k:i a:ge[m,k,lda]@z/i!?side=L lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
-zunmrq i : side:c trans:c m:i n:i k:i a:ge[k,m,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
+zunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge[byside(side,m,n),byside(side,m,n),lda]@z/i! lda:i tau:v[byside(side,m,n)-1]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
+zunmlq i : side:c trans:c m:i n:i k:i a:ge[k,byside(side,m,n),lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
+zunmql i : side:c trans:c m:i n:i k:i a:ge[byside(side,m,n),k,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
+zunmqr i : side:c trans:c m:i n:i k:i a:ge[byside(side,m,n),k,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
+zunmrq i : side:c trans:c m:i n:i k:i a:ge[k,byside(side,m,n),lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
 zunmrz i : side:c trans:c m:i n:i k:i l:i a:ge[k,m,lda]@z/i! lda:i tau:v[k]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
-zunmtr i : side:c uplo:c trans:c m:i n:i a:ge[m,m,lda]@z/i!?side=L lda:i tau:v[m-1]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
+zunmtr i : side:c uplo:c trans:c m:i n:i a:ge[byside(side,m,n),byside(side,m,n),lda]@z/i! lda:i tau:v[byside(side,m,n)-1]@z/i! c:ge[m,n,ldc]@z/io! ldc:i work:W[lwork]@z lwork:i
 zupgtr i : uplo:c n:i ap:sp[uplo,n]@z/i! tau:v[n-1]@z/i! q:ge[n,n,ldq]@z/io ldq:i work:F[n-1]@z
 zupmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
 qnl_sgetrfnpi i : m:i n:i nfact:i a:ge[m,n,lda]@s/io! lda:i

@@ -104,51 +104,45 @@ auto typed(char type, F f) {
   }
 }
 
+// Whether matrix or scalar k of the call holds a NaN, by the scan of its `nan` kind;
+// `d` holds the call's dimensions.
 template <class I>
-struct Call {
-  const Routine<I>& r;
-  int layout;
-  void* const* p;
-  I d[kMaxDims];
-
-  bool nan_at(int k) const {
-    const Arg& a = r.args[k];
-    const I* s = d + a.d;
-    return typed(a.type, [&](auto* t) -> bool {
-      using T = std::remove_pointer_t<decltype(t)>;
-      const T* x = static_cast<const T*>(p[k]);
-      char u = letter(p, a.ref[0], 'u');
-      switch (a.nan) {
-        case kScalar:
-          return nan_vec<I>(I(1), x, I(1));
-        case kVector:
-          return nan_vec<I>(s[0], x, I(1));
-        case kGe:
-          return nan_ge<I>(layout, s[0], s[1], x, value<I>(p, a.ld));
-        case kSy:
-          return nan_sy<I>(layout, u, s[0], x, value<I>(p, a.ld));
-        case kTr:
-          return nan_tr<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], x, value<I>(p, a.ld));
-        case kGb:
-          return nan_gb<I>(layout, s[0], s[1], s[2], s[3], x, value<I>(p, a.ld));
-        case kSb:
-          return nan_sb<I>(layout, u, s[0], s[1], x, value<I>(p, a.ld));
-        case kTb:
-          return nan_tb<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], s[1], x, value<I>(p, a.ld));
-        case kSp:
-        case kPf:
-          return nan_sp<I>(s[0], x);
-        case kTp:
-          return nan_tp<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], x);
-        case kTf:
-          return nan_tf<I>(layout, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), letter(p, a.ref[2], 'n'), s[0],
-                           x);
-        default:
-          return false;
-      }
-    });
-  }
-};
+bool nan_at(const Routine<I>& r, int layout, void* const* p, const I* d, int k) {
+  const Arg& a = r.args[k];
+  const I* s = d + a.d;
+  return typed(a.type, [&](auto* t) -> bool {
+    using T = std::remove_pointer_t<decltype(t)>;
+    const T* x = static_cast<const T*>(p[k]);
+    char u = letter(p, a.ref[0], 'u');
+    switch (a.nan) {
+      case kScalar:
+        return nan_vec<I>(I(1), x, I(1));
+      case kVector:
+        return nan_vec<I>(s[0], x, I(1));
+      case kGe:
+        return nan_ge<I>(layout, s[0], s[1], x, value<I>(p, a.ld));
+      case kSy:
+        return nan_sy<I>(layout, u, s[0], x, value<I>(p, a.ld));
+      case kTr:
+        return nan_tr<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], x, value<I>(p, a.ld));
+      case kGb:
+        return nan_gb<I>(layout, s[0], s[1], s[2], s[3], x, value<I>(p, a.ld));
+      case kSb:
+        return nan_sb<I>(layout, u, s[0], s[1], x, value<I>(p, a.ld));
+      case kTb:
+        return nan_tb<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], s[1], x, value<I>(p, a.ld));
+      case kSp:
+      case kPf:
+        return nan_sp<I>(s[0], x);
+      case kTp:
+        return nan_tp<I>(layout, u, letter(p, a.ref[1], 'n'), s[0], x);
+      case kTf:
+        return nan_tf<I>(layout, letter(p, a.ref[0], 'n'), letter(p, a.ref[1], 'u'), letter(p, a.ref[2], 'n'), s[0], x);
+      default:
+        return false;
+    }
+  });
+}
 
 // The size a query left in the first element: a real part for complex types, truncated.
 template <class I>
@@ -188,7 +182,6 @@ I max1(I v) {
   return v > 1 ? v : 1;
 }
 
-bool is_matrix(uint8_t kind) { return kind >= kGe; }
 bool has_ld(uint8_t kind) {
   return kind == kGe || kind == kSy || kind == kTr || kind == kGb || kind == kSb || kind == kTb;
 }
@@ -384,25 +377,56 @@ void xerbla(const char* name, I info) {
 
 namespace {
 
-// The middle level; a function-valued routine leaves its value in `result`.
+// The arguments of a set in increasing order: `for (int k : each(mask))`.
+struct each {
+  uint64_t mask;
+  struct iterator {
+    uint64_t m;
+    int operator*() const { return __builtin_ctzll(m); }
+    iterator& operator++() {
+      m &= m - 1;
+      return *this;
+    }
+    bool operator!=(const iterator& o) const { return m != o.m; }
+  };
+  iterator begin() const { return {mask}; }
+  iterator end() const { return {0}; }
+};
+constexpr uint64_t bit(int k) { return uint64_t(1) << k; }
+static_assert(kMaxArgs <= 64);
+
+// Frees the scratch blocks of set `held`, last argument first.
+void release_all(void* const* blocks, uint64_t held) {
+  while (held) {
+    int k = 63 - __builtin_clzll(held);
+    held &= ~bit(k);
+    release(blocks[k]);
+  }
+}
+
+// The middle level; a function-valued routine leaves its value in `result`. `known` holds
+// the dimensions when the high level has computed them already (they depend only on
+// arguments both levels share), or is null.
 template <class I>
-I run_middle(const Routine<I>& r, int layout, void* const* p, void* result) {
+I run_middle(const Routine<I>& r, int layout, void* const* p, void* result, const I* known = nullptr) {
   void* q[kMaxArgs + 1];
   I info = 0;
-  if (layout == kColMajor) {
-    for (int k = 0; k < r.nargs; ++k) q[k] = p[k];
-    return call_fortran(r, q, &info, result);
-  }
+  std::memcpy(q, p, r.nargs * sizeof(void*));
+  if (layout == kColMajor) return call_fortran(r, q, &info, result);
   if (layout != kRowMajor) {
     xerbla<I>(r.work, I(-1));
     return -1;
   }
   if (r.flags & kNoCopy) return middle_no_copy(r, p);
   if (r.flags & kPack) return middle_pack(r, p);
-  I d[kMaxDims];
-  r.dims(p, d);
+  I computed[kMaxDims];
+  const I* d = known;
+  if (!d) {
+    r.dims(p, computed);
+    d = computed;
+  }
   // The only argument checks of the C layer: a row-major leading dimension below the column count.
-  for (int k = 0; k < r.nargs; ++k) {
+  for (int k : each{r.matrices}) {
     const Arg& a = r.args[k];
     if (has_ld(a.kind) && wanted(a, p) && value<I>(p, a.ld) < columns(a, d + a.d)) {
       info = -(a.ld + 2);
@@ -411,46 +435,43 @@ I run_middle(const Routine<I>& r, int layout, void* const* p, void* result) {
     }
   }
   I ld_t[kMaxArgs];
-  bool query = false;
-  for (int k = 0; k < r.nargs; ++k) {
+  int64_t count[kMaxArgs];
+  for (int k : each{r.matrices}) {
     const Arg& a = r.args[k];
-    q[k] = p[k];
-    if (a.kind == kWork && value<I>(p, a.ld) == -1) query = true;
-  }
-  for (int k = 0; k < r.nargs; ++k) {
-    const Arg& a = r.args[k];
-    if (!is_matrix(a.kind)) continue;
-    int64_t count;
-    copy_shape(a, d + a.d, ld_t[k], count);
+    copy_shape(a, d + a.d, ld_t[k], count[k]);
     if (a.ld >= 0) q[a.ld] = &ld_t[k];
   }
   // A workspace query: the sizes do not depend on the layout; nothing is copied.
-  if (query) return call_fortran(r, q, &info, result);
-  void* copies[kMaxArgs] = {};
-  for (int k = 0; k < r.nargs && info == 0; ++k) {
+  for (int k : each{r.owned})
+    if (r.args[k].kind == kWork && value<I>(p, r.args[k].ld) == -1) return call_fortran(r, q, &info, result);
+  void* copies[kMaxArgs];
+  uint64_t held = 0;
+  for (int k : each{r.matrices}) {
     const Arg& a = r.args[k];
-    if (!is_matrix(a.kind) || p[k] == nullptr || !wanted(a, p)) continue;
-    int64_t count;
-    copy_shape(a, d + a.d, ld_t[k], count);
-    copies[k] = allocate(count, size_of<I>(a.type));
-    if (!copies[k]) info = kTransposeMemoryError;
+    if (p[k] == nullptr || !wanted(a, p)) continue;
+    copies[k] = allocate(count[k], size_of<I>(a.type));
+    if (!copies[k]) {
+      info = kTransposeMemoryError;
+      break;
+    }
+    held |= bit(k);
     q[k] = copies[k];
   }
   if (info == 0) {
-    for (int k = 0; k < r.nargs; ++k) {
+    for (int k : each{held}) {
       const Arg& a = r.args[k];
-      if (copies[k] && (a.dir & kIn))
+      if (a.dir & kIn)
         transpose(a, kRowMajor, p, d + a.d, p[k], a.ld >= 0 ? value<I>(p, a.ld) : I(0), copies[k], ld_t[k]);
     }
     call_fortran(r, q, &info, result);
     // Results go back whatever info says.
-    for (int k = 0; k < r.nargs; ++k) {
+    for (int k : each{held}) {
       const Arg& a = r.args[k];
-      if (copies[k] && (a.dir & kOut))
+      if (a.dir & kOut)
         transpose(a, kColMajor, p, d + a.d, copies[k], ld_t[k], p[k], a.ld >= 0 ? value<I>(p, a.ld) : I(0));
     }
   }
-  for (int k = r.nargs - 1; k >= 0; --k) release(copies[k]);
+  release_all(copies, held);
   if (info == kTransposeMemoryError) xerbla<I>(r.work, info);
   return info;
 }
@@ -461,51 +482,65 @@ I run_high(const Routine<I>& r, int layout, void* const* p, void* result) {
     xerbla<I>(r.high, I(-1));
     return -1;
   }
-  Call<I> c{r, layout, p, {}};
-  r.dims(p, c.d);
+  I d[kMaxDims];
+  r.dims(p, d);
+  const I* known = d;
   // The source block of a packing routine lies as trans says: cols by rows unless "n".
-  if ((r.flags & kPack) && !lsame(letter(p, 1, 'n'), 'n'))
-    for (int k = 0; k < r.nargs; ++k)
-      if (r.args[k].kind == kGe) std::swap(c.d[r.args[k].d], c.d[r.args[k].d + 1]);
-  if (get_nancheck<I>()) {
-    for (int k = 0; k < r.nargs; ++k)
-      if (r.args[k].nan && wanted(r.args[k], p) && c.nan_at(k)) return -I(r.args[k].hpos);
+  if ((r.flags & kPack) && !lsame(letter(p, 1, 'n'), 'n')) {
+    known = nullptr;
+    for (int k : each{r.matrices})
+      if (r.args[k].kind == kGe) std::swap(d[r.args[k].d], d[r.args[k].d + 1]);
   }
+  if (r.checked && get_nancheck<I>()) {
+    for (int k : each{r.checked})
+      if (wanted(r.args[k], p) && nan_at(r, layout, p, d, k)) return -I(r.args[k].hpos);
+  }
+  if (!r.owned) return run_middle(r, layout, p, result, known);
   void* q[kMaxArgs];
-  void* owned[kMaxArgs] = {};
+  void* owned[kMaxArgs];
+  uint64_t held = 0, queried = 0;
   I lengths[kMaxArgs];
-  // Query answers land in one local per workspace, wide enough for any element.
-  cdouble answers[kMaxArgs];
-  bool queried = false;
+  // Query answers land in one cell per workspace, wide enough for any element; only the
+  // cells of `queried` are cleared and read.
+  alignas(16) unsigned char answers[kMaxArgs][16];
   I info = 0;
-  for (int k = 0; k < r.nargs; ++k) q[k] = p[k];
-  for (int k = 0; k < r.nargs; ++k) {
+  std::memcpy(q, p, r.nargs * sizeof(void*));
+  for (int k : each{r.owned}) {
     const Arg& a = r.args[k];
-    if (a.kind == kFixed && info == 0 && wanted(a, p)) {
-      owned[k] = allocate(c.d[a.d], size_of<I>(a.type));
-      if (!owned[k]) info = kWorkMemoryError;
+    if (a.kind == kFixed) {
+      if (!wanted(a, p)) continue;
+      owned[k] = allocate(d[a.d], size_of<I>(a.type));
+      if (!owned[k]) {
+        info = kWorkMemoryError;
+        break;
+      }
+      held |= bit(k);
       q[k] = owned[k];
-    } else if (a.kind == kWork) {
-      queried = true;
-      answers[k] = 0;
-      q[k] = &answers[k];
+    } else {
+      queried |= bit(k);
+      std::memset(answers[k], 0, sizeof answers[k]);
+      q[k] = answers[k];
       lengths[k] = -1;
       q[a.ld] = &lengths[k];
     }
   }
   if (info == 0 && queried) {
-    info = run_middle(r, layout, q, result);
-    for (int k = 0; k < r.nargs && info == 0; ++k) {
+    info = run_middle(r, layout, q, result, known);
+    for (int k : each{queried}) {
+      if (info != 0) break;
       const Arg& a = r.args[k];
-      if (a.kind != kWork) continue;
-      lengths[k] = answer<I>(a.type, &answers[k]);
+      lengths[k] = answer<I>(a.type, answers[k]);
       owned[k] = allocate(lengths[k], size_of<I>(a.type));
-      if (!owned[k]) info = kWorkMemoryError;
+      if (!owned[k]) {
+        info = kWorkMemoryError;
+        break;
+      }
+      held |= bit(k);
       q[k] = owned[k];
     }
   }
-  if (info == 0) info = run_middle(r, layout, q, result);
-  for (int k = r.nargs - 1; k >= 0; --k) release(owned[k]);
+  if (info == 0) info = run_middle(r, layout, q, result, known);
+  release_all(owned, held);
   if (info == kWorkMemoryError) xerbla<I>(r.high, info);
   return info;
 }

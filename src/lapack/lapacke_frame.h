@@ -75,11 +75,15 @@ struct Routine {
   const Arg* args;
   uint8_t nargs;
   uint8_t flags;
+  // Argument sets, bit k for argument k, so that each pass visits only its own arguments:
+  uint64_t checked;   // run through the NaN gate (those with `nan`)
+  uint64_t matrices;  // copied in row-major (Kind kGe and after)
+  uint64_t owned;     // workspace the high level allocates (kWork, kFixed)
   Dims<I> dims;
   Fortran fortran;
 };
 
-constexpr int kMaxArgs = 48;
+constexpr int kMaxArgs = 48;  // at most 64: the argument sets are 64-bit
 constexpr int kMaxDims = 64;
 
 template <class I>

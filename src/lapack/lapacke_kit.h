@@ -91,6 +91,12 @@ inline I gbyrange(char range, I all, I some) {
   return lsame(range, 'a') || lsame(range, 'v') ? all : lsame(range, 'i') ? some : I(1);
 }
 
+// Rows of the reflectors of a product from the side: m for "l", n for "r".
+template <class I>
+inline I gbyside(char side, I m, I n) {
+  return lsame(side, 'l') ? m : n;
+}
+
 inline bool bad_layout(int layout) { return layout != kRowMajor && layout != kColMajor; }
 // 0 lower, 1 upper, -1 neither.
 inline int upper_of(char uplo) { return lsame(uplo, 'u') ? 1 : lsame(uplo, 'l') ? 0 : -1; }

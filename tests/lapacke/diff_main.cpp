@@ -266,6 +266,42 @@ std::string check_own(void* facade, void* stock) {
 
 }  // namespace
 
+// The kit's general and triangular transpositions of every element type, at sizes on both
+// sides of the copy's tile and of the triangular recursion, with padded leading dimensions,
+// in both layouts: the facade's output, padding included, equals the stock kit's exactly
+// (a transposition copies elements as they are).
+template <class T>
+std::string check_trans(void* facade, void* stock, char t) {
+  using Ge = void (*)(int, lapack_int, lapack_int, const T*, lapack_int, T*, lapack_int);
+  using Tr = void (*)(int, char, char, lapack_int, const T*, lapack_int, T*, lapack_int);
+  const std::string ge = std::string("LAPACKE_") + t + "ge_trans", tr = std::string("LAPACKE_") + t + "tr_trans";
+  auto fge = reinterpret_cast<Ge>(dlsym(facade, ge.c_str())), sge = reinterpret_cast<Ge>(dlsym(stock, ge.c_str()));
+  auto ftr = reinterpret_cast<Tr>(dlsym(facade, tr.c_str())), str = reinterpret_cast<Tr>(dlsym(stock, tr.c_str()));
+  if (!fge || !sge || !ftr || !str) return "missing " + ge + " or " + tr;
+  for (lapack_int m : {1, 5, 64, 65, 130})
+    for (lapack_int n : {3, 64, 129})
+      for (int layout : {LAPACK_ROW_MAJOR, LAPACK_COL_MAJOR}) {
+        // The input lies in `layout` with ldin; the output in the other layout with ldout.
+        const bool row = layout == LAPACK_ROW_MAJOR;
+        const lapack_int ldin = (row ? n : m) + 2, ldout = (row ? m : n) + 3;
+        std::vector<T> in(size_t(ldin) * (row ? m : n));
+        for (size_t k = 0; k < in.size(); ++k) in[k] = T(k % 1009) - T(0.5);
+        std::vector<T> a(size_t(ldout) * (row ? n : m), T(-7)), b = a;
+        fge(layout, m, n, in.data(), ldin, a.data(), ldout);
+        sge(layout, m, n, in.data(), ldin, b.data(), ldout);
+        if (a != b) return ge + " differs at " + std::to_string(m) + "x" + std::to_string(n);
+        if (m != n && m + 1 != n) continue;
+        for (char uplo : {'U', 'L'})
+          for (char diag : {'N', 'U'}) {
+            std::vector<T> c(size_t(ldout) * m, T(-7)), d = c;
+            ftr(layout, uplo, diag, m, in.data(), ldin, c.data(), ldout);
+            str(layout, uplo, diag, m, in.data(), ldin, d.data(), ldout);
+            if (c != d) return tr + " differs at n=" + std::to_string(m) + " uplo " + uplo + " diag " + diag;
+          }
+      }
+  return "";
+}
+
 int main(int argc, char** argv) {
   if (argc < 3) {
     std::fprintf(stderr, "usage: %s FACADE.so STOCK.so [NAME-FILTER]\n", argv[0]);
@@ -312,6 +348,13 @@ int main(int argc, char** argv) {
   for (const auto& [name, why] : skipped) verdict.erase(name);
   if (std::strstr("LAPACKE_qnl_dgetrfnpi LAPACKE_qnl_dtppack", filter))
     verdict["LAPACKE_qnl_d*"] = check_own(facade, stock);
+  if (std::strstr("LAPACKE_?ge_trans", filter)) {
+    std::string why = check_trans<float>(facade, stock, 's');
+    if (why.empty()) why = check_trans<double>(facade, stock, 'd');
+    if (why.empty()) why = check_trans<std::complex<float>>(facade, stock, 'c');
+    if (why.empty()) why = check_trans<std::complex<double>>(facade, stock, 'z');
+    verdict["LAPACKE_?ge_trans, ?tr_trans"] = why;
+  }
   int agree = 0;
   for (const auto& [name, why] : verdict) {
     if (why.empty())

@@ -50,7 +50,7 @@ class Routine:
         self.has_info = True
 
 
-FUNCS = ("max", "min", "abs", "byrange")
+FUNCS = ("max", "min", "abs", "byrange", "byside")
 
 
 def cxx_expr(expr, index, letters=()):
@@ -283,6 +283,11 @@ def header_check(name):
     return f"static_assert(std::is_same_v<decltype(&{name}), decltype(&qnl_lp64_{name})>);\n"
 
 
+def mask(args, test):
+    """The bit set of the arguments that pass `test`, bit k for argument k."""
+    return sum(1 << k for k, a in enumerate(args) if test(a))
+
+
 def routine_entries(r, header):
     """The two levels of one routine: its record in the shard's prelude, two twin entries."""
     body = classify(r)
@@ -304,13 +309,15 @@ def routine_entries(r, header):
     if r.result != "i":  # a function: its value goes to `res`
         call = f"*static_cast<{res}*>(res) = qnl_lapack_body_{ident}({qs});"
     flags = " | ".join(f"qnl::lapacke::{FLAGS[f]}" for f in r.flags if f in FLAGS) or "0"
+    masks = ", ".join(f"{mask(r.args, test):#x}u" for test in (
+        lambda a: a.nan != "0", lambda a: a.kind in SHAPES.values(), lambda a: a.kind in ("kWork", "kFixed")))
     prelude = (f"// lapacke.sig:{r.line}\n"
                f"const qnl::lapacke::Arg A_{ident}[] = {{\n    {', '.join(rows)}}};\n"
                f"template <class I>\nvoid D_{ident}(void* const* p, I* d) {{\n  (void)p;\n  (void)d;\n"
                + "".join(line + "\n" for line in body) + "}\n"
                f"void F_{ident}(void* const* q, void* res) {{\n  {call}\n}}\n"
                f"template <class I>\nconst qnl::lapacke::Routine<I> R_{ident} = {{\"{said}\", \"{said}_work\", "
-               f"A_{ident}, {len(r.args)}, {flags}, D_{ident}<I>, F_{ident}}};\n")
+               f"A_{ident}, {len(r.args)}, {flags}, {masks}, D_{ident}<I>, F_{ident}}};\n")
     layout = "+nolayout" not in r.flags
     htypes = header[hi_name][1][layout:]
     wtypes = header[wk_name][1][layout:]

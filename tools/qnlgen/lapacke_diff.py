@@ -35,8 +35,11 @@ UNDEFINED = {"lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a
 # Calls the stock library gets wrong, observed: not compared.
 STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)",
                 "ssytri2x": "stock ssytri2x_ writes past a block of its own (valgrind)"}
+# Right-side calls the stock library gets wrong, observed: only the left side is compared.
+STOCK_RIGHT_FAULTS = {"unmlq": "stock ?unmlq_work transposes a with m columns from the right (heap corruption)"}
 FUNCS = {"max": max, "min": min, "abs": abs,
-         "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1}
+         "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1,
+         "byside": lambda side, m, n: m if side == "L" else n}
 KIND = {"c": 0, "e": 1, "i": 2, "r": 3, "s": 4, "o": 5, "I": 6, "v": 7, "m": 8}
 
 
@@ -53,14 +56,16 @@ def shape_parts(code):
     return m.group(1), split_top(m.group(2)), m.group(3)
 
 
-def case(r, layout):
-    """(args rows, ints) of one case, or None when a size is unknown."""
+def case(r, layout, letters=None):
+    """(args rows, ints) of one case, or None when a size is unknown; `letters` replaces
+    some of the option letters of CHARS."""
+    chars = {**CHARS, **(letters or {})}
     vals = {}
     for a in r.args:
         if a.code == "i":
             vals[a.name] = INTS.get(a.name, 2)
         elif a.code == "c":
-            vals[a.name] = CHARS.get(a.name, "N")
+            vals[a.name] = chars.get(a.name, "N")
     # Leading dimensions: one above the least the layout allows.
     row = layout == 101
     lds = {}
@@ -86,7 +91,7 @@ def case(r, layout):
                 diag[a.name] = ("step", ku * lds[params[4]], 1, min(m, n))
         elif shape in ("sb", "tb"):
             n, kd = ev(params[-3], vals), ev(params[-2], vals)
-            up = CHARS["uplo"] == "U"
+            up = chars["uplo"] == "U"
             lds[params[-1]] = n + 1 if row else kd + 2
             ld = lds[params[-1]]
             # Upper keeps the diagonal in band row kd, lower in row 0, in both layouts.
@@ -94,7 +99,7 @@ def case(r, layout):
             diag[a.name] = ("step", first, ld if not row else 1, n)
         elif shape in ("sp", "tp"):
             n = ev(params[-1], vals)
-            up = (CHARS["uplo"] == "U") != row
+            up = (chars["uplo"] == "U") != row
             idx = [j * (j + 1) // 2 + j if up else j * (2 * n - j + 1) // 2 for j in range(n)]
             diag[a.name] = ("list", idx)
     for k, v in lds.items():
@@ -105,7 +110,7 @@ def case(r, layout):
             continue
         c = a.code
         if c == "c":
-            rows.append((0, "0", 0, 0.0, CHARS.get(a.name, "N"), ""))
+            rows.append((0, "0", 0, 0.0, chars.get(a.name, "N"), ""))
         elif c == "e":
             rows.append((1, "0", 0, 0.0, CHARS.get(a.name, "N"), ""))
         elif c == "i":
@@ -198,13 +203,16 @@ def main(argv):
         if r.skip is not None:
             skipped.append((r.name, f"not in the template: {r.skip}"))
             continue
-        for layout in (102,) if "+nolayout" in r.flags else (101, 102):
-            rows = case(r, layout)
+        # A routine with a side letter runs from the right as well: its sizes change with it.
+        sides = ({}, {"side": "R"}) if any(a.name == "side" and a.code == "c" for a in r.args) and \
+            r.name[1:] not in STOCK_RIGHT_FAULTS else ({},)
+        for layout, letters in ((lay, s) for lay in ((102,) if "+nolayout" in r.flags else (101, 102)) for s in sides):
+            rows = case(r, layout, letters)
             if rows is None:
-                if layout == 102:
+                if layout == 102 and not letters:
                     skipped.append((r.name, "no generated input (callback or unsized vector)"))
                 continue
-            arr = f"K_{r.name}_{layout}"
+            arr = f"K_{r.name}_{layout}{'_r' if letters else ''}"
             items = []
             for kind, ty, count, dval, ch, dl in rows:
                 items.append(f"{{{kind}, '{ty}', {count}, {dval!r}, '{ch}', \"{dl}\"}}")
