@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <complex>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "element_type.h"
 
@@ -27,6 +29,13 @@ T value(long k) {
     return T(static_cast<Real<T>>(re), static_cast<Real<T>>(static_cast<double>(k * 53 % 97) / 8.0 - 6.0));
   else
     return static_cast<T>(re);
+}
+
+template <class T>
+std::vector<T> values(size_t n, long seed) {
+  std::vector<T> v(n);
+  for (size_t k = 0; k < n; ++k) v[k] = value<T>(static_cast<long>(k) * 5 + seed);
+  return v;
 }
 
 template <class T>
@@ -60,6 +69,18 @@ F* entry(const char* pattern) {
   return reinterpret_cast<F*>(p);
 }
 
+// OpenBLAS's own Fortran entry `pattern` (type letter at `%c`), from Debian's LP64 build loaded
+// in a scope of its own: an oracle computed by a library that shares no code with ours.
+template <class F, class T>
+F* openblas(const char* pattern) {
+  static void* lib = dlopen("libopenblas.so.0", RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
+  char name[64];
+  std::snprintf(name, sizeof name, pattern, kLetter<T>);
+  void* p = lib ? dlsym(lib, name) : nullptr;
+  EXPECT_NE(p, nullptr) << name << " in OpenBLAS";
+  return reinterpret_cast<F*>(p);
+}
+
 inline std::string upper(std::string s) {
   for (char& c : s) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
   return s;
@@ -82,6 +103,16 @@ std::string printed(F&& call) {
 template <class T>
 void expect_near(T got, T want, double scale, const std::string& where) {
   ASSERT_LE(std::abs(got - want), 64 * eps<T>() * scale) << where << ": got " << got << " want " << want;
+}
+
+// Every element of got the oracle's to the bit (NaN left alone included) or within
+// 64 eps * scale of it.
+template <class T>
+void expect_all_near(const std::vector<T>& got, const std::vector<T>& want, double scale, const std::string& where) {
+  ASSERT_EQ(got.size(), want.size()) << where;
+  for (size_t i = 0; i < got.size() && !::testing::Test::HasFatalFailure(); ++i)
+    if (std::memcmp(&got[i], &want[i], sizeof(T)) != 0)
+      expect_near(got[i], want[i], scale, where + " element " + std::to_string(i));
 }
 
 }  // namespace ref_test

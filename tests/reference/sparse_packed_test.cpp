@@ -13,13 +13,6 @@ using namespace ref_test;
 namespace {
 
 template <class T>
-std::vector<T> values(size_t n, long seed) {
-  std::vector<T> v(n);
-  for (size_t k = 0; k < n; ++k) v[k] = value<T>(static_cast<long>(k) * 5 + seed);
-  return v;
-}
-
-template <class T>
 class BackendSparse : public ::testing::Test {};
 TYPED_TEST_SUITE(BackendSparse, AllTypes);
 
