@@ -111,8 +111,9 @@ void agrees_with_openblas(Layer layer) {
   std::printf("compared %d routines in %d calls\n", routines, calls);
 }
 
-// The packed product: one operand packed once with alpha, then multiplied, against OpenBLAS's
-// ?gemm on the same operands; both layouts, either operand packed, either transposition.
+// The packed product: A, B or both packed once with alpha, then multiplied, against OpenBLAS's
+// ?gemm on the same operands (alpha squared when both carry it); both layouts, either
+// transposition of each operand.
 TEST(CblasOracle, PackedProductIsTheProduct) {
   set_layer(LP64);
   using Gemm = void(int, int, int, int, int, int, double, const double*, int, const double*, int, double, double*, int);
@@ -120,26 +121,29 @@ TEST(CblasOracle, PackedProductIsTheProduct) {
   ASSERT_NE(gemm, nullptr);
   const int m = 3, n = 5, k = 4, ld = 6;
   for (CBLAS_LAYOUT layout : {CblasRowMajor, CblasColMajor})
-    for (CBLAS_IDENTIFIER id : {CblasAMatrix, CblasBMatrix})
-      for (CBLAS_TRANSPOSE t : {CblasNoTrans, CblasTrans}) {
-        SCOPED_TRACE(testing::Message() << layout << " " << id << " " << t);
-        double a[64], b[64], c[64], want[64];
-        for (int i = 0; i < 64; ++i) {
-          a[i] = std::sin(i);
-          b[i] = std::cos(3 * i);
-          c[i] = want[i] = 0.5 + i % 7;
+    for (int packs : {1, 2, 3})  // bit 0: A packed, bit 1: B packed
+      for (CBLAS_TRANSPOSE ta : {CblasNoTrans, CblasTrans})
+        for (CBLAS_TRANSPOSE tb : {CblasNoTrans, CblasTrans}) {
+          SCOPED_TRACE(testing::Message() << layout << " packs " << packs << " " << ta << " " << tb);
+          double a[64], b[64], c[64], want[64];
+          for (int i = 0; i < 64; ++i) {
+            a[i] = std::sin(i);
+            b[i] = std::cos(3 * i);
+            c[i] = want[i] = 0.5 + i % 7;
+          }
+          const bool pa = packs & 1, pb = packs & 2;
+          double* bufa = pa ? cblas_dgemm_alloc(CblasAMatrix, m, n, k) : nullptr;
+          double* bufb = pb ? cblas_dgemm_alloc(CblasBMatrix, m, n, k) : nullptr;
+          if (pa) cblas_dgemm_pack(layout, CblasAMatrix, ta, m, n, k, 1.5, a, ld, bufa);
+          if (pb) cblas_dgemm_pack(layout, CblasBMatrix, tb, m, n, k, 1.5, b, ld, bufb);
+          const int packed = CblasPacked;
+          cblas_dgemm_compute(layout, pa ? packed : ta, pb ? packed : tb, m, n, k, pa ? bufa : a, ld, pb ? bufb : b, ld,
+                              -0.5, c, ld);
+          cblas_dgemm_free(bufa);
+          cblas_dgemm_free(bufb);
+          gemm(layout, ta, tb, m, n, k, packs == 3 ? 2.25 : 1.5, a, ld, b, ld, -0.5, want, ld);
+          EXPECT_LE(distance<double>(c, want, 64), 1e-13);
         }
-        const bool packs_a = id == CblasAMatrix;
-        const int ta = packs_a ? t : CblasTrans, tb = packs_a ? CblasTrans : t, packed_op = CblasPacked;
-        double* packed = cblas_dgemm_alloc(id, m, n, k);
-        ASSERT_NE(packed, nullptr);
-        cblas_dgemm_pack(layout, id, t, m, n, k, 1.5, packs_a ? a : b, ld, packed);
-        cblas_dgemm_compute(layout, packs_a ? packed_op : ta, packs_a ? tb : packed_op, m, n, k, packs_a ? packed : a,
-                            ld, packs_a ? b : packed, ld, -0.5, c, ld);
-        cblas_dgemm_free(packed);
-        gemm(layout, ta, tb, m, n, k, 1.5, a, ld, b, ld, -0.5, want, ld);
-        EXPECT_LE(distance<double>(c, want, 64), 1e-13);
-      }
 }
 
 TEST(CblasOracle, AgreesWithOpenBlasLp64) { agrees_with_openblas<int32_t>(LP64); }

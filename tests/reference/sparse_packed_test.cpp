@@ -1,6 +1,6 @@
-// Sparse level 1, GEMM with packed operands and the packed triangular multiply, computed by
-// the reference back-end and reached through the facade's Fortran entries: each against a
-// plain loop over its definition.
+// Sparse level 1 and the packed triangular multiply, computed by the reference back-end and
+// reached through the facade's Fortran entries: each against a plain loop over its
+// definition. GEMM with packed operands is compared with OpenBLAS in cblas_oracle_test.
 #include <cstdint>
 #include <vector>
 
@@ -95,55 +95,6 @@ TYPED_TEST(BackendRealOnly, RotationByIndex) {
     wy[j] = c * y0[j] - s * x0[i];
   }
   for (size_t j = 0; j < y.size(); ++j) expect_near(y[j], wy[j], 10.0, "y");
-}
-
-// op(X)(i, j) of a column-major matrix.
-template <class T>
-T op_at(const std::vector<T>& x, long ld, char trans, long i, long j) {
-  return trans == 'N' ? x[static_cast<size_t>(i + j * ld)] : x[static_cast<size_t>(j + i * ld)];
-}
-
-// Packed operands: alpha goes in with the packing; each of A and B packed or not.
-TYPED_TEST(BackendRealOnly, ComputeWithPackedOperands) {
-  using T = TypeParam;
-  ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
-  using Alloc = void*(const char*, const int32_t*, const int32_t*, const int32_t*);
-  using Pack = void(const char*, const char*, const int32_t*, const int32_t*, const int32_t*, const T*, const T*,
-                    const int32_t*, void*);
-  using Compute = void(const char*, const char*, const int32_t*, const int32_t*, const int32_t*, const void*,
-                       const int32_t*, const void*, const int32_t*, const T*, T*, const int32_t*);
-  using Free = void(void*);
-  const int32_t m = 23, n = 17, k = 12;
-  const T alpha = T(1.5), beta = T(-0.25);
-  for (char ta : {'N', 'T'})
-    for (char tb : {'N', 'T'})
-      for (int packed = 0; packed < 4; ++packed) {
-        const bool pa = packed & 1, pb = packed & 2;
-        const int32_t lda = (ta == 'N' ? m : k) + 2, ldb = (tb == 'N' ? k : n) + 1, ldc = m + 3;
-        const std::vector<T> a = values<T>(static_cast<size_t>(lda * (ta == 'N' ? k : m)), 1);
-        const std::vector<T> b = values<T>(static_cast<size_t>(ldb * (tb == 'N' ? n : k)), 2);
-        const std::vector<T> c0 = values<T>(static_cast<size_t>(ldc * n), 3);
-        std::vector<T> c = c0;
-        void* bufa = pa ? entry<Alloc, T>("%cgemm_alloc")("A", &m, &n, &k) : nullptr;
-        void* bufb = pb ? entry<Alloc, T>("%cgemm_alloc")("B", &m, &n, &k) : nullptr;
-        if (pa) entry<Pack, T>("%cgemm_pack")("A", &ta, &m, &n, &k, &alpha, a.data(), &lda, bufa);
-        if (pb) entry<Pack, T>("%cgemm_pack")("B", &tb, &m, &n, &k, &alpha, b.data(), &ldb, bufb);
-        const char* opa = pa ? "P" : &ta;
-        const char* opb = pb ? "P" : &tb;
-        const int32_t zero = 0;  // the leading dimension of a packed operand is not read
-        entry<Compute, T>("%cgemm_compute")(opa, opb, &m, &n, &k, pa ? bufa : a.data(), pa ? &zero : &lda,
-                                            pb ? bufb : b.data(), pb ? &zero : &ldb, &beta, c.data(), &ldc);
-        const T scale = (pa ? alpha : T(1)) * (pb ? alpha : T(1));
-        for (long j = 0; j < n; ++j)
-          for (long i = 0; i < m; ++i) {
-            T sum{};
-            for (long l = 0; l < k; ++l) sum += op_at(a, lda, ta, i, l) * op_at(b, ldb, tb, l, j);
-            expect_near(c[static_cast<size_t>(i + j * ldc)], scale * sum + beta * c0[static_cast<size_t>(i + j * ldc)],
-                        300.0, std::string(1, ta) + tb + " packed " + std::to_string(packed));
-          }
-        if (pa) entry<Free, T>("%cgemm_free")(bufa);
-        if (pb) entry<Free, T>("%cgemm_free")(bufb);
-      }
 }
 
 // B = alpha op(A) B or alpha B op(A), A triangular in packed storage.
