@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 
 #include <cmath>
+#include <complex>
 
 #include "cblas_harness.h"
 
@@ -144,6 +145,76 @@ TEST(CblasOracle, PackedProductIsTheProduct) {
           gemm(layout, ta, tb, m, n, k, packs == 3 ? 2.25 : 1.5, a, ld, b, ld, -0.5, want, ld);
           EXPECT_LE(distance<double>(c, want, 64), 1e-13);
         }
+}
+
+// cblas_?gemm_batch over 1025 groups, which the library hands to the Fortran batch entry in
+// two chunks, each group with its own options, sizes, scalars and count (some empty), against
+// one OpenBLAS ?gemm per matrix: both layouts, both interface layers, real and complex.
+template <class T, class I>
+void batch_agrees(Layer layer, const char* name) {
+  set_layer(layer);
+  constexpr bool kCplx = !std::is_same_v<T, double>;
+  using Ours = void(int, const int*, const int*, const I*, const I*, const I*, const T*, const T**, const I*, const T**,
+                    const I*, const T*, T**, const I*, I, const I*);
+  using Gemm = void(int, int, int, int, int, int, std::conditional_t<kCplx, const T*, T>, const T*, int, const T*, int,
+                    std::conditional_t<kCplx, const T*, T>, T*, int);
+  auto* ours = reinterpret_cast<Ours*>(dlsym(RTLD_DEFAULT, name));
+  auto* gemm = reinterpret_cast<Gemm*>(dlsym(openblas(), kCplx ? "cblas_zgemm" : "cblas_dgemm"));
+  ASSERT_TRUE(ours && gemm) << name;
+  const int kGroups = 1025, options[] = {CblasNoTrans, CblasTrans, CblasConjTrans};
+  for (int layout : {CblasRowMajor, CblasColMajor}) {
+    std::vector<int> ta, tb;
+    std::vector<I> m, n, k, lda, ldb, ldc, size;
+    std::vector<T> alpha, beta;
+    std::vector<std::vector<T>> a, b, c;
+    for (int g = 0; g < kGroups; ++g) {
+      ta.push_back(options[g % 3]), tb.push_back(options[g / 3 % 3]);
+      m.push_back(1 + g % 4), n.push_back(1 + g % 5), k.push_back(1 + g % 3);
+      size.push_back(g % 7 == 3 ? 0 : g == kGroups - 1 ? 2 : 1);
+      auto ld = [&](int trans, I rows, I cols) {
+        return (layout == CblasRowMajor) == (trans == CblasNoTrans) ? cols : rows;
+      };
+      lda.push_back(ld(ta[g], m[g], k[g]) + 1), ldb.push_back(ld(tb[g], k[g], n[g]) + 2);
+      ldc.push_back(ld(CblasNoTrans, m[g], n[g]) + 1);
+      alpha.push_back(T(std::sin(g) + 1.5)), beta.push_back(T(std::cos(g)));
+      if constexpr (kCplx) alpha.back() += T(0, 0.5), beta.back() -= T(0, 0.25);
+      for (I s = 0; s < size[g]; ++s)
+        for (auto* v : {&a, &b, &c}) {
+          v->emplace_back(64);
+          for (int i = 0; i < 64; ++i) v->back()[i] = T(std::sin(i + 3.0 * v->size()));
+        }
+    }
+    std::vector<const T*> ap, bp;
+    std::vector<T*> cp;
+    for (size_t s = 0; s < c.size(); ++s)
+      ap.push_back(a[s].data()), bp.push_back(b[s].data()), cp.push_back(c[s].data());
+    std::vector<std::vector<T>> want = c;
+    ours(layout, ta.data(), tb.data(), m.data(), n.data(), k.data(), alpha.data(), ap.data(), lda.data(), bp.data(),
+         ldb.data(), beta.data(), cp.data(), ldc.data(), kGroups, size.data());
+    for (size_t g = 0, s = 0; g < static_cast<size_t>(kGroups); ++g)
+      for (I q = 0; q < size[g]; ++q, ++s) {
+        auto scalar = [](const T& v) {
+          if constexpr (kCplx)
+            return &v;
+          else
+            return v;
+        };
+        gemm(layout, ta[g], tb[g], static_cast<int>(m[g]), static_cast<int>(n[g]), static_cast<int>(k[g]),
+             scalar(alpha[g]), a[s].data(), static_cast<int>(lda[g]), b[s].data(), static_cast<int>(ldb[g]),
+             scalar(beta[g]), want[s].data(), static_cast<int>(ldc[g]));
+        ASSERT_LE(distance<double>(c[s].data(), want[s].data(), kCplx ? 128 : 64), 1e-13)
+            << "layout " << layout << " group " << g << " matrix " << s;
+      }
+  }
+}
+
+TEST(CblasOracle, BatchAgreesWithOpenBlasLp64) {
+  batch_agrees<double, int32_t>(LP64, "cblas_dgemm_batch");
+  batch_agrees<std::complex<double>, int32_t>(LP64, "cblas_zgemm3m_batch");
+}
+TEST(CblasOracle, BatchAgreesWithOpenBlasIlp64) {
+  batch_agrees<std::complex<double>, int64_t>(ILP64, "cblas_zgemm_batch");
+  batch_agrees<double, int64_t>(ILP64, "cblas_dgemm_batch");
 }
 
 TEST(CblasOracle, AgreesWithOpenBlasLp64) { agrees_with_openblas<int32_t>(LP64); }
