@@ -1,6 +1,6 @@
-// Sparse level 1 and the packed triangular multiply, computed by the reference back-end and
-// reached through the facade's Fortran entries: each against a plain loop over its
-// definition. GEMM with packed operands is compared with OpenBLAS in cblas_oracle_test.
+// Sparse level 1, computed by the reference back-end and reached through the facade's Fortran
+// entries, against plain loops over the definitions; the packed triangular multiply against
+// OpenBLAS. GEMM with packed operands is compared with OpenBLAS in cblas_oracle_test.
 #include <cstdint>
 #include <vector>
 
@@ -97,41 +97,35 @@ TYPED_TEST(BackendRealOnly, RotationByIndex) {
   for (size_t j = 0; j < y.size(); ++j) expect_near(y[j], wy[j], 10.0, "y");
 }
 
-// B = alpha op(A) B or alpha B op(A), A triangular in packed storage.
+// B = alpha op(A) B or alpha B op(A), A triangular in packed storage: against OpenBLAS's
+// ?tpttr unpacking it and ?trmm multiplying by it.
 TYPED_TEST(BackendRealOnly, PackedTriangularMultiply) {
   using T = TypeParam;
   ASSERT_EQ(QNL_Set_Interface_Layer(1), 1);
   using F = void(const char*, const char*, const char*, const char*, const int64_t*, const int64_t*, const T*, const T*,
                  const int64_t*, T*, const int64_t*);
+  using I = int32_t;  // OpenBLAS's LP64 integers
+  using Tpttr = void(const char*, const I*, const T*, T*, const I*, I*);
+  using Trmm = void(const char*, const char*, const char*, const char*, const I*, const I*, const T*, const T*,
+                    const I*, T*, const I*);
   const int64_t m = 13, n = 8, ldb = 15, unused = 1;
+  const I m32 = 13, n32 = 8, ldb32 = 15;
   const T alpha = T(-0.75);
   for (char side : {'L', 'R'})
     for (char uplo : {'U', 'L'})
       for (char trans : {'N', 'T'})
         for (char diag : {'N', 'U'}) {
-          const long order = side == 'L' ? m : n;
+          const I order = side == 'L' ? m32 : n32;
           const std::vector<T> ap = values<T>(static_cast<size_t>(order * (order + 1) / 2), 4);
-          // the triangle as a full matrix, from the packed layout's definition
-          auto tri = [&](long i, long j) -> T {
-            if (uplo == 'U' ? i > j : i < j) return T{};
-            if (i == j && diag == 'U') return T(1);
-            return uplo == 'U' ? ap[static_cast<size_t>(i + j * (j + 1) / 2)]
-                               : ap[static_cast<size_t>(i + j * (2 * order - j - 1) / 2)];
-          };
-          auto op = [&](long i, long j) { return trans == 'N' ? tri(i, j) : tri(j, i); };
-          const std::vector<T> b0 = values<T>(static_cast<size_t>(ldb * n), 5);
-          std::vector<T> b = b0;
+          std::vector<T> full(static_cast<size_t>(order * order)), b = values<T>(static_cast<size_t>(ldb * n), 5);
+          std::vector<T> want = b;
+          I info = -1;
+          openblas<Tpttr, T>("%ctpttr_")(&uplo, &order, ap.data(), full.data(), &order, &info);
+          ASSERT_EQ(info, 0);
+          openblas<Trmm, T>("%ctrmm_")(&side, &uplo, &trans, &diag, &m32, &n32, &alpha, full.data(), &order,
+                                       want.data(), &ldb32);
           entry<F, T>("%cptrmm")(&side, &uplo, &trans, &diag, &m, &n, &alpha, ap.data(), &unused, b.data(), &ldb);
-          for (long j = 0; j < n; ++j)
-            for (long i = 0; i < m; ++i) {
-              T sum{};
-              if (side == 'L')
-                for (long l = 0; l < m; ++l) sum += op(i, l) * b0[static_cast<size_t>(l + j * ldb)];
-              else
-                for (long l = 0; l < n; ++l) sum += b0[static_cast<size_t>(i + l * ldb)] * op(l, j);
-              expect_near(b[static_cast<size_t>(i + j * ldb)], alpha * sum, 300.0,
-                          std::string(1, side) + uplo + trans + diag);
-            }
+          expect_all_near(b, want, 300.0, std::string(1, side) + uplo + trans + diag);
         }
 }
 
