@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <random>
 
@@ -18,29 +17,8 @@ using namespace vml_test;
 namespace {
 
 // Each test settles the interface layer, which a process does once, and checks that
-// rejected calls load no kernel library: each needs a process of its own (ctest gives
-// it one). With more than one test selected, the program runs itself once per test.
-struct ProcessPerTest : ::testing::Environment {
-  void SetUp() override {
-    const auto* u = ::testing::UnitTest::GetInstance();
-    if (u->test_to_run_count() <= 1) return;
-    const std::string self = std::filesystem::read_symlink("/proc/self/exe");
-    int failed = 0;
-    for (int i = 0; i < u->total_test_suite_count(); ++i)
-      for (int j = 0; j < u->GetTestSuite(i)->total_test_count(); ++j)
-        if (const auto* t = u->GetTestSuite(i)->GetTestInfo(j); t->should_run()) {
-          const std::string name = std::string(t->test_suite_name()) + "." + t->name();
-          std::fflush(stdout);
-          const int status = std::system(("'" + self + "' --gtest_filter=" + name).c_str());
-          failed += status != 0;
-          std::printf("%s %s, in a process of its own\n", status ? "FAILED" : "passed", name.c_str());
-        }
-    std::printf("%d of %d tests failed\n", failed, u->test_to_run_count());
-    std::exit(failed ? 1 : 0);
-  }
-};
-const auto* const kProcessPerTest = ::testing::AddGlobalTestEnvironment(new ProcessPerTest);
-
+// rejected calls load no kernel library: each needs the process of its own that ctest
+// gives it (run one at a time with --gtest_filter when calling the program by hand).
 using W = uint64_t;
 constexpr int32_t kPiece = 0x7FFFFFFF, kAccurate = QNL_VSL_METHOD_ACCURATE;
 const W kR = 0x7f0000100000ull;      // the result array: the probe's kernels never touch it
