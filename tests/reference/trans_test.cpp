@@ -53,7 +53,7 @@ void oracle_copy(char order, char trans, size_t rows, size_t cols, T alpha, cons
   const bool t = transposes(trans);
   const size_t brows = t ? cols : rows, bcols = t ? rows : cols;
   const I r = static_cast<I>(rows), c = static_cast<I>(cols);
-  const I la = static_cast<I>(row_major(order) ? cols : rows), lb = static_cast<I>(row_major(order) ? bcols : brows);
+  const I la = static_cast<I>(line(order, rows, cols)), lb = static_cast<I>(line(order, brows, bcols));
   std::vector<T> ac(rows * cols), bc(rows * cols);
   for (size_t i = 0; i < rows; ++i)
     for (size_t j = 0; j < cols; ++j) ac[pos(order, i, j, static_cast<size_t>(la), 1)] = a[pos(order, i, j, lda, sa)];
