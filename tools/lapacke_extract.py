@@ -76,12 +76,13 @@ IRREGULAR = {
 ROWS = {("lacrm", "c"): "m"}
 # Reflector products whose reflectors have m rows when side is "l" and n when "r": the
 # manual gives both bounds, of which the parse reads the first only. Argument -> its shape
-# bracket (the direction, NaN mark and type stay the parse's).
+# word and bracket (the precision, direction and NaN mark stay the parse's).
 BYSIDE = "byside(side,m,n)"
 SIDED = {
-    **{f: {"a": f"ge[{BYSIDE},k,lda]"} for f in ("ormqr", "ormql", "unmqr", "unmql")},
-    **{f: {"a": f"ge[k,{BYSIDE},lda]"} for f in ("ormlq", "ormrq", "unmlq", "unmrq")},
-    **{f: {"a": f"ge[{BYSIDE},{BYSIDE},lda]", "tau": f"v[{BYSIDE}-1]"} for f in ("ormhr", "ormtr", "unmhr", "unmtr")},
+    **{f: {"a": ("ge", f"{BYSIDE},k,lda")} for f in ("ormqr", "ormql", "unmqr", "unmql")},
+    **{f: {"a": ("ge", f"k,{BYSIDE},lda")} for f in ("ormlq", "ormrq", "unmlq", "unmrq")},
+    **{f: {"a": ("ge", f"{BYSIDE},{BYSIDE},lda"), "tau": ("vec", f"{BYSIDE}-1")}
+       for f in ("ormhr", "ormtr", "unmhr", "unmtr")},
 }
 # Drivers whose matrix the manual pages describe on entry in a way the parse misses.
 INOUT_A = {"sysvxx", "hesvxx"}
@@ -89,11 +90,11 @@ INOUT_A = {"sysvxx", "hesvxx"}
 MANUAL = {"lamch": "{t} +nolayout : cmach:c"}
 # The library's own routines (lapack_ext.sig), in the template's vocabulary.
 EXTENSIONS = [
-    "qnl_{t}getrfnpi i : m:i n:i nfact:i a:ge[m,n,lda]@{t}/io! lda:i",
-    "qnl_{t}tppack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@{t}/io i:i j:i rows:i cols:i "
-    "a:ge[rows,cols,lda]@{t}/i! lda:i",
-    "qnl_{t}tpunpack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@{t}/i! i:i j:i rows:i cols:i "
-    "a:ge[rows,cols,lda]@{t}/io lda:i",
+    "qnl_{t}getrfnpi i : m:i n:i nfact:i a:ge.{t}[m,n,lda]/io! lda:i",
+    "qnl_{t}tppack i +pack : uplo:c trans:c n:i ap:tp.{t}[uplo,'n',n]/io i:i j:i rows:i cols:i "
+    "a:ge.{t}[rows,cols,lda]/i! lda:i",
+    "qnl_{t}tpunpack i +pack : uplo:c trans:c n:i ap:tp.{t}[uplo,'n',n]/i! i:i j:i rows:i cols:i "
+    "a:ge.{t}[rows,cols,lda]/io lda:i",
 ]
 # Norms of a matrix: a work array of the given length only for the norms that need one.
 NORM_WORK = {"lange": ("m", "I"), "langb": ("n", "I"), "lantr": ("m", "I"), "lansy": ("n", "IO1"),
@@ -196,6 +197,14 @@ def check(e, names, what):
     return e
 
 
+def workspace(ty, ctype, query, length):
+    """A workspace's word: sized by a workspace query (its length argument) or fixed."""
+    if ty != "i":
+        return f"{'yw' if query else 'yx'}.{ty}[{length}]"
+    word = "iw" if query else "lw" if "lapack_logical" in ctype else "ix"
+    return f"{word}[{length}]"
+
+
 def classify(base, hi, wk, docs, lapack_h):
     """One table row for LAPACKE_<base>, or raise Skip."""
     name = base[1:] if base[0] in "sdcz" else base
@@ -245,7 +254,7 @@ def classify(base, hi, wk, docs, lapack_h):
             tokens.append(f"{n}:i")
             continue
         if t.replace("const", "").strip() == "char *":
-            tokens.append(f"{n}:e")
+            tokens.append(f"{n}:c*")
             continue
         if "SELECT" in t:
             tokens.append(f"{n}:f")
@@ -256,18 +265,18 @@ def classify(base, hi, wk, docs, lapack_h):
             ty = {"float": "s", "double": "d", "lapack_complex_float": "c",
                   "lapack_complex_double": "z"}[t.replace("const", "").replace("*", "").strip()]
         if not ptr:
-            tokens.append(f"{n}:r@{ty}!")
+            tokens.append(f"{n}:a.{ty}!")
             continue
         ext = extents(p) if p else None
         is_work = n not in hnames
         if is_work:
             ln = "l" + n
             if name in NORM_WORK:
-                tokens.append(f"{n}:F[{NORM_WORK[name][0]}]@{ty}?norm={NORM_WORK[name][1]}")
+                tokens.append(f"{n}:{workspace(ty, t, False, NORM_WORK[name][0])}?norm={NORM_WORK[name][1]}")
                 continue
             if ln in names and n.endswith("work"):
                 work_len[ln] = True
-                tokens.append(f"{n}:W[{ln}]@{ty}")
+                tokens.append(f"{n}:{workspace(ty, t, True, ln)}")
                 continue
             if not ext:
                 raise Skip(f"workspace {n} without a documented length")
@@ -275,13 +284,14 @@ def classify(base, hi, wk, docs, lapack_h):
                 e = le.length_expr(",".join(ext), ints)
             except ValueError as err:
                 raise Skip(f"workspace {n}: {err}")
-            tokens.append(f"{n}:F[{check(e, ints, n)}]@{ty}")
+            tokens.append(f"{n}:{workspace(ty, t, False, check(e, ints, n))}")
             continue
         if ty == "i":
-            tokens.append(f"{n}:I" if ext else f"{n}:o")
+            # An integer array: read only where the header has it const.
+            tokens.append(f"{n}:{'ii' if 'const' in t else 'iio'}" if ext else f"{n}:o")
             continue
         if not ext:
-            tokens.append(f"{n}:s@{ty}")
+            tokens.append(f"{n}:y.{ty}")
             continue
         # Read only when lapack.h has it const; written only when the text tells what it holds
         # on exit and nothing on entry; otherwise both. The NaN gate reads what is documented
@@ -314,7 +324,7 @@ def classify(base, hi, wk, docs, lapack_h):
             if name in SQUARE_GE_NAN or name in SQUARE_SY_NAN:
                 if n == "a" or (n == "b" and name in SQUARE_GE_NAN):
                     nshape = "ge" if name in SQUARE_GE_NAN else "sy"
-                    tokens.append(f"{n}:ge[n,n,{ld}]@{ty}/{intent}{'!' + nshape if nan else ''}")
+                    tokens.append(f"{n}:ge.{ty}[n,n,{ld}]/{intent}{'!' + nshape if nan else ''}")
                     continue
             if shape == "ge":
                 rows = ld_rows(doc, ld)
@@ -330,12 +340,12 @@ def classify(base, hi, wk, docs, lapack_h):
                     cols = "byrange(range,n,iu-il+1)"
                 else:
                     cols = check(cols, ints, n)
-                tokens.append(f"{n}:ge[{rows},{cols},{ld}]@{ty}/{intent}{nan}{cond}")
+                tokens.append(f"{n}:ge.{ty}[{rows},{cols},{ld}]/{intent}{nan}{cond}")
             elif shape in ("sy",):
-                tokens.append(f"{n}:sy[{uplo},{check(cols, ints, n)},{ld}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:sy.{ty}[{uplo},{check(cols, ints, n)},{ld}]/{intent}{nan}")
             elif shape == "tr":
                 diag = "diag" if "diag" in names else "'n'"
-                tokens.append(f"{n}:tr[{uplo},{diag},{check(cols, ints, n)},{ld}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:tr.{ty}[{uplo},{diag},{check(cols, ints, n)},{ld}]/{intent}{nan}")
             elif shape in ("sb", "tb"):
                 kd = next((k for k in ("kd", "ka", "kb") if k in names and
                            (k == "kd" or (k == "ka") == (n in ("a", "ab")))), None)
@@ -343,9 +353,9 @@ def classify(base, hi, wk, docs, lapack_h):
                     raise Skip(f"{n}: band width not found")
                 if shape == "tb":
                     diag = "diag" if "diag" in names else "'n'"
-                    tokens.append(f"{n}:tb[{uplo},{diag},{cols},{kd},{ld}]@{ty}/{intent}{nan}")
+                    tokens.append(f"{n}:tb.{ty}[{uplo},{diag},{cols},{kd},{ld}]/{intent}{nan}")
                 else:
-                    tokens.append(f"{n}:sb[{uplo},{cols},{kd},{ld}]@{ty}/{intent}{nan}")
+                    tokens.append(f"{n}:sb.{ty}[{uplo},{cols},{kd},{ld}]/{intent}{nan}")
             elif shape == "gb":
                 q = doc.param(ld.upper())
                 t2 = " ".join(q.text.split()) if q else ""
@@ -356,7 +366,7 @@ def classify(base, hi, wk, docs, lapack_h):
                     ku = "ku"
                 else:
                     raise Skip(f"{n}: band rows not documented")
-                tokens.append(f"{n}:gb[{m},{cols},kl,{ku},{ld}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:gb.{ty}[{m},{cols},kl,{ku},{ld}]/{intent}{nan}")
             else:
                 raise Skip(f"{n}: shape {shape} with a leading dimension")
             continue
@@ -375,13 +385,13 @@ def classify(base, hi, wk, docs, lapack_h):
             if shape in ("tp", "tf"):
                 diag = "diag" if "diag" in names else "'n'"
             if shape == "sp":
-                tokens.append(f"{n}:sp[{uplo},{nn}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:sp.{ty}[{uplo},{nn}]/{intent}{nan}")
             elif shape == "tp":
-                tokens.append(f"{n}:tp[{uplo},{diag},{nn}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:tp.{ty}[{uplo},{diag},{nn}]/{intent}{nan}")
             elif shape == "pf":
-                tokens.append(f"{n}:pf[transr,{uplo},{nn}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:pf.{ty}[transr,{uplo},{nn}]/{intent}{nan}")
             else:
-                tokens.append(f"{n}:tf[transr,{uplo},{diag},{nn}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:tf.{ty}[transr,{uplo},{diag},{nn}]/{intent}{nan}")
             continue
         if len(ext) != 1:
             raise Skip(f"{n}: a two-dimensional array without a leading dimension")
@@ -391,13 +401,14 @@ def classify(base, hi, wk, docs, lapack_h):
             if nan:
                 raise Skip(f"{n}: length not documented as an expression")
             e = "0"
-        tokens.append(f"{n}:v[{e}]@{ty}/{intent}{nan}")
+        tokens.append(f"{n}:vec.{ty}[{e}]/{intent}{nan}")
     for k, tok in enumerate(tokens):
         arg, _, code = tok.partition(":")
         if arg in SIDED.get(name, {}):
-            shape = SIDED[name][arg]
+            word, bracket = SIDED[name][arg]
             code = re.sub(r"\?side=\w+$", "", code)
-            tokens[k] = f"{arg}:{shape}{code[code.index('@'):]}"
+            precision, rest = re.match(r"\w+(\.\w)\[.*\](/.*)$", code).groups()
+            tokens[k] = f"{arg}:{word}{precision}[{bracket}]{rest}"
     result = {"lapack_int": "i", "float": "s", "double": "d"}.get(hi[0])
     if result is None:
         raise Skip(f"result {hi[0]}")
@@ -442,16 +453,16 @@ def main():
     head = ("# generated by tools/lapacke_extract.py from Debian's liblapacke-dev (lapacke.h, lapack.h)\n"
             "# and liblapack-doc (dimensions, leading-dimension bounds); regenerate, do not edit.\n"
             "# name result [+flags] : arg ...   (the arguments of LAPACKE_<name>_work after the layout)\n"
-            "# result: i lapack_int, s float, d double; - not generated (see +skip=reason)\n"
-            "# arg: c char | i integer | r@T! scalar by value, NaN-checked | s@T scalar output | o integer output\n"
-            "#      e character by address | I integer array | f callback | W[len]@T workspace sized by a query (len: its\n"
-            "#      length argument, absent from the high level) | F[expr]@T fixed workspace\n"
-            "#      v[len]@T vector | ge[rows,cols,ld] sy[uplo,n,ld] tr[uplo,diag,n,ld] gb[m,n,kl,ku,ld]\n"
-            "#      sb[uplo,n,kd,ld] tb[uplo,diag,n,kd,ld] sp[uplo,n] tp[uplo,diag,n] pf[transr,uplo,n]\n"
-            "#      tf[transr,uplo,diag,n] matrices; /i /o /io direction; ! NaN-checked by the high level\n"
-            "#      (!sy / !ge: checked as that shape instead of the copy's); ?job=VI: copied and checked\n"
-            "#      only when that letter argument is one of those\n"
-            "# +nocopy: row-major calls translate arguments and copy nothing\n")
+            "# result: i lapack_int, s float, d double; - not generated (+skip=reason)\n"
+            "# arg: name:word, the words of tools/qnlgen/model.py (VOCABULARY): c char, c* character by\n"
+            "#      address, i integer, o integer output, a.T! scalar by value (NaN-checked), y.T scalar output,\n"
+            "#      f callback, ii / iio integer array read / read and written; workspaces yw.T[len] iw[len]\n"
+            "#      sized by a query (len: their length argument, absent from the high level), yx.T[expr]\n"
+            "#      ix[expr] lw[expr] fixed; arrays vec.T[len] ge.T[rows,cols,ld] sy.T[uplo,n,ld]\n"
+            "#      tr.T[uplo,diag,n,ld] gb.T[m,n,kl,ku,ld] sb.T[uplo,n,kd,ld] tb.T[uplo,diag,n,kd,ld] sp.T[uplo,n]\n"
+            "#      tp.T[uplo,diag,n] pf.T[transr,uplo,n] tf.T[transr,uplo,diag,n], then /i /o /io direction,\n"
+            "#      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those\n"
+            "# +nocopy: row-major calls translate arguments and copy nothing; +nolayout: no layout argument\n")
     with open(OUT, "w") as f:
         f.write(head + "\n".join(rows) + "\n")
     decls = [decl(n, *protos[n]) for n in protos]

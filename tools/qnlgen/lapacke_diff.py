@@ -13,7 +13,7 @@ import re
 from pathlib import Path
 
 from .common import banner, split_top, write_if_changed
-from .lapacke import classify, parse
+from .lapacke import INT_ARRAYS, SHAPES, TYPES, WORKSPACES, classify, parse
 
 INTS = {"m": 6, "n": 5, "k": 3, "nrhs": 2, "kl": 1, "ku": 2, "kd": 2, "ka": 2, "kb": 1, "ilo": 1, "ihi": 5,
         "itype": 1, "il": 1, "iu": 2, "nb": 2, "mb": 2, "l": 0, "p": 3, "q": 2, "ncvt": 2, "nru": 2, "ncc": 2,
@@ -40,7 +40,6 @@ STOCK_RIGHT_FAULTS = {"unmlq": "stock ?unmlq_work transposes a with m columns fr
 FUNCS = {"max": max, "min": min, "abs": abs,
          "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1,
          "byside": lambda side, m, n: m if side == "L" else n}
-KIND = {"c": 0, "e": 1, "i": 2, "r": 3, "s": 4, "o": 5, "I": 6, "v": 7, "m": 8}
 
 
 def ev(expr, vals):
@@ -49,11 +48,8 @@ def ev(expr, vals):
     return int(eval(py, {**FUNCS, "vals": vals}))
 
 
-def shape_parts(code):
-    m = re.match(r"(\w\w)\[(.*)\]@(\w)/", code)
-    if not m:
-        return None
-    return m.group(1), split_top(m.group(2)), m.group(3)
+def shape_parts(a):
+    return (a.word, split_top(a.extents), a.prec) if a.word in SHAPES else None
 
 
 def case(r, layout, letters=None):
@@ -62,16 +58,16 @@ def case(r, layout, letters=None):
     chars = {**CHARS, **(letters or {})}
     vals = {}
     for a in r.args:
-        if a.code == "i":
+        if a.word == "i":
             vals[a.name] = INTS.get(a.name, 2)
-        elif a.code == "c":
+        elif a.word == "c":
             vals[a.name] = chars.get(a.name, "N")
     # Leading dimensions: one above the least the layout allows.
     row = layout == 101
     lds = {}
     diag = {}
     for a in r.args:
-        sp = shape_parts(a.code)
+        sp = shape_parts(a)
         if not sp:
             continue
         shape, params, _ = sp
@@ -106,37 +102,36 @@ def case(r, layout, letters=None):
         vals[k] = v
     rows = []
     for a in r.args:
-        if a.code.startswith(("W", "F")) or not a.hpos:
+        if a.word in WORKSPACES or not a.hpos:
             continue
-        c = a.code
-        if c == "c":
+        w = a.word
+        if w == "c":
             rows.append((0, "0", 0, 0.0, chars.get(a.name, "N"), ""))
-        elif c == "e":
+        elif w == "c*":
             rows.append((1, "0", 0, 0.0, CHARS.get(a.name, "N"), ""))
-        elif c == "i":
+        elif w == "i":
             rows.append((2, "0", vals[a.name], 0.0, "N", ""))
-        elif c.startswith("r@"):
-            rows.append((3, c[2], 0, SCALARS.get(a.name, 0.5), "N", ""))
-        elif c.startswith("s@"):
-            rows.append((4, c[2], 1, 0.0, "N", ""))
-        elif c == "o":
+        elif w == "a":
+            rows.append((3, a.prec, 0, SCALARS.get(a.name, 0.5), "N", ""))
+        elif w == "y":
+            rows.append((4, a.prec, 1, 0.0, "N", ""))
+        elif w == "o":
             rows.append((5, "i", 1, 0.0, "N", ""))
-        elif c == "I":
+        elif w in INT_ARRAYS:
             most = max((v for v in vals.values() if isinstance(v, int)), default=8)
             rows.append((6, "i", 4 * most + 16, 0.0, "N", ""))
-        elif c == "f":
+        elif w == "f":
             return None
-        elif c.startswith("v["):
-            m = re.match(r"v\[(.*)\]@(\w)", c)
+        elif w == "vec":
             try:
-                count = max(ev(m.group(1), vals), 1)
+                count = max(ev(a.extents, vals), 1)
             except Exception:
                 return None
             # A vector named d is a diagonal: dominant, like the matrices'.
             dl = ",".join(map(str, range(count))) if a.name in ("d", "df") else ""
-            rows.append((7, m.group(2), count, 0.0, "N", dl))
+            rows.append((7, a.prec, count, 0.0, "N", dl))
         else:
-            shape, params, ty = shape_parts(c)
+            shape, params, ty = shape_parts(a)
             if shape == "ge":
                 rws, cls = ev(params[0], vals), ev(params[1], vals)
                 count = vals[params[2]] * max(rws if row else cls, 1)
@@ -166,16 +161,14 @@ def caller(r):
     params = []
     k = 0
     for a in r.args:
-        if a.code.startswith(("W", "F")) or not a.hpos:
+        if a.word in WORKSPACES or not a.hpos:
             continue
-        c = a.code
-        if c == "c":
+        if a.word == "c":
             params.append(f"*static_cast<char*>(v[{k}])")
-        elif c == "i":
+        elif a.word == "i":
             params.append(f"*static_cast<lapack_int*>(v[{k}])")
-        elif c.startswith("r@"):
-            ty = {"s": "float", "d": "double", "c": "lapack_complex_float", "z": "lapack_complex_double"}[c[2]]
-            params.append(f"*static_cast<{ty}*>(v[{k}])")
+        elif a.word == "a":
+            params.append(f"*static_cast<{TYPES[a.prec]}*>(v[{k}])")
         else:
             params.append(f"Ptr{{v[{k}]}}")
         k += 1
@@ -204,7 +197,7 @@ def main(argv):
             skipped.append((r.name, f"not in the template: {r.skip}"))
             continue
         # A routine with a side letter runs from the right as well: its sizes change with it.
-        sides = ({}, {"side": "R"}) if any(a.name == "side" and a.code == "c" for a in r.args) and \
+        sides = ({}, {"side": "R"}) if any(a.name == "side" and a.word == "c" for a in r.args) and \
             r.name[1:] not in STOCK_RIGHT_FAULTS else ({},)
         for layout, letters in ((lay, s) for lay in ((102,) if "+nolayout" in r.flags else (101, 102)) for s in sides):
             rows = case(r, layout, letters)
