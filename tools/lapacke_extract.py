@@ -86,8 +86,40 @@ SIDED = {
 }
 # Drivers whose matrix the manual pages describe on entry in a way the parse misses.
 INOUT_A = {"sysvxx", "hesvxx"}
-# Rows the manual pages cannot give; {t} is the type letter, {r} its real type letter.
-MANUAL = {"lamch": "{t} +nolayout : cmach:c"}
+# Rows the manual pages cannot give (no page, or a C interface of its own): the row after the
+# name, one for every precision or a pair (real, complex); {t} is the type letter, {r} its real
+# type letter. The sizes of the fixed workspaces are the Fortran routines' documented ones.
+QR_T = "t:vec.{t}[tsize]"
+SVD_JOBS = ("jobu:c jobv:c jobq:c", "u:ge.{t}[m,m,ldu]/o?jobu=U ldu:i v:ge.{t}[p,p,ldv]/o?jobv=V ldv:i "
+            "q:ge.{t}[n,n,ldq]/o?jobq=Q ldq:i")
+GGSVD = (f"i : {SVD_JOBS[0]} m:i n:i p:i k:o l:o a:ge.{{t}}[m,n,lda]/io! lda:i b:ge.{{t}}[p,n,ldb]/io! ldb:i "
+         f"alpha:vec.{{r}}[n]/o beta:vec.{{r}}[n]/o {SVD_JOBS[1]} work:yx.{{t}}[max(1,max(3*n,m,p)+n)]")
+GGSVP = (f"i : {SVD_JOBS[0]} m:i p:i n:i a:ge.{{t}}[m,n,lda]/io! lda:i b:ge.{{t}}[p,n,ldb]/io! ldb:i "
+         f"tola:a.{{r}}! tolb:a.{{r}}! k:o l:o {SVD_JOBS[1]} iwork:ix[max(1,n)]")
+GGSVP_WORK = "tau:yx.{t}[max(1,n)] work:yx.{t}[max(1,max(3*n,m,p))]"
+GEQPF = "i : m:i n:i a:ge.{t}[m,n,lda]/io! lda:i jpvt:iio tau:vec.{t}[min(m,n)]/o"
+MANUAL = {
+    "lamch": ("{t} +nolayout : cmach:c", None),
+    "geqpf": (GEQPF + " work:yx.{t}[max(1,3*n)]", GEQPF + " work:yx.{t}[max(1,n)] rwork:yx.{r}[max(1,2*n)]"),
+    "ggsvd": (GGSVD + " iwork:iio", GGSVD + " rwork:yx.{r}[max(1,2*n)] iwork:iio"),
+    "ggsvp": (f"{GGSVP} {GGSVP_WORK}", f"{GGSVP} rwork:yx.{{r}}[max(1,2*n)] {GGSVP_WORK}"),
+    # The T of ?geqr and ?gelq is opaque to the C layer: tsize elements, never transposed.
+    **{f: f"i : m:i n:i a:ge.{{t}}[m,n,lda]/io! lda:i {QR_T}/o tsize:i work:yw.{{t}}[lwork] lwork:i"
+       for f in ("geqr", "gelq")},
+    "gemqr": "i : side:c trans:c m:i n:i k:i a:ge.{t}[byside(side,m,n),k,lda]/i! lda:i " + QR_T +
+             "/i! tsize:i c:ge.{t}[m,n,ldc]/io! ldc:i work:yw.{t}[lwork] lwork:i",
+    "gemlq": "i : side:c trans:c m:i n:i k:i a:ge.{t}[k,byside(side,m,n),lda]/i! lda:i " + QR_T +
+             "/i! tsize:i c:ge.{t}[m,n,ldc]/io! ldc:i work:yw.{t}[lwork] lwork:i",
+    # The NaN gate reads x at its stride, and the running scale and sum as one-element vectors.
+    "lassq": "i +nolayout : n:i x:vec.{t}[n,incx]/i! incx:i scale:vec.{r}[1]/io! sumsq:vec.{r}[1]/io!",
+}
+# LAPACKE routines of the header whose routine the library does not have, by why.
+ABSENT = {
+    **{f: "not in Debian liblapacke nor liblapack.so.3" for f in (
+        "gbrfsx", "gerfsx", "porfsx", "syrfsx", "herfsx", "gbsvxx", "gesvxx", "posvxx", "sysvxx", "hesvxx")},
+    **{f: "a test-matrix generator of libtmglib, not a LAPACK routine" for f in ("lagge", "laghe", "lagsy", "latms")},
+}
+REAL_OF = {"s": "s", "d": "d", "c": "s", "z": "d"}
 # The library's own routines (lapack_ext.sig), in the template's vocabulary.
 EXTENSIONS = [
     "qnl_{t}getrfnpi i : m:i n:i nfact:i a:ge.{t}[m,n,lda]/io! lda:i",
@@ -209,13 +241,18 @@ def classify(base, hi, wk, docs, lapack_h):
     """One table row for LAPACKE_<base>, or raise Skip."""
     name = base[1:] if base[0] in "sdcz" else base
     if base not in FORTRAN:
-        raise Skip("no Fortran entry in lapack.sig")
+        raise Skip(ABSENT.get(name, "no Fortran entry in lapack.sig"))
     if name in IRREGULAR:
         raise Skip(IRREGULAR[name])
-    if name in MANUAL and base[0] in "sd":
-        return base + " " + MANUAL[name].format(t=base[0])
-    # A routine documented under its twin of the other precision only (ssytrf_rk, cgelq...).
-    doc = docs.get(base) or docs.get({"s": "d", "d": "s", "c": "z", "z": "c"}[base[0]] + base[1:])
+    if name in MANUAL:
+        rows = MANUAL[name]
+        row = rows if isinstance(rows, str) else rows[base[0] in "cz"]
+        if row is not None:
+            return f"{base} {row.format(t=base[0], r=REAL_OF[base[0]])}"
+    # A routine documented under a twin of another precision only (ssytrf_rk, cgetsqrhrt...).
+    # Real routines take real pages only: a complex page lacks their real workspaces.
+    doc = next((docs[p + base[1:]] for p in base[0] + {"s": "d", "d": "s", "c": "zsd", "z": "cds"}[base[0]]
+                if p + base[1:] in docs), None)
     if not doc:
         raise Skip("no Fortran documentation")
     fargs = [p.name.lower() for p in doc.params if p.name != "INFO"]

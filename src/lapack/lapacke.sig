@@ -18,10 +18,10 @@ cgbcon i : norm:c n:i kl:i ku:i ab:gb.c[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii ano
 cgbequ i : m:i n:i kl:i ku:i ab:gb.c[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
 cgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
 cgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work rwork
-cgbrfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgbsv i : n:i kl:i ku:i nrhs:i ab:gb.c[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
 cgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work rwork
-cgbsvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cgbsvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgbtrf i : m:i n:i kl:i ku:i ab:gb.c[m,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio
 cgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.c[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii b:ge.c[n,nrhs,ldb]/io! ldb:i
 cgebak i : job:c side:c n:i ilo:i ihi:i scale:vec.s[n]/i! m:i v:ge.c[n,m,ldv]/io! ldv:i
@@ -36,20 +36,20 @@ cgeev i : jobvl:c jobvr:c n:i a:ge.c[n,n,lda]/io! lda:i w:vec.c[n]/o vl:ge.c[n,n
 cgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge.c[n,n,lda]/io! lda:i w:vec.c[n]/o vl:ge.c[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.c[n,n,ldvr]/io?jobvr=V ldvr:i ilo:o ihi:o scale:vec.s[n]/io abnrm:y.s rconde:vec.s[n]/io rcondv:vec.s[n]/io work:yw.c[lwork] lwork:i rwork:yx.s[2*n]
 cgehrd i : n:i ilo:i ihi:i a:ge.c[n,n,lda]/io! lda:i tau:vec.c[n-1]/io work:yw.c[lwork] lwork:i
 cgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
-cgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
+cgelq i : m:i n:i a:ge.c[m,n,lda]/io! lda:i t:vec.c[tsize]/o tsize:i work:yw.c[lwork] lwork:i
 cgelq2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yx.c[m]
 cgelqf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
 cgels i : trans:c m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 cgelsd - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
 cgelss i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/io rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yx.s[5*min(m,n)]
 cgelsy i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yx.s[2*n]
-cgemlq - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
-cgemqr - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
+cgemlq i : side:c trans:c m:i n:i k:i a:ge.c[k,byside(side,m,n),lda]/i! lda:i t:vec.c[tsize]/i! tsize:i c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
+cgemqr i : side:c trans:c m:i n:i k:i a:ge.c[byside(side,m,n),k,lda]/i! lda:i t:vec.c[tsize]/i! tsize:i c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
 cgeqlf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
 cgeqp3 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i jpvt:iio tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i rwork:yx.s[2*n]
-cgeqpf - +skip=no_Fortran_documentation : m n a lda jpvt tau work rwork
-cgeqr - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
+cgeqpf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i jpvt:iio tau:vec.c[min(m,n)]/o work:yx.c[max(1,n)] rwork:yx.s[max(1,2*n)]
+cgeqr i : m:i n:i a:ge.c[m,n,lda]/io! lda:i t:vec.c[tsize]/o tsize:i work:yw.c[lwork] lwork:i
 cgeqr2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yx.c[n]
 cgeqrf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
 cgeqrfp i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
@@ -57,7 +57,7 @@ cgeqrt i : m:i n:i nb:i a:ge.c[m,n,lda]/io! lda:i t:ge.c[nb,min(m,n),ldt]/io ldt
 cgeqrt2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i t:ge.c[n,n,ldt]/io ldt:i
 cgeqrt3 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i t:ge.c[n,n,ldt]/io ldt:i
 cgerfs i : trans:c n:i nrhs:i a:ge.c[n,n,lda]/i! lda:i af:ge.c[n,n,ldaf]/i! ldaf:i ipiv:ii b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
-cgerfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgerqf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
 cgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork rwork iwork
 cgesv i : n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
@@ -66,14 +66,14 @@ cgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a l
 cgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork rwork iwork
 cgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv cwork lwork rwork lrwork
 cgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work rwork
-cgesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgetf2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i ipiv:iio
 cgetrf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i ipiv:iio
 cgetrf2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i ipiv:iio
 cgetri i : n:i a:ge.c[n,n,lda]/io! lda:i ipiv:ii work:yw.c[lwork] lwork:i
 cgetrs i : trans:c n:i nrhs:i a:ge.c[n,n,lda]/i! lda:i ipiv:ii b:ge.c[n,nrhs,ldb]/io! ldb:i
 cgetsls i : trans:c m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
-cgetsqrhrt - +skip=no_Fortran_documentation : m n mb1 nb1 nb2 a lda t ldt work lwork
+cgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge.c[m,n,lda]/io! lda:i t:ge.c[nb2,n,ldt]/io ldt:i work:yw.c[lwork] lwork:i
 cggbak i : job:c side:c n:i ilo:i ihi:i lscale:vec.s[n]/i! rscale:vec.s[n]/i! m:i v:ge.c[n,m,ldv]/io! ldv:i
 cggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
 cgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i sdim:o alpha:vec.c[n]/io beta:vec.c[n]/o vsl:ge.c[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.c[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.c[lwork] lwork:i rwork:yx.s[8*n] bwork:lw[n]
@@ -88,9 +88,9 @@ cgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,
 cgglse i : m:i n:i p:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[p,n,ldb]/io! ldb:i c:vec.c[m]/io! d:vec.c[p]/io! x:vec.c[n]/o work:yw.c[lwork] lwork:i
 cggqrf i : n:i m:i p:i a:ge.c[n,m,lda]/io! lda:i taua:vec.c[min(n,m)]/io b:ge.c[n,p,ldb]/io! ldb:i taub:vec.c[min(n,p)]/io work:yw.c[lwork] lwork:i
 cggrqf i : m:i p:i n:i a:ge.c[m,n,lda]/io! lda:i taua:vec.c[min(m,n)]/io b:ge.c[p,n,ldb]/io! ldb:i taub:vec.c[min(p,n)]/io work:yw.c[lwork] lwork:i
-cggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work rwork iwork
+cggsvd i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:ge.c[m,n,lda]/io! lda:i b:ge.c[p,n,ldb]/io! ldb:i alpha:vec.s[n]/o beta:vec.s[n]/o u:ge.c[m,m,ldu]/o?jobu=U ldu:i v:ge.c[p,p,ldv]/o?jobv=V ldv:i q:ge.c[n,n,ldq]/o?jobq=Q ldq:i work:yx.c[max(1,max(3*n,m,p)+n)] rwork:yx.s[max(1,2*n)] iwork:iio
 cggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:iio a:ge.c[m,n,lda]/io! lda:i b:ge.c[p,n,ldb]/io! ldb:i alpha:vec.s[n]/io beta:vec.s[n]/o u:ge.c[m,m,ldu]/o?jobu=U ldu:i v:ge.c[p,p,ldv]/o?jobv=V ldv:i q:ge.c[n,n,ldq]/o?jobq=Q ldq:i work:yw.c[lwork] lwork:i rwork:yx.s[2*n] iwork:iio
-cggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work
+cggsvp i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! k:o l:o u:ge.c[m,m,ldu]/o?jobu=U ldu:i v:ge.c[p,p,ldv]/o?jobv=V ldv:i q:ge.c[n,n,ldq]/o?jobq=Q ldq:i iwork:ix[max(1,n)] rwork:yx.s[max(1,2*n)] tau:yx.c[max(1,n)] work:yx.c[max(1,max(3*n,m,p))]
 cggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! k:o l:iio u:ge.c[m,m,ldu]/o?jobu=U ldu:i v:ge.c[p,p,ldv]/o?jobv=V ldv:i q:ge.c[n,n,ldq]/o?jobq=Q ldq:i iwork:ix[n] rwork:yx.s[2*n] tau:yx.c[n] work:yw.c[lwork] lwork:i
 cgtcon i +nolayout : norm:c n:i dl:vec.c[n-1]/i! d:vec.c[n]/i! du:vec.c[n-1]/i! du2:vec.c[n-2]/i! ipiv:ii anorm:a.s! rcond:y.s work:yx.c[2*n]
 cgtrfs i : trans:c n:i nrhs:i dl:vec.c[n-1]/i! d:vec.c[n]/i! du:vec.c[n-1]/i! dlf:vec.c[n-1]/i! df:vec.c[n]/i! duf:vec.c[n-1]/i! du2:vec.c[n-2]/i! ipiv:ii b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
@@ -126,13 +126,13 @@ chegv_2stage i : itype:i jobz:c uplo:c n:i a:ge.c[n,n,lda]/io!ge lda:i b:ge.c[n,
 chegvd i : itype:i jobz:c uplo:c n:i a:ge.c[n,n,lda]/io!ge lda:i b:ge.c[n,n,ldb]/io!ge ldb:i w:vec.s[n]/io work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
 chegvx i : itype:i jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i b:sy.c[uplo,n,ldb]/io! ldb:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
 cherfs i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i af:sy.c[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
-cherfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cherfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 chesv i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 chesv_aa i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 chesv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 chesv_rk i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i e:vec.c[n]/o ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 chesvx i : fact:c uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i af:sy.c[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yw.c[lwork] lwork:i rwork:yx.s[n]
-chesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+chesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cheswapr i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i i1:i i2:i
 chetrd i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i d:vec.s[n]/io e:vec.s[n-1]/io tau:vec.c[n-1]/io work:yw.c[lwork] lwork:i
 chetrf i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio work:yw.c[lwork] lwork:i
@@ -175,9 +175,9 @@ clacp2 i : uplo:c m:i n:i a:ge.s[m,n,lda]/i! lda:i b:ge.c[m,n,ldb]/o ldb:i
 clacpy i +nocopy : uplo:c m:i n:i a:ge.c[m,n,lda]/i! lda:i b:ge.c[m,n,ldb]/o ldb:i
 clacrm i : m:i n:i a:ge.c[m,n,lda]/i! lda:i b:ge.s[n,n,ldb]/i! ldb:i c:ge.c[m,n,ldc]/o ldc:i work:yx.s[2*m*n]
 clag2z i : m:i n:i sa:ge.c[m,n,ldsa]/i! ldsa:i a:ge.z[m,n,lda]/o lda:i
-clagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
-claghe - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
-clagsy - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
+clagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
+claghe - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
+clagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 clangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
 clange s : norm:c m:i n:i a:ge.c[m,n,lda]/i! lda:i work:yx.s[m]?norm=I
 clanhe s : norm:c uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i work:yx.s[n]?norm=IO1
@@ -193,9 +193,9 @@ clarfx i : side:c m:i n:i v:vec.c[m]/i! tau:a.c! c:ge.c[m,n,ldc]/io! ldc:i work:
 clarnv i +nolayout : idist:i iseed:iio n:i x:vec.c[n]/io
 clascl i : type:c kl:i ku:i cfrom:a.s! cto:a.s! m:i n:i a:ge.c[m,n,lda]/io lda:i
 claset i +nocopy : uplo:c m:i n:i alpha:a.c! beta:a.c! a:ge.c[m,n,lda]/io! lda:i
-classq - +skip=no_Fortran_documentation : n x incx scale sumsq
+classq i +nolayout : n:i x:vec.c[n,incx]/i! incx:i scale:vec.s[1]/io! sumsq:vec.s[1]/io!
 claswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
-clatms - +skip=no_Fortran_entry_in_lapack.sig : m n dist iseed sym d mode cond dmax kl ku pack a lda work
+clatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 clauum i : uplo:c n:i a:ge.c[n,n,lda]/io! lda:i
 cpbcon i : uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/i! ldab:i anorm:a.s! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
 cpbequ i : uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/i! ldab:i s:vec.s[n]/o scond:y.s amax:y.s
@@ -212,10 +212,10 @@ cpocon i +nocopy : uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i anorm:a.s! rcond:y.s w
 cpoequ i +nocopy : n:i a:ge.c[n,n,lda]/i! lda:i s:vec.s[n]/o scond:y.s amax:y.s
 cpoequb i +nocopy : n:i a:ge.c[n,n,lda]/i! lda:i s:vec.s[n]/o scond:y.s amax:y.s
 cporfs i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i af:sy.c[uplo,n,ldaf]/i! ldaf:i b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
-cporfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cporfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cposv i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i b:ge.c[n,nrhs,ldb]/io! ldb:i
 cposvx i : fact:c uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i af:sy.c[uplo,n,ldaf]/io! ldaf:i equed:c* s:vec.s[n]/o b:ge.c[n,nrhs,ldb]/io! ldb:i x:ge.c[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
-cposvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+cposvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cpotrf i +nocopy : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i
 cpotrf2 i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i
 cpotri i +nocopy : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i
@@ -254,14 +254,14 @@ csyconv i : uplo:c way:c n:i a:sy.c[uplo,n,lda]/io lda:i ipiv:ii e:vec.c[n]/io
 csyequb i : uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i s:vec.s[n]/o scond:y.s amax:y.s work:yx.c[2*n]
 csyr i : uplo:c n:i alpha:a.c! x:vec.c[1+(n-1)*abs(incx)]/i! incx:i a:sy.c[uplo,n,lda]/io! lda:i
 csyrfs i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i af:sy.c[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
-csyrfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+csyrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 csysv i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 csysv_aa i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 csysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 csysv_rk i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i e:vec.c[n]/o ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 csysv_rook i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 csysvx i : fact:c uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i af:sy.c[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yw.c[lwork] lwork:i rwork:yx.s[n]
-csysvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+csysvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 csyswapr i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i i1:i i2:i
 csytrf i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio work:yw.c[lwork] lwork:i
 csytrf_aa i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio work:yw.c[lwork] lwork:i
@@ -344,10 +344,10 @@ dgbcon i : norm:c n:i kl:i ku:i ab:gb.d[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii ano
 dgbequ i : m:i n:i kl:i ku:i ab:gb.d[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
 dgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
 dgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work iwork
-dgbrfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgbsv i : n:i kl:i ku:i nrhs:i ab:gb.d[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i
 dgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work iwork
-dgbsvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dgbsvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgbtrf i : m:i n:i kl:i ku:i ab:gb.d[m,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio
 dgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.d[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii b:ge.d[n,nrhs,ldb]/io! ldb:i
 dgebak i : job:c side:c n:i ilo:i ihi:i scale:vec.d[n]/i! m:i v:ge.d[n,m,ldv]/io! ldv:i
@@ -362,20 +362,20 @@ dgeev i : jobvl:c jobvr:c n:i a:ge.d[n,n,lda]/io! lda:i wr:vec.d[n]/io wi:vec.d[
 dgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge.d[n,n,lda]/io! lda:i wr:vec.d[n]/io wi:vec.d[n]/io vl:ge.d[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.d[n,n,ldvr]/io?jobvr=V ldvr:i ilo:o ihi:o scale:vec.d[n]/io abnrm:y.d rconde:vec.d[n]/io rcondv:vec.d[n]/io work:yw.d[lwork] lwork:i iwork:ix[2*n-2]
 dgehrd i : n:i ilo:i ihi:i a:ge.d[n,n,lda]/io! lda:i tau:vec.d[n-1]/io work:yw.d[lwork] lwork:i
 dgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv work lwork iwork
-dgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
+dgelq i : m:i n:i a:ge.d[m,n,lda]/io! lda:i t:vec.d[tsize]/o tsize:i work:yw.d[lwork] lwork:i
 dgelq2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yx.d[m]
 dgelqf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgels i : trans:c m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dgelsd - +skip=workspace_iwork:_'liwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
 dgelss i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/io rcond:a.d! rank:o work:yw.d[lwork] lwork:i
 dgelsy i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.d[lwork] lwork:i
-dgemlq - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
-dgemqr - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
+dgemlq i : side:c trans:c m:i n:i k:i a:ge.d[k,byside(side,m,n),lda]/i! lda:i t:vec.d[tsize]/i! tsize:i c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
+dgemqr i : side:c trans:c m:i n:i k:i a:ge.d[byside(side,m,n),k,lda]/i! lda:i t:vec.d[tsize]/i! tsize:i c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
 dgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
 dgeqlf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgeqp3 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i jpvt:iio tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
-dgeqpf - +skip=no_Fortran_documentation : m n a lda jpvt tau work
-dgeqr - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
+dgeqpf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i jpvt:iio tau:vec.d[min(m,n)]/o work:yx.d[max(1,3*n)]
+dgeqr i : m:i n:i a:ge.d[m,n,lda]/io! lda:i t:vec.d[tsize]/o tsize:i work:yw.d[lwork] lwork:i
 dgeqr2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yx.d[n]
 dgeqrf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgeqrfp i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
@@ -383,7 +383,7 @@ dgeqrt i : m:i n:i nb:i a:ge.d[m,n,lda]/io! lda:i t:ge.d[nb,min(m,n),ldt]/io ldt
 dgeqrt2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i t:ge.d[n,n,ldt]/io ldt:i
 dgeqrt3 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i t:ge.d[n,n,ldt]/io ldt:i
 dgerfs i : trans:c n:i nrhs:i a:ge.d[n,n,lda]/i! lda:i af:ge.d[n,n,ldaf]/i! ldaf:i ipiv:ii b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
-dgerfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgerqf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork iwork
 dgesv i : n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i
@@ -392,7 +392,7 @@ dgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a l
 dgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork iwork
 dgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv work lwork
 dgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work iwork
-dgesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgetf2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i ipiv:iio
 dgetrf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i ipiv:iio
 dgetrf2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i ipiv:iio
@@ -414,9 +414,9 @@ dgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,
 dgglse i : m:i n:i p:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[p,n,ldb]/io! ldb:i c:vec.d[m]/io! d:vec.d[p]/io! x:vec.d[n]/o work:yw.d[lwork] lwork:i
 dggqrf i : n:i m:i p:i a:ge.d[n,m,lda]/io! lda:i taua:vec.d[min(n,m)]/io b:ge.d[n,p,ldb]/io! ldb:i taub:vec.d[min(n,p)]/io work:yw.d[lwork] lwork:i
 dggrqf i : m:i p:i n:i a:ge.d[m,n,lda]/io! lda:i taua:vec.d[min(m,n)]/io b:ge.d[p,n,ldb]/io! ldb:i taub:vec.d[min(p,n)]/io work:yw.d[lwork] lwork:i
-dggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work iwork
+dggsvd i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:ge.d[m,n,lda]/io! lda:i b:ge.d[p,n,ldb]/io! ldb:i alpha:vec.d[n]/o beta:vec.d[n]/o u:ge.d[m,m,ldu]/o?jobu=U ldu:i v:ge.d[p,p,ldv]/o?jobv=V ldv:i q:ge.d[n,n,ldq]/o?jobq=Q ldq:i work:yx.d[max(1,max(3*n,m,p)+n)] iwork:iio
 dggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:iio a:ge.d[m,n,lda]/io! lda:i b:ge.d[p,n,ldb]/io! ldb:i alpha:vec.d[n]/io beta:vec.d[n]/o u:ge.d[m,m,ldu]/o?jobu=U ldu:i v:ge.d[p,p,ldv]/o?jobv=V ldv:i q:ge.d[n,n,ldq]/o?jobq=Q ldq:i work:yw.d[lwork] lwork:i iwork:iio
-dggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work
+dggsvp i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! k:o l:o u:ge.d[m,m,ldu]/o?jobu=U ldu:i v:ge.d[p,p,ldv]/o?jobv=V ldv:i q:ge.d[n,n,ldq]/o?jobq=Q ldq:i iwork:ix[max(1,n)] tau:yx.d[max(1,n)] work:yx.d[max(1,max(3*n,m,p))]
 dggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! k:o l:iio u:ge.d[m,m,ldu]/o?jobu=U ldu:i v:ge.d[p,p,ldv]/o?jobv=V ldv:i q:ge.d[n,n,ldq]/o?jobq=Q ldq:i iwork:ix[n] tau:yx.d[n] work:yw.d[lwork] lwork:i
 dgtcon i +nolayout : norm:c n:i dl:vec.d[n-1]/i! d:vec.d[n]/i! du:vec.d[n-1]/i! du2:vec.d[n-2]/i! ipiv:ii anorm:a.d! rcond:y.d work:yx.d[2*n] iwork:ix[n]
 dgtrfs i : trans:c n:i nrhs:i dl:vec.d[n-1]/i! d:vec.d[n]/i! du:vec.d[n-1]/i! dlf:vec.d[n-1]/i! df:vec.d[n]/i! duf:vec.d[n-1]/i! du2:vec.d[n-2]/i! ipiv:ii b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
@@ -430,8 +430,8 @@ dhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.d[n,n,ldh]/io! ldh:i wr:vec.d[n]/i
 dlacn2 i +nolayout : n:i v:vec.d[n]/io x:vec.d[n]/io isgn:iio est:y.d kase:o isave:iio
 dlacpy i +nocopy : uplo:c m:i n:i a:ge.d[m,n,lda]/i! lda:i b:ge.d[m,n,ldb]/o ldb:i
 dlag2s i : m:i n:i a:ge.d[m,n,lda]/i! lda:i sa:ge.s[m,n,ldsa]/o ldsa:i
-dlagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
-dlagsy - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
+dlagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
+dlagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 dlamch d +nolayout : cmach:c
 dlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
 dlange d : norm:c m:i n:i a:ge.d[m,n,lda]/i! lda:i work:yx.d[m]?norm=I
@@ -451,9 +451,9 @@ dlartgs i +nolayout : x:a.d! y:a.d! sigma:a.d! cs:y.d sn:y.d
 dlascl i : type:c kl:i ku:i cfrom:a.d! cto:a.d! m:i n:i a:ge.d[m,n,lda]/io lda:i
 dlaset i +nocopy : uplo:c m:i n:i alpha:a.d! beta:a.d! a:ge.d[m,n,lda]/o lda:i
 dlasrt i +nolayout : id:c n:i d:vec.d[n]/io!
-dlassq - +skip=no_Fortran_documentation : n x incx scale sumsq
+dlassq i +nolayout : n:i x:vec.d[n,incx]/i! incx:i scale:vec.d[1]/io! sumsq:vec.d[1]/io!
 dlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
-dlatms - +skip=no_Fortran_entry_in_lapack.sig : m n dist iseed sym d mode cond dmax kl ku pack a lda work
+dlatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 dlauum i : uplo:c n:i a:ge.d[n,n,lda]/io! lda:i
 dopgtr i : uplo:c n:i ap:sp.d[uplo,n]/i! tau:vec.d[n-1]/i! q:ge.d[n,n,ldq]/io ldq:i work:yx.d[n-1]
 dopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
@@ -491,10 +491,10 @@ dpocon i +nocopy : uplo:c n:i a:sy.d[uplo,n,lda]/i! lda:i anorm:a.d! rcond:y.d w
 dpoequ i +nocopy : n:i a:ge.d[n,n,lda]/i! lda:i s:vec.d[n]/o scond:y.d amax:y.d
 dpoequb i +nocopy : n:i a:ge.d[n,n,lda]/i! lda:i s:vec.d[n]/o scond:y.d amax:y.d
 dporfs i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/i! lda:i af:sy.d[uplo,n,ldaf]/i! ldaf:i b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
-dporfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dporfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dposv i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i b:ge.d[n,nrhs,ldb]/io! ldb:i
 dposvx i : fact:c uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i af:sy.d[uplo,n,ldaf]/io! ldaf:i equed:c* s:vec.d[n]/o b:ge.d[n,nrhs,ldb]/io! ldb:i x:ge.d[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
-dposvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dposvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dpotrf i +nocopy : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i
 dpotrf2 i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i
 dpotri i +nocopy : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i
@@ -573,14 +573,14 @@ dsygv_2stage i : itype:i jobz:c uplo:c n:i a:ge.d[n,n,lda]/io!ge lda:i b:ge.d[n,
 dsygvd i : itype:i jobz:c uplo:c n:i a:ge.d[n,n,lda]/io!ge lda:i b:ge.d[n,n,ldb]/io!ge ldb:i w:vec.d[n]/io work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dsygvx i : itype:i jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i b:sy.d[uplo,n,ldb]/io! ldb:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:ix[5*n] ifail:iio
 dsyrfs i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/i! lda:i af:sy.d[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
-dsyrfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dsyrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dsysv i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dsysv_aa i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dsysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 dsysv_rk i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i e:vec.d[n]/o ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dsysv_rook i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dsysvx i : fact:c uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/i! lda:i af:sy.d[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yw.d[lwork] lwork:i iwork:ix[n]
-dsysvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+dsysvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dsyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
 dsytrd i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i d:vec.d[n]/io e:vec.d[n-1]/io tau:vec.d[n-1]/io work:yw.d[lwork] lwork:i
 dsytrf i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio work:yw.d[lwork] lwork:i
@@ -644,10 +644,10 @@ sgbcon i : norm:c n:i kl:i ku:i ab:gb.s[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii ano
 sgbequ i : m:i n:i kl:i ku:i ab:gb.s[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
 sgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
 sgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work iwork
-sgbrfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgbsv i : n:i kl:i ku:i nrhs:i ab:gb.s[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i
 sgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work iwork
-sgbsvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sgbsvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgbtrf i : m:i n:i kl:i ku:i ab:gb.s[m,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio
 sgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.s[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii b:ge.s[n,nrhs,ldb]/io! ldb:i
 sgebak i : job:c side:c n:i ilo:i ihi:i scale:vec.s[n]/i! m:i v:ge.s[n,m,ldv]/io! ldv:i
@@ -662,20 +662,20 @@ sgeev i : jobvl:c jobvr:c n:i a:ge.s[n,n,lda]/io! lda:i wr:vec.s[n]/io wi:vec.s[
 sgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge.s[n,n,lda]/io! lda:i wr:vec.s[n]/io wi:vec.s[n]/io vl:ge.s[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.s[n,n,ldvr]/io?jobvr=V ldvr:i ilo:o ihi:o scale:vec.s[n]/io abnrm:y.s rconde:vec.s[n]/io rcondv:vec.s[n]/io work:yw.s[lwork] lwork:i iwork:ix[2*n-2]
 sgehrd i : n:i ilo:i ihi:i a:ge.s[n,n,lda]/io! lda:i tau:vec.s[n-1]/io work:yw.s[lwork] lwork:i
 sgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv work lwork iwork
-sgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
+sgelq i : m:i n:i a:ge.s[m,n,lda]/io! lda:i t:vec.s[tsize]/o tsize:i work:yw.s[lwork] lwork:i
 sgelq2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yx.s[m]
 sgelqf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgels i : trans:c m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 sgelsd - +skip=workspace_iwork:_'liwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
 sgelss i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/io rcond:a.s! rank:o work:yw.s[lwork] lwork:i
 sgelsy i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.s[lwork] lwork:i
-sgemlq - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
-sgemqr - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
+sgemlq i : side:c trans:c m:i n:i k:i a:ge.s[k,byside(side,m,n),lda]/i! lda:i t:vec.s[tsize]/i! tsize:i c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
+sgemqr i : side:c trans:c m:i n:i k:i a:ge.s[byside(side,m,n),k,lda]/i! lda:i t:vec.s[tsize]/i! tsize:i c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
 sgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
 sgeqlf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgeqp3 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i jpvt:iio tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
-sgeqpf - +skip=no_Fortran_documentation : m n a lda jpvt tau work
-sgeqr - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
+sgeqpf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i jpvt:iio tau:vec.s[min(m,n)]/o work:yx.s[max(1,3*n)]
+sgeqr i : m:i n:i a:ge.s[m,n,lda]/io! lda:i t:vec.s[tsize]/o tsize:i work:yw.s[lwork] lwork:i
 sgeqr2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yx.s[n]
 sgeqrf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgeqrfp i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
@@ -683,7 +683,7 @@ sgeqrt i : m:i n:i nb:i a:ge.s[m,n,lda]/io! lda:i t:ge.s[nb,min(m,n),ldt]/io ldt
 sgeqrt2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i t:ge.s[n,n,ldt]/io ldt:i
 sgeqrt3 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i t:ge.s[n,n,ldt]/io ldt:i
 sgerfs i : trans:c n:i nrhs:i a:ge.s[n,n,lda]/i! lda:i af:ge.s[n,n,ldaf]/i! ldaf:i ipiv:ii b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
-sgerfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgerqf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork iwork
 sgesv i : n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i
@@ -692,7 +692,7 @@ sgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a l
 sgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork iwork
 sgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv work lwork
 sgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work iwork
-sgesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgetf2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i ipiv:iio
 sgetrf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i ipiv:iio
 sgetrf2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i ipiv:iio
@@ -714,9 +714,9 @@ sgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,
 sgglse i : m:i n:i p:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[p,n,ldb]/io! ldb:i c:vec.s[m]/io! d:vec.s[p]/io! x:vec.s[n]/o work:yw.s[lwork] lwork:i
 sggqrf i : n:i m:i p:i a:ge.s[n,m,lda]/io! lda:i taua:vec.s[min(n,m)]/io b:ge.s[n,p,ldb]/io! ldb:i taub:vec.s[min(n,p)]/io work:yw.s[lwork] lwork:i
 sggrqf i : m:i p:i n:i a:ge.s[m,n,lda]/io! lda:i taua:vec.s[min(m,n)]/io b:ge.s[p,n,ldb]/io! ldb:i taub:vec.s[min(p,n)]/io work:yw.s[lwork] lwork:i
-sggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work iwork
+sggsvd i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:ge.s[m,n,lda]/io! lda:i b:ge.s[p,n,ldb]/io! ldb:i alpha:vec.s[n]/o beta:vec.s[n]/o u:ge.s[m,m,ldu]/o?jobu=U ldu:i v:ge.s[p,p,ldv]/o?jobv=V ldv:i q:ge.s[n,n,ldq]/o?jobq=Q ldq:i work:yx.s[max(1,max(3*n,m,p)+n)] iwork:iio
 sggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:iio a:ge.s[m,n,lda]/io! lda:i b:ge.s[p,n,ldb]/io! ldb:i alpha:vec.s[n]/io beta:vec.s[n]/o u:ge.s[m,m,ldu]/o?jobu=U ldu:i v:ge.s[p,p,ldv]/o?jobv=V ldv:i q:ge.s[n,n,ldq]/o?jobq=Q ldq:i work:yw.s[lwork] lwork:i iwork:iio
-sggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork tau work
+sggsvp i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! k:o l:o u:ge.s[m,m,ldu]/o?jobu=U ldu:i v:ge.s[p,p,ldv]/o?jobv=V ldv:i q:ge.s[n,n,ldq]/o?jobq=Q ldq:i iwork:ix[max(1,n)] tau:yx.s[max(1,n)] work:yx.s[max(1,max(3*n,m,p))]
 sggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! k:o l:iio u:ge.s[m,m,ldu]/o?jobu=U ldu:i v:ge.s[p,p,ldv]/o?jobv=V ldv:i q:ge.s[n,n,ldq]/o?jobq=Q ldq:i iwork:ix[n] tau:yx.s[n] work:yw.s[lwork] lwork:i
 sgtcon i +nolayout : norm:c n:i dl:vec.s[n-1]/i! d:vec.s[n]/i! du:vec.s[n-1]/i! du2:vec.s[n-2]/i! ipiv:ii anorm:a.s! rcond:y.s work:yx.s[2*n] iwork:ix[n]
 sgtrfs i : trans:c n:i nrhs:i dl:vec.s[n-1]/i! d:vec.s[n]/i! du:vec.s[n-1]/i! dlf:vec.s[n-1]/i! df:vec.s[n]/i! duf:vec.s[n-1]/i! du2:vec.s[n-2]/i! ipiv:ii b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
@@ -730,8 +730,8 @@ shseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.s[n,n,ldh]/io! ldh:i wr:vec.s[n]/i
 slacn2 i +nolayout : n:i v:vec.s[n]/io x:vec.s[n]/io isgn:iio est:y.s kase:o isave:iio
 slacpy i +nocopy : uplo:c m:i n:i a:ge.s[m,n,lda]/i! lda:i b:ge.s[m,n,ldb]/o ldb:i
 slag2d i : m:i n:i sa:ge.s[m,n,ldsa]/i! ldsa:i a:ge.d[m,n,lda]/o lda:i
-slagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
-slagsy - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
+slagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
+slagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 slamch s +nolayout : cmach:c
 slangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
 slange s : norm:c m:i n:i a:ge.s[m,n,lda]/i! lda:i work:yx.s[m]?norm=I
@@ -751,9 +751,9 @@ slartgs i +nolayout : x:a.s! y:a.s! sigma:a.s! cs:y.s sn:y.s
 slascl i : type:c kl:i ku:i cfrom:a.s! cto:a.s! m:i n:i a:ge.s[m,n,lda]/io lda:i
 slaset i +nocopy : uplo:c m:i n:i alpha:a.s! beta:a.s! a:ge.s[m,n,lda]/o lda:i
 slasrt i +nolayout : id:c n:i d:vec.s[n]/io!
-slassq - +skip=no_Fortran_documentation : n x incx scale sumsq
+slassq i +nolayout : n:i x:vec.s[n,incx]/i! incx:i scale:vec.s[1]/io! sumsq:vec.s[1]/io!
 slaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
-slatms - +skip=no_Fortran_entry_in_lapack.sig : m n dist iseed sym d mode cond dmax kl ku pack a lda work
+slatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 slauum i : uplo:c n:i a:ge.s[n,n,lda]/io! lda:i
 sopgtr i : uplo:c n:i ap:sp.s[uplo,n]/i! tau:vec.s[n-1]/i! q:ge.s[n,n,ldq]/io ldq:i work:yx.s[n-1]
 sopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
@@ -791,10 +791,10 @@ spocon i +nocopy : uplo:c n:i a:sy.s[uplo,n,lda]/i! lda:i anorm:a.s! rcond:y.s w
 spoequ i +nocopy : n:i a:ge.s[n,n,lda]/i! lda:i s:vec.s[n]/o scond:y.s amax:y.s
 spoequb i +nocopy : n:i a:ge.s[n,n,lda]/i! lda:i s:vec.s[n]/o scond:y.s amax:y.s
 sporfs i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/i! lda:i af:sy.s[uplo,n,ldaf]/i! ldaf:i b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
-sporfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sporfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sposv i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i b:ge.s[n,nrhs,ldb]/io! ldb:i
 sposvx i : fact:c uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i af:sy.s[uplo,n,ldaf]/io! ldaf:i equed:c* s:vec.s[n]/o b:ge.s[n,nrhs,ldb]/io! ldb:i x:ge.s[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
-sposvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+sposvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 spotrf i +nocopy : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i
 spotrf2 i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i
 spotri i +nocopy : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i
@@ -871,14 +871,14 @@ ssygv_2stage i : itype:i jobz:c uplo:c n:i a:ge.s[n,n,lda]/io!ge lda:i b:ge.s[n,
 ssygvd i : itype:i jobz:c uplo:c n:i a:ge.s[n,n,lda]/io!ge lda:i b:ge.s[n,n,ldb]/io!ge ldb:i w:vec.s[n]/io work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 ssygvx i : itype:i jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i b:sy.s[uplo,n,ldb]/io! ldb:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:ix[5*n] ifail:iio
 ssyrfs i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/i! lda:i af:sy.s[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
-ssyrfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+ssyrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 ssysv i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 ssysv_aa i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 ssysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 ssysv_rk i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i e:vec.s[n]/o ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 ssysv_rook i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 ssysvx i : fact:c uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/i! lda:i af:sy.s[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yw.s[lwork] lwork:i iwork:ix[n]
-ssysvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
+ssysvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 ssyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
 ssytrd i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i d:vec.s[n]/io e:vec.s[n-1]/io tau:vec.s[n-1]/io work:yw.s[lwork] lwork:i
 ssytrf i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio work:yw.s[lwork] lwork:i
@@ -941,10 +941,10 @@ zgbcon i : norm:c n:i kl:i ku:i ab:gb.z[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii ano
 zgbequ i : m:i n:i kl:i ku:i ab:gb.z[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
 zgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
 zgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work rwork
-zgbrfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgbsv i : n:i kl:i ku:i nrhs:i ab:gb.z[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
 zgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work rwork
-zgbsvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zgbsvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgbtrf i : m:i n:i kl:i ku:i ab:gb.z[m,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio
 zgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.z[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii b:ge.z[n,nrhs,ldb]/io! ldb:i
 zgebak i : job:c side:c n:i ilo:i ihi:i scale:vec.d[n]/i! m:i v:ge.z[n,m,ldv]/io! ldv:i
@@ -959,20 +959,20 @@ zgeev i : jobvl:c jobvr:c n:i a:ge.z[n,n,lda]/io! lda:i w:vec.z[n]/o vl:ge.z[n,n
 zgeevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge.z[n,n,lda]/io! lda:i w:vec.z[n]/o vl:ge.z[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.z[n,n,ldvr]/io?jobvr=V ldvr:i ilo:o ihi:o scale:vec.d[n]/io abnrm:y.d rconde:vec.d[n]/io rcondv:vec.d[n]/io work:yw.z[lwork] lwork:i rwork:yx.d[2*n]
 zgehrd i : n:i ilo:i ihi:i a:ge.z[n,n,lda]/io! lda:i tau:vec.z[n-1]/io work:yw.z[lwork] lwork:i
 zgejsv - +skip=high_level_has_its_own_outputs_(stat,istat) : joba jobu jobv jobr jobt jobp m n a lda sva u ldu v ldv cwork lwork work lrwork iwork
-zgelq - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
+zgelq i : m:i n:i a:ge.z[m,n,lda]/io! lda:i t:vec.z[tsize]/o tsize:i work:yw.z[lwork] lwork:i
 zgelq2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yx.z[m]
 zgelqf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
 zgels i : trans:c m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zgelsd - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
 zgelss i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/io rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yx.d[5*min(m,n)]
 zgelsy i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yx.d[2*n]
-zgemlq - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
-zgemqr - +skip=no_Fortran_documentation : side trans m n k a lda t tsize c ldc work lwork
+zgemlq i : side:c trans:c m:i n:i k:i a:ge.z[k,byside(side,m,n),lda]/i! lda:i t:vec.z[tsize]/i! tsize:i c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
+zgemqr i : side:c trans:c m:i n:i k:i a:ge.z[byside(side,m,n),k,lda]/i! lda:i t:vec.z[tsize]/i! tsize:i c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
 zgeqlf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
 zgeqp3 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i jpvt:iio tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i rwork:yx.d[2*n]
-zgeqpf - +skip=no_Fortran_documentation : m n a lda jpvt tau work rwork
-zgeqr - +skip=no_Fortran_documentation : m n a lda t tsize work lwork
+zgeqpf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i jpvt:iio tau:vec.z[min(m,n)]/o work:yx.z[max(1,n)] rwork:yx.d[max(1,2*n)]
+zgeqr i : m:i n:i a:ge.z[m,n,lda]/io! lda:i t:vec.z[tsize]/o tsize:i work:yw.z[lwork] lwork:i
 zgeqr2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yx.z[n]
 zgeqrf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
 zgeqrfp i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
@@ -980,7 +980,7 @@ zgeqrt i : m:i n:i nb:i a:ge.z[m,n,lda]/io! lda:i t:ge.z[nb,min(m,n),ldt]/io ldt
 zgeqrt2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i t:ge.z[n,n,ldt]/io ldt:i
 zgeqrt3 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i t:ge.z[n,n,ldt]/io ldt:i
 zgerfs i : trans:c n:i nrhs:i a:ge.z[n,n,lda]/i! lda:i af:ge.z[n,n,ldaf]/i! ldaf:i ipiv:ii b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
-zgerfsx - +skip=no_Fortran_entry_in_lapack.sig : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgerqf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
 zgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork rwork iwork
 zgesv i : n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
@@ -989,14 +989,14 @@ zgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a l
 zgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork rwork iwork
 zgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv cwork lwork rwork lrwork
 zgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work rwork
-zgesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgetf2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i ipiv:iio
 zgetrf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i ipiv:iio
 zgetrf2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i ipiv:iio
 zgetri i : n:i a:ge.z[n,n,lda]/io! lda:i ipiv:ii work:yw.z[lwork] lwork:i
 zgetrs i : trans:c n:i nrhs:i a:ge.z[n,n,lda]/i! lda:i ipiv:ii b:ge.z[n,nrhs,ldb]/io! ldb:i
 zgetsls i : trans:c m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
-zgetsqrhrt - +skip=no_Fortran_documentation : m n mb1 nb1 nb2 a lda t ldt work lwork
+zgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge.z[m,n,lda]/io! lda:i t:ge.z[nb2,n,ldt]/io ldt:i work:yw.z[lwork] lwork:i
 zggbak i : job:c side:c n:i ilo:i ihi:i lscale:vec.d[n]/i! rscale:vec.d[n]/i! m:i v:ge.z[n,m,ldv]/io! ldv:i
 zggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
 zgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i sdim:o alpha:vec.z[n]/io beta:vec.z[n]/o vsl:ge.z[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.z[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.z[lwork] lwork:i rwork:yx.d[8*n] bwork:lw[n]
@@ -1011,9 +1011,9 @@ zgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,
 zgglse i : m:i n:i p:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[p,n,ldb]/io! ldb:i c:vec.z[m]/io! d:vec.z[p]/io! x:vec.z[n]/o work:yw.z[lwork] lwork:i
 zggqrf i : n:i m:i p:i a:ge.z[n,m,lda]/io! lda:i taua:vec.z[min(n,m)]/io b:ge.z[n,p,ldb]/io! ldb:i taub:vec.z[min(n,p)]/io work:yw.z[lwork] lwork:i
 zggrqf i : m:i p:i n:i a:ge.z[m,n,lda]/io! lda:i taua:vec.z[min(m,n)]/io b:ge.z[p,n,ldb]/io! ldb:i taub:vec.z[min(p,n)]/io work:yw.z[lwork] lwork:i
-zggsvd - +skip=no_Fortran_documentation : jobu jobv jobq m n p k l a lda b ldb alpha beta u ldu v ldv q ldq work rwork iwork
+zggsvd i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:o a:ge.z[m,n,lda]/io! lda:i b:ge.z[p,n,ldb]/io! ldb:i alpha:vec.d[n]/o beta:vec.d[n]/o u:ge.z[m,m,ldu]/o?jobu=U ldu:i v:ge.z[p,p,ldv]/o?jobv=V ldv:i q:ge.z[n,n,ldq]/o?jobq=Q ldq:i work:yx.z[max(1,max(3*n,m,p)+n)] rwork:yx.d[max(1,2*n)] iwork:iio
 zggsvd3 i : jobu:c jobv:c jobq:c m:i n:i p:i k:o l:iio a:ge.z[m,n,lda]/io! lda:i b:ge.z[p,n,ldb]/io! ldb:i alpha:vec.d[n]/io beta:vec.d[n]/o u:ge.z[m,m,ldu]/o?jobu=U ldu:i v:ge.z[p,p,ldv]/o?jobv=V ldv:i q:ge.z[n,n,ldq]/o?jobq=Q ldq:i work:yw.z[lwork] lwork:i rwork:yx.d[2*n] iwork:iio
-zggsvp - +skip=no_Fortran_documentation : jobu jobv jobq m p n a lda b ldb tola tolb k l u ldu v ldv q ldq iwork rwork tau work
+zggsvp i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! k:o l:o u:ge.z[m,m,ldu]/o?jobu=U ldu:i v:ge.z[p,p,ldv]/o?jobv=V ldv:i q:ge.z[n,n,ldq]/o?jobq=Q ldq:i iwork:ix[max(1,n)] rwork:yx.d[max(1,2*n)] tau:yx.z[max(1,n)] work:yx.z[max(1,max(3*n,m,p))]
 zggsvp3 i : jobu:c jobv:c jobq:c m:i p:i n:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! k:o l:iio u:ge.z[m,m,ldu]/o?jobu=U ldu:i v:ge.z[p,p,ldv]/o?jobv=V ldv:i q:ge.z[n,n,ldq]/o?jobq=Q ldq:i iwork:ix[n] rwork:yx.d[2*n] tau:yx.z[n] work:yw.z[lwork] lwork:i
 zgtcon i +nolayout : norm:c n:i dl:vec.z[n-1]/i! d:vec.z[n]/i! du:vec.z[n-1]/i! du2:vec.z[n-2]/i! ipiv:ii anorm:a.d! rcond:y.d work:yx.z[2*n]
 zgtrfs i : trans:c n:i nrhs:i dl:vec.z[n-1]/i! d:vec.z[n]/i! du:vec.z[n-1]/i! dlf:vec.z[n-1]/i! df:vec.z[n]/i! duf:vec.z[n-1]/i! du2:vec.z[n-2]/i! ipiv:ii b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
@@ -1049,13 +1049,13 @@ zhegv_2stage i : itype:i jobz:c uplo:c n:i a:ge.z[n,n,lda]/io!ge lda:i b:ge.z[n,
 zhegvd i : itype:i jobz:c uplo:c n:i a:ge.z[n,n,lda]/io!ge lda:i b:ge.z[n,n,ldb]/io!ge ldb:i w:vec.d[n]/io work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
 zhegvx i : itype:i jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i b:sy.z[uplo,n,ldb]/io! ldb:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
 zherfs i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
-zherfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zherfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zhesv i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zhesv_aa i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zhesv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 zhesv_rk i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i e:vec.z[n]/o ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zhesvx i : fact:c uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yw.z[lwork] lwork:i rwork:yx.d[n]
-zhesvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zhesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zheswapr i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i i1:i i2:i
 zhetrd i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i d:vec.d[n]/io e:vec.d[n-1]/io tau:vec.z[n-1]/io work:yw.z[lwork] lwork:i
 zhetrf i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
@@ -1098,9 +1098,9 @@ zlacp2 i : uplo:c m:i n:i a:ge.d[m,n,lda]/i! lda:i b:ge.z[m,n,ldb]/o ldb:i
 zlacpy i +nocopy : uplo:c m:i n:i a:ge.z[m,n,lda]/i! lda:i b:ge.z[m,n,ldb]/o ldb:i
 zlacrm i : m:i n:i a:ge.z[m,n,lda]/i! lda:i b:ge.d[n,n,ldb]/i! ldb:i c:ge.z[m,n,ldc]/o ldc:i work:yx.d[2*m*n]
 zlag2c i : m:i n:i a:ge.z[m,n,lda]/i! lda:i sa:ge.c[m,n,ldsa]/o ldsa:i
-zlagge - +skip=no_Fortran_entry_in_lapack.sig : m n kl ku d a lda iseed work
-zlaghe - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
-zlagsy - +skip=no_Fortran_entry_in_lapack.sig : n k d a lda iseed work
+zlagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
+zlaghe - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
+zlagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 zlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
 zlange d : norm:c m:i n:i a:ge.z[m,n,lda]/i! lda:i work:yx.d[m]?norm=I
 zlanhe d : norm:c uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i work:yx.d[n]?norm=IO1
@@ -1116,9 +1116,9 @@ zlarfx i : side:c m:i n:i v:vec.z[m]/i! tau:a.z! c:ge.z[m,n,ldc]/io! ldc:i work:
 zlarnv i +nolayout : idist:i iseed:iio n:i x:vec.z[n]/io
 zlascl i : type:c kl:i ku:i cfrom:a.d! cto:a.d! m:i n:i a:ge.z[m,n,lda]/io lda:i
 zlaset i +nocopy : uplo:c m:i n:i alpha:a.z! beta:a.z! a:ge.z[m,n,lda]/io! lda:i
-zlassq - +skip=no_Fortran_documentation : n x incx scale sumsq
+zlassq i +nolayout : n:i x:vec.z[n,incx]/i! incx:i scale:vec.d[1]/io! sumsq:vec.d[1]/io!
 zlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
-zlatms - +skip=no_Fortran_entry_in_lapack.sig : m n dist iseed sym d mode cond dmax kl ku pack a lda work
+zlatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 zlauum i : uplo:c n:i a:ge.z[n,n,lda]/io! lda:i
 zpbcon i : uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/i! ldab:i anorm:a.d! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
 zpbequ i : uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/i! ldab:i s:vec.d[n]/o scond:y.d amax:y.d
@@ -1135,10 +1135,10 @@ zpocon i +nocopy : uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i anorm:a.d! rcond:y.d w
 zpoequ i +nocopy : n:i a:ge.z[n,n,lda]/i! lda:i s:vec.d[n]/o scond:y.d amax:y.d
 zpoequb i +nocopy : n:i a:ge.z[n,n,lda]/i! lda:i s:vec.d[n]/o scond:y.d amax:y.d
 zporfs i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/i! ldaf:i b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
-zporfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zporfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zposv i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i b:ge.z[n,nrhs,ldb]/io! ldb:i
 zposvx i : fact:c uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i af:sy.z[uplo,n,ldaf]/io! ldaf:i equed:c* s:vec.d[n]/o b:ge.z[n,nrhs,ldb]/io! ldb:i x:ge.z[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
-zposvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zposvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zpotrf i +nocopy : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i
 zpotrf2 i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i
 zpotri i +nocopy : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i
@@ -1177,14 +1177,14 @@ zsyconv i : uplo:c way:c n:i a:sy.z[uplo,n,lda]/io lda:i ipiv:ii e:vec.z[n]/io
 zsyequb i : uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i s:vec.d[n]/o scond:y.d amax:y.d work:yx.z[2*n]
 zsyr i : uplo:c n:i alpha:a.z! x:vec.z[1+(n-1)*abs(incx)]/i! incx:i a:sy.z[uplo,n,lda]/io! lda:i
 zsyrfs i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
-zsyrfsx - +skip=no_Fortran_entry_in_lapack.sig : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zsyrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zsysv i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zsysv_aa i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zsysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
 zsysv_rk i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i e:vec.z[n]/o ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zsysv_rook i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zsysvx i : fact:c uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yw.z[lwork] lwork:i rwork:yx.d[n]
-zsysvxx - +skip=no_Fortran_entry_in_lapack.sig : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
+zsysvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zsyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
 zsytrf i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
 zsytrf_aa i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i

@@ -292,6 +292,22 @@ TEST_P(LapackeProbe, NanGateFiresAtTheStoredElementsWithTheParameterNumber) {
 
 INSTANTIATE_TEST_SUITE_P(Shapes, LapackeProbe, ::testing::Range<size_t>(0, 9));
 
+// A strided vector (?lassq's x) is scanned at its stride, as the stock kit's scan does: a NaN
+// between the strided elements, or past them, passes the gate.
+TEST_F(LapackeProbe, StridedVectorNanGateFollowsTheStockScan) {
+  const lapack_int n = 4;
+  for (lapack_int incx : {1, 2, -3}) {
+    const lapack_int span = 1 + (n - 1) * (incx < 0 ? -incx : incx);
+    for (lapack_int i = 0; i < span + 2; ++i) {
+      std::vector<double> x(span + 2, 1.0);
+      x[i] = std::nan("");
+      double scale = 1.0, sumsq = 0.0;
+      const lapack_int want = STOCK(LAPACKE_d_nancheck)(n, x.data(), incx) ? -2 : 0;
+      EXPECT_EQ(LAPACKE_dlassq(n, x.data(), incx, &scale, &sumsq), want) << "incx " << incx << " element " << i;
+    }
+  }
+}
+
 // Workspace queries: -1 in every length, the answers read back, the arrays allocated at
 // that size, and the next call made with it.
 struct LapackeProbeQuery : LapackeProbe {};

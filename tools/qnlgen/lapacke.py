@@ -155,8 +155,12 @@ def classify(r):
         elif w == "vec":
             a.kind, a.type = "kVector", a.prec
             a.dir = DIRECTIONS[a.direction]
+            # [length] or [length,stride]: the stride is an integer argument the NaN gate steps by.
+            length, *stride = split_top(a.extents)
+            if stride:
+                a.refs[0] = index[stride[0]]
             if a.nanmark:
-                a.dims = [slot_for(a.extents, True)]
+                a.dims = [slot_for(length, True)]
                 a.nan = "qnl::lapacke::kVector"
         elif w in SHAPES:
             if a.job:

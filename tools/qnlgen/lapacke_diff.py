@@ -18,7 +18,7 @@ from .lapacke import INT_ARRAYS, SHAPES, TYPES, WORKSPACES, classify, parse
 INTS = {"m": 6, "n": 5, "k": 3, "nrhs": 2, "kl": 1, "ku": 2, "kd": 2, "ka": 2, "kb": 1, "ilo": 1, "ihi": 5,
         "itype": 1, "il": 1, "iu": 2, "nb": 2, "mb": 2, "l": 0, "p": 3, "q": 2, "ncvt": 2, "nru": 2, "ncc": 2,
         "lda": 0, "ijob": 0, "ifst": 1, "ilst": 2, "isgn": 1, "n1": 2, "n2": 3, "kbot": 5, "ktop": 1, "nv": 2,
-        "j1": 1, "nh": 5, "incx": 1, "idist": 1, "iseed": 1}
+        "j1": 1, "nh": 5, "incx": 1, "idist": 1, "iseed": 1, "tsize": 256, "mb1": 6}
 CHARS = {"uplo": "U", "trans": "N", "transr": "N", "diag": "N", "side": "L", "jobz": "V", "jobu": "A",
          "jobvt": "A", "jobvl": "V", "jobvr": "V", "compz": "I", "compq": "I", "norm": "O", "range": "A",
          "vect": "Q", "sort": "N", "fact": "N", "direct": "F", "storev": "C", "howmny": "A", "job": "N",
@@ -29,14 +29,22 @@ CHARS = {"uplo": "U", "trans": "N", "transr": "N", "diag": "N", "side": "L", "jo
          "sides": "L", "compact": "N"}
 SCALARS = {"vl": -1.0, "vu": 10.0, "abstol": 0.0, "tol": 0.0, "alpha": 0.5, "beta": 0.25, "anorm": 1.0,
            "rcond": 0.0, "cfrom": 1.0, "cto": 2.0, "sigma": 0.5, "c": 0.6, "s": 0.8}
+# Sizes and letters of one routine where the common ones would make a rejected call or one the
+# stock library gets wrong: the generalized SVDs compute every factor (jobu "A" is ?gesvd's), and
+# with p = m the stock ?ggsvp_work's row-major V of p by m rows (checked against ldv >= m) is
+# the p by p matrix it should be.
+OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3", "ggsvp3")},
+       "ggsvp": {"jobu": "U", "jobv": "V", "jobq": "Q", "p": 6}}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
-UNDEFINED = {"lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
+UNDEFINED = {"getsqrhrt": "t", "lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
 # Calls the stock library gets wrong, observed: not compared.
 STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)",
                 "ssytri2x": "stock ssytri2x_ writes past a block of its own (valgrind)"}
 # Right-side calls the stock library gets wrong, observed: only the left side is compared.
 STOCK_RIGHT_FAULTS = {"unmlq": "stock ?unmlq_work transposes a with m columns from the right (heap corruption)"}
+# Routines that apply a factorization: their a and t come from it (?geqr's T is opaque).
+FACTORED_BY = {"gemqr": "geqr", "gemlq": "gelq"}
 FUNCS = {"max": max, "min": min, "abs": abs,
          "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1,
          "byside": lambda side, m, n: m if side == "L" else n}
@@ -55,11 +63,12 @@ def shape_parts(a):
 def case(r, layout, letters=None):
     """(args rows, ints) of one case, or None when a size is unknown; `letters` replaces
     some of the option letters of CHARS."""
-    chars = {**CHARS, **(letters or {})}
+    own = OWN.get(r.name[1:], {})
+    chars = {**CHARS, **own, **(letters or {})}
     vals = {}
     for a in r.args:
         if a.word == "i":
-            vals[a.name] = INTS.get(a.name, 2)
+            vals[a.name] = own.get(a.name, INTS.get(a.name, 2))
         elif a.word == "c":
             vals[a.name] = chars.get(a.name, "N")
     # Leading dimensions: one above the least the layout allows.
@@ -123,8 +132,9 @@ def case(r, layout, letters=None):
         elif w == "f":
             return None
         elif w == "vec":
+            length, *stride = split_top(a.extents)
             try:
-                count = max(ev(a.extents, vals), 1)
+                count = max(1 + (ev(length, vals) - 1) * abs(ev(stride[0], vals)) if stride else ev(length, vals), 1)
             except Exception:
                 return None
             # A vector named d is a diagonal: dominant, like the matrices'.
@@ -179,6 +189,23 @@ def caller(r):
             f"reinterpret_cast<decltype(&LAPACKE_{r.name})>(f)({', '.join(params)}); }}")
 
 
+def prep(r):
+    """A call of the factorization that makes the inputs of `r`, run on the stock library
+    for both sides, or "" for a routine whose generated inputs serve as they are."""
+    factor = FACTORED_BY.get(r.name[1:])
+    if not factor:
+        return ""
+    at = {a.name: k for k, a in enumerate(a for a in r.args if a.word not in WORKSPACES and a.hpos)}
+    def val(n, ty="lapack_int"):
+        return f"*static_cast<{ty}*>(v[{at[n]}])"
+    # The reflectors: byside(side, m, n) by k for ?geqr, k by that for ?gelq.
+    rows = f"({val('side', 'char')} == 'L' ? {val('m')} : {val('n')})"
+    dims = f"{rows}, {val('k')}" if factor == "geqr" else f"{val('k')}, {rows}"
+    fn = f"LAPACKE_{r.name[0]}{factor}"
+    return (f", [](void* lib, int layout, void* const* v) {{ reinterpret_cast<decltype(&{fn})>(dlsym(lib, \"{fn}\"))"
+            f"(layout, {dims}, Ptr{{v[{at['a']}]}}, {val('lda')}, Ptr{{v[{at['t']}]}}, {val('tsize')}); }}")
+
+
 def main(argv):
     table, out = argv
     lines = [banner(table)]
@@ -210,7 +237,7 @@ def main(argv):
             for kind, ty, count, dval, ch, dl in rows:
                 items.append(f"{{{kind}, '{ty}', {count}, {dval!r}, '{ch}', \"{dl}\"}}")
             lines.append(f"static const ArgCase {arr}[] = {{{', '.join(items)}}};\n")
-            cases.append(f"{{\"LAPACKE_{r.name}\", {layout}, {len(rows)}, {arr}, {caller(r)}}}")
+            cases.append(f"{{\"LAPACKE_{r.name}\", {layout}, {len(rows)}, {arr}, {caller(r)}{prep(r)}}}")
     lines.append("static const Case kCases[] = {\n  " + ",\n  ".join(cases) + "};\n")
     lines.append("static const Skipped kSkipped[] = {\n  " +
                  ",\n  ".join(f"{{\"LAPACKE_{n}\", \"{why}\"}}" for n, why in skipped) + "};\n")
