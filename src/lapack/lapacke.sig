@@ -16,8 +16,8 @@ cbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nr
 cgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
 cgbcon i : norm:c n:i kl:i ku:i ab:gb.c[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.s! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
 cgbequ i : m:i n:i kl:i ku:i ab:gb.c[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
-cgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
-cgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work rwork
+cgbequb i : m:i n:i kl:i ku:i ab:gb.c[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
+cgbrfs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.c[n,n,kl,ku,ldab]/i! ldab:i afb:gb.c[n,n,kl,kl+ku,ldafb]/i! ldafb:i ipiv:ii b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.c[max(1,2*n)] rwork:yx.s[max(1,n)]
 cgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgbsv i : n:i kl:i ku:i nrhs:i ab:gb.c[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
 cgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work rwork
@@ -75,7 +75,7 @@ cgetrs i : trans:c n:i nrhs:i a:ge.c[n,n,lda]/i! lda:i ipiv:ii b:ge.c[n,nrhs,ldb
 cgetsls i : trans:c m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 cgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge.c[m,n,lda]/io! lda:i t:ge.c[nb2,n,ldt]/io ldt:i work:yw.c[lwork] lwork:i
 cggbak i : job:c side:c n:i ilo:i ihi:i lscale:vec.s[n]/i! rscale:vec.s[n]/i! m:i v:ge.c[n,m,ldv]/io! ldv:i
-cggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
+cggbal i : job:c n:i a:ge.c[n,n,lda]/io!?job=PSB lda:i b:ge.c[n,n,ldb]/io!?job=PSB ldb:i ilo:o ihi:o lscale:vec.s[n]/o rscale:vec.s[n]/o work:yx.s[max(1,6*n)]
 cgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i sdim:o alpha:vec.c[n]/io beta:vec.c[n]/o vsl:ge.c[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.c[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.c[lwork] lwork:i rwork:yx.s[8*n] bwork:lw[n]
 cgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i sdim:o alpha:vec.c[n]/io beta:vec.c[n]/o vsl:ge.c[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.c[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.c[lwork] lwork:i rwork:yx.s[8*n] bwork:lw[n]
 cggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i sdim:o alpha:vec.c[n]/io beta:vec.c[n]/o vsl:ge.c[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.c[n,n,ldvsr]/io?jobvsr=V ldvsr:i rconde:vec.s[2]/io rcondv:vec.s[2]/io work:yw.c[lwork] lwork:i rwork:yx.s[8*n] iwork:iw[liwork] liwork:i bwork:lw[n]
@@ -342,8 +342,8 @@ ddisna i +nolayout : job:c m:i n:i d:vec.d[m]/i! sep:vec.d[m]/io
 dgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
 dgbcon i : norm:c n:i kl:i ku:i ab:gb.d[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.d! rcond:y.d work:yx.d[3*n] iwork:ix[n]
 dgbequ i : m:i n:i kl:i ku:i ab:gb.d[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
-dgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
-dgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work iwork
+dgbequb i : m:i n:i kl:i ku:i ab:gb.d[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
+dgbrfs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.d[n,n,kl,ku,ldab]/i! ldab:i afb:gb.d[n,n,kl,kl+ku,ldafb]/i! ldafb:i ipiv:ii b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.d[max(1,3*n)] iwork:ix[max(1,n)]
 dgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgbsv i : n:i kl:i ku:i nrhs:i ab:gb.d[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i
 dgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work iwork
@@ -401,7 +401,7 @@ dgetrs i : trans:c n:i nrhs:i a:ge.d[n,n,lda]/i! lda:i ipiv:ii b:ge.d[n,nrhs,ldb
 dgetsls i : trans:c m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge.d[m,n,lda]/io! lda:i t:ge.d[nb2,n,ldt]/io ldt:i work:yw.d[lwork] lwork:i
 dggbak i : job:c side:c n:i ilo:i ihi:i lscale:vec.d[n]/i! rscale:vec.d[n]/i! m:i v:ge.d[n,m,ldv]/io! ldv:i
-dggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
+dggbal i : job:c n:i a:ge.d[n,n,lda]/io!?job=PSB lda:i b:ge.d[n,n,ldb]/io!?job=PSB ldb:i ilo:o ihi:o lscale:vec.d[n]/o rscale:vec.d[n]/o work:yx.d[max(1,6*n)]
 dgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,ldb]/io! ldb:i sdim:o alphar:vec.d[n]/io alphai:vec.d[n]/io beta:vec.d[n]/o vsl:ge.d[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.d[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.d[lwork] lwork:i bwork:lw[n]
 dgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,ldb]/io! ldb:i sdim:o alphar:vec.d[n]/io alphai:vec.d[n]/io beta:vec.d[n]/o vsl:ge.d[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.d[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.d[lwork] lwork:i bwork:lw[n]
 dggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,ldb]/io! ldb:i sdim:o alphar:vec.d[n]/io alphai:vec.d[n]/io beta:vec.d[n]/o vsl:ge.d[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.d[n,n,ldvsr]/io?jobvsr=V ldvsr:i rconde:vec.d[2]/io rcondv:vec.d[2]/io work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i bwork:lw[n]
@@ -444,7 +444,7 @@ dlapy3 d +nolayout : x:a.d! y:a.d! z:a.d!
 dlarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 dlarfg i +nolayout : n:i alpha:y.d x:vec.d[1+(n-2)*abs(incx)]/io! incx:i tau:y.d
 dlarft i : direct:c storev:c n:i k:i v:ge.d[n,k,ldv]/i!?storev=C ldv:i tau:vec.d[k]/i! t:ge.d[k,k,ldt]/io ldt:i
-dlarfx - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : side m n v tau c ldc work
+dlarfx i : side:c m:i n:i v:vec.d[m]/i! tau:a.d! c:ge.d[m,n,ldc]/io! ldc:i work:vec.d[n]/io
 dlarnv i +nolayout : idist:i iseed:iio n:i x:vec.d[n]/io
 dlartgp i +nolayout : f:a.d! g:a.d! cs:y.d sn:y.d r:y.d
 dlartgs i +nolayout : x:a.d! y:a.d! sigma:a.d! cs:y.d sn:y.d
@@ -581,7 +581,7 @@ dsysv_rk i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i e:vec.d[n]/o ipiv:ii
 dsysv_rook i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dsysvx i : fact:c uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/i! lda:i af:sy.d[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yw.d[lwork] lwork:i iwork:ix[n]
 dsysvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
-dsyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
+dsyswapr i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i i1:i i2:i
 dsytrd i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i d:vec.d[n]/io e:vec.d[n-1]/io tau:vec.d[n-1]/io work:yw.d[lwork] lwork:i
 dsytrf i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio work:yw.d[lwork] lwork:i
 dsytrf_aa i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio work:yw.d[lwork] lwork:i
@@ -602,7 +602,7 @@ dtbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.d[uplo,diag,n,kd,ldab]/i! ldab:i 
 dtbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.d[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/i! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
 dtbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.d[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.d[n,nrhs,ldb]/io! ldb:i
 dtfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo trans diag m n alpha a b ldb
-dtftri - +skip=a:_packed_order_not_documented_as_one_argument : transr uplo diag n a
+dtftri i : transr:c uplo:c diag:c n:i a:tf.d[transr,uplo,diag,n]/io!
 dtfttp i : transr:c uplo:c n:i arf:tf.d[transr,uplo,'n',n]/i! ap:sp.d[uplo,n]/o
 dtfttr i : transr:c uplo:c n:i arf:tf.d[transr,uplo,'n',n]/i! a:ge.d[n,n,lda]/o lda:i
 dtgevc i : side:c howmny:c select:ii n:i s:ge.d[n,n,lds]/i! lds:i p:ge.d[n,n,ldp]/i! ldp:i vl:ge.d[n,mm,ldvl]/io!?side=LB ldvl:i vr:ge.d[n,mm,ldvr]/io!?side=RB ldvr:i mm:i m:o work:yx.d[6*n]
@@ -631,7 +631,7 @@ dtrsyl i : trana:c tranb:c isgn:i m:i n:i a:ge.d[m,m,lda]/i! lda:i b:ge.d[n,n,ld
 dtrsyl3 - +skip=no_Fortran_documentation : trana tranb isgn m n a lda b ldb c ldc scale iwork liwork swork ldswork
 dtrtri i : uplo:c diag:c n:i a:tr.d[uplo,diag,n,lda]/io! lda:i
 dtrtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr.d[uplo,diag,n,lda]/i! lda:i b:ge.d[n,nrhs,ldb]/io! ldb:i
-dtrttf - +skip=arf:_packed_order_not_documented_as_one_argument : transr uplo n a lda arf
+dtrttf i : transr:c uplo:c n:i a:tr.d[uplo,'n',n,lda]/i! lda:i arf:pf.d[transr,uplo,n]/o
 dtrttp i : uplo:c n:i a:tr.d[uplo,'n',n,lda]/i! lda:i ap:sp.d[uplo,n]/o
 dtzrzf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[m]/io work:yw.d[lwork] lwork:i
 sbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.s[q]/io! phi:vec.s[q-1]/io u1:ge.s[p,p,ldu1]/io! ldu1:i u2:ge.s[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.s[q,q,ldv1t]/io! ldv1t:i v2t:ge.s[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.s[q]/o b11e:vec.s[q-1]/o b12d:vec.s[q]/o b12e:vec.s[q-1]/o b21d:vec.s[q]/o b21e:vec.s[q-1]/o b22d:vec.s[q]/o b22e:vec.s[q-1]/o work:yw.s[lwork] lwork:i
@@ -642,8 +642,8 @@ sdisna i +nolayout : job:c m:i n:i d:vec.s[m]/i! sep:vec.s[m]/io
 sgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
 sgbcon i : norm:c n:i kl:i ku:i ab:gb.s[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.s! rcond:y.s work:yx.s[3*n] iwork:ix[n]
 sgbequ i : m:i n:i kl:i ku:i ab:gb.s[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
-sgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
-sgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work iwork
+sgbequb i : m:i n:i kl:i ku:i ab:gb.s[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
+sgbrfs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.s[n,n,kl,ku,ldab]/i! ldab:i afb:gb.s[n,n,kl,kl+ku,ldafb]/i! ldafb:i ipiv:ii b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.s[max(1,3*n)] iwork:ix[max(1,n)]
 sgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgbsv i : n:i kl:i ku:i nrhs:i ab:gb.s[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i
 sgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work iwork
@@ -701,7 +701,7 @@ sgetrs i : trans:c n:i nrhs:i a:ge.s[n,n,lda]/i! lda:i ipiv:ii b:ge.s[n,nrhs,ldb
 sgetsls i : trans:c m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 sgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge.s[m,n,lda]/io! lda:i t:ge.s[nb2,n,ldt]/io ldt:i work:yw.s[lwork] lwork:i
 sggbak i : job:c side:c n:i ilo:i ihi:i lscale:vec.s[n]/i! rscale:vec.s[n]/i! m:i v:ge.s[n,m,ldv]/io! ldv:i
-sggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
+sggbal i : job:c n:i a:ge.s[n,n,lda]/io!?job=PSB lda:i b:ge.s[n,n,ldb]/io!?job=PSB ldb:i ilo:o ihi:o lscale:vec.s[n]/o rscale:vec.s[n]/o work:yx.s[max(1,6*n)]
 sgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,ldb]/io! ldb:i sdim:o alphar:vec.s[n]/io alphai:vec.s[n]/io beta:vec.s[n]/o vsl:ge.s[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.s[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.s[lwork] lwork:i bwork:lw[n]
 sgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,ldb]/io! ldb:i sdim:o alphar:vec.s[n]/io alphai:vec.s[n]/io beta:vec.s[n]/o vsl:ge.s[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.s[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.s[lwork] lwork:i bwork:lw[n]
 sggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,ldb]/io! ldb:i sdim:o alphar:vec.s[n]/io alphai:vec.s[n]/io beta:vec.s[n]/o vsl:ge.s[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.s[n,n,ldvsr]/io?jobvsr=V ldvsr:i rconde:vec.s[2]/io rcondv:vec.s[2]/io work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i bwork:lw[n]
@@ -744,7 +744,7 @@ slapy3 s +nolayout : x:a.s! y:a.s! z:a.s!
 slarfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k v ldv t ldt c ldc work ldwork
 slarfg i +nolayout : n:i alpha:y.s x:vec.s[1+(n-2)*abs(incx)]/io! incx:i tau:y.s
 slarft i : direct:c storev:c n:i k:i v:ge.s[n,k,ldv]/i!?storev=C ldv:i tau:vec.s[k]/i! t:ge.s[k,k,ldt]/io ldt:i
-slarfx - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : side m n v tau c ldc work
+slarfx i : side:c m:i n:i v:vec.s[m]/i! tau:a.s! c:ge.s[m,n,ldc]/io! ldc:i work:vec.s[n]/io
 slarnv i +nolayout : idist:i iseed:iio n:i x:vec.s[n]/io
 slartgp i +nolayout : f:a.s! g:a.s! cs:y.s sn:y.s r:y.s
 slartgs i +nolayout : x:a.s! y:a.s! sigma:a.s! cs:y.s sn:y.s
@@ -879,7 +879,7 @@ ssysv_rk i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i e:vec.s[n]/o ipiv:ii
 ssysv_rook i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 ssysvx i : fact:c uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/i! lda:i af:sy.s[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yw.s[lwork] lwork:i iwork:ix[n]
 ssysvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
-ssyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
+ssyswapr i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i i1:i i2:i
 ssytrd i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i d:vec.s[n]/io e:vec.s[n-1]/io tau:vec.s[n-1]/io work:yw.s[lwork] lwork:i
 ssytrf i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio work:yw.s[lwork] lwork:i
 ssytrf_aa i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio work:yw.s[lwork] lwork:i
@@ -900,7 +900,7 @@ stbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.s[uplo,diag,n,kd,ldab]/i! ldab:i 
 stbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.s[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/i! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
 stbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.s[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.s[n,nrhs,ldb]/io! ldb:i
 stfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo trans diag m n alpha a b ldb
-stftri - +skip=a:_packed_order_not_documented_as_one_argument : transr uplo diag n a
+stftri i : transr:c uplo:c diag:c n:i a:tf.s[transr,uplo,diag,n]/io!
 stfttp i : transr:c uplo:c n:i arf:tf.s[transr,uplo,'n',n]/i! ap:sp.s[uplo,n]/o
 stfttr i : transr:c uplo:c n:i arf:tf.s[transr,uplo,'n',n]/i! a:ge.s[n,n,lda]/o lda:i
 stgevc i : side:c howmny:c select:ii n:i s:ge.s[n,n,lds]/i! lds:i p:ge.s[n,n,ldp]/i! ldp:i vl:ge.s[n,mm,ldvl]/io!?side=LB ldvl:i vr:ge.s[n,mm,ldvr]/io!?side=RB ldvr:i mm:i m:o work:yx.s[6*n]
@@ -929,7 +929,7 @@ strsyl i : trana:c tranb:c isgn:i m:i n:i a:ge.s[m,m,lda]/i! lda:i b:ge.s[n,n,ld
 strsyl3 - +skip=no_Fortran_documentation : trana tranb isgn m n a lda b ldb c ldc scale iwork liwork swork ldswork
 strtri i : uplo:c diag:c n:i a:tr.s[uplo,diag,n,lda]/io! lda:i
 strtrs i : uplo:c trans:c diag:c n:i nrhs:i a:tr.s[uplo,diag,n,lda]/i! lda:i b:ge.s[n,nrhs,ldb]/io! ldb:i
-strttf - +skip=arf:_packed_order_not_documented_as_one_argument : transr uplo n a lda arf
+strttf i : transr:c uplo:c n:i a:tr.s[uplo,'n',n,lda]/i! lda:i arf:pf.s[transr,uplo,n]/o
 strttp i : uplo:c n:i a:tr.s[uplo,'n',n,lda]/i! lda:i ap:sp.s[uplo,n]/o
 stzrzf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[m]/io work:yw.s[lwork] lwork:i
 zbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.d[q]/io! phi:vec.d[q-1]/io u1:ge.z[p,p,ldu1]/io! ldu1:i u2:ge.z[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.z[q,q,ldv1t]/io! ldv1t:i v2t:ge.z[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.d[q]/o b11e:vec.d[q-1]/o b12d:vec.d[q]/o b12e:vec.d[q-1]/o b21d:vec.d[q]/o b21e:vec.d[q-1]/o b22d:vec.d[q]/o b22e:vec.d[q-1]/o rwork:yw.d[lrwork] lrwork:i
@@ -939,8 +939,8 @@ zcposv i : uplo:c n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,nrhs,ldb]/i! ldb
 zgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
 zgbcon i : norm:c n:i kl:i ku:i ab:gb.z[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.d! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
 zgbequ i : m:i n:i kl:i ku:i ab:gb.z[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
-zgbequb - +skip=ab:_band_rows_not_documented : m n kl ku ab ldab r c rowcnd colcnd amax
-zgbrfs - +skip=afb:_band_rows_not_documented : trans n kl ku nrhs ab ldab afb ldafb ipiv b ldb x ldx ferr berr work rwork
+zgbequb i : m:i n:i kl:i ku:i ab:gb.z[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
+zgbrfs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.z[n,n,kl,ku,ldab]/i! ldab:i afb:gb.z[n,n,kl,kl+ku,ldafb]/i! ldafb:i ipiv:ii b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.z[max(1,2*n)] rwork:yx.d[max(1,n)]
 zgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgbsv i : n:i kl:i ku:i nrhs:i ab:gb.z[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
 zgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work rwork
@@ -998,7 +998,7 @@ zgetrs i : trans:c n:i nrhs:i a:ge.z[n,n,lda]/i! lda:i ipiv:ii b:ge.z[n,nrhs,ldb
 zgetsls i : trans:c m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zgetsqrhrt i : m:i n:i mb1:i nb1:i nb2:i a:ge.z[m,n,lda]/io! lda:i t:ge.z[nb2,n,ldt]/io ldt:i work:yw.z[lwork] lwork:i
 zggbak i : job:c side:c n:i ilo:i ihi:i lscale:vec.d[n]/i! rscale:vec.d[n]/i! m:i v:ge.z[n,m,ldv]/io! ldv:i
-zggbal - +skip=workspace_work:_'lwork'_is_not_an_argument : job n a lda b ldb ilo ihi lscale rscale work
+zggbal i : job:c n:i a:ge.z[n,n,lda]/io!?job=PSB lda:i b:ge.z[n,n,ldb]/io!?job=PSB ldb:i ilo:o ihi:o lscale:vec.d[n]/o rscale:vec.d[n]/o work:yx.d[max(1,6*n)]
 zgges i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i sdim:o alpha:vec.z[n]/io beta:vec.z[n]/o vsl:ge.z[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.z[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.z[lwork] lwork:i rwork:yx.d[8*n] bwork:lw[n]
 zgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i sdim:o alpha:vec.z[n]/io beta:vec.z[n]/o vsl:ge.z[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.z[n,n,ldvsr]/io?jobvsr=V ldvsr:i work:yw.z[lwork] lwork:i rwork:yx.d[8*n] bwork:lw[n]
 zggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i sdim:o alpha:vec.z[n]/io beta:vec.z[n]/o vsl:ge.z[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.z[n,n,ldvsr]/io?jobvsr=V ldvsr:i rconde:vec.d[2]/io rcondv:vec.d[2]/io work:yw.z[lwork] lwork:i rwork:yx.d[8*n] iwork:iw[liwork] liwork:i bwork:lw[n]
@@ -1185,7 +1185,7 @@ zsysv_rk i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i e:vec.z[n]/o ipiv:ii
 zsysv_rook i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zsysvx i : fact:c uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yw.z[lwork] lwork:i rwork:yx.d[n]
 zsysvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
-zsyswapr - +skip=a:_no_column_count_documented : uplo n a lda i1 i2
+zsyswapr i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i i1:i i2:i
 zsytrf i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
 zsytrf_aa i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
 zsytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
