@@ -76,24 +76,67 @@ IRREGULAR = {
 ROWS = {("lacrm", "c"): "m"}
 # Reflector products whose reflectors have m rows when side is "l" and n when "r": the
 # manual gives both bounds, of which the parse reads the first only. Argument -> its shape
-# bracket (the direction, NaN mark and type stay the parse's).
+# word and bracket (the precision, direction and NaN mark stay the parse's).
 BYSIDE = "byside(side,m,n)"
 SIDED = {
-    **{f: {"a": f"ge[{BYSIDE},k,lda]"} for f in ("ormqr", "ormql", "unmqr", "unmql")},
-    **{f: {"a": f"ge[k,{BYSIDE},lda]"} for f in ("ormlq", "ormrq", "unmlq", "unmrq")},
-    **{f: {"a": f"ge[{BYSIDE},{BYSIDE},lda]", "tau": f"v[{BYSIDE}-1]"} for f in ("ormhr", "ormtr", "unmhr", "unmtr")},
+    **{f: {"a": ("ge", f"{BYSIDE},k,lda")} for f in ("ormqr", "ormql", "unmqr", "unmql")},
+    **{f: {"a": ("ge", f"k,{BYSIDE},lda")} for f in ("ormlq", "ormrq", "unmlq", "unmrq")},
+    **{f: {"a": ("ge", f"{BYSIDE},{BYSIDE},lda"), "tau": ("vec", f"{BYSIDE}-1")}
+       for f in ("ormhr", "ormtr", "unmhr", "unmtr")},
 }
 # Drivers whose matrix the manual pages describe on entry in a way the parse misses.
 INOUT_A = {"sysvxx", "hesvxx"}
-# Rows the manual pages cannot give; {t} is the type letter, {r} its real type letter.
-MANUAL = {"lamch": "{t} +nolayout : cmach:c"}
+# Rows the manual pages cannot give (no page, or a C interface of its own): the row after the
+# name, one for every precision or a pair (real, complex); {t} is the type letter, {r} its real
+# type letter. The sizes of the fixed workspaces are the Fortran routines' documented ones.
+QR_T = "t:vec.{t}[tsize]"
+SVD_JOBS = ("jobu:c jobv:c jobq:c", "u:ge.{t}[m,m,ldu]/o?jobu=U ldu:i v:ge.{t}[p,p,ldv]/o?jobv=V ldv:i "
+            "q:ge.{t}[n,n,ldq]/o?jobq=Q ldq:i")
+GGSVD = (f"i : {SVD_JOBS[0]} m:i n:i p:i k:o l:o a:ge.{{t}}[m,n,lda]/io! lda:i b:ge.{{t}}[p,n,ldb]/io! ldb:i "
+         f"alpha:vec.{{r}}[n]/o beta:vec.{{r}}[n]/o {SVD_JOBS[1]} work:yx.{{t}}[max(1,max(3*n,m,p)+n)]")
+GGSVP = (f"i : {SVD_JOBS[0]} m:i p:i n:i a:ge.{{t}}[m,n,lda]/io! lda:i b:ge.{{t}}[p,n,ldb]/io! ldb:i "
+         f"tola:a.{{r}}! tolb:a.{{r}}! k:o l:o {SVD_JOBS[1]} iwork:ix[max(1,n)]")
+GGSVP_WORK = "tau:yx.{t}[max(1,n)] work:yx.{t}[max(1,max(3*n,m,p))]"
+GEQPF = "i : m:i n:i a:ge.{t}[m,n,lda]/io! lda:i jpvt:iio tau:vec.{t}[min(m,n)]/o"
+GBRFS = ("i : trans:c n:i kl:i ku:i nrhs:i ab:gb.{t}[n,n,kl,ku,ldab]/i! ldab:i afb:gb.{t}[n,n,kl,kl+ku,ldafb]/i! "
+         "ldafb:i ipiv:ii b:ge.{t}[n,nrhs,ldb]/i! ldb:i x:ge.{t}[n,nrhs,ldx]/io! ldx:i ferr:vec.{r}[nrhs]/o "
+         "berr:vec.{r}[nrhs]/o")
+MANUAL = {
+    "lamch": ("{t} +nolayout : cmach:c", None),
+    # The band LU factor afb carries kl more superdiagonals, as in ?gbtrs.
+    "gbrfs": (GBRFS + " work:yx.{t}[max(1,3*n)] iwork:ix[max(1,n)]", GBRFS + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,n)]"),
+    "gbequb": "i : m:i n:i kl:i ku:i ab:gb.{t}[m,n,kl,ku,ldab]/i! ldab:i r:vec.{r}[m]/o c:vec.{r}[n]/o rowcnd:y.{r} "
+              "colcnd:y.{r} amax:y.{r}",
+    # Permuting or scaling (job P, S, B) reads a and b; the work array serves scaling.
+    "ggbal": "i : job:c n:i a:ge.{t}[n,n,lda]/io!?job=PSB lda:i b:ge.{t}[n,n,ldb]/io!?job=PSB ldb:i ilo:o ihi:o "
+             "lscale:vec.{r}[n]/o rscale:vec.{r}[n]/o work:yx.{r}[max(1,6*n)]",
+    "geqpf": (GEQPF + " work:yx.{t}[max(1,3*n)]", GEQPF + " work:yx.{t}[max(1,n)] rwork:yx.{r}[max(1,2*n)]"),
+    "ggsvd": (GGSVD + " iwork:iio", GGSVD + " rwork:yx.{r}[max(1,2*n)] iwork:iio"),
+    "ggsvp": (f"{GGSVP} {GGSVP_WORK}", f"{GGSVP} rwork:yx.{{r}}[max(1,2*n)] {GGSVP_WORK}"),
+    # The T of ?geqr and ?gelq is opaque to the C layer: tsize elements, never transposed.
+    **{f: f"i : m:i n:i a:ge.{{t}}[m,n,lda]/io! lda:i {QR_T}/o tsize:i work:yw.{{t}}[lwork] lwork:i"
+       for f in ("geqr", "gelq")},
+    "gemqr": "i : side:c trans:c m:i n:i k:i a:ge.{t}[byside(side,m,n),k,lda]/i! lda:i " + QR_T +
+             "/i! tsize:i c:ge.{t}[m,n,ldc]/io! ldc:i work:yw.{t}[lwork] lwork:i",
+    "gemlq": "i : side:c trans:c m:i n:i k:i a:ge.{t}[k,byside(side,m,n),lda]/i! lda:i " + QR_T +
+             "/i! tsize:i c:ge.{t}[m,n,ldc]/io! ldc:i work:yw.{t}[lwork] lwork:i",
+    # The NaN gate reads x at its stride, and the running scale and sum as one-element vectors.
+    "lassq": "i +nolayout : n:i x:vec.{t}[n,incx]/i! incx:i scale:vec.{r}[1]/io! sumsq:vec.{r}[1]/io!",
+}
+# LAPACKE routines of the header whose routine the library does not have, by why.
+ABSENT = {
+    **{f: "not in Debian liblapacke nor liblapack.so.3" for f in (
+        "gbrfsx", "gerfsx", "porfsx", "syrfsx", "herfsx", "gbsvxx", "gesvxx", "posvxx", "sysvxx", "hesvxx")},
+    **{f: "a test-matrix generator of libtmglib, not a LAPACK routine" for f in ("lagge", "laghe", "lagsy", "latms")},
+}
+REAL_OF = {"s": "s", "d": "d", "c": "s", "z": "d"}
 # The library's own routines (lapack_ext.sig), in the template's vocabulary.
 EXTENSIONS = [
-    "qnl_{t}getrfnpi i : m:i n:i nfact:i a:ge[m,n,lda]@{t}/io! lda:i",
-    "qnl_{t}tppack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@{t}/io i:i j:i rows:i cols:i "
-    "a:ge[rows,cols,lda]@{t}/i! lda:i",
-    "qnl_{t}tpunpack i +pack : uplo:c trans:c n:i ap:tp[uplo,'n',n]@{t}/i! i:i j:i rows:i cols:i "
-    "a:ge[rows,cols,lda]@{t}/io lda:i",
+    "qnl_{t}getrfnpi i : m:i n:i nfact:i a:ge.{t}[m,n,lda]/io! lda:i",
+    "qnl_{t}tppack i +pack : uplo:c trans:c n:i ap:tp.{t}[uplo,'n',n]/io i:i j:i rows:i cols:i "
+    "a:ge.{t}[rows,cols,lda]/i! lda:i",
+    "qnl_{t}tpunpack i +pack : uplo:c trans:c n:i ap:tp.{t}[uplo,'n',n]/i! i:i j:i rows:i cols:i "
+    "a:ge.{t}[rows,cols,lda]/io lda:i",
 ]
 # Norms of a matrix: a work array of the given length only for the norms that need one.
 NORM_WORK = {"lange": ("m", "I"), "langb": ("n", "I"), "lantr": ("m", "I"), "lansy": ("n", "IO1"),
@@ -196,17 +239,30 @@ def check(e, names, what):
     return e
 
 
+def workspace(ty, ctype, query, length):
+    """A workspace's word: sized by a workspace query (its length argument) or fixed."""
+    if ty != "i":
+        return f"{'yw' if query else 'yx'}.{ty}[{length}]"
+    word = "iw" if query else "lw" if "lapack_logical" in ctype else "ix"
+    return f"{word}[{length}]"
+
+
 def classify(base, hi, wk, docs, lapack_h):
     """One table row for LAPACKE_<base>, or raise Skip."""
     name = base[1:] if base[0] in "sdcz" else base
     if base not in FORTRAN:
-        raise Skip("no Fortran entry in lapack.sig")
+        raise Skip(ABSENT.get(name, "no Fortran entry in lapack.sig"))
     if name in IRREGULAR:
         raise Skip(IRREGULAR[name])
-    if name in MANUAL and base[0] in "sd":
-        return base + " " + MANUAL[name].format(t=base[0])
-    # A routine documented under its twin of the other precision only (ssytrf_rk, cgelq...).
-    doc = docs.get(base) or docs.get({"s": "d", "d": "s", "c": "z", "z": "c"}[base[0]] + base[1:])
+    if name in MANUAL:
+        rows = MANUAL[name]
+        row = rows if isinstance(rows, str) else rows[base[0] in "cz"]
+        if row is not None:
+            return f"{base} {row.format(t=base[0], r=REAL_OF[base[0]])}"
+    # A routine documented under a twin of another precision only (ssytrf_rk, cgetsqrhrt...).
+    # Real routines take real pages only: a complex page lacks their real workspaces.
+    doc = next((docs[p + base[1:]] for p in base[0] + {"s": "d", "d": "s", "c": "zsd", "z": "cds"}[base[0]]
+                if p + base[1:] in docs), None)
     if not doc:
         raise Skip("no Fortran documentation")
     fargs = [p.name.lower() for p in doc.params if p.name != "INFO"]
@@ -245,7 +301,7 @@ def classify(base, hi, wk, docs, lapack_h):
             tokens.append(f"{n}:i")
             continue
         if t.replace("const", "").strip() == "char *":
-            tokens.append(f"{n}:e")
+            tokens.append(f"{n}:c*")
             continue
         if "SELECT" in t:
             tokens.append(f"{n}:f")
@@ -256,18 +312,18 @@ def classify(base, hi, wk, docs, lapack_h):
             ty = {"float": "s", "double": "d", "lapack_complex_float": "c",
                   "lapack_complex_double": "z"}[t.replace("const", "").replace("*", "").strip()]
         if not ptr:
-            tokens.append(f"{n}:r@{ty}!")
+            tokens.append(f"{n}:a.{ty}!")
             continue
         ext = extents(p) if p else None
         is_work = n not in hnames
         if is_work:
             ln = "l" + n
             if name in NORM_WORK:
-                tokens.append(f"{n}:F[{NORM_WORK[name][0]}]@{ty}?norm={NORM_WORK[name][1]}")
+                tokens.append(f"{n}:{workspace(ty, t, False, NORM_WORK[name][0])}?norm={NORM_WORK[name][1]}")
                 continue
             if ln in names and n.endswith("work"):
                 work_len[ln] = True
-                tokens.append(f"{n}:W[{ln}]@{ty}")
+                tokens.append(f"{n}:{workspace(ty, t, True, ln)}")
                 continue
             if not ext:
                 raise Skip(f"workspace {n} without a documented length")
@@ -275,13 +331,14 @@ def classify(base, hi, wk, docs, lapack_h):
                 e = le.length_expr(",".join(ext), ints)
             except ValueError as err:
                 raise Skip(f"workspace {n}: {err}")
-            tokens.append(f"{n}:F[{check(e, ints, n)}]@{ty}")
+            tokens.append(f"{n}:{workspace(ty, t, False, check(e, ints, n))}")
             continue
         if ty == "i":
-            tokens.append(f"{n}:I" if ext else f"{n}:o")
+            # An integer array: read only where the header has it const.
+            tokens.append(f"{n}:{'ii' if 'const' in t else 'iio'}" if ext else f"{n}:o")
             continue
         if not ext:
-            tokens.append(f"{n}:s@{ty}")
+            tokens.append(f"{n}:y.{ty}")
             continue
         # Read only when lapack.h has it const; written only when the text tells what it holds
         # on exit and nothing on entry; otherwise both. The NaN gate reads what is documented
@@ -314,7 +371,7 @@ def classify(base, hi, wk, docs, lapack_h):
             if name in SQUARE_GE_NAN or name in SQUARE_SY_NAN:
                 if n == "a" or (n == "b" and name in SQUARE_GE_NAN):
                     nshape = "ge" if name in SQUARE_GE_NAN else "sy"
-                    tokens.append(f"{n}:ge[n,n,{ld}]@{ty}/{intent}{'!' + nshape if nan else ''}")
+                    tokens.append(f"{n}:ge.{ty}[n,n,{ld}]/{intent}{'!' + nshape if nan else ''}")
                     continue
             if shape == "ge":
                 rows = ld_rows(doc, ld)
@@ -330,12 +387,12 @@ def classify(base, hi, wk, docs, lapack_h):
                     cols = "byrange(range,n,iu-il+1)"
                 else:
                     cols = check(cols, ints, n)
-                tokens.append(f"{n}:ge[{rows},{cols},{ld}]@{ty}/{intent}{nan}{cond}")
+                tokens.append(f"{n}:ge.{ty}[{rows},{cols},{ld}]/{intent}{nan}{cond}")
             elif shape in ("sy",):
-                tokens.append(f"{n}:sy[{uplo},{check(cols, ints, n)},{ld}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:sy.{ty}[{uplo},{check(cols, ints, n)},{ld}]/{intent}{nan}")
             elif shape == "tr":
                 diag = "diag" if "diag" in names else "'n'"
-                tokens.append(f"{n}:tr[{uplo},{diag},{check(cols, ints, n)},{ld}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:tr.{ty}[{uplo},{diag},{check(cols, ints, n)},{ld}]/{intent}{nan}")
             elif shape in ("sb", "tb"):
                 kd = next((k for k in ("kd", "ka", "kb") if k in names and
                            (k == "kd" or (k == "ka") == (n in ("a", "ab")))), None)
@@ -343,9 +400,9 @@ def classify(base, hi, wk, docs, lapack_h):
                     raise Skip(f"{n}: band width not found")
                 if shape == "tb":
                     diag = "diag" if "diag" in names else "'n'"
-                    tokens.append(f"{n}:tb[{uplo},{diag},{cols},{kd},{ld}]@{ty}/{intent}{nan}")
+                    tokens.append(f"{n}:tb.{ty}[{uplo},{diag},{cols},{kd},{ld}]/{intent}{nan}")
                 else:
-                    tokens.append(f"{n}:sb[{uplo},{cols},{kd},{ld}]@{ty}/{intent}{nan}")
+                    tokens.append(f"{n}:sb.{ty}[{uplo},{cols},{kd},{ld}]/{intent}{nan}")
             elif shape == "gb":
                 q = doc.param(ld.upper())
                 t2 = " ".join(q.text.split()) if q else ""
@@ -356,7 +413,7 @@ def classify(base, hi, wk, docs, lapack_h):
                     ku = "ku"
                 else:
                     raise Skip(f"{n}: band rows not documented")
-                tokens.append(f"{n}:gb[{m},{cols},kl,{ku},{ld}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:gb.{ty}[{m},{cols},kl,{ku},{ld}]/{intent}{nan}")
             else:
                 raise Skip(f"{n}: shape {shape} with a leading dimension")
             continue
@@ -375,13 +432,13 @@ def classify(base, hi, wk, docs, lapack_h):
             if shape in ("tp", "tf"):
                 diag = "diag" if "diag" in names else "'n'"
             if shape == "sp":
-                tokens.append(f"{n}:sp[{uplo},{nn}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:sp.{ty}[{uplo},{nn}]/{intent}{nan}")
             elif shape == "tp":
-                tokens.append(f"{n}:tp[{uplo},{diag},{nn}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:tp.{ty}[{uplo},{diag},{nn}]/{intent}{nan}")
             elif shape == "pf":
-                tokens.append(f"{n}:pf[transr,{uplo},{nn}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:pf.{ty}[transr,{uplo},{nn}]/{intent}{nan}")
             else:
-                tokens.append(f"{n}:tf[transr,{uplo},{diag},{nn}]@{ty}/{intent}{nan}")
+                tokens.append(f"{n}:tf.{ty}[transr,{uplo},{diag},{nn}]/{intent}{nan}")
             continue
         if len(ext) != 1:
             raise Skip(f"{n}: a two-dimensional array without a leading dimension")
@@ -391,13 +448,14 @@ def classify(base, hi, wk, docs, lapack_h):
             if nan:
                 raise Skip(f"{n}: length not documented as an expression")
             e = "0"
-        tokens.append(f"{n}:v[{e}]@{ty}/{intent}{nan}")
+        tokens.append(f"{n}:vec.{ty}[{e}]/{intent}{nan}")
     for k, tok in enumerate(tokens):
         arg, _, code = tok.partition(":")
         if arg in SIDED.get(name, {}):
-            shape = SIDED[name][arg]
+            word, bracket = SIDED[name][arg]
             code = re.sub(r"\?side=\w+$", "", code)
-            tokens[k] = f"{arg}:{shape}{code[code.index('@'):]}"
+            precision, rest = re.match(r"\w+(\.\w)\[.*\](/.*)$", code).groups()
+            tokens[k] = f"{arg}:{word}{precision}[{bracket}]{rest}"
     result = {"lapack_int": "i", "float": "s", "double": "d"}.get(hi[0])
     if result is None:
         raise Skip(f"result {hi[0]}")
@@ -405,6 +463,29 @@ def classify(base, hi, wk, docs, lapack_h):
     if name in NO_COPY:
         flags.append("+nocopy")
     return f"{base} {result}{''.join(' ' + f for f in flags)} : {' '.join(tokens)}"
+
+
+# Skips where the manual page could not be read (an argument's extents, a workspace's
+# length, no page), as against a C interface that breaks the template.
+UNREAD = re.compile(r"\+skip=(\w+:_|workspace_|no_Fortran_documentation)")
+
+
+def from_twin(row, rows):
+    """A row the manual page could not give, taken from a twin of another precision with
+    the same arguments that is in the template (dtrttf from ctrttf), in its own types."""
+    name, _, args = row.partition(" : ")
+    base = name.split()[0]
+    if not UNREAD.search(name):
+        return row
+    for twin in rows:
+        head, _, targs = twin.partition(" : ")
+        t = head.split()[0]
+        if t[1:] != base[1:] or "+skip" in head or [a.split(":")[0] for a in targs.split()] != args.split():
+            continue
+        types = {t[0]: base[0], REAL_OF[t[0]]: REAL_OF[base[0]]}
+        return re.sub(r"(?<=[a-z])\.([sdcz])(?=[\[/!]|\s|$)", lambda m: "." + types[m.group(1)],
+                      base + twin[len(t):])
+    return row
 
 
 def replace_region(path, lines, preamble):
@@ -438,20 +519,22 @@ def main():
         rows.append(row)
     if explain:
         return
-    rows += [e.format(t=t) for e in EXTENSIONS for t in "sdcz"]
+    twins = [from_twin(row, rows) for row in rows]
+    skipped -= sum(a != b for a, b in zip(rows, twins))
+    rows = twins + [e.format(t=t) for e in EXTENSIONS for t in "sdcz"]
     head = ("# generated by tools/lapacke_extract.py from Debian's liblapacke-dev (lapacke.h, lapack.h)\n"
             "# and liblapack-doc (dimensions, leading-dimension bounds); regenerate, do not edit.\n"
             "# name result [+flags] : arg ...   (the arguments of LAPACKE_<name>_work after the layout)\n"
-            "# result: i lapack_int, s float, d double; - not generated (see +skip=reason)\n"
-            "# arg: c char | i integer | r@T! scalar by value, NaN-checked | s@T scalar output | o integer output\n"
-            "#      e character by address | I integer array | f callback | W[len]@T workspace sized by a query (len: its\n"
-            "#      length argument, absent from the high level) | F[expr]@T fixed workspace\n"
-            "#      v[len]@T vector | ge[rows,cols,ld] sy[uplo,n,ld] tr[uplo,diag,n,ld] gb[m,n,kl,ku,ld]\n"
-            "#      sb[uplo,n,kd,ld] tb[uplo,diag,n,kd,ld] sp[uplo,n] tp[uplo,diag,n] pf[transr,uplo,n]\n"
-            "#      tf[transr,uplo,diag,n] matrices; /i /o /io direction; ! NaN-checked by the high level\n"
-            "#      (!sy / !ge: checked as that shape instead of the copy's); ?job=VI: copied and checked\n"
-            "#      only when that letter argument is one of those\n"
-            "# +nocopy: row-major calls translate arguments and copy nothing\n")
+            "# result: i lapack_int, s float, d double; - not generated (+skip=reason)\n"
+            "# arg: name:word, the words of tools/qnlgen/model.py (VOCABULARY): c char, c* character by\n"
+            "#      address, i integer, o integer output, a.T! scalar by value (NaN-checked), y.T scalar output,\n"
+            "#      f callback, ii / iio integer array read / read and written; workspaces yw.T[len] iw[len]\n"
+            "#      sized by a query (len: their length argument, absent from the high level), yx.T[expr]\n"
+            "#      ix[expr] lw[expr] fixed; arrays vec.T[len] ge.T[rows,cols,ld] sy.T[uplo,n,ld]\n"
+            "#      tr.T[uplo,diag,n,ld] gb.T[m,n,kl,ku,ld] sb.T[uplo,n,kd,ld] tb.T[uplo,diag,n,kd,ld] sp.T[uplo,n]\n"
+            "#      tp.T[uplo,diag,n] pf.T[transr,uplo,n] tf.T[transr,uplo,diag,n], then /i /o /io direction,\n"
+            "#      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those\n"
+            "# +nocopy: row-major calls translate arguments and copy nothing; +nolayout: no layout argument\n")
     with open(OUT, "w") as f:
         f.write(head + "\n".join(rows) + "\n")
     decls = [decl(n, *protos[n]) for n in protos]

@@ -117,8 +117,8 @@ bool nan_at(const Routine<I>& r, int layout, void* const* p, const I* d, int k) 
     switch (a.nan) {
       case kScalar:
         return nan_vec<I>(I(1), x, I(1));
-      case kVector:
-        return nan_vec<I>(s[0], x, I(1));
+      case kVector:  // ?lassq steps by incx, as the stock gate does
+        return nan_vec<I>(s[0], x, a.ref[0] >= 0 ? value<I>(p, a.ref[0]) : I(1));
       case kGe:
         return nan_ge<I>(layout, s[0], s[1], x, value<I>(p, a.ld));
       case kSy:

@@ -20,7 +20,7 @@ enum Kind : uint8_t {
   kInt,      // lapack_int by value
   kScalar,   // real or complex by value
   kOutPtr,   // anything else passed on by address: scalar outputs, integer arrays, callbacks
-  kVector,   // one-dimensional floating array: d[0] its length
+  kVector,   // one-dimensional floating array: d[0] its length; ref: its stride (-1: 1)
   kWork,     // workspace sized by a query; `ref` is its length argument
   kFixed,    // workspace of a fixed length d[0]
   kGe,       // d: rows, cols

@@ -51,6 +51,8 @@ struct ArgCase {
 
 // Returns the routine's value: its info, or what a function-valued routine computes.
 using Caller = double (*)(void* f, int layout, void* const* v);
+// Makes inputs that only a factorization can give (?gemqr's a and t), with the library `lib`.
+using Prep = void (*)(void* lib, int layout, void* const* v);
 
 struct Case {
   const char* name;
@@ -58,6 +60,7 @@ struct Case {
   int nargs;
   const ArgCase* args;
   Caller call;
+  Prep prep = nullptr;
 };
 
 struct Skipped {
@@ -179,7 +182,7 @@ std::string compare(const Case& c, const Buffers& x, const Buffers& y) {
 
 // Runs one case in a child; returns "" on agreement, else the reason. A child that dies
 // after the facade's call came back is the stock library's crash, marked by a leading '!'.
-std::string run(const Case& c, void* facade, void* stock) {
+std::string run(const Case& c, void* facade, void* stock, void* stock_lib) {
   int fds[2];
   if (pipe(fds) != 0) return "pipe failed";
   pid_t pid = fork();
@@ -187,6 +190,10 @@ std::string run(const Case& c, void* facade, void* stock) {
     close(fds[0]);
     alarm(20);
     Buffers x(c), y(c);
+    if (c.prep) {  // the same stock factorization makes both sides' inputs
+      c.prep(stock_lib, c.layout, x.ptrs.data());
+      c.prep(stock_lib, c.layout, y.ptrs.data());
+    }
     double rf = c.call(facade, c.layout, x.ptrs.data());
     if (write(fds[1], "F", 1) < 0) _exit(3);
     double rs = c.call(stock, c.layout, y.ptrs.data());
@@ -336,7 +343,7 @@ int main(int argc, char** argv) {
       verdict[c.name] = "missing from the facade";
       continue;
     }
-    std::string why = run(c, f, s);
+    std::string why = run(c, f, s, stock);
     if (!why.empty() && why[0] == '!') {
       skipped[c.name] = why.substr(1);
       continue;

@@ -199,40 +199,6 @@ TEST(Xerbla, TextsAndSilence) {
   EXPECT_FALSE(LAPACKE_lsame('a', 'b'));
 }
 
-// The kit's edge cases.
-TEST(Kit, VectorsAndGeneral) {
-  double x[5] = {kNan, 1, 1, 1, 1};
-  EXPECT_EQ(LAPACKE_d_nancheck(5, x, 0), 1);
-  double y[5] = {1, kNan, 1, 1, 1};
-  EXPECT_EQ(LAPACKE_d_nancheck(5, y, 0), 0);
-  EXPECT_EQ(LAPACKE_d_nancheck(5, y, -1), 1);
-  // lda below m: only lda elements of a column are read.
-  std::vector<double> g(40, 1.0);
-  g[3] = kNan;
-  EXPECT_EQ(LAPACKE_dge_nancheck(LAPACK_COL_MAJOR, 4, 1, g.data(), 3), 0);
-  EXPECT_EQ(LAPACKE_dge_nancheck(LAPACK_COL_MAJOR, 4, 1, g.data(), 4), 1);
-  // +inf and -inf make the sum NaN; the exact scan finds no NaN.
-  std::vector<double> inf(40, 1.0);
-  inf[0] = INFINITY;
-  inf[1] = -INFINITY;
-  EXPECT_EQ(LAPACKE_dge_nancheck(LAPACK_COL_MAJOR, 20, 2, inf.data(), 20), 0);
-}
-
-TEST(Kit, TriangularBandAndRfp) {
-  std::vector<double> t(25, 1.0);
-  t[6] = kNan;  // the diagonal (1,1)
-  EXPECT_EQ(LAPACKE_dtr_nancheck(LAPACK_COL_MAJOR, 'U', 'U', 5, t.data(), 5), 0);
-  EXPECT_EQ(LAPACKE_dtr_nancheck(LAPACK_COL_MAJOR, 'U', 'N', 5, t.data(), 5), 1);
-  std::vector<double> band(30, 1.0);
-  band[7] = kNan;
-  EXPECT_EQ(LAPACKE_dgb_nancheck(LAPACK_COL_MAJOR, 5, 5, 2, 2, band.data(), 4), 0);  // kl+ku >= ldab
-  EXPECT_EQ(LAPACKE_dgb_nancheck(LAPACK_COL_MAJOR, 5, 5, 2, 2, band.data(), 5), 1);
-  std::vector<double> rfp(15, 1.0);
-  rfp[4] = kNan;
-  EXPECT_EQ(LAPACKE_dtf_nancheck(LAPACK_COL_MAJOR, 'N', 'U', 'N', 5, rfp.data()), 1);
-  EXPECT_EQ(LAPACKE_dtf_nancheck(LAPACK_COL_MAJOR, 'X', 'U', 'N', 5, rfp.data()), 0);
-}
-
 // Big triangles go by halves and a rectangle through the public copy, small ones by
 // loops; a unit diagonal is never written.
 TEST(Kit, TriangularTransposeRecursesAboveSixtyFour) {

@@ -292,6 +292,49 @@ TEST_P(LapackeProbe, NanGateFiresAtTheStoredElementsWithTheParameterNumber) {
 
 INSTANTIATE_TEST_SUITE_P(Shapes, LapackeProbe, ::testing::Range<size_t>(0, 9));
 
+// The kit's scans and the gate of a strided vector (?lassq's x, by incx) against the stock
+// kit's scans: a NaN at each element in turn, beside +inf and -inf (whose sum is NaN), at the
+// edges the scans special-case: stride 0 or negative, lda below m, a unit diagonal. An unknown
+// transr, and a band wider than its ldab (where the stock scan reads on), are not scanned.
+#define BOTH(fn, ...) [](bool s, double* x) { return (s ? STOCK(fn) : fn)(__VA_ARGS__); }
+TEST(KitNan, EveryScanFindsWhatTheStockScanFinds) {
+  constexpr int C = LAPACK_COL_MAJOR, R = LAPACK_ROW_MAJOR;
+  const struct {
+    size_t count;
+    lapack_int (*scan)(bool stock, double* x);
+  } cases[] = {
+      {5, BOTH(LAPACKE_d_nancheck, 5, x, 0)},
+      {5, BOTH(LAPACKE_d_nancheck, 5, x, -1)},
+      {12, BOTH(LAPACKE_dge_nancheck, C, 4, 3, x, 3)},
+      {40, BOTH(LAPACKE_dge_nancheck, R, 4, 7, x, 9)},
+      {25, BOTH(LAPACKE_dtr_nancheck, C, 'U', 'U', 5, x, 5)},
+      {25, BOTH(LAPACKE_dtr_nancheck, R, 'L', 'N', 5, x, 5)},
+      {30, BOTH(LAPACKE_dgb_nancheck, C, 5, 5, 2, 2, x, 5)},
+      {15, BOTH(LAPACKE_dtf_nancheck, C, 'N', 'U', 'N', 5, x)},
+      {12,
+       [](bool s, double* x) {
+         double scale = 1.0, sumsq = 0.0;
+         return s ? (STOCK(LAPACKE_d_nancheck)(4, x, -3) ? -2 : 0) : LAPACKE_dlassq(4, x, -3, &scale, &sumsq);
+       }},
+  };
+  for (size_t c = 0; c < std::size(cases); ++c) {
+    int hits = 0;
+    for (size_t i = 0; i + 2 < cases[c].count; ++i) {
+      std::vector<double> x(cases[c].count, 1.0);
+      x[cases[c].count - 2] = INFINITY;
+      x[cases[c].count - 1] = -INFINITY;
+      x[i] = std::nan("");
+      const lapack_int want = cases[c].scan(true, x.data());
+      hits += want != 0;
+      EXPECT_EQ(cases[c].scan(false, x.data()), want) << "case " << c << " element " << i;
+    }
+    EXPECT_GT(hits, 0) << "case " << c;
+  }
+  std::vector<double> nans(30, std::nan(""));
+  EXPECT_EQ(LAPACKE_dgb_nancheck(C, 5, 5, 2, 2, nans.data(), 4), 0);
+  EXPECT_EQ(LAPACKE_dtf_nancheck(C, 'X', 'U', 'N', 5, nans.data()), 0);
+}
+
 // Workspace queries: -1 in every length, the answers read back, the arrays allocated at
 // that size, and the next call made with it.
 struct LapackeProbeQuery : LapackeProbe {};

@@ -14,7 +14,7 @@ import re
 from pathlib import Path
 
 from .common import split_top
-from .model import TWIN, Entry, Family, Param
+from .model import LETTERS, TWIN, WORDS, Entry, Family, Param
 
 TYPES = {"s": "float", "d": "double", "c": "lapack_complex_float", "z": "lapack_complex_double",
          "i": "lapack_int", "l": "lapack_logical"}
@@ -28,9 +28,24 @@ SHAPE_PARAMS = {
 }
 
 
+# name:word[.T][[extents]][/direction][!shape][?job=LETTERS], the words of model.py's VOCABULARY.
+TOKEN = re.compile(r"(?P<word>[a-z]+\*?)(?:\.(?P<prec>[sdcz]))?(?:\[(?P<extents>.*)\])?(?:/(?P<dir>io|i|o))?"
+                   r"(?P<nan>!\w*)?(?:\?(?P<job>\w+)=(?P<letters>\w+))?$")
+QUERY = ("yw", "iw")  # workspaces sized by a workspace query
+WORKSPACES = QUERY + ("yx", "ix", "lw")
+INT_ARRAYS = ("ii", "iio")
+
+
 class Arg:
     def __init__(self, name, code):
-        self.name, self.code = name, code
+        self.name = name
+        m = TOKEN.match(code)
+        if not m or (m.group("word") not in LETTERS and m.group("word") not in WORDS):
+            raise SystemExit(f"argument {name}: {code} is not in the vocabulary")
+        self.word, self.extents, self.direction = m.group("word"), m.group("extents"), m.group("dir")
+        self.job, self.job_letters, self.nanmark = m.group("job"), m.group("letters"), m.group("nan")
+        # The element's type letter: its precision, or lapack_int for the integer workspaces.
+        self.prec = m.group("prec") or ("i" if self.word in WORKSPACES else None)
         self.kind = None
         self.type = "0"
         self.dir = 0
@@ -51,6 +66,10 @@ class Routine:
 
 
 FUNCS = ("max", "min", "abs", "byrange", "byside")
+# Record kinds of the words without extents; a.T scalars, workspaces and arrays are told apart below.
+SIMPLE = {"c": "kChar", "c*": "kCharPtr", "i": "kInt", "o": "kOutPtr", "ii": "kOutPtr", "iio": "kOutPtr",
+          "f": "kOutPtr", "y": "kOutPtr"}
+DIRECTIONS = {"i": 1, "o": 2, "io": 3}
 
 
 def cxx_expr(expr, index, letters=()):
@@ -96,14 +115,13 @@ def classify(r):
     index = {a.name: k for k, a in enumerate(r.args)}
     lengths = set()
     for a in r.args:
-        m = re.match(r"W\[(\w+)\]", a.code)
-        if m:
-            lengths.add(m.group(1))
+        if a.word in QUERY:
+            lengths.add(a.extents)
     body, slot = [], 0
     high_names = set()
     hpos = 0 if "+nolayout" in r.flags else 1
     for a in r.args:
-        if a.code.startswith(("W", "F")) or a.name in lengths:
+        if a.word in WORKSPACES or a.name in lengths:
             continue
         hpos += 1
         a.hpos = hpos
@@ -115,51 +133,44 @@ def classify(r):
             for w in re.findall(r"[a-z_]\w*", expr):
                 if w not in FUNCS and w not in high_names:
                     raise ValueError(f"length of a high-level array uses {w}")
-        body.append(f"  d[{slot}] = {cxx_expr(expr, index, {a.name for a in r.args if a.code == 'c'})};")
+        body.append(f"  d[{slot}] = {cxx_expr(expr, index, {a.name for a in r.args if a.word == 'c'})};")
         slot += 1
         return slot - 1
 
     for a in r.args:
-        c = a.code
-        if c == "c":
-            a.kind = "kChar"
-        elif c == "e":
-            a.kind = "kCharPtr"
-        elif c == "i":
-            a.kind = "kInt"
-        elif c in ("o", "I", "f") or c.startswith("s@"):
-            a.kind = "kOutPtr"
-        elif c.startswith("r@"):
-            a.kind, a.type = "kScalar", c[2]
-            if c.endswith("!"):
+        w = a.word
+        if w in SIMPLE:
+            a.kind = SIMPLE[w]
+        elif w == "a":
+            a.kind, a.type = "kScalar", a.prec
+            if a.nanmark:
                 a.nan = "qnl::lapacke::kScalar"
-        elif c.startswith("W["):
-            m = re.match(r"W\[(\w+)\]@(\w)", c)
-            a.kind, a.type, a.ld = "kWork", m.group(2), index[m.group(1)]
-        elif c.startswith("F["):
-            m = re.match(r"F\[(.*)\]@(\w)(?:\?(\w+)=(\w+))?$", c)
-            a.kind, a.type = "kFixed", m.group(2)
-            a.dims = [slot_for(m.group(1), True)]
-            if m.group(3):  # allocated only when that letter argument asks for it
-                a.cond, a.letters = index[m.group(3)], m.group(4)
-        elif c.startswith("v["):
-            m = re.match(r"v\[(.*)\]@(\w)/(\w+)(!?)$", c)
-            a.kind, a.type = "kVector", m.group(2)
-            a.dir = {"i": 1, "o": 2, "io": 3}[m.group(3)]
-            if m.group(4):
-                a.dims = [slot_for(m.group(1), True)]
+        elif w in QUERY:
+            a.kind, a.type, a.ld = "kWork", a.prec, index[a.extents]
+        elif w in WORKSPACES:
+            a.kind, a.type = "kFixed", a.prec
+            a.dims = [slot_for(a.extents, True)]
+            if a.job:  # allocated only when that letter argument asks for it
+                a.cond, a.letters = index[a.job], a.job_letters
+        elif w == "vec":
+            a.kind, a.type = "kVector", a.prec
+            a.dir = DIRECTIONS[a.direction]
+            # [length] or [length,stride]: the stride is an integer argument the NaN gate steps by.
+            length, *stride = split_top(a.extents)
+            if stride:
+                a.refs[0] = index[stride[0]]
+            if a.nanmark:
+                a.dims = [slot_for(length, True)]
                 a.nan = "qnl::lapacke::kVector"
-        else:
-            m = re.match(r"(\w\w)\[(.*)\]@(\w)/(\w+)(!\w*)?(?:\?(\w+)=(\w+))?$", c)
-            shape, params, ty, direction, nan, job, letters = m.groups()
-            if job:
-                a.cond, a.letters = index[job], letters
-            a.kind, a.type = SHAPES[shape], ty
-            a.dir = {"i": 1, "o": 2, "io": 3}[direction]
-            vals = split_top(params)
-            roles = SHAPE_PARAMS[shape]
+        elif w in SHAPES:
+            if a.job:
+                a.cond, a.letters = index[a.job], a.job_letters
+            a.kind, a.type = SHAPES[w], a.prec
+            a.dir = DIRECTIONS[a.direction]
+            vals = split_top(a.extents)
+            roles = SHAPE_PARAMS[w]
             if len(vals) != len(roles):
-                raise ValueError(f"{a.name}: {shape} takes {len(roles)} parameters")
+                raise ValueError(f"{a.name}: {w} takes {len(roles)} parameters")
             for v, role in zip(vals, roles):
                 if role == "ld":
                     a.ld = index[v]
@@ -169,42 +180,36 @@ def classify(r):
                     s = slot_for(v, True)
                     if not a.dims:
                         a.dims = [s]
-            if nan:
-                other = nan[1:]
-                a.nan = "qnl::lapacke::" + (SHAPES[other] if other else SHAPES[shape])
+            if a.nanmark:
+                other = a.nanmark[1:]
+                a.nan = "qnl::lapacke::" + (SHAPES[other] if other else SHAPES[w])
                 if other == "sy":
                     a.refs[0] = index["uplo"]
+        else:
+            raise ValueError(f"{a.name}: {w} is not an argument word of this table")
     return body
 
 
+C_PARAMS = {"c": "char", "c*": "char*", "i": "lapack_int", "o": "lapack_int*", "ii": "lapack_int*",
+            "iio": "lapack_int*"}
+
+
 def c_param(a):
-    c = a.code
-    if c == "c":
-        return f"char {a.name}"
-    if c == "e":
-        return f"char* {a.name}"
-    if c == "i":
-        return f"lapack_int {a.name}"
-    if c == "o":
-        return f"lapack_int* {a.name}"
-    if c == "I":
-        return f"lapack_int* {a.name}"
-    if c == "f":
+    w = a.word
+    if w in C_PARAMS:
+        return f"{C_PARAMS[w]} {a.name}"
+    if w == "f":
         return None  # the callback's type comes from the header
-    if c.startswith("r@"):
-        return f"{TYPES[c[2]]} {a.name}"
-    if c.startswith("s@"):
-        return f"{TYPES[c[2]]}* {a.name}"
-    ty = c.split("@")[1][0]
+    if w == "a":
+        return f"{TYPES[a.prec]} {a.name}"
     const = "const " if a.kind not in ("kWork", "kFixed") and a.dir == 1 else ""
-    return f"{const}{TYPES[ty]}* {a.name}"
+    return f"{const}{TYPES[a.prec]}* {a.name}"
 
 
 def address(a):
-    c = a.code
-    if c in ("c", "i") or c.startswith("r@"):
+    if a.word in ("c", "i", "a"):
         return f"&{a.name}"
-    if c == "f":
+    if a.word == "f":
         return f"reinterpret_cast<void*>({a.name})"
     return f"const_cast<void*>(static_cast<const void*>({a.name}))"
 

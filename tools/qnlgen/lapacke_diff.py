@@ -13,12 +13,12 @@ import re
 from pathlib import Path
 
 from .common import banner, split_top, write_if_changed
-from .lapacke import classify, parse
+from .lapacke import INT_ARRAYS, SHAPES, TYPES, WORKSPACES, classify, parse
 
 INTS = {"m": 6, "n": 5, "k": 3, "nrhs": 2, "kl": 1, "ku": 2, "kd": 2, "ka": 2, "kb": 1, "ilo": 1, "ihi": 5,
         "itype": 1, "il": 1, "iu": 2, "nb": 2, "mb": 2, "l": 0, "p": 3, "q": 2, "ncvt": 2, "nru": 2, "ncc": 2,
         "lda": 0, "ijob": 0, "ifst": 1, "ilst": 2, "isgn": 1, "n1": 2, "n2": 3, "kbot": 5, "ktop": 1, "nv": 2,
-        "j1": 1, "nh": 5, "incx": 1, "idist": 1, "iseed": 1}
+        "j1": 1, "nh": 5, "incx": 1, "idist": 1, "iseed": 1, "tsize": 256, "mb1": 6}
 CHARS = {"uplo": "U", "trans": "N", "transr": "N", "diag": "N", "side": "L", "jobz": "V", "jobu": "A",
          "jobvt": "A", "jobvl": "V", "jobvr": "V", "compz": "I", "compq": "I", "norm": "O", "range": "A",
          "vect": "Q", "sort": "N", "fact": "N", "direct": "F", "storev": "C", "howmny": "A", "job": "N",
@@ -29,18 +29,25 @@ CHARS = {"uplo": "U", "trans": "N", "transr": "N", "diag": "N", "side": "L", "jo
          "sides": "L", "compact": "N"}
 SCALARS = {"vl": -1.0, "vu": 10.0, "abstol": 0.0, "tol": 0.0, "alpha": 0.5, "beta": 0.25, "anorm": 1.0,
            "rcond": 0.0, "cfrom": 1.0, "cto": 2.0, "sigma": 0.5, "c": 0.6, "s": 0.8}
+# Sizes and letters of one routine where the common ones would make a rejected call or one the
+# stock library gets wrong: the generalized SVDs compute every factor (jobu "A" is ?gesvd's), and
+# with p = m the stock ?ggsvp_work's row-major V of p by m rows (checked against ldv >= m) is
+# the p by p matrix it should be.
+OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3", "ggsvp3")},
+       "ggsvp": {"jobu": "U", "jobv": "V", "jobq": "Q", "p": 6}}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
-UNDEFINED = {"lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
+UNDEFINED = {"getsqrhrt": "t", "lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
 # Calls the stock library gets wrong, observed: not compared.
 STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)",
                 "ssytri2x": "stock ssytri2x_ writes past a block of its own (valgrind)"}
 # Right-side calls the stock library gets wrong, observed: only the left side is compared.
 STOCK_RIGHT_FAULTS = {"unmlq": "stock ?unmlq_work transposes a with m columns from the right (heap corruption)"}
+# Routines that apply a factorization: their a and t come from it (?geqr's T is opaque).
+FACTORED_BY = {"gemqr": "geqr", "gemlq": "gelq"}
 FUNCS = {"max": max, "min": min, "abs": abs,
          "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1,
          "byside": lambda side, m, n: m if side == "L" else n}
-KIND = {"c": 0, "e": 1, "i": 2, "r": 3, "s": 4, "o": 5, "I": 6, "v": 7, "m": 8}
 
 
 def ev(expr, vals):
@@ -49,29 +56,27 @@ def ev(expr, vals):
     return int(eval(py, {**FUNCS, "vals": vals}))
 
 
-def shape_parts(code):
-    m = re.match(r"(\w\w)\[(.*)\]@(\w)/", code)
-    if not m:
-        return None
-    return m.group(1), split_top(m.group(2)), m.group(3)
+def shape_parts(a):
+    return (a.word, split_top(a.extents), a.prec) if a.word in SHAPES else None
 
 
 def case(r, layout, letters=None):
     """(args rows, ints) of one case, or None when a size is unknown; `letters` replaces
     some of the option letters of CHARS."""
-    chars = {**CHARS, **(letters or {})}
+    own = OWN.get(r.name[1:], {})
+    chars = {**CHARS, **own, **(letters or {})}
     vals = {}
     for a in r.args:
-        if a.code == "i":
-            vals[a.name] = INTS.get(a.name, 2)
-        elif a.code == "c":
+        if a.word == "i":
+            vals[a.name] = own.get(a.name, INTS.get(a.name, 2))
+        elif a.word == "c":
             vals[a.name] = chars.get(a.name, "N")
     # Leading dimensions: one above the least the layout allows.
     row = layout == 101
     lds = {}
     diag = {}
     for a in r.args:
-        sp = shape_parts(a.code)
+        sp = shape_parts(a)
         if not sp:
             continue
         shape, params, _ = sp
@@ -106,37 +111,37 @@ def case(r, layout, letters=None):
         vals[k] = v
     rows = []
     for a in r.args:
-        if a.code.startswith(("W", "F")) or not a.hpos:
+        if a.word in WORKSPACES or not a.hpos:
             continue
-        c = a.code
-        if c == "c":
+        w = a.word
+        if w == "c":
             rows.append((0, "0", 0, 0.0, chars.get(a.name, "N"), ""))
-        elif c == "e":
+        elif w == "c*":
             rows.append((1, "0", 0, 0.0, CHARS.get(a.name, "N"), ""))
-        elif c == "i":
+        elif w == "i":
             rows.append((2, "0", vals[a.name], 0.0, "N", ""))
-        elif c.startswith("r@"):
-            rows.append((3, c[2], 0, SCALARS.get(a.name, 0.5), "N", ""))
-        elif c.startswith("s@"):
-            rows.append((4, c[2], 1, 0.0, "N", ""))
-        elif c == "o":
+        elif w == "a":
+            rows.append((3, a.prec, 0, SCALARS.get(a.name, 0.5), "N", ""))
+        elif w == "y":
+            rows.append((4, a.prec, 1, 0.0, "N", ""))
+        elif w == "o":
             rows.append((5, "i", 1, 0.0, "N", ""))
-        elif c == "I":
+        elif w in INT_ARRAYS:
             most = max((v for v in vals.values() if isinstance(v, int)), default=8)
             rows.append((6, "i", 4 * most + 16, 0.0, "N", ""))
-        elif c == "f":
+        elif w == "f":
             return None
-        elif c.startswith("v["):
-            m = re.match(r"v\[(.*)\]@(\w)", c)
+        elif w == "vec":
+            length, *stride = split_top(a.extents)
             try:
-                count = max(ev(m.group(1), vals), 1)
+                count = max(1 + (ev(length, vals) - 1) * abs(ev(stride[0], vals)) if stride else ev(length, vals), 1)
             except Exception:
                 return None
             # A vector named d is a diagonal: dominant, like the matrices'.
             dl = ",".join(map(str, range(count))) if a.name in ("d", "df") else ""
-            rows.append((7, m.group(2), count, 0.0, "N", dl))
+            rows.append((7, a.prec, count, 0.0, "N", dl))
         else:
-            shape, params, ty = shape_parts(c)
+            shape, params, ty = shape_parts(a)
             if shape == "ge":
                 rws, cls = ev(params[0], vals), ev(params[1], vals)
                 count = vals[params[2]] * max(rws if row else cls, 1)
@@ -166,16 +171,14 @@ def caller(r):
     params = []
     k = 0
     for a in r.args:
-        if a.code.startswith(("W", "F")) or not a.hpos:
+        if a.word in WORKSPACES or not a.hpos:
             continue
-        c = a.code
-        if c == "c":
+        if a.word == "c":
             params.append(f"*static_cast<char*>(v[{k}])")
-        elif c == "i":
+        elif a.word == "i":
             params.append(f"*static_cast<lapack_int*>(v[{k}])")
-        elif c.startswith("r@"):
-            ty = {"s": "float", "d": "double", "c": "lapack_complex_float", "z": "lapack_complex_double"}[c[2]]
-            params.append(f"*static_cast<{ty}*>(v[{k}])")
+        elif a.word == "a":
+            params.append(f"*static_cast<{TYPES[a.prec]}*>(v[{k}])")
         else:
             params.append(f"Ptr{{v[{k}]}}")
         k += 1
@@ -184,6 +187,23 @@ def caller(r):
     params = ([lead] if lead else []) + params
     return (f"[](void* f, int layout, void* const* v) -> double {{ (void)layout; return "
             f"reinterpret_cast<decltype(&LAPACKE_{r.name})>(f)({', '.join(params)}); }}")
+
+
+def prep(r):
+    """A call of the factorization that makes the inputs of `r`, run on the stock library
+    for both sides, or "" for a routine whose generated inputs serve as they are."""
+    factor = FACTORED_BY.get(r.name[1:])
+    if not factor:
+        return ""
+    at = {a.name: k for k, a in enumerate(a for a in r.args if a.word not in WORKSPACES and a.hpos)}
+    def val(n, ty="lapack_int"):
+        return f"*static_cast<{ty}*>(v[{at[n]}])"
+    # The reflectors: byside(side, m, n) by k for ?geqr, k by that for ?gelq.
+    rows = f"({val('side', 'char')} == 'L' ? {val('m')} : {val('n')})"
+    dims = f"{rows}, {val('k')}" if factor == "geqr" else f"{val('k')}, {rows}"
+    fn = f"LAPACKE_{r.name[0]}{factor}"
+    return (f", [](void* lib, int layout, void* const* v) {{ reinterpret_cast<decltype(&{fn})>(dlsym(lib, \"{fn}\"))"
+            f"(layout, {dims}, Ptr{{v[{at['a']}]}}, {val('lda')}, Ptr{{v[{at['t']}]}}, {val('tsize')}); }}")
 
 
 def main(argv):
@@ -204,7 +224,7 @@ def main(argv):
             skipped.append((r.name, f"not in the template: {r.skip}"))
             continue
         # A routine with a side letter runs from the right as well: its sizes change with it.
-        sides = ({}, {"side": "R"}) if any(a.name == "side" and a.code == "c" for a in r.args) and \
+        sides = ({}, {"side": "R"}) if any(a.name == "side" and a.word == "c" for a in r.args) and \
             r.name[1:] not in STOCK_RIGHT_FAULTS else ({},)
         for layout, letters in ((lay, s) for lay in ((102,) if "+nolayout" in r.flags else (101, 102)) for s in sides):
             rows = case(r, layout, letters)
@@ -217,7 +237,7 @@ def main(argv):
             for kind, ty, count, dval, ch, dl in rows:
                 items.append(f"{{{kind}, '{ty}', {count}, {dval!r}, '{ch}', \"{dl}\"}}")
             lines.append(f"static const ArgCase {arr}[] = {{{', '.join(items)}}};\n")
-            cases.append(f"{{\"LAPACKE_{r.name}\", {layout}, {len(rows)}, {arr}, {caller(r)}}}")
+            cases.append(f"{{\"LAPACKE_{r.name}\", {layout}, {len(rows)}, {arr}, {caller(r)}{prep(r)}}}")
     lines.append("static const Case kCases[] = {\n  " + ",\n  ".join(cases) + "};\n")
     lines.append("static const Skipped kSkipped[] = {\n  " +
                  ",\n  ".join(f"{{\"LAPACKE_{n}\", \"{why}\"}}" for n, why in skipped) + "};\n")

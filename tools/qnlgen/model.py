@@ -94,6 +94,14 @@ MAX_SHARD = 500  # entries in one generated source at most
 # LAPACK integer arrays take two- and three-letter words (io ii iio iw ix lw: see
 # lapack.sig); the services spell sized forms as words (i32 u64 f64 ptr ptr* i32v str txt
 # i32o u64o: see services.sig).
+#   c*  a character by address that the routine reads and may write (C: char*; LAPACKE's equed)
+# Words of the C interface of LAPACK (lapacke.sig), where an array carries its precision
+# (".T"), its extents in brackets and its direction (/i /o /io):
+#   yw.T[len] yx.T[expr]  element workspace sized by a workspace query (len: its length
+#      argument) or of a fixed length (like iw and ix for integers)
+#   vec.T[len]  vector        ge sy tr gb sb tb sp tp pf tf  matrix of that storage shape
+#      (general, symmetric, triangular, general band, symmetric band, triangular band,
+#      symmetric packed, triangular packed, symmetric RFP, triangular RFP)
 # Result letters:
 #   -  none   s float   d double   c complex float   z complex double
 #   i  integer: int32 (services), a Fortran INTEGER of the layer's width (LAPACK)
@@ -102,7 +110,8 @@ MAX_SHARD = 500  # entries in one generated source at most
 #   P  pointer to the element type   Z CBLAS_INDEX (size_t)
 LETTERS = set("cionarwxjeyvfpLTUGSDKNAC")
 WORDS = {"io", "ii", "iio", "iw", "ix", "lw", "f1", "f2", "f3", "i32", "u64", "f64", "ptr", "ptr*", "i32v",
-         "str", "txt", "i32o", "u64o", "ver", "exith", "xerh", "progh", "pivh", "i32r", "i64o", "f64r", "f64o"}
+         "str", "txt", "i32o", "u64o", "ver", "exith", "xerh", "progh", "pivh", "i32r", "i64o", "f64r", "f64o",
+         "c*", "yw", "yx", "vec", "ge", "sy", "tr", "gb", "sb", "tb", "sp", "tp", "pf", "tf"}
 PRECISIONS = "sdcz"
 REAL_OF = {"s": "s", "d": "d", "c": "s", "z": "d"}
 # C type of a data letter at a Fortran entry, where every argument comes by address:
