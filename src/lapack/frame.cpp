@@ -291,8 +291,28 @@ void format_line(const Routine& r, void* const* p, char* buf) {
   buf[kText] = '\0';
 }
 
+// The trace site's cell starts null (a record without addresses needs no
+// relocation at load) and is pointed at kUnknownMode on the first call, before
+// the slot is stored: a call that finds the slot bound finds the cell set.
+void point_site(Entry& e) {
+  const int32_t* unset = nullptr;
+  e.site.cell.compare_exchange_strong(unset, &verbose::kUnknownMode, std::memory_order_release);
+}
+
+// The mode of an entry that may not have bound yet (a call its check rejected).
+int32_t mode_before_binding(Entry& e) {
+  point_site(e);
+  return e.site.mode();
+}
+
+QNL_COLD void* bind_first(const Routine& r, Entry& e) {
+  point_site(e);
+  return bind_family(e.slot, r.symbol());
+}
+
 // Both symbols of a routed entry are bound together, under one lock.
 QNL_COLD void bind_pair(const Routine& r, Entry& e) {
+  point_site(e);
   qnl_rt_bind_lock();
   e.slot.fn.store(qnl_rt_resolve(r.symbol()), std::memory_order_relaxed);
   e.ao.fn.store(qnl_rt_resolve(r.ao_symbol()), std::memory_order_relaxed);
@@ -312,8 +332,10 @@ int64_t size_of(void* const* p, const int64_t* local, int k) {
 }
 
 void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
-  if (r.route == kNoRoute) return family<void>(e.slot, r.symbol());
-  if (__builtin_expect(e.slot.get() == nullptr, 0)) bind_pair(r, e);
+  // The slot is read with acquire: a bound slot comes with the site's cell set.
+  void* f = e.slot.fn.load(std::memory_order_acquire);
+  if (r.route == kNoRoute) return __builtin_expect(f == nullptr, 0) ? bind_first(r, e) : f;
+  if (__builtin_expect(f == nullptr, 0)) bind_pair(r, e);
   bool offload;
   switch (r.route) {
     case kRouteBig:
@@ -340,9 +362,11 @@ void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
   return e.current.load(std::memory_order_relaxed);
 }
 
+// The mode is read once `fn` is bound: binding points the site's cell.
 template <class After>
-void call(const Routine& r, Entry& e, Invoke invoke, int32_t m, void* fn, void* const* q, void* const* p, void* result,
+void call(const Routine& r, Entry& e, Invoke invoke, void* fn, void* const* q, void* const* p, void* result,
           After after) {
+  int32_t m = e.site.mode();
   auto record = [&](char* buf) { format_line(r, p, buf); };
   if (r.result == kInteger) {
     auto* v = static_cast<int64_t*>(result);
@@ -365,12 +389,11 @@ void call(const Routine& r, Entry& e, Invoke invoke, int32_t m, void* fn, void* 
   }
 }
 
-__attribute__((noinline)) void enter_lp64(const Routine& r, Entry& e, Invoke invoke, void* const* p, void* result,
-                                          int32_t m) {
+__attribute__((noinline)) void enter_lp64(const Routine& r, Entry& e, Invoke invoke, void* const* p, void* result) {
   Marshal s;
   if (!widen(r, p, s)) return;  // reported; no trace line
   void* fn = bind(r, e, p, s.local);
-  call(r, e, invoke, m, fn, s.q, p, result, [&] { narrow(r, p, s); });
+  call(r, e, invoke, fn, s.q, p, result, [&] { narrow(r, p, s); });
 }
 
 QNL_COLD void rejected(const Routine& r, Entry& e, void* const* p, int32_t m) {
@@ -408,15 +431,15 @@ __attribute__((noinline)) void enter_short(const Routine& r, Entry& e, Invoke in
 void enter(const Routine& r, Entry& e, Invoke invoke, void* const* p, void* result) {
   int lay = layer();
   if (r.short_frame) return enter_short(r, e, invoke, p, result, lay);
-  int32_t m = e.site.mode();
   if (r.check_at && (lay == 0 ? r.check()->lp64 : r.check()->ilp64)(r, p)) {
     // Rejected: no back-end call, but a trace line as for one.
+    int32_t m = mode_before_binding(e);
     if (m != 0) rejected(r, e, p, m);
     return;
   }
-  if (lay == 0) return enter_lp64(r, e, invoke, p, result, m);
+  if (lay == 0) return enter_lp64(r, e, invoke, p, result);
   void* fn = bind(r, e, p, nullptr);
-  call(r, e, invoke, m, fn, p, p, result, [] {});
+  call(r, e, invoke, fn, p, p, result, [] {});
 }
 
 }  // namespace qnl::lapack

@@ -116,7 +116,7 @@ struct Entry {
   Slot ao;
   std::atomic<void*> current{nullptr};
   std::atomic<int32_t> threshold{-1};
-  verbose::Site site;
+  verbose::Site site{nullptr};  // pointed at on the first call (frame.cpp, bind)
 };
 
 constexpr int kMaxArgs = 40;
