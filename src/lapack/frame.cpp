@@ -331,11 +331,9 @@ int64_t size_of(void* const* p, const int64_t* local, int k) {
   return local ? local[k] : *static_cast<const int64_t*>(p[k]);
 }
 
-void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
-  // The slot is read with acquire: a bound slot comes with the site's cell set.
-  void* f = e.slot.fn.load(std::memory_order_acquire);
-  if (r.route == kNoRoute) return __builtin_expect(f == nullptr, 0) ? bind_first(r, e) : f;
-  if (__builtin_expect(f == nullptr, 0)) bind_pair(r, e);
+// A routed entry chooses between its two symbols on every call.
+__attribute__((noinline)) void* bind_routed(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
+  if (__builtin_expect(e.slot.fn.load(std::memory_order_acquire) == nullptr, 0)) bind_pair(r, e);
   bool offload;
   switch (r.route) {
     case kRouteBig:
@@ -360,6 +358,14 @@ void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
   // racing call may run the other symbol, which computes the same result.
   e.current.store(offload ? e.ao.get() : e.slot.get(), std::memory_order_relaxed);
   return e.current.load(std::memory_order_relaxed);
+}
+
+// The bound road of an entry without a route is a load and a test, in line.
+inline void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
+  if (r.route != kNoRoute) return bind_routed(r, e, p, local);
+  // The slot is read with acquire: a bound slot comes with the site's cell set.
+  void* f = e.slot.fn.load(std::memory_order_acquire);
+  return __builtin_expect(f == nullptr, 0) ? bind_first(r, e) : f;
 }
 
 // The mode is read once `fn` is bound: binding points the site's cell.
