@@ -112,8 +112,8 @@ void* computational_symbol(const char* name, int library) {
 }
 
 void* bind(int k) {
-  void* p = computational_symbol(kTargets[k].name, kTargets[k].library);
-  if (!p) p = qnl_ref_targets[k];
+  void* p = computational_symbol(kTargets[k].name(), kTargets[k].library);
+  if (!p) p = const_cast<char*>(reinterpret_cast<const char*>(qnl_ref_targets) + qnl_ref_targets[k]);
   // Racing binders store the same address.
   g_bound[k].store(p, std::memory_order_relaxed);
   return p;
@@ -129,7 +129,7 @@ void apply_threads(int32_t n) {
 extern "C" void* qnl_ref_resolve(int index) { return qnl_ref::target(index); }
 
 extern "C" void qnl_ref_missing(int index) {
-  std::fprintf(stderr, "qnl_rt reference back-end: %s is not available from %s\n", qnl_ref::kTargets[index].name,
+  std::fprintf(stderr, "qnl_rt reference back-end: %s is not available from %s\n", qnl_ref::kTargets[index].name(),
                qnl_ref::kTargets[index].library == qnl_ref::kTestMatrix ? QNL_REF_TMGLIB
                : qnl_ref::kTargets[index].library == qnl_ref::kSelf     ? "this back-end"
                                                                         : QNL_REF_OPENBLAS);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <cstring>
 
 #define QNL_REF_EXPORT __attribute__((visibility("default")))
@@ -17,9 +18,12 @@ namespace qnl_ref {
 // back-end itself (a twin of a routine that is written by hand here).
 enum Library { kOpenBlas = 0, kTestMatrix = 1, kSelf = 2 };
 
+// Names are offsets into kTargetNames, so the table needs no relocation at load.
+extern const char kTargetNames[];
 struct Target {
-  const char* name;
+  uint32_t name_at;
   int library;
+  const char* name() const { return kTargetNames + name_at; }
 };
 extern const Target kTargets[];
 extern const int kTargetCount;
@@ -41,7 +45,8 @@ inline void* target(int k) {
 }  // namespace qnl_ref
 
 // The generated report stubs, one per target: they name the routine and abort.
-extern "C" void* qnl_ref_targets[];
+// Entry k holds the offset of stub k from the table itself.
+extern "C" const int32_t qnl_ref_targets[];
 extern "C" [[noreturn]] void qnl_ref_missing(int index);
 // The resolver of every forwarded symbol, entered with the target's number.
 extern "C" __attribute__((visibility("hidden"))) void* qnl_ref_resolve(int index);

@@ -56,3 +56,11 @@ di=$(ir "$BIN/first_ddot_direct")
 echo "start to first ddot, instructions: facade $fi, direct $di, ratio $(echo "scale=2; $fi / $di" | bc)"
 cpu=$(taskset -pc $$ | sed 's/.*: *\([0-9]*\).*/\1/')
 taskset -c "$cpu" "$BIN/startup" "$BIN/first_ddot_facade" "$BIN/first_ddot_direct" "$K"
+# What the wall time of a start mostly pays for beyond instructions: minor page
+# faults, of which the relocations the dynamic linker writes into the library's
+# pages are a share (median of 9 starts each).
+faults() { for i in 1 2 3 4 5 6 7 8 9; do /usr/bin/time -f %R "$@" 2>&1 >/dev/null | tail -1; done | sort -n | sed -n 5p; }
+relocs=$(readelf -rW "$B/lib/libqnl_rt.so" | sed -n '/relr/d;s/.* contains \([0-9]*\) entries.*/\1/p;s/^ *\([0-9]*\) offsets$/\1/p' |
+  awk '{ s += $1 } END { print s }')
+echo "page faults from start to first ddot: facade $(faults "$BIN/first_ddot_facade"), direct $(faults "$BIN/first_ddot_direct");" \
+  "relocations of libqnl_rt.so at load: $relocs"

@@ -28,10 +28,10 @@ struct Args {
   bool either(int k, char c, char d) const { return is(k, c) || is(k, d); }
   int fail(int k) const {
     *static_cast<I*>(a[r.info]) = static_cast<I>(-k);
-    report(r.name, name_length(r.name), int64_t{k});
+    report(r.name(), name_length(r.name()), int64_t{k});
     return 1;
   }
-  bool complex() const { return r.name[0] == 'C' || r.name[0] == 'Z'; }
+  bool complex() const { return r.name()[0] == 'C' || r.name()[0] == 'Z'; }
 };
 
 // A workspace length passes when it is -1: the call is a size query.

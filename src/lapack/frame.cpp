@@ -77,11 +77,11 @@ int32_t read32(const void* p) { return *static_cast<const int32_t*>(p); }
 // Letters compare with bit 5 cleared, so either case matches.
 bool referenced(const Routine& r, const Arg& a, void* const* caller, const int64_t* v) {
   if (!a.cond) return true;
-  for (const Cond* c = r.conds + a.cond - 1;; ++c) {
+  for (const Cond* c = r.conds() + a.cond - 1;; ++c) {
     bool hit;
     if (c->op == kLetterIn || c->op == kLetterNotIn) {
       char ch = static_cast<char>(*static_cast<const char*>(caller[c->arg]) & ~0x20);
-      hit = ch != 0 && std::strchr(c->letters, ch) != nullptr;
+      hit = ch != 0 && std::strchr(kText + c->letters, ch) != nullptr;
       hit = c->op == kLetterIn ? hit : !hit;
     } else {
       hit = (v[c->arg] == c->value) == (c->op == kValueIs);
@@ -112,7 +112,7 @@ void release(Marshal& s) {
 
 QNL_COLD void out_of_memory(const Routine& r, void* const* caller, Marshal& s) {
   release(s);
-  report(r.name, name_length(r.name), int64_t{kReportNoWorkMemory});
+  report(r.name(), name_length(r.name()), int64_t{kReportNoWorkMemory});
   if (r.info >= 0) *static_cast<int32_t*>(caller[r.info]) = -1023;
 }
 
@@ -139,9 +139,10 @@ void widen_array(int64_t* buf, const int32_t* src, int64_t n) {
 // Widens the scalars and prepares the integer arrays. False when scratch could
 // not be had; that has been reported.
 bool widen(const Routine& r, void* const* p, Marshal& s) {
+  const Arg* args = r.args();
   // Unconditional scalars first: conditions and lengths read them.
   for (int k = 0; k < r.nargs; ++k) {
-    const Arg& a = r.args[k];
+    const Arg& a = args[k];
     s.local[k] = 0;
     s.live[k] = true;
     if (a.cls == kIn || a.cls == kOut) {
@@ -153,7 +154,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
   }
   bool query = false;
   for (int k = 0; k < r.nargs; ++k) {
-    const Arg& a = r.args[k];
+    const Arg& a = args[k];
     if ((a.cls == kIn || a.cls == kOut) && a.cond) {
       // Read only when referenced (il and iu only with range I); else the local stays 0.
       s.live[k] = referenced(r, a, p, s.local);
@@ -164,10 +165,10 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
   // A size query of a routine with a query-capable workspace asks on all its lengths.
   if (query && r.has_query_work)
     for (int k = 0; k < r.nargs; ++k)
-      if (r.args[k].flags & kWorkLength) s.local[k] = -1;
+      if (args[k].flags & kWorkLength) s.local[k] = -1;
   int frames = 0;
   for (int k = 0; k < r.nargs; ++k) {
-    const Arg& a = r.args[k];
+    const Arg& a = args[k];
     if (!is_array(a.cls)) continue;
     s.passed[k] = false;
     // Arrays the options leave unreferenced go as null, and so on a size query
@@ -180,7 +181,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
       s.q[k] = nullptr;
       continue;
     }
-    int64_t n = evaluate(r.program + a.length, s.local);
+    int64_t n = evaluate(r.program() + a.length, s.local);
     int64_t* buf;
     if (n <= kFrameElements) {
       buf = s.frame[frames++];
@@ -212,12 +213,13 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
 
 // Stores the outputs' low halves to the caller and frees the scratch.
 void narrow(const Routine& r, void* const* p, Marshal& s) {
+  const Arg* args = r.args();
   // A call the back-end rejected has written no array, and its lengths are
   // the rejected arguments: the caller's arrays are left alone, as stock
   // LAPACK leaves them, rather than copied back at the length they name.
   bool rejected = r.info >= 0 && static_cast<int32_t>(s.local[r.info]) < 0;
   for (int k = 0; k < r.nargs; ++k) {
-    const Arg& a = r.args[k];
+    const Arg& a = args[k];
     if (a.cls == kOut) {
       // info is always written by the routine and always stored. Other
       // outputs are stored only when they changed: callers pass constants for
@@ -243,7 +245,7 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
       case kLogicalWork:
         if (a.keep >= 0) {
           // Copied back as far as the routine says it wrote, never beyond the scratch.
-          int64_t keep = evaluate(r.program + a.keep, s.local);
+          int64_t keep = evaluate(r.program() + a.keep, s.local);
           n = keep < n ? keep : n;
         }
         for (int64_t i = 0; i < n; ++i)
@@ -262,7 +264,7 @@ void format_line(const Routine& r, void* const* p, char* buf) {
   constexpr int kText = verbose::kRecordSize - 1;
   int pos = 0;
   int k = 0;
-  for (const char* f = r.format; *f; ++f) {
+  for (const char* f = r.format(); *f; ++f) {
     if (*f != '%') {
       if (pos < kText) buf[pos] = *f;
       ++pos;
@@ -289,11 +291,31 @@ void format_line(const Routine& r, void* const* p, char* buf) {
   buf[kText] = '\0';
 }
 
+// The trace site's cell starts null (a record without addresses needs no
+// relocation at load) and is pointed at kUnknownMode on the first call, before
+// the slot is stored: a call that finds the slot bound finds the cell set.
+void point_site(Entry& e) {
+  const int32_t* unset = nullptr;
+  e.site.cell.compare_exchange_strong(unset, &verbose::kUnknownMode, std::memory_order_release);
+}
+
+// The mode of an entry that may not have bound yet (a call its check rejected).
+int32_t mode_before_binding(Entry& e) {
+  point_site(e);
+  return e.site.mode();
+}
+
+QNL_COLD void* bind_first(const Routine& r, Entry& e) {
+  point_site(e);
+  return bind_family(e.slot, r.symbol());
+}
+
 // Both symbols of a routed entry are bound together, under one lock.
 QNL_COLD void bind_pair(const Routine& r, Entry& e) {
+  point_site(e);
   qnl_rt_bind_lock();
-  e.slot.fn.store(qnl_rt_resolve(r.symbol), std::memory_order_relaxed);
-  e.ao.fn.store(qnl_rt_resolve(r.ao_symbol), std::memory_order_relaxed);
+  e.slot.fn.store(qnl_rt_resolve(r.symbol()), std::memory_order_relaxed);
+  e.ao.fn.store(qnl_rt_resolve(r.ao_symbol()), std::memory_order_relaxed);
   qnl_rt_bind_unlock();
 }
 
@@ -309,9 +331,9 @@ int64_t size_of(void* const* p, const int64_t* local, int k) {
   return local ? local[k] : *static_cast<const int64_t*>(p[k]);
 }
 
-void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
-  if (r.route == kNoRoute) return family<void>(e.slot, r.symbol);
-  if (__builtin_expect(e.slot.get() == nullptr, 0)) bind_pair(r, e);
+// A routed entry chooses between its two symbols on every call.
+__attribute__((noinline)) void* bind_routed(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
+  if (__builtin_expect(e.slot.fn.load(std::memory_order_acquire) == nullptr, 0)) bind_pair(r, e);
   bool offload;
   switch (r.route) {
     case kRouteBig:
@@ -338,15 +360,26 @@ void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
   return e.current.load(std::memory_order_relaxed);
 }
 
+// The bound road of an entry without a route is a load and a test, in line.
+inline void* bind(const Routine& r, Entry& e, void* const* p, const int64_t* local) {
+  if (r.route != kNoRoute) return bind_routed(r, e, p, local);
+  // The slot is read with acquire: a bound slot comes with the site's cell set.
+  void* f = e.slot.fn.load(std::memory_order_acquire);
+  return __builtin_expect(f == nullptr, 0) ? bind_first(r, e) : f;
+}
+
+// The mode is read once `fn` is bound: binding points the site's cell.
 template <class After>
-void call(const Routine& r, Entry& e, int32_t m, void* fn, void* const* q, void* const* p, void* result, After after) {
+void call(const Routine& r, Entry& e, Invoke invoke, void* fn, void* const* q, void* const* p, void* result,
+          After after) {
+  int32_t m = e.site.mode();
   auto record = [&](char* buf) { format_line(r, p, buf); };
   if (r.result == kInteger) {
     auto* v = static_cast<int64_t*>(result);
     *v = verbose::run(
         e.site, m,
         [&] {
-          r.invoke(fn, q, result);
+          invoke(fn, q, result);
           after();
           return *v;
         },
@@ -355,18 +388,18 @@ void call(const Routine& r, Entry& e, int32_t m, void* fn, void* const* q, void*
     verbose::run(
         e.site, m,
         [&] {
-          r.invoke(fn, q, result);
+          invoke(fn, q, result);
           after();
         },
         record);
   }
 }
 
-__attribute__((noinline)) void enter_lp64(const Routine& r, Entry& e, void* const* p, void* result, int32_t m) {
+__attribute__((noinline)) void enter_lp64(const Routine& r, Entry& e, Invoke invoke, void* const* p, void* result) {
   Marshal s;
   if (!widen(r, p, s)) return;  // reported; no trace line
   void* fn = bind(r, e, p, s.local);
-  call(r, e, m, fn, s.q, p, result, [&] { narrow(r, p, s); });
+  call(r, e, invoke, fn, s.q, p, result, [&] { narrow(r, p, s); });
 }
 
 QNL_COLD void rejected(const Routine& r, Entry& e, void* const* p, int32_t m) {
@@ -377,41 +410,42 @@ QNL_COLD void rejected(const Routine& r, Entry& e, void* const* p, int32_t m) {
 // values; an empty slot after binding is fatal.
 void* bind_short(const Routine& r, Entry& e) {
   void* f = e.slot.get();
-  return f ? f : bind_thin(e.slot, r.symbol);
+  return f ? f : bind_thin(e.slot, r.symbol());
 }
 
-__attribute__((noinline)) void enter_short(const Routine& r, Entry& e, void* const* p, void* result, int lay) {
+__attribute__((noinline)) void enter_short(const Routine& r, Entry& e, Invoke invoke, void* const* p, void* result,
+                                           int lay) {
   if (lay != 0) {
-    if (r.check && r.check->ilp64(r, p)) return;
-    r.invoke(bind_short(r, e), p, result);
+    if (r.check_at && r.check()->ilp64(r, p)) return;
+    invoke(bind_short(r, e), p, result);
     return;
   }
   Marshal s;
   if (!widen(r, p, s)) return;
-  if (r.check && r.check->ilp64(r, s.q)) {
+  if (r.check_at && r.check()->ilp64(r, s.q)) {
     // info is stored back in all cases.
     if (r.info >= 0) *static_cast<int32_t*>(p[r.info]) = static_cast<int32_t>(s.local[r.info]);
     release(s);
     return;
   }
-  r.invoke(bind_short(r, e), s.q, result);
+  invoke(bind_short(r, e), s.q, result);
   narrow(r, p, s);
 }
 
 }  // namespace
 
-void enter(const Routine& r, Entry& e, void* const* p, void* result) {
+void enter(const Routine& r, Entry& e, Invoke invoke, void* const* p, void* result) {
   int lay = layer();
-  if (r.short_frame) return enter_short(r, e, p, result, lay);
-  int32_t m = e.site.mode();
-  if (r.check && (lay == 0 ? r.check->lp64 : r.check->ilp64)(r, p)) {
+  if (r.short_frame) return enter_short(r, e, invoke, p, result, lay);
+  if (r.check_at && (lay == 0 ? r.check()->lp64 : r.check()->ilp64)(r, p)) {
     // Rejected: no back-end call, but a trace line as for one.
+    int32_t m = mode_before_binding(e);
     if (m != 0) rejected(r, e, p, m);
     return;
   }
-  if (lay == 0) return enter_lp64(r, e, p, result, m);
+  if (lay == 0) return enter_lp64(r, e, invoke, p, result);
   void* fn = bind(r, e, p, nullptr);
-  call(r, e, m, fn, p, p, result, [] {});
+  call(r, e, invoke, fn, p, p, result, [] {});
 }
 
 }  // namespace qnl::lapack

@@ -16,17 +16,17 @@ namespace qnl::lapack {
 
 // Argument classes.
 enum Class : uint8_t {
-  kChar,          // character: address passed on, a hidden length 1 appended
-  kIn,            // integer scalar read by the routine
-  kOut,           // integer scalar the routine writes (info, sdim, ...)
-  kPtr,           // floating scalar or array, or anything else by address
-  kFunc,          // callback, passed unchanged
-  kPivOut,        // integer array written: copied back after the call
-  kPivIn,         // integer array read: widened before the call
-  kInOut,         // integer array read and written
-  kQueryWork,     // integer workspace whose element 0 answers a size query
-  kFixedWork,     // integer workspace not referenced by a size query
-  kLogicalWork,   // logical workspace, copied back
+  kChar,         // character: address passed on, a hidden length 1 appended
+  kIn,           // integer scalar read by the routine
+  kOut,          // integer scalar the routine writes (info, sdim, ...)
+  kPtr,          // floating scalar or array, or anything else by address
+  kFunc,         // callback, passed unchanged
+  kPivOut,       // integer array written: copied back after the call
+  kPivIn,        // integer array read: widened before the call
+  kInOut,        // integer array read and written
+  kQueryWork,    // integer workspace whose element 0 answers a size query
+  kFixedWork,    // integer workspace not referenced by a size query
+  kLogicalWork,  // logical workspace, copied back
 };
 
 enum Flag : uint8_t {
@@ -37,9 +37,9 @@ enum Flag : uint8_t {
 struct Arg {
   uint8_t cls;
   uint8_t flags;
-  uint8_t cond;   // 1-based index of the first condition in Routine::conds; 0 none
-  int16_t length; // offset of the allocation length in Routine::program; -1 none
-  int16_t keep;   // offset of the copy-back length when it differs; -1 none
+  uint8_t cond;    // 1-based index of the first condition in Routine::conds; 0 none
+  int16_t length;  // offset of the allocation length in Routine::program; -1 none
+  int16_t keep;    // offset of the copy-back length when it differs; -1 none
 };
 
 enum CondOp : uint8_t { kLetterIn, kLetterNotIn, kValueIs, kValueIsNot };
@@ -51,7 +51,7 @@ struct Cond {
   uint8_t op;
   bool more;
   int32_t value;
-  const char* letters;
+  uint32_t letters;  // offset in kText
 };
 
 // Length programs, postfix, over the integer scalars' 64-bit values.
@@ -70,24 +70,43 @@ struct CheckPair {
   int (*ilp64)(const Routine& r, void* const* a);
 };
 
+// Calls the back-end symbol `fn` with the marshalled addresses; one per routine,
+// passed by the routine's body to enter().
 using Invoke = void (*)(void* fn, void* const* args, void* result);
 
+// The pools every record points into (generated beside the entries). Records
+// hold offsets rather than addresses: they then need no relocation when the
+// library loads, and their pages stay clean and shared.
+extern const char kText[] QNL_HIDDEN;  // names, symbols, formats, letters; each ends in 0
+extern const Arg kArgPool[] QNL_HIDDEN;
+extern const int16_t kProgramPool[] QNL_HIDDEN;
+extern const Cond kCondPool[] QNL_HIDDEN;
+extern const CheckPair* const kChecks[] QNL_HIDDEN;  // [0] is null: no check
+
 struct Routine {
-  const char* name;       // upper case, as reported and traced
-  const char* symbol;     // back-end symbol
-  const char* ao_symbol;  // offload symbol, or null
-  const char* format;     // trace format, or null for the short frame
-  const Arg* args;
-  const int16_t* program;
-  const Cond* conds;
-  const CheckPair* check;
-  Invoke invoke;
+  uint32_t name_at;       // upper case, as reported and traced
+  uint32_t symbol_at;     // back-end symbol
+  uint32_t ao_symbol_at;  // offload symbol; 0 none
+  uint32_t format_at;     // trace format; 0 for the short frame
+  uint32_t args_at;       // first of nargs in kArgPool
+  uint32_t program_at;    // the routine's length programs in kProgramPool
+  uint32_t conds_at;      // the routine's conditions in kCondPool
+  uint8_t check_at;       // in kChecks
   uint8_t nargs;
   int8_t info;  // index of info, or -1
   uint8_t route;
   uint8_t result;
   bool short_frame;
   bool has_query_work;
+
+  const char* name() const { return kText + name_at; }
+  const char* symbol() const { return kText + symbol_at; }
+  const char* ao_symbol() const { return ao_symbol_at ? kText + ao_symbol_at : nullptr; }
+  const char* format() const { return format_at ? kText + format_at : nullptr; }
+  const Arg* args() const { return kArgPool + args_at; }
+  const int16_t* program() const { return kProgramPool + program_at; }
+  const Cond* conds() const { return kCondPool + conds_at; }
+  const CheckPair* check() const { return kChecks[check_at]; }
 };
 
 // The routine's statics: slot, offload slot and the current choice, trace state,
@@ -97,7 +116,7 @@ struct Entry {
   Slot ao;
   std::atomic<void*> current{nullptr};
   std::atomic<int32_t> threshold{-1};
-  verbose::Site site;
+  verbose::Site site{nullptr};  // pointed at on the first call (frame.cpp, bind)
 };
 
 constexpr int kMaxArgs = 40;
@@ -116,14 +135,15 @@ struct Any {
   }
 };
 
-// The entry: `args` are the caller's addresses, result address first where the
-// routine returns through one; `result` receives a value result.
-void enter(const Routine& r, Entry& e, void* const* args, void* result) QNL_HIDDEN;
+// The entry: `invoke` calls the back-end, `args` are the caller's addresses,
+// result address first where the routine returns through one; `result`
+// receives a value result.
+void enter(const Routine& r, Entry& e, Invoke invoke, void* const* args, void* result) QNL_HIDDEN;
 
 // The checks of the pre-checked routines (checks.cpp).
-extern const CheckPair kCheck_getrf, kCheck_potrf, kCheck_geqrf, kCheck_gelqf, kCheck_geqlf, kCheck_gebrd,
-    kCheck_gehrd, kCheck_orghr, kCheck_sytrd, kCheck_sygst, kCheck_syrdb, kCheck_syevd, kCheck_heevd,
-    kCheck_hegvd, kCheck_gesvd, kCheck_geev_real, kCheck_geev_complex, kCheck_orgqr, kCheck_ormqr,
-    kCheck_ormlq, kCheck_ormql, kCheck_ormrq, kCheck_dtsvb, kCheck_dttrfb QNL_HIDDEN;
+extern const CheckPair kCheck_getrf, kCheck_potrf, kCheck_geqrf, kCheck_gelqf, kCheck_geqlf, kCheck_gebrd, kCheck_gehrd,
+    kCheck_orghr, kCheck_sytrd, kCheck_sygst, kCheck_syrdb, kCheck_syevd, kCheck_heevd, kCheck_hegvd, kCheck_gesvd,
+    kCheck_geev_real, kCheck_geev_complex, kCheck_orgqr, kCheck_ormqr, kCheck_ormlq, kCheck_ormql, kCheck_ormrq,
+    kCheck_dtsvb, kCheck_dttrfb QNL_HIDDEN;
 
 }  // namespace qnl::lapack

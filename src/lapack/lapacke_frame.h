@@ -37,6 +37,8 @@ enum Kind : uint8_t {
 
 enum Dir : uint8_t { kIn = 1, kOut = 2, kInOut = 3 };
 
+constexpr int kMaxLetters = 4;  // job letters that ask for a matrix, at most
+
 struct Arg {
   uint8_t kind;
   char type;      // element: s d c z, i integer, l logical
@@ -47,7 +49,9 @@ struct Arg {
   int8_t d;       // first slot of its dimensions in the computed array
   int8_t hpos;    // 1-based parameter number at the high level (layout is 1), 0 absent there
   int8_t cond;    // a job letter argument: the matrix is used only when it is one of `letters`
-  const char* letters;
+  // Held in the record rather than by address: the argument arrays then carry
+  // no pointer and need no relocation when the library loads.
+  char letters[kMaxLetters + 1];
 };
 
 // The type of a callback argument (the select functions of ?gees, ?gges, ...).

@@ -128,7 +128,7 @@ const char* lookup(int id) {
   }
   // A number outside the table has no text rather than a wild read.
   if (id < 0 || id >= kRowCount) return "";
-  const char* text = kRows[id].text;
+  const char* text = kRows[id].text();
   if (g_state.catalogue_builtin) return text;
   const char* local = nullptr;
   size_t n = catalogue_text(g_catalogue, static_cast<uint32_t>(id) + 0x80000000u, &local);
@@ -184,7 +184,7 @@ int qnl_rt_print_message(int kind, int id, int nargs, ...) {
     va_end(ap);
     print_buffer(g_print_buffer);
   }
-  std::snprintf(g_print_buffer, kBufferSize, "%s", kRows[0].text);
+  std::snprintf(g_print_buffer, kBufferSize, "%s", kRows[0].text());
   print_buffer(g_print_buffer);
   return 0;
 }

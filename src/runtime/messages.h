@@ -7,10 +7,15 @@
 
 namespace qnl::messages {
 
+// All texts, each ending in a zero byte. Rows name theirs by offset, so the
+// table holds no address and needs no relocation when the library loads.
+extern const char kText[] QNL_HIDDEN;
+
 struct Row {
   uint32_t number;
   uint32_t severity;  // 1, 2 or 4; stored, never read
-  const char* text;
+  uint32_t text_at;   // offset of the text in kText
+  const char* text() const { return kText + text_at; }
 };
 constexpr int kRowCount = 1414;
 constexpr int kBufferSize = 512;

@@ -3,6 +3,7 @@
 // record of it is formatted and the back-end prints it.
 #pragma once
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 
@@ -21,6 +22,11 @@ extern const int32_t kUnknownMode QNL_HIDDEN;
 struct Site {
   std::atomic<const int32_t*> cell{&kUnknownMode};
   int32_t width = 0;  // 1 on LP64, 2 otherwise; written before each print
+  Site() = default;
+  // A site whose cell starts null: no address to relocate at load. Its owner
+  // points the cell at kUnknownMode on its first (binding) call, before any
+  // mode() read.
+  constexpr explicit Site(std::nullptr_t) : cell{nullptr} {}
   int32_t mode() const { return *cell.load(std::memory_order_relaxed); }
 };
 

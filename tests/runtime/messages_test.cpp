@@ -48,13 +48,13 @@ TEST(BuiltIn, RowsAreNumberedWithKnownSeveritiesAndSafeFormats) {
     SCOPED_TRACE(i);
     ASSERT_EQ(kRows[i].number, static_cast<uint32_t>(i));
     EXPECT_TRUE(kRows[i].severity == 1 || kRows[i].severity == 2 || kRows[i].severity == 4);
-    for (const char* p = std::strchr(kRows[i].text, '%'); p; p = std::strchr(p + 1, '%')) {
+    for (const char* p = std::strchr(kRows[i].text(), '%'); p; p = std::strchr(p + 1, '%')) {
       p += 1 + std::strspn(p + 1, "-+ #0123456789.");  // flags, width, precision
       p += std::strspn(p, "hlLjzt");                   // length
-      EXPECT_TRUE(*p && std::strchr("diouxXeEfgGcs%", *p)) << kRows[i].text;
+      EXPECT_TRUE(*p && std::strchr("diouxXeEfgGcs%", *p)) << kRows[i].text();
     }
   }
-  EXPECT_STREQ(kRows[0].text, "\n");  // an escaped line feed in the table
+  EXPECT_STREQ(kRows[0].text(), "\n");  // an escaped line feed in the table
 }
 
 TEST(BuiltIn, TextOfZeroIsEmptyAndFormattingIsBounded) {

@@ -8,7 +8,7 @@ import re
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from .common import split_top, table_rows
+from .common import TextPool, split_top, table_rows
 from .model import WIDE, Backend, Entry, Family, Param, by_address, data_letter
 
 CLASS_RE = re.compile(r"^(c|i|o|f[123]|io|ii|iio|iw|ix|lw|[eyrw](?:\.[sdcz])?)"
@@ -395,7 +395,43 @@ def body_type(r, a):
     return BODY_TYPE[a.cls]
 
 
-def emit_routine(r):
+class Pools:
+    """The shared arrays the routine records point into by offset: texts, argument
+    rows, length programs and conditions (lapack_frame.h). A sequence that an
+    earlier routine already put in a pool is shared."""
+
+    def __init__(self):
+        self.text = TextPool()
+        self.lists = {"args": [], "program": [], "conds": []}
+        self.seen = {}
+
+    def add(self, kind, items):
+        """Offset of the sequence `items` in the pool `kind`."""
+        key = (kind, tuple(items))
+        if key not in self.seen:
+            self.seen[key] = len(self.lists[kind])
+            self.lists[kind] += items
+        return self.seen[key]
+
+    def source(self):
+        def rows(items, per_line):
+            lines = [", ".join(items[k:k + per_line]) for k in range(0, len(items), per_line)]
+            return "".join(f"    {line},\n" for line in lines) or "    {},\n"
+        checks = ", ".join(["nullptr"] + [f"&kCheck_{c}" for c in sorted(CHECKS)])
+        return ('#include "lapack_frame.h"\n\nnamespace qnl::lapack {\n'
+                f"const char kText[] =\n{self.text.literal()};\n"
+                f"const Arg kArgPool[] = {{\n{rows(self.lists['args'], 4)}}};\n"
+                f"const int16_t kProgramPool[] = {{\n{rows([str(x) for x in self.lists['program']], 24)}}};\n"
+                f"const Cond kCondPool[] = {{\n{rows(self.lists['conds'], 4)}}};\n"
+                f"const CheckPair* const kChecks[] = {{{checks}}};\n"
+                "}  // namespace qnl::lapack\n")
+
+
+def check_index(name):
+    return 1 + sorted(CHECKS).index(name) if name else 0
+
+
+def emit_routine(r, pools):
     ident = r.name
     args = r.call_args()
     index = {a.name: k for k, a in enumerate(args)}
@@ -415,10 +451,10 @@ def emit_routine(r):
                 more = "true" if j + 1 < len(a.cond) else "false"
                 if target.cls == "c":
                     code = "kLetterIn" if op == "=" else "kLetterNotIn"
-                    conds.append(f"{{{index[cname]}, qnl::lapack::{code}, {more}, 0, \"{val.upper()}\"}}")
+                    conds.append(f"{{{index[cname]}, {code}, {more}, 0, {pools.text.add(val.upper())}}}")
                 else:
                     code = "kValueIs" if op == "=" else "kValueIsNot"
-                    conds.append(f"{{{index[cname]}, qnl::lapack::{code}, {more}, {int(val)}, nullptr}}")
+                    conds.append(f"{{{index[cname]}, {code}, {more}, {int(val)}, 0}}")
         length = keep = -1
         if a.length is not None:
             arrays += 1
@@ -427,15 +463,9 @@ def emit_routine(r):
             if a.keep is not None:
                 keep = len(prog)
                 prog += compile_expr(a.keep, index) + [OP["end"]]
-        arg_rows.append(f"{{qnl::lapack::{CLS_CODE[a.cls]}, {'|'.join('qnl::lapack::' + f for f in flags) or 0}, "
-                        f"{cond}, {length}, {keep}}}")
+        arg_rows.append(f"{{{CLS_CODE[a.cls]}, {'|'.join(flags) or 0}, {cond}, {length}, {keep}}}")
     has_iw = any(a.cls == "iw" for a in args)
     out = [f"// {r.source}\n"]
-    out.append(f"static const qnl::lapack::Arg A_{ident}[] = {{{', '.join(arg_rows)}}};\n")
-    if prog:
-        out.append(f"static const int16_t P_{ident}[] = {{{', '.join(map(str, prog))}}};\n")
-    if conds:
-        out.append(f"static const qnl::lapack::Cond C_{ident}[] = {{{', '.join(conds)}}};\n")
     # The call thunk: the marshalled addresses in order, then a length 1 per character.
     nchar = sum(a.cls == "c" for a in r.args)
     pass_args = []
@@ -450,15 +480,15 @@ def emit_routine(r):
     out.append(f"static void X_{ident}(void* f, void* const* p, void* r) {{\n  {body_call}\n}}\n")
     result_kind = {"-": "kNone", "i": "kInteger", "l": "kInteger", "s": "kReal", "d": "kReal",
                    "c": "kNone", "z": "kNone", "a": "kNone"}[r.result]
-    fmt = "nullptr" if r.short else f"\"{trace_format(r)}\""
-    check = f"&qnl::lapack::kCheck_{r.check}" if r.check else "nullptr"
-    ao = f'"{r.ao_symbol}"' if r.ao_symbol else "nullptr"
+    text = pools.text
+    fmt = 0 if r.short else text.add(trace_format(r))
+    ao = text.add(r.ao_symbol) if r.ao_symbol else 0
+    # The record holds offsets into the pools (no addresses): it needs no relocation.
     out.append(
         f"static qnl::lapack::Entry E_{ident};\n"
-        f"static const qnl::lapack::Routine R_{ident} = {{\"{r.name.upper()}\", \"{r.symbol}\", "
-        f"{ao}, {fmt},\n"
-        f"    A_{ident}, {f'P_{ident}' if prog else 'nullptr'}, {f'C_{ident}' if conds else 'nullptr'}, {check}, "
-        f"X_{ident}, {len(args)}, {r.info()}, {ROUTES.get(r.route, 0)}, qnl::lapack::{result_kind}, "
+        f"static const qnl::lapack::Routine R_{ident} = {{{text.add(r.name.upper())}, {text.add(r.symbol)}, "
+        f"{ao}, {fmt}, {pools.add('args', arg_rows)}, {pools.add('program', prog)}, {pools.add('conds', conds)}, "
+        f"{check_index(r.check)}, {len(args)}, {r.info()}, {ROUTES.get(r.route, 0)}, qnl::lapack::{result_kind}, "
         f"{'true' if r.short else 'false'}, {'true' if has_iw else 'false'}}};\n")
     # The exported body: every argument arrives as an address; hidden lengths are not read.
     params = [Param(a.name, body_type(r, a), a.word if a.cls == "f" else a.word[:1] if a.cls == "p" else a.cls,
@@ -477,7 +507,7 @@ def emit_routine(r):
     call_result = "&v" if r.result not in ("-", "a", "c", "z") else "nullptr"
     plist = ", ".join(ptrs) if ptrs else "nullptr"
     call = (f"{pre}  void* const p[] = {{{plist}}};\n"
-            f"  qnl::lapack::enter(R_{ident}, E_{ident}, p, {call_result});\n"
+            f"  qnl::lapack::enter(R_{ident}, E_{ident}, X_{ident}, p, {call_result});\n"
             + ("  return v;\n" if ret != "void" else ""))
     return Entry(ident, ret, params, r.spellings, call, source=r.source, symbol=f"qnl_lapack_body_{ident}",
                  before="".join(out), data=r)
@@ -496,8 +526,10 @@ def backends(routines):
 def family(tables):
     table, ext = tables
     routines = load(table, ext)
+    pools = Pools()
+    entries = [emit_routine(r, pools) for r in routines]
     return Family(
-        "lapack", f"{table} and {ext}", [emit_routine(r) for r in routines], backends(routines),
+        "lapack", f"{table} and {ext}", entries, backends(routines),
         head='#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n'
              '#include "backend_lapack.h"\n#include "lapack_frame.h"\n',
         header_head='#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n#include "entry.h"\n\n'
@@ -505,6 +537,7 @@ def family(tables):
         backend_head="#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n"
                      "// What a back-end exports for the LAPACK entries: 64-bit integers by\n"
                      "// address, a length after the arguments for each character argument.\n",
+        files={"lapack_pools.cpp": pools.source()},
         cases=lambda: "".join(case(r) for r in routines))
 
 

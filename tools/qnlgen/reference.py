@@ -27,7 +27,7 @@ import subprocess
 from pathlib import Path
 
 from . import blas, lapack
-from .common import banner, write_if_changed
+from .common import TextPool, banner, write_if_changed
 
 SELF = "self"  # a twin forwarding to a hand-written symbol of the back-end itself
 # The complex result types of the tables, as the adapters spell them.
@@ -92,8 +92,11 @@ def main(argv):
     out, *rest = argv
     stubs, _, libraries = plan(rest)
     asm = ["  .text\n"]
-    data = ["  .data\n  .balign 8\n  .globl qnl_ref_targets\n  .hidden qnl_ref_targets\nqnl_ref_targets:\n"]
-    adapters, names = [], []
+    # The stubs' table holds offsets from itself, which the assembler works out:
+    # no relocation at load.
+    data = ["  .section .rodata\n  .balign 4\n  .globl qnl_ref_targets\n  .hidden qnl_ref_targets\n"
+            "qnl_ref_targets:\n"]
+    adapters, names, pool = [], [], TextPool()
     for k, (sym, target, library, cplx, params) in enumerate(stubs):
         if cplx:
             adapters.append(adapter(k, sym, cplx, params))
@@ -102,13 +105,14 @@ def main(argv):
                        f"  jmp qnl_ref_resolve\n  .size {sym},.-{sym}\n")
         # A routine that no library has resolves to a report naming it.
         asm.append(f"qnl_ref_missing_{k}:\n  movl ${k}, %edi\n  jmp qnl_ref_missing\n")
-        data.append(f"  .quad qnl_ref_missing_{k}\n")
+        data.append(f"  .long qnl_ref_missing_{k} - qnl_ref_targets\n")
         lib = "kSelf" if library == SELF else str(library)
-        names.append(f"    {{\"{target}\", {lib}}},\n")
+        names.append(f"    {{{pool.add(target)}, {lib}}},\n")
     sources = " ".join(Path(p).name for p in rest[:4])
     text = (banner(sources) + f"// computational libraries: {' '.join(libraries)}\n"
             "#include <complex>\n#include <cstddef>\n#include <cstdint>\n\n#include \"forward.h\"\n\n"
-            f"namespace qnl_ref {{\nconst Target kTargets[] = {{\n{''.join(names)}}};\n"
+            f"namespace qnl_ref {{\nconst char kTargetNames[] =\n{pool.literal()};\n"
+            f"const Target kTargets[] = {{\n{''.join(names)}}};\n"
             f"const int kTargetCount = {len(stubs)};\n}}  // namespace qnl_ref\n\n"
             "using qnl_ref::store_result;\n\n" + "".join(adapters) +
             '\nasm(R"(\n' + "".join(asm) + "".join(data) + '  .text\n)");\n')

@@ -39,7 +39,7 @@ class Reporter {
     g_status.store(code, std::memory_order_relaxed);
     if (mode_ & VML_ERRMODE_ERRNO) errno = code == kErrDom ? EDOM : ERANGE;
     if (mode_ & VML_ERRMODE_STDERR) {
-      std::fprintf(stderr, qnl::messages::kRows[736 + code].text, name_);
+      std::fprintf(stderr, qnl::messages::kRows[736 + code].text(), name_);
       std::fputc('\n', stderr);
     }
     VMLErrorCallBack cb = g_callback.load(std::memory_order_relaxed);
