@@ -15,12 +15,16 @@
 
 namespace qnl::blas::check {
 
-// qnl_serv_lsame with lengths 1, 1 against a one-letter constant. The ILP64 twin takes the
-// whole 64-bit result register as its truth value, the LP64 twin the low 32 bits.
+// qnl_serv_lsame with lengths 1, 1 against a one-letter constant, called at the back-end
+// through the service's slot: every entry whose checker compares letters binds that slot
+// before its first check (frame.h, frame_at), and its quiet roads run only once the entry's
+// own slot is bound, which a passed check precedes. The ILP64 twin takes the whole 64-bit
+// result register as its truth value, the LP64 twin the low 32 bits.
 template <class I>
 QNL_CHECKER bool same(const void* a, const char* letter) {
   using Lsame = I (*)(const char*, const char*, int32_t, int32_t);
-  auto fn = reinterpret_cast<Lsame>(reinterpret_cast<void*>(&qnl_body_qnl_serv_lsame));
+  // A plain read, so that the call goes through the slot in memory: the slot is final here.
+  auto fn = *reinterpret_cast<Lsame const*>(&lsame_slot.fn);
   return fn(static_cast<const char*>(a), letter, 1, 1) != 0;
 }
 

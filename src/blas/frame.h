@@ -202,6 +202,10 @@ inline typename D::Result frame_at(int layer, P... a) {
   using R = typename D::Result;
   constexpr size_t N = sizeof...(P);
   const int32_t m = D::site.mode();
+  // The checker's letter compares go straight through the service's slot (checks.h, same):
+  // bound here, ahead of the compare that would bind it through its own entry.
+  if constexpr (D::checked && count_of<D::roles>('c') > 0)
+    if (__builtin_expect(lsame_slot.get() == nullptr, 0)) bind_thin(lsame_slot, "qnl_serv_lsame");
   if (layer != 0) {
     if constexpr (D::checked)
       if (__builtin_expect(D::template check<int64_t>(a...) != 0, 0)) return refuse<D>(m, a...);
