@@ -381,7 +381,11 @@ extern "C" {
 // Case-insensitive compare of two first letters with no branch and no library call:
 // the argument checkers of the facade ask this on every call of a routine with options.
 int32_t qnl_serv_lsame(void* a, void* b, int32_t, int32_t) {
-  return kUpper.up[*static_cast<unsigned char*>(a)] == kUpper.up[*static_cast<unsigned char*>(b)];
+  // The upper case of `a` lies zero-extended in the result register; setting its low byte
+  // to the comparison leaves a clean 0 or 1 in all 64 bits without a further widening.
+  uint32_t r = kUpper.up[*static_cast<unsigned char*>(a)];
+  asm("cmpb %1, %b0\n\tsete %b0" : "+q"(r) : "m"(kUpper.up[*static_cast<unsigned char*>(b)]) : "cc");
+  return static_cast<int32_t>(r);
 }
 
 // offload control: no offload devices exist behind this back-end

@@ -15,13 +15,21 @@
 
 namespace qnl::blas::check {
 
-// qnl_serv_lsame with lengths 1, 1 against a one-letter constant. The ILP64 twin takes the
-// whole 64-bit result register as its truth value, the LP64 twin the low 32 bits.
+// qnl_serv_lsame with lengths 1, 1 against a one-letter constant, called at the back-end
+// through the service's slot: every entry whose checker compares letters binds that slot
+// before its first check (frame.h, frame_at), and its quiet roads run only once the entry's
+// own slot is bound, which a passed check precedes. The ILP64 twin takes the whole 64-bit
+// result register as its truth value, the LP64 twin the low 32 bits.
+template <class I>
+QNL_CHECKER I same_word(const void* a, const char* letter) {
+  using Lsame = I (*)(const char*, const char*, int32_t, int32_t);
+  // A plain read, so that the call goes through the slot in memory: the slot is final here.
+  auto fn = *reinterpret_cast<Lsame const*>(&lsame_slot.fn);
+  return fn(static_cast<const char*>(a), letter, 1, 1);
+}
 template <class I>
 QNL_CHECKER bool same(const void* a, const char* letter) {
-  using Lsame = I (*)(const char*, const char*, int32_t, int32_t);
-  auto fn = reinterpret_cast<Lsame>(reinterpret_cast<void*>(&qnl_body_qnl_serv_lsame));
-  return fn(static_cast<const char*>(a), letter, 1, 1) != 0;
+  return same_word<I>(a, letter) != 0;
 }
 
 template <class I>
@@ -80,8 +88,9 @@ QNL_CHECKER I gemm_sizes(I M, I N, I K, I nrowa, I nrowb, const void* lda, const
 // line, so that the common road keeps nothing across its two letter compares but the
 // first one's result.
 template <class I, class D>
-QNL_COLD I gemm_options(bool nota, bool notb, const void* ta, const void* tb, I M, I N, I K, const void* lda,
-                        const void* ldb, const void* ldc) {
+QNL_COLD I gemm_options(I wa, I wb, const void* ta, const void* tb, I M, I N, I K, const void* lda, const void* ldb,
+                        const void* ldc) {
+  const bool nota = wa != 0, notb = wb != 0;
   if (!nota && !same<I>(ta, "C") && !same<I>(ta, "T")) QNL_FAIL(1);
   if (!notb && !same<I>(tb, "C") && !same<I>(tb, "T")) QNL_FAIL(2);
   return gemm_sizes<I, D>(M, N, K, nota ? M : K, notb ? K : N, lda, ldb, ldc);
@@ -90,10 +99,12 @@ QNL_COLD I gemm_options(bool nota, bool notb, const void* ta, const void* tb, I 
 // transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc (gemm, gemm3m, dzgemm, scgemm)
 template <class I, class D, class P>
 QNL_CHECKER I gemm(P ta, P tb, P m, P n, P k, P, P, P lda, P, P ldb, P, P, P ldc) {
-  const bool nota = same<I>(ta, "N"), notb = same<I>(tb, "N");
+  // The compare's words are kept as they came, not as truth values: one register move
+  // across the second compare instead of a test and a set.
+  const I wa = same_word<I>(ta, "N"), wb = same_word<I>(tb, "N");
   const I M = get<I>(m), N = get<I>(n), K = get<I>(k);
-  if (__builtin_expect(nota && notb, 1)) return gemm_sizes<I, D>(M, N, K, M, K, lda, ldb, ldc);
-  return gemm_options<I, D>(nota, notb, ta, tb, M, N, K, lda, ldb, ldc);
+  if (__builtin_expect(wa != 0 && wb != 0, 1)) return gemm_sizes<I, D>(M, N, K, M, K, lda, ldb, ldc);
+  return gemm_options<I, D>(wa, wb, ta, tb, M, N, K, lda, ldb, ldc);
 }
 
 // uplo, transa, transb, n, k, alpha, a, lda, b, ldb, beta, c, ldc

@@ -202,6 +202,10 @@ inline typename D::Result frame_at(int layer, P... a) {
   using R = typename D::Result;
   constexpr size_t N = sizeof...(P);
   const int32_t m = D::site.mode();
+  // The checker's letter compares go straight through the service's slot (checks.h, same):
+  // bound here, ahead of the compare that would bind it through its own entry.
+  if constexpr (D::checked && count_of<D::roles>('c') > 0)
+    if (__builtin_expect(lsame_slot.get() == nullptr, 0)) bind_thin(lsame_slot, "qnl_serv_lsame");
   if (layer != 0) {
     if constexpr (D::checked)
       if (__builtin_expect(D::template check<int64_t>(a...) != 0, 0)) return refuse<D>(m, a...);
@@ -449,6 +453,52 @@ typename D::Result CheckedRoad<D, std::index_sequence<I...>>::lp64(Arg<I>... a) 
       :                                                                                                    \
       : QNL_ROAD_OPERANDS(D, Road), [full] "i"(Checked::full), [layer] "i"(&qnl_rt_state.interface_layer), \
         [lp64] "i"(&Checked::lp64), [check] "i"(&Checked::check), [refused] "i"(&Checked::refused))
+
+// The road of an unchecked entry whose arguments all come in registers, none of them a
+// character, an index array or a complex result's address (QNL_PLAIN_ROAD). Verbose off,
+// an ILP64 call is a jump to the back-end; an LP64 call pushes each integer sign-extended
+// and hands the back-end the address where it lies, which is the fewest instructions a
+// 64-bit copy with an address takes. Anything else goes to the whole frame with every
+// argument as it came. `pad` keeps the call 16-byte aligned.
+template <class D, class Seq>
+struct PlainRoad;
+template <class D, size_t... I>
+struct PlainRoad<D, std::index_sequence<I...>> {
+  static constexpr size_t n = sizeof...(I);
+  static constexpr bool is_int(size_t k) { return k < n && D::roles[k] == 'i'; }
+  static constexpr size_t ints = count_of<D::roles>('i');
+  static constexpr size_t pad = ints % 2 == 0 ? 1 : 0;
+  static constexpr size_t drop = 8 * (ints + pad);
+  static constexpr auto cold = &frame_cold<D, Arg<I>...>;
+  static_assert(n <= 6 && ints > 0 && count_of<D::roles>('c') == 0 && count_of<D::roles>('x') == 0 &&
+                    !is_complex<typename D::Result> && !D::checked && !D::batch,
+                "the plain road serves this routine");
+};
+
+// One LP64 integer in argument register `reg`: its sign-extended copy pushed, the register
+// pointing at the copy.
+#define QNL_PLAIN_WIDEN(k, reg) \
+  ".if %c[w" #k "]\n\tmovslq (%%" reg "), %%rax\n\tpushq %%rax\n\tmovq %%rsp, %%" reg "\n\t.endif\n\t"
+
+#define QNL_PLAIN_ROAD(D, N)                                         \
+  using Road = qnl::blas::PlainRoad<D, std::make_index_sequence<N>>; \
+  asm volatile("movq %c[cell](%%rip), %%rax\n\t"                                                           \
+               "cmpl $0, (%%rax)\n\t"                                                                      \
+               "jne %c[cold]\n\t"                                                                          \
+               "cmpl $0, %c[layer](%%rip)\n\t"                                                             \
+               "jne 1f\n\t" QNL_PLAIN_WIDEN(0, "rdi") QNL_PLAIN_WIDEN(1, "rsi") QNL_PLAIN_WIDEN(2, "rdx")  \
+                   QNL_PLAIN_WIDEN(3, "rcx") QNL_PLAIN_WIDEN(4, "r8") QNL_PLAIN_WIDEN(5, "r9")             \
+               ".if %c[pad]\n\tsubq $8, %%rsp\n\t.endif\n\t"                                               \
+               "call *%c[slot](%%rip)\n\t"                                                                 \
+               "addq $%c[drop], %%rsp\n\t"                                                                 \
+               "ret\n"                                                                                     \
+               "1:\n\t"                                                                                    \
+               "jmp *%c[slot](%%rip)"                                                                      \
+               :                                                                                           \
+               : [cell] "i"(&D::site.cell), [slot] "i"(&D::slot.fn), [cold] "i"(Road::cold),               \
+                 [layer] "i"(&qnl_rt_state.interface_layer), [pad] "i"(Road::pad), [drop] "i"(Road::drop), \
+                 [w0] "i"(Road::is_int(0)), [w1] "i"(Road::is_int(1)), [w2] "i"(Road::is_int(2)),          \
+                 [w3] "i"(Road::is_int(3)), [w4] "i"(Road::is_int(4)), [w5] "i"(Road::is_int(5)))
 
 // A _direct entry: no checker and no record. It binds both its slots, then takes the direct
 // symbol when the flag byte's bit 0 is set or the sizes are small.

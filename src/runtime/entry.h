@@ -47,6 +47,10 @@ struct Slot {
   void* get() const { return fn.load(std::memory_order_relaxed); }
 };
 
+// The slot of the internal letter compare, qnl_serv_lsame: the BLAS checkers call the bound
+// back-end through it (blas/checks.h).
+extern Slot lsame_slot QNL_HIDDEN;
+
 inline int interface_layer() { return __atomic_load_n(&g_state.interface_layer, __ATOMIC_RELAXED); }
 
 // Cold paths of an unbound entry. The thin form calls the exit path a second

@@ -225,6 +225,18 @@ def checked_road(e, r):
     return e
 
 
+def plain_road(e, r):
+    """An unchecked entry whose arguments all come in registers, with integers to widen and
+    nothing else for the frame to do, takes the road of its own (frame.h, PlainRoad)."""
+    if r.shape != "-" or "batch" in r.flags or r.complex_result or len(r.args) > 6 \
+            or "i" not in r.roles or set(r.roles) & {"c", "x"}:
+        return e
+    e.result = f"__attribute__((naked)) {e.result}"
+    e.params = [replace(p, cname="") for p in e.params]
+    e.call = f"  QNL_PLAIN_ROAD(D_{r.name}, {len(r.args)});\n"
+    return e
+
+
 def wide_body(r):
     """qnl_wide_<routine>: the entry for the library's C layer, 64-bit integers at either layer
     (frame.h, enter_wide); none for the routines whose index copy or batch word needs the layer.
@@ -279,7 +291,8 @@ def family(tables):
     routines, directs = load(table)
     label = Path(table).name
     by_name = {r.name: r for r in routines}
-    entries = [checked_road(entry(r.name, r.result, body_params(r), "enter", routine_traits(r, label), r), r)
+    entries = [plain_road(checked_road(entry(r.name, r.result, body_params(r), "enter", routine_traits(r, label), r),
+                                       r), r)
                for r in routines]
     for e, r in zip(entries, routines):
         e.after = wide_body(r)[0]

@@ -99,6 +99,11 @@ def entries(rows):
             yield r.mixed, r, False, [r.mixed]
 
 
+# Slots that other frames read (entry.h declares them): the BLAS checkers call the bound
+# letter compare through its slot.
+SHARED_SLOTS = {"qnl_serv_lsame": "qnl::lsame_slot"}
+
+
 def entry(name, row, by_ref, spellings, label):
     """A thin entry: bound address first, then the by-reference reads, then the jump."""
     params, values = [], []
@@ -108,10 +113,12 @@ def entry(name, row, by_ref, spellings, label):
         values.append(f"*a{i}" if by_ref and deref else f"qnl::vp(a{i})" if a in POINTERS else f"a{i}")
     ret = RESULTS[row.result]
     fn = f"{ret}({row.by_value()})"
+    slot = SHARED_SLOTS.get(name, f"s_{name}")
     e = Entry(name, ret, params, spellings, source=f"{label}:{row.line}", data=row,
               hidden=row.kind not in ("local", "custom"), header=row.kind != "local",
-              before=f"// {label}:{row.line}\nstatic qnl::Slot s_{name};\n",
-              call=(f"  return qnl::thin<{fn}>(s_{name}, \"{row.backend}\",\n"
+              before=f"// {label}:{row.line}\n" + (f"qnl::Slot {slot};\n" if name in SHARED_SLOTS else
+                                                      f"static qnl::Slot {slot};\n"),
+              call=(f"  return qnl::thin<{fn}>({slot}, \"{row.backend}\",\n"
                     f"                        [=](auto* f) {{ return f({', '.join(values)}); }});\n"))
     return e
 
