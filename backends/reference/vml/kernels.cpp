@@ -97,12 +97,19 @@ void check(const char* name, int32_t n, const T* a, const T* b, T bscalar, T* y,
   }
 }
 
+// Room for one block's inputs, left uninitialised: std::complex would zero a
+// plain array of itself on every call, a memset of 16 KiB per argument.
+template <class T>
+struct Scratch {
+  alignas(T) unsigned char bytes[sizeof(T) * kBlock];
+};
+
 // Inputs of a block kept aside when the output overwrites them.
 template <class T>
-const T* keep(const T* a, const T* y, int32_t m, T* buffer) {
+const T* keep(const T* a, const T* y, int32_t m, Scratch<T>& buffer) {
   if (a != y) return a;
-  std::memcpy(buffer, a, sizeof(T) * static_cast<size_t>(m));
-  return buffer;
+  std::memcpy(buffer.bytes, a, sizeof(T) * static_cast<size_t>(m));
+  return reinterpret_cast<const T*>(buffer.bytes);
 }
 
 template <class Op, class T, class N, int A>
@@ -110,7 +117,7 @@ struct Unary {
   static void run(int32_t n, const T* a, T* y, int64_t first) {
     for (int32_t lo = 0; lo < n; lo += kBlock) {
       const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      T in[kBlock];
+      Scratch<T> in;
       const T* x = keep(a + lo, y + lo, m, in);  // the arguments outlive the results: see vmap
       const bool suspect = Op::template map<A>(m, x, y + lo);
       if constexpr (Op::kErrors != 0)
@@ -124,7 +131,7 @@ struct Binary {
   static void run(int32_t n, const T* a, const T* b, T* y, int64_t first) {
     for (int32_t lo = 0; lo < n; lo += kBlock) {
       const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      T in[kBlock], in2[kBlock];
+      Scratch<T> in, in2;
       const T* x = Op::kErrors ? keep(a + lo, y + lo, m, in) : a + lo;
       const T* z = Op::kErrors ? keep(b + lo, y + lo, m, in2) : b + lo;
       Op::template map<A>(m, x, z, y + lo);
@@ -138,7 +145,7 @@ struct Powx {
   static void run(int32_t n, const T* a, T b, T* y, int64_t first) {
     for (int32_t lo = 0; lo < n; lo += kBlock) {
       const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      T in[kBlock];
+      Scratch<T> in;
       const T* x = keep(a + lo, y + lo, m, in);
       Op::template map_scalar<A>(m, x, b, y + lo);
       check<Op>(N::name, m, x, static_cast<const T*>(nullptr), b, y + lo, first + lo);
@@ -172,7 +179,7 @@ struct ComplexUnary {
   static void run(int32_t n, const C* a, C* y, int64_t first) {
     for (int32_t lo = 0; lo < n; lo += kBlock) {
       const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      C in[kBlock];
+      Scratch<C> in;
       const C* x = keep(a + lo, y + lo, m, in);
       Op::template map<A>(m, x, y + lo);
       if constexpr (Op::kErrors != 0)
@@ -187,7 +194,7 @@ struct ComplexBinary {
   static void run(int32_t n, const C* a, const C* b, C* y, int64_t first) {
     for (int32_t lo = 0; lo < n; lo += kBlock) {
       const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      C in[kBlock], in2[kBlock];
+      Scratch<C> in, in2;
       const C* x = keep(a + lo, y + lo, m, in);
       const C* z = keep(b + lo, y + lo, m, in2);
       Op::template map<A>(m, x, z, y + lo);
@@ -202,7 +209,7 @@ struct ComplexPowx {
   static void run(int32_t n, const C* a, C b, C* y, int64_t first) {
     for (int32_t lo = 0; lo < n; lo += kBlock) {
       const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      C in[kBlock];
+      Scratch<C> in;
       const C* x = keep(a + lo, y + lo, m, in);
       Op::template map_scalar<A>(m, x, b, y + lo);
       check_complex<Op>(N::name, m, x, static_cast<const C*>(nullptr), y + lo, first + lo);
@@ -448,7 +455,14 @@ QNL_KERNEL_API int32_t qnl_vml_kernel_GetTTableIndex(int32_t) {
 
 // Mode, status and callback are the process's, shared by all threads: a thread
 // of a threaded layer reports into the same status its caller reads.
-QNL_KERNEL_API int32_t qnl_vml_kernel_SetMode(int32_t mode) { return g_mode.exchange(mode); }
+// A load and a store, not an exchange: a mode form sets and restores the mode on
+// every call, and a locked exchange would cost more than a short vector's work.
+// Concurrent setters are not ordered among themselves either way.
+QNL_KERNEL_API int32_t qnl_vml_kernel_SetMode(int32_t mode) {
+  const int32_t old = g_mode.load(std::memory_order_relaxed);
+  if (old != mode) g_mode.store(mode, std::memory_order_relaxed);
+  return old;
+}
 QNL_KERNEL_API int32_t qnl_vml_kernel_GetMode(void) { return g_mode.load(); }
 QNL_KERNEL_API int32_t qnl_vml_kernel_SetErrStatus(int32_t status) { return g_status.exchange(status); }
 QNL_KERNEL_API int32_t qnl_vml_kernel_GetErrStatus(void) { return g_status.load(); }
