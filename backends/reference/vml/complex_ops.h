@@ -13,20 +13,28 @@ namespace qnl_vml::cplx {
 template <class T>
 using C = std::complex<T>;
 
+// What the kernels ask of every complex function: the errors its results can
+// show, the status of an infinite one, the smallest piece worth a thread, and
+// that EP shares LA's kernel.
+template <int errors, int inf_status = kOverflow, int32_t piece = kCostlyPiece>
+struct Traits {
+  static constexpr int kErrors = errors;
+  static constexpr int32_t kPiece = piece;
+  static constexpr bool kOwnEP = false;
+  static constexpr int kInfiniteStatus = inf_status;
+};
+
 #define QNL_COMPLEX1(Stem, exact, errors, inf_status, expr)          \
-  struct Stem {                                                      \
-    static constexpr int kErrors = errors;                           \
-    static constexpr int32_t kPiece = kCostlyPiece;                  \
-    static constexpr bool kOwnEP = false;                            \
-    static constexpr int kInfiniteStatus = inf_status;               \
+  struct Stem : Traits<errors, inf_status> {                         \
     template <class W>                                               \
     static C<W> eval(C<W> x) {                                       \
       return expr;                                                   \
     }                                                                \
     template <int A, class T>                                        \
-    static void map(int32_t n, const C<T>* a, C<T>* y) {             \
+    static bool map(int32_t n, const C<T>* a, C<T>* y) {             \
       using W = std::conditional_t<exact, T, Work<T, A>>;            \
       for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]))); \
+      return true;                                                   \
     }                                                                \
   };
 
@@ -86,26 +94,23 @@ C<W> power(C<W> x, C<W> z) {
   return std::pow(x, z);
 }
 
-#define QNL_COMPLEX2(Stem, work, errors, inf_status, expr)                                                  \
-  struct Stem {                                                                                             \
-    static constexpr int kErrors = errors;                                                                  \
-    static constexpr int32_t kPiece = std::is_same_v<work<float, kHA>, float> ? kCheapPiece : kCostlyPiece; \
-    static constexpr bool kOwnEP = false;                                                                   \
-    static constexpr int kInfiniteStatus = inf_status;                                                      \
-    template <class W>                                                                                      \
-    static C<W> eval(C<W> x, C<W> z) {                                                                      \
-      return expr;                                                                                          \
-    }                                                                                                       \
-    template <int A, class T>                                                                               \
-    static void map(int32_t n, const C<T>* a, const C<T>* b, C<T>* y) {                                     \
-      using W = work<T, A>;                                                                                 \
-      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b[i])));                            \
-    }                                                                                                       \
-    template <int A, class T>                                                                               \
-    static void map_scalar(int32_t n, const C<T>* a, C<T> b, C<T>* y) {                                     \
-      using W = work<T, A>;                                                                                 \
-      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b)));                               \
-    }                                                                                                       \
+// Exact functions (computed in their own type) are cheap pieces, the others costly.
+#define QNL_COMPLEX2(Stem, work, errors, inf_status, expr)                                                         \
+  struct Stem : Traits<errors, inf_status, std::is_same_v<work<float, kHA>, float> ? kCheapPiece : kCostlyPiece> { \
+    template <class W>                                                                                             \
+    static C<W> eval(C<W> x, C<W> z) {                                                                             \
+      return expr;                                                                                                 \
+    }                                                                                                              \
+    template <int A, class T>                                                                                      \
+    static void map(int32_t n, const C<T>* a, const C<T>* b, C<T>* y) {                                            \
+      using W = work<T, A>;                                                                                        \
+      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b[i])));                                   \
+    }                                                                                                              \
+    template <int A, class T>                                                                                      \
+    static void map_scalar(int32_t n, const C<T>* a, C<T> b, C<T>* y) {                                            \
+      using W = work<T, A>;                                                                                        \
+      for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]), C<W>(b)));                                      \
+    }                                                                                                              \
   };
 
 QNL_COMPLEX2(Add, Own, kInfinite, kOverflow, x + z)
@@ -115,34 +120,21 @@ QNL_COMPLEX2(MulByConj, Work, kInfinite, kOverflow, x* std::conj(z))
 QNL_COMPLEX2(Div, Work, kInfinite, kSing, x / z)
 QNL_COMPLEX2(Pow, Widest, kInfinite, kOverflow, power(x, z))
 
-// Complex to real, real to complex.
-struct Abs {
-  static constexpr int kErrors = kInfinite;
-  static constexpr int32_t kPiece = kCostlyPiece;
-  static constexpr bool kOwnEP = false;
-  static constexpr int kInfiniteStatus = kOverflow;
+// Complex to real, f(re, im), and real to complex, in the working type of the accuracy.
+template <int errors, class F>
+struct OfParts : Traits<errors> {
   template <int A, class T>
   static void map(int32_t n, const C<T>* a, T* y) {
     using W = Work<T, A>;
-    for (int32_t i = 0; i < n; ++i) y[i] = static_cast<T>(std::hypot(W(a[i].real()), W(a[i].imag())));
+    for (int32_t i = 0; i < n; ++i) y[i] = static_cast<T>(F()(W(a[i].real()), W(a[i].imag())));
   }
 };
-struct Arg {
-  static constexpr int kErrors = kNone;
-  static constexpr int32_t kPiece = kCostlyPiece;
-  static constexpr bool kOwnEP = false;
-  static constexpr int kInfiniteStatus = kOverflow;
-  template <int A, class T>
-  static void map(int32_t n, const C<T>* a, T* y) {
-    using W = Work<T, A>;
-    for (int32_t i = 0; i < n; ++i) y[i] = static_cast<T>(std::atan2(W(a[i].imag()), W(a[i].real())));
-  }
-};
-struct CIS {
-  static constexpr int kErrors = kNone;
-  static constexpr int32_t kPiece = kCostlyPiece;
-  static constexpr bool kOwnEP = false;
-  static constexpr int kInfiniteStatus = kOverflow;
+QNL_FUNCTION_OBJECT2(Modulus, std::hypot(x, z))  // of the real part x and the imaginary part z
+QNL_FUNCTION_OBJECT2(Angle, std::atan2(z, x))
+using Abs = OfParts<kInfinite, Modulus>;
+using Arg = OfParts<kNone, Angle>;
+
+struct CIS : Traits<kNone> {
   template <int A, class T>
   static void map(int32_t n, const T* a, C<T>* y) {
     using W = Work<T, A>;

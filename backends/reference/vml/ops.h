@@ -141,6 +141,15 @@ void vmap_scalar(int32_t n, const T* a, T b, T* y) {
   }
 }
 
+// A function object of two arguments x and z of any floating type.
+#define QNL_FUNCTION_OBJECT2(Name, expr) \
+  struct Name {                          \
+    template <class W>                   \
+    W operator()(W x, W z) const {       \
+      return expr;                       \
+    }                                    \
+  };
+
 template <class T>
 constexpr T kTinyArgument = std::is_same_v<T, double> ? T(1e-8) : T(1e-3);
 
@@ -313,18 +322,8 @@ inline int TGamma::infinite(float a, float) {
 // The two-argument counterpart of fix_range: subnormal results in HA, and in
 // EP the arguments SLEEF's fast power leaves to its caller (bases not above zero,
 // anything not finite).
-struct PowFn {
-  template <class W>
-  W operator()(W x, W z) const {
-    return std::pow(x, z);
-  }
-};
-struct Atan2Fn {
-  template <class W>
-  W operator()(W x, W z) const {
-    return std::atan2(x, z);
-  }
-};
+QNL_FUNCTION_OBJECT2(PowFn, std::pow(x, z))
+QNL_FUNCTION_OBJECT2(Atan2Fn, std::atan2(x, z))
 template <class T, int A, class F>
 void fix_binary(int32_t n, const T* a, const T* b, T bs, T* y, bool fast_pow) {
   using W = typename Wider<T>::type;
