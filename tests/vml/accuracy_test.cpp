@@ -172,13 +172,21 @@ struct Traits<double> {
   static constexpr int p = 53, emin = -1074;
 };
 
+// |got - exact| in ulps of T at the binary exponent e (subnormal ulps below the normal range).
+template <class T>
+double ulps_at(T got, mpfr_ptr exact, long e) {
+  Mp d;
+  mpfr_set_d(d, static_cast<double>(got), MPFR_RNDN);
+  mpfr_sub(d, d, exact, MPFR_RNDN);
+  mpfr_div_2si(d, d, std::max<long>(e - Traits<T>::p, Traits<T>::emin), MPFR_RNDN);
+  return std::fabs(mpfr_get_d(d, MPFR_RNDN));
+}
+
 // Error of y in ulps of the exact value, in the format of T.
 template <class T>
 double ulps(T y, mpfr_ptr exact) {
   if (mpfr_nan_p(exact)) return std::isnan(y) ? 0 : INFINITY;
   if (std::isnan(y)) return INFINITY;
-  Mp rounded;
-  mpfr_set(rounded, exact, MPFR_RNDN);
   const double big = std::numeric_limits<T>::max();
   if (mpfr_inf_p(exact) || mpfr_get_d(exact, MPFR_RNDZ) > big) {
     return std::isinf(y) && (y > 0) == (mpfr_sgn(exact) > 0) ? 0 : INFINITY;
@@ -189,13 +197,7 @@ double ulps(T y, mpfr_ptr exact) {
     double e = mpfr_get_d(exact, MPFR_RNDN);
     return static_cast<T>(e) == y ? 0 : INFINITY;
   }
-  Mp d;
-  mpfr_set_d(d, static_cast<double>(y), MPFR_RNDN);
-  mpfr_sub(d, d, exact, MPFR_RNDN);
-  long e = mpfr_zero_p(exact) ? Traits<T>::emin + Traits<T>::p : mpfr_get_exp(exact);
-  long ulp_exp = std::max<long>(e - Traits<T>::p, Traits<T>::emin);
-  mpfr_div_2si(d, d, ulp_exp, MPFR_RNDN);
-  return std::fabs(mpfr_get_d(d, MPFR_RNDN));
+  return ulps_at(y, exact, mpfr_zero_p(exact) ? Traits<T>::emin + Traits<T>::p : mpfr_get_exp(exact));
 }
 
 // Points over [lo, hi]: random exponents and mantissas, both signs where the
@@ -355,23 +357,13 @@ std::vector<ComplexFunction> complex_functions() {
 template <class T>
 double complex_ulps(T re, T im, mpc_ptr exact) {
   mpfr_ptr parts[2] = {mpc_realref(exact), mpc_imagref(exact)};
-  const T got[2] = {re, im};
   long e = Traits<T>::emin + Traits<T>::p;
   for (mpfr_ptr part : parts) {
     if (!mpfr_number_p(part) || mpfr_cmpabs(part, Mp(std::numeric_limits<T>::max())) > 0) return -1;
     if (!mpfr_zero_p(part)) e = std::max<long>(e, mpfr_get_exp(part));
   }
-  const long ulp_exp = std::max<long>(e - Traits<T>::p, Traits<T>::emin);
-  double worst = 0;
-  for (int k = 0; k < 2; ++k) {
-    if (!std::isfinite(got[k])) return INFINITY;
-    Mp d;
-    mpfr_set_d(d, static_cast<double>(got[k]), MPFR_RNDN);
-    mpfr_sub(d, d, parts[k], MPFR_RNDN);
-    mpfr_div_2si(d, d, ulp_exp, MPFR_RNDN);
-    worst = std::max(worst, std::fabs(mpfr_get_d(d, MPFR_RNDN)));
-  }
-  return worst;
+  if (!std::isfinite(re) || !std::isfinite(im)) return INFINITY;
+  return std::max(ulps_at(re, parts[0], e), ulps_at(im, parts[1], e));
 }
 
 template <class T>
