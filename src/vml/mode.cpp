@@ -36,6 +36,9 @@ using Callback = VMLErrorCallBack;
 }  // namespace
 
 int32_t set_mode_ref(const int32_t* mode) { return bound<int32_t(int32_t)>(g_set_mode)(*mode); }
+int32_t set_mode_up(int32_t mode) {
+  return reinterpret_cast<int32_t (*)(int32_t)>(kernel_slot(g_set_mode.slot, g_set_mode.symbol))(mode);
+}
 int32_t set_status_ref(const int32_t* status) { return bound<int32_t(int32_t)>(g_set_status)(*status); }
 
 void reject(const Function& f, int32_t position, int32_t status) {

@@ -62,6 +62,9 @@ QNL_COLD void reject(const Function& f, int32_t position, int32_t status) QNL_HI
 // The by-reference mode and status entries, which the frame calls as an application would.
 int32_t set_mode_ref(const int32_t* mode) QNL_HIDDEN;
 int32_t set_status_ref(const int32_t* status) QNL_HIDDEN;
+// The same as set_mode_ref once the frame has brought the library up: it skips
+// the load and bind tests that VMLSETMODE makes, twice per call of a mode form.
+int32_t set_mode_up(int32_t mode) QNL_HIDDEN;
 
 // Steps that every form shares up to the table index; false when the call ends.
 inline bool accept(const Function& f, int64_t n, std::initializer_list<Tested> tested) {
@@ -83,7 +86,7 @@ inline int32_t table_index(Function& f, const int32_t* mode, int32_t& old_mode, 
   bring_up();
   kernel_slot(f.kernels, f.ttab);
   kernel_slot(f.tags, f.ctab);
-  if (mode) old_mode = set_mode_ref(mode);
+  if (mode) old_mode = set_mode_up(*mode);
   auto index = reinterpret_cast<int32_t (*)(int32_t)>(kernel_slot(f.index, "qnl_vml_kernel_GetTTableIndex"));
   int32_t i = index(qnl_vml_select_kernel());
   if (warn && i != 2) {
@@ -114,7 +117,7 @@ inline void call(Function& f, int64_t n, const int32_t* mode, std::initializer_l
       threader(kernel_table(f)[i], count, pass(args, done)..., tag_table(f)[i], handle);
     }
   }
-  if (mode) set_mode_ref(&old_mode);
+  if (mode) set_mode_up(old_mode);
 }
 
 // Pack and unpack: no pointer test, no pieces; the kernel is called directly
@@ -126,7 +129,7 @@ inline void call_pack(Function& f, int64_t n, const int32_t* mode, const void* a
   int32_t i = table_index(f, mode, old_mode, false);
   using Fn = void (*)(int64_t, const void*, Third, Fourth, int32_t);
   reinterpret_cast<Fn>(kernel_table(f)[i])(n, a, third, fourth, layer() == 1 ? 2 : 1);
-  if (mode) set_mode_ref(&old_mode);
+  if (mode) set_mode_up(old_mode);
 }
 
 }  // namespace qnl::vml

@@ -1,8 +1,10 @@
 // Vectorised double exp and log on the vector type of the build, written with
 // GCC's vector extensions so that one source serves every instruction set. Each
-// kernel takes a vector of arguments and returns its results and the mask of
-// lanes it served; the lanes it leaves out (arguments whose results leave the
-// normal range, zeros, negatives, infinities, NaN) are for a scalar fallback.
+// kernel takes a vector of arguments and returns its results, and marks by a
+// negative lane of `left` the lanes it leaves out (arguments whose results leave
+// the normal range, zeros, negatives, infinities, NaN) for a scalar fallback.
+// The marks are integer arithmetic on the argument's bits: no comparison, and
+// the caller tests them all at once by their sign bits.
 //
 // exp: n = round(x / ln2), r = x - n ln2 with ln2 in two parts (n ln2_hi is
 // exact, and so is x - n ln2_hi), exp(r) by its Taylor series on
@@ -115,9 +117,10 @@ constexpr double kExpLimit = 708;  // n stays above -1022: results normal
 
 // Lanes left out compute garbage, harmlessly: the caller replaces them.
 template <int A>
-inline D exp(D x, I& served) {
+inline D exp(D x, I& left) {
   constexpr auto& c = kExpTail<A>;
-  served = magnitude<double>(x) <= kExpLimit;
+  // Negative where |x| > kExpLimit, NaN included: its bits compare as beyond infinity's.
+  left = __builtin_bit_cast(int64_t, kExpLimit) - __builtin_bit_cast(I, magnitude<double>(x));
   const D kd = fused(x, D{} + kInvLn2, D{} + kShift);
   const D minus_n = kShift - kd;
   const D r_hi = fused(minus_n, D{} + kLn2Hi, x);  // exact
@@ -140,11 +143,15 @@ constexpr int64_t kSplit = 0x3fe6a09e667f3bcd;
 constexpr int64_t kSignAndExponent = -(int64_t(1) << 52);
 constexpr double kExponentBias = 0x1p52 + 2048;
 
+// The bits of the least and the largest positive normal number.
+constexpr int64_t kNormalMin = 0x0010000000000000, kNormalMax = 0x7fefffffffffffff;
+
 template <int A>
-inline D log(D x, I& served) {
+inline D log(D x, I& left) {
   constexpr auto& c = kLogTail<A>;
-  served = (x >= std::numeric_limits<double>::min()) & (x <= std::numeric_limits<double>::max());
   const I bits = __builtin_bit_cast(I, x);
+  // Negative unless kNormalMin <= bits <= kNormalMax (negative numbers have negative bits).
+  left = (bits - kNormalMin) | (kNormalMax - bits);
   const I shifted = bits - kSplit;
   const I e_bits = shifted & kSignAndExponent;  // e << 52
   const D m = __builtin_bit_cast(D, bits - e_bits);

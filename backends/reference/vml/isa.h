@@ -92,6 +92,22 @@ inline bool all(M m) {
   return !any(~m);
 }
 
+// Whether any lane of a 64-bit integer vector is negative: one sign test, where
+// a mask would need a comparison per bound first.
+template <class M>
+inline bool any_negative(M m) {
+#if defined(__AVX512F__)
+  if constexpr (sizeof(M) == 64) return _mm512_cmplt_epi64_mask((__m512i)m, _mm512_setzero_si512()) != 0;
+#endif
+#if defined(__AVX__)
+  if constexpr (sizeof(M) == 32) return !_mm256_testz_pd((__m256d)m, (__m256d)m);
+#endif
+  if constexpr (sizeof(M) == 16)
+    return _mm_movemask_pd((__m128d)m) != 0;
+  else
+    return m[0] < 0;
+}
+
 template <class T>
 inline G<T> lanes(const T* p) {
   G<T> v;

@@ -97,59 +97,26 @@ void check(const char* name, int32_t n, const T* a, const T* b, T bscalar, T* y,
   }
 }
 
+// Room for one block's inputs, left uninitialised: std::complex would zero a
+// plain array of itself on every call, a memset of 16 KiB per argument.
+template <class T>
+struct Scratch {
+  alignas(T) unsigned char bytes[sizeof(T) * kBlock];
+};
+
 // Inputs of a block kept aside when the output overwrites them.
 template <class T>
-const T* keep(const T* a, const T* y, int32_t m, T* buffer) {
+const T* keep(const T* a, const T* y, int32_t m, Scratch<T>& buffer) {
   if (a != y) return a;
-  std::memcpy(buffer, a, sizeof(T) * static_cast<size_t>(m));
-  return buffer;
+  std::memcpy(buffer.bytes, a, sizeof(T) * static_cast<size_t>(m));
+  return reinterpret_cast<const T*>(buffer.bytes);
 }
 
-template <class Op, class T, class N, int A>
-struct Unary {
-  static void run(int32_t n, const T* a, T* y, int64_t first) {
-    for (int32_t lo = 0; lo < n; lo += kBlock) {
-      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      T in[kBlock];
-      const T* x = keep(a + lo, y + lo, m, in);  // the arguments outlive the results: see vmap
-      const bool suspect = Op::template map<A>(m, x, y + lo);
-      if constexpr (Op::kErrors != 0)
-        if (suspect) check<Op>(N::name, m, x, static_cast<const T*>(nullptr), T(1), y + lo, first + lo);
-    }
-  }
-};
-
-template <class Op, class T, class N, int A>
-struct Binary {
-  static void run(int32_t n, const T* a, const T* b, T* y, int64_t first) {
-    for (int32_t lo = 0; lo < n; lo += kBlock) {
-      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      T in[kBlock], in2[kBlock];
-      const T* x = Op::kErrors ? keep(a + lo, y + lo, m, in) : a + lo;
-      const T* z = Op::kErrors ? keep(b + lo, y + lo, m, in2) : b + lo;
-      Op::template map<A>(m, x, z, y + lo);
-      if constexpr (Op::kErrors != 0) check<Op>(N::name, m, x, z, T(1), y + lo, first + lo);
-    }
-  }
-};
-
-template <class Op, class T, class N, int A>
-struct Powx {
-  static void run(int32_t n, const T* a, T b, T* y, int64_t first) {
-    for (int32_t lo = 0; lo < n; lo += kBlock) {
-      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      T in[kBlock];
-      const T* x = keep(a + lo, y + lo, m, in);
-      Op::template map_scalar<A>(m, x, b, y + lo);
-      check<Op>(N::name, m, x, static_cast<const T*>(nullptr), b, y + lo, first + lo);
-    }
-  }
-};
-
-// Complex results: an infinite or NaN part from finite arguments.
+// Complex results: an infinite or NaN part from finite arguments. The scalar of
+// a power is not an element: the callback hears 1 as its second argument.
 template <class Op, class T>
-void check_complex(const char* name, int32_t n, const std::complex<T>* a, const std::complex<T>* b, std::complex<T>* y,
-                   int64_t first) {
+void check(const char* name, int32_t n, const std::complex<T>* a, const std::complex<T>* b, std::complex<T>,
+           std::complex<T>* y, int64_t first) {
   bool suspect = false;
   for (int32_t i = 0; i < n; ++i) suspect |= out_of_range(y[i].real(), false) || out_of_range(y[i].imag(), false);
   if (!suspect) return;
@@ -166,47 +133,50 @@ void check_complex(const char* name, int32_t n, const std::complex<T>* a, const 
   }
 }
 
-template <class Op, class T, class N, int A>
-struct ComplexUnary {
-  using C = std::complex<T>;
-  static void run(int32_t n, const C* a, C* y, int64_t first) {
-    for (int32_t lo = 0; lo < n; lo += kBlock) {
-      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      C in[kBlock];
-      const C* x = keep(a + lo, y + lo, m, in);
-      Op::template map<A>(m, x, y + lo);
+// A vector in blocks that stay in cache: each block's arguments (kept aside where
+// the output overwrites them: the scan reads them after the kernel), its kernel,
+// then its error scan. E is the element type, real or complex.
+template <class F>
+void for_blocks(int32_t n, F block) {
+  for (int32_t lo = 0; lo < n; lo += kBlock) block(lo, n - lo < kBlock ? n - lo : kBlock);
+}
+
+template <class Op, class E, class N, int A>
+struct Unary {
+  static void run(int32_t n, const E* a, E* y, int64_t first) {
+    for_blocks(n, [&](int32_t lo, int32_t m) {
+      Scratch<E> in;
+      const E* x = keep(a + lo, y + lo, m, in);
+      // Whether a result may be out of range: real kernels know, complex ones say so always.
+      const bool suspect = Op::template map<A>(m, x, y + lo);
       if constexpr (Op::kErrors != 0)
-        check_complex<Op>(N::name, m, x, static_cast<const C*>(nullptr), y + lo, first + lo);
-    }
+        if (suspect) check<Op>(N::name, m, x, static_cast<const E*>(nullptr), E(1), y + lo, first + lo);
+    });
   }
 };
 
-template <class Op, class T, class N, int A>
-struct ComplexBinary {
-  using C = std::complex<T>;
-  static void run(int32_t n, const C* a, const C* b, C* y, int64_t first) {
-    for (int32_t lo = 0; lo < n; lo += kBlock) {
-      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      C in[kBlock], in2[kBlock];
-      const C* x = keep(a + lo, y + lo, m, in);
-      const C* z = keep(b + lo, y + lo, m, in2);
+template <class Op, class E, class N, int A>
+struct Binary {
+  static void run(int32_t n, const E* a, const E* b, E* y, int64_t first) {
+    for_blocks(n, [&](int32_t lo, int32_t m) {
+      Scratch<E> in, in2;
+      const E* x = Op::kErrors ? keep(a + lo, y + lo, m, in) : a + lo;
+      const E* z = Op::kErrors ? keep(b + lo, y + lo, m, in2) : b + lo;
       Op::template map<A>(m, x, z, y + lo);
-      check_complex<Op>(N::name, m, x, z, y + lo, first + lo);
-    }
+      if constexpr (Op::kErrors != 0) check<Op>(N::name, m, x, z, E(1), y + lo, first + lo);
+    });
   }
 };
 
-template <class Op, class T, class N, int A>
-struct ComplexPowx {
-  using C = std::complex<T>;
-  static void run(int32_t n, const C* a, C b, C* y, int64_t first) {
-    for (int32_t lo = 0; lo < n; lo += kBlock) {
-      const int32_t m = n - lo < kBlock ? n - lo : kBlock;
-      C in[kBlock];
-      const C* x = keep(a + lo, y + lo, m, in);
+template <class Op, class E, class N, int A>
+struct Powx {
+  static void run(int32_t n, const E* a, E b, E* y, int64_t first) {
+    for_blocks(n, [&](int32_t lo, int32_t m) {
+      Scratch<E> in;
+      const E* x = keep(a + lo, y + lo, m, in);
       Op::template map_scalar<A>(m, x, b, y + lo);
-      check_complex<Op>(N::name, m, x, static_cast<const C*>(nullptr), y + lo, first + lo);
-    }
+      check<Op>(N::name, m, x, static_cast<const E*>(nullptr), b, y + lo, first + lo);
+    });
   }
 };
 
@@ -343,18 +313,10 @@ using namespace qnl_vml;
 #define QNL_NS_d real
 #define QNL_NS_c cplx
 #define QNL_NS_z cplx
-#define QNL_UNARY_s Unary
-#define QNL_UNARY_d Unary
-#define QNL_UNARY_c ComplexUnary
-#define QNL_UNARY_z ComplexUnary
-#define QNL_BINARY_s Binary
-#define QNL_BINARY_d Binary
-#define QNL_BINARY_c ComplexBinary
-#define QNL_BINARY_z ComplexBinary
-#define QNL_POWX_s Powx
-#define QNL_POWX_d Powx
-#define QNL_POWX_c ComplexPowx
-#define QNL_POWX_z ComplexPowx
+#define QNL_E_s float
+#define QNL_E_d double
+#define QNL_E_c std::complex<float>
+#define QNL_E_z std::complex<double>
 
 // The table index is the accuracy the mode asks for: 1 LA, 2 HA, 3 EP; index 0
 // (a mode without accuracy bits) computes as HA.
@@ -369,9 +331,9 @@ using namespace qnl_vml;
       as_kernel(&K<names::t##Stem, kHA>::run), as_kernel(&K<names::t##Stem, ep>::run)}; \
   QNL_KERNEL_API const int32_t qnl_vml_kernel_##t##Stem##_ctab[4] = {piece, piece, piece, piece};
 
-#define QNL_GROUP_unary(t, Stem, N, A) QNL_UNARY_##t<QNL_NS_##t::Stem, QNL_T_##t, N, A>
-#define QNL_GROUP_binary(t, Stem, N, A) QNL_BINARY_##t<QNL_NS_##t::Stem, QNL_T_##t, N, A>
-#define QNL_GROUP_powx(t, Stem, N, A) QNL_POWX_##t<QNL_NS_##t::Pow, QNL_T_##t, N, A>
+#define QNL_GROUP_unary(t, Stem, N, A) Unary<QNL_NS_##t::Stem, QNL_E_##t, N, A>
+#define QNL_GROUP_binary(t, Stem, N, A) Binary<QNL_NS_##t::Stem, QNL_E_##t, N, A>
+#define QNL_GROUP_powx(t, Stem, N, A) Powx<QNL_NS_##t::Pow, QNL_E_##t, N, A>
 #define QNL_GROUP_c2r(t, Stem, N, A) ToReal<cplx::Stem, QNL_T_##t, N, A>
 #define QNL_GROUP_r2c(t, Stem, N, A) ToComplex<cplx::Stem, QNL_T_##t, N, A>
 #define QNL_GROUP_tworesult(t, Stem, N, A) Stem<QNL_T_##t, N, A>
@@ -448,7 +410,14 @@ QNL_KERNEL_API int32_t qnl_vml_kernel_GetTTableIndex(int32_t) {
 
 // Mode, status and callback are the process's, shared by all threads: a thread
 // of a threaded layer reports into the same status its caller reads.
-QNL_KERNEL_API int32_t qnl_vml_kernel_SetMode(int32_t mode) { return g_mode.exchange(mode); }
+// A load and a store, not an exchange: a mode form sets and restores the mode on
+// every call, and a locked exchange would cost more than a short vector's work.
+// Concurrent setters are not ordered among themselves either way.
+QNL_KERNEL_API int32_t qnl_vml_kernel_SetMode(int32_t mode) {
+  const int32_t old = g_mode.load(std::memory_order_relaxed);
+  if (old != mode) g_mode.store(mode, std::memory_order_relaxed);
+  return old;
+}
 QNL_KERNEL_API int32_t qnl_vml_kernel_GetMode(void) { return g_mode.load(); }
 QNL_KERNEL_API int32_t qnl_vml_kernel_SetErrStatus(int32_t status) { return g_status.exchange(status); }
 QNL_KERNEL_API int32_t qnl_vml_kernel_GetErrStatus(void) { return g_status.load(); }

@@ -79,22 +79,23 @@ bool vmap(int32_t n, const T* a, T* y, bool underflow, Ok ok, Scalar scalar) {
   return !all(in_range);
 }
 
-// Our own vector kernels, inlined: `kernel` computes a vector and the mask of
-// the lanes it served; the others are computed again by `scalar`, one at a
-// time. Returns whether a lane was left out: served lanes never give a result
-// out of range, so only then does the caller scan the piece for errors.
+// Our own vector kernels, inlined: `kernel` computes a vector and marks the
+// lanes it leaves out by a negative value in `left`; those are computed again by
+// `scalar`, one at a time. Returns whether a lane was left out: served lanes
+// never give a result out of range, so only then does the caller scan the piece
+// for errors.
 template <class T, class Kernel, class Scalar>
 bool vmap_own(int32_t n, const T* a, T* y, Kernel kernel, Scalar scalar) {
   constexpr int L = kLanes<T>;
   bool left_out = false;
   auto one = [&](const T* x, T* r) {
-    Mask<T> served;
-    const G<T> v = kernel(lanes(x), served);
+    Mask<T> left;
+    const G<T> v = kernel(lanes(x), left);
     std::memcpy(r, &v, sizeof v);
-    if (__builtin_expect(!all(served), 0)) {
+    if (__builtin_expect(any_negative(left), 0)) {
       left_out = true;
       for (int k = 0; k < L; ++k)
-        if (!served[k]) r[k] = scalar(x[k]);
+        if (left[k] < 0) r[k] = scalar(x[k]);
     }
   };
   int32_t i = 0;
@@ -139,6 +140,15 @@ void vmap_scalar(int32_t n, const T* a, T b, T* y) {
     for (int k = 0; i + k < n; ++k) y[i + k] = out[k];
   }
 }
+
+// A function object of two arguments x and z of any floating type.
+#define QNL_FUNCTION_OBJECT2(Name, expr) \
+  struct Name {                          \
+    template <class W>                   \
+    W operator()(W x, W z) const {       \
+      return expr;                       \
+    }                                    \
+  };
 
 template <class T>
 constexpr T kTinyArgument = std::is_same_v<T, double> ? T(1e-8) : T(1e-3);
@@ -245,7 +255,7 @@ struct OwnDouble : Sleef {
   static bool map(int32_t n, const T* a, T* y) {
     if constexpr (std::is_same_v<T, double>)
       return vmap_own(
-          n, a, y, [](G<double> x, Mask<double>& served) { return Own::template vector<A>(x, served); },
+          n, a, y, [](G<double> x, Mask<double>& left) { return Own::template vector<A>(x, left); },
           [](double x) { return static_cast<double>(Own::scalar(static_cast<long double>(x))); });
     else
       return Sleef::template map<A>(n, a, y);
@@ -253,15 +263,15 @@ struct OwnDouble : Sleef {
 };
 struct ExpKernels {
   template <int A>
-  static G<double> vector(G<double> x, Mask<double>& served) {
-    return explog::exp<A>(x, served);
+  static G<double> vector(G<double> x, Mask<double>& left) {
+    return explog::exp<A>(x, left);
   }
   static long double scalar(long double x) { return std::exp(x); }
 };
 struct LnKernels {
   template <int A>
-  static G<double> vector(G<double> x, Mask<double>& served) {
-    return explog::log<A>(x, served);
+  static G<double> vector(G<double> x, Mask<double>& left) {
+    return explog::log<A>(x, left);
   }
   static long double scalar(long double x) { return std::log(x); }
 };
@@ -312,18 +322,8 @@ inline int TGamma::infinite(float a, float) {
 // The two-argument counterpart of fix_range: subnormal results in HA, and in
 // EP the arguments SLEEF's fast power leaves to its caller (bases not above zero,
 // anything not finite).
-struct PowFn {
-  template <class W>
-  W operator()(W x, W z) const {
-    return std::pow(x, z);
-  }
-};
-struct Atan2Fn {
-  template <class W>
-  W operator()(W x, W z) const {
-    return std::atan2(x, z);
-  }
-};
+QNL_FUNCTION_OBJECT2(PowFn, std::pow(x, z))
+QNL_FUNCTION_OBJECT2(Atan2Fn, std::atan2(x, z))
 template <class T, int A, class F>
 void fix_binary(int32_t n, const T* a, const T* b, T bs, T* y, bool fast_pow) {
   using W = typename Wider<T>::type;

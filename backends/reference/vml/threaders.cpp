@@ -73,25 +73,24 @@ using f64 = double;
   }
 #define QNL_REF_UNPAREN(...) __VA_ARGS__
 
-QNL_REF_THREADER(s_1i_1o, (const f32* a, f32* y), a, y)
-QNL_REF_THREADER(d_1i_1o, (const f64* a, f64* y), a, y)
-QNL_REF_THREADER(s_2i_1o, (const f32* a, const f32* b, f32* y), a, b, y)
-QNL_REF_THREADER(d_2i_1o, (const f64* a, const f64* b, f64* y), a, b, y)
-QNL_REF_THREADER(s_1i_2o, (const f32* a, f32* y, f32* z), a, y, z)
-QNL_REF_THREADER(d_1i_2o, (const f64* a, f64* y, f64* z), a, y, z)
-QNL_REF_THREADER(s_cs_2i_s_1o, (const f32* a, f32 b, f32* y), a, b, y)
-QNL_REF_THREADER(d_cd_2i_d_1o, (const f64* a, f64 b, f64* y), a, b, y)
-QNL_REF_THREADER(c_1i_1o, (const c8* a, c8* y), a, y)
-QNL_REF_THREADER(z_1i_1o, (const c16* a, c16* y), a, y)
-QNL_REF_THREADER(c_2i_1o, (const c8* a, const c8* b, c8* y), a, b, y)
-QNL_REF_THREADER(z_2i_1o, (const c16* a, const c16* b, c16* y), a, b, y)
-QNL_REF_THREADER(c_1i_2o, (const c8* a, c8* y, c8* z), a, y, z)
-QNL_REF_THREADER(z_1i_2o, (const c16* a, c16* y, c16* z), a, y, z)
-QNL_REF_THREADER(c_cc_2i_c_1o, (const c8* a, c8 b, c8* y), a, b, y)
-QNL_REF_THREADER(z_cz_2i_z_1o, (const c16* a, c16 b, c16* y), a, b, y)
+// The shapes every element type T (letter t) has: one or two inputs, two
+// outputs, and an array with a constant scalar (named apart: its letters differ).
+#define QNL_REF_SHAPES(t, T, with_scalar)                              \
+  QNL_REF_THREADER(t##_1i_1o, (const T* a, T* y), a, y)                \
+  QNL_REF_THREADER(t##_2i_1o, (const T* a, const T* b, T* y), a, b, y) \
+  QNL_REF_THREADER(t##_1i_2o, (const T* a, T* y, T* z), a, y, z)       \
+  QNL_REF_THREADER(with_scalar, (const T* a, T b, T* y), a, b, y)
+QNL_REF_SHAPES(s, f32, s_cs_2i_s_1o)
+QNL_REF_SHAPES(d, f64, d_cd_2i_d_1o)
+QNL_REF_SHAPES(c, c8, c_cc_2i_c_1o)
+QNL_REF_SHAPES(z, c16, z_cz_2i_z_1o)
+
+// Between real and complex, and the linear fraction's two arrays and four scalars.
 QNL_REF_THREADER(c_1i_s_1o, (const c8* a, f32* y), a, y)
 QNL_REF_THREADER(z_1i_d_1o, (const c16* a, f64* y), a, y)
 QNL_REF_THREADER(s_1i_c_1o, (const f32* a, c8* y), a, y)
 QNL_REF_THREADER(d_1i_z_1o, (const f64* a, c16* y), a, y)
-QNL_REF_THREADER(s_6i_1o, (const f32* a, const f32* b, f32 sa, f32 ha, f32 sb, f32 hb, f32* y), a, b, sa, ha, sb, hb, y)
-QNL_REF_THREADER(d_6i_1o, (const f64* a, const f64* b, f64 sa, f64 ha, f64 sb, f64 hb, f64* y), a, b, sa, ha, sb, hb, y)
+#define QNL_REF_LINEAR_FRACTION(t, T) \
+  QNL_REF_THREADER(t##_6i_1o, (const T* a, const T* b, T sa, T ha, T sb, T hb, T* y), a, b, sa, ha, sb, hb, y)
+QNL_REF_LINEAR_FRACTION(s, f32)
+QNL_REF_LINEAR_FRACTION(d, f64)

@@ -34,7 +34,7 @@ foreach(build IN LISTS QNL_VML_KERNEL_BUILDS)
     QNL_VML_ISA_${QNL_VML_ISA_${sleef}}=1)
   target_compile_options(${target} PRIVATE -O2 ${flags} -fvisibility=hidden -fno-math-errno -Wno-ignored-attributes
     -Wno-dangling-pointer)  # SLEEF's vector types; GCC 12 mistakes the callback's context for a dangling pointer
-  target_link_libraries(${target} PRIVATE sleef qnl_catalogue ${QNL_VSL_LINK})  # and the random-number kernels
+  target_link_libraries(${target} PRIVATE sleef quadmath qnl_catalogue ${QNL_VSL_LINK})  # and the random-number kernels
   target_link_options(${target} PRIVATE -Wl,--no-undefined)
   add_dependencies(${target} qnl_vml_generated)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME qnl_vml_${stem} INSTALL_RPATH "$ORIGIN")
