@@ -107,6 +107,9 @@ MANUAL = {
     "gbrfs": (GBRFS + " work:yx.{t}[max(1,3*n)] iwork:ix[max(1,n)]", GBRFS + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,n)]"),
     "gbequb": "i : m:i n:i kl:i ku:i ab:gb.{t}[m,n,kl,ku,ldab]/i! ldab:i r:vec.{r}[m]/o c:vec.{r}[n]/o rowcnd:y.{r} "
               "colcnd:y.{r} amax:y.{r}",
+    # The reflectors of a packed reduction: an order-m triangle from the left, order n from the right.
+    **{f: "i : side:c uplo:c trans:c m:i n:i ap:sp.{t}[uplo,byside(side,m,n)]/i! tau:vec.{t}[byside(side,m,n)-1]/i! "
+          "c:ge.{t}[m,n,ldc]/io! ldc:i work:yx.{t}[max(1,byside(side,n,m))]" for f in ("opmtr", "upmtr")},
     # Permuting or scaling (job P, S, B) reads a and b; the work array serves scaling.
     "ggbal": "i : job:c n:i a:ge.{t}[n,n,lda]/io!?job=PSB lda:i b:ge.{t}[n,n,ldb]/io!?job=PSB ldb:i ilo:o ihi:o "
              "lscale:vec.{r}[n]/o rscale:vec.{r}[n]/o work:yx.{r}[max(1,6*n)]",

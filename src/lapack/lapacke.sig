@@ -333,7 +333,7 @@ cunmrq i : side:c trans:c m:i n:i k:i a:ge.c[k,byside(side,m,n),lda]/i! lda:i ta
 cunmrz i : side:c trans:c m:i n:i k:i l:i a:ge.c[k,m,lda]/i! lda:i tau:vec.c[k]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cunmtr i : side:c uplo:c trans:c m:i n:i a:ge.c[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.c[byside(side,m,n)-1]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cupgtr i : uplo:c n:i ap:sp.c[uplo,n]/i! tau:vec.c[n-1]/i! q:ge.c[n,n,ldq]/io ldq:i work:yx.c[n-1]
-cupmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
+cupmtr i : side:c uplo:c trans:c m:i n:i ap:sp.c[uplo,byside(side,m,n)]/i! tau:vec.c[byside(side,m,n)-1]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yx.c[max(1,byside(side,n,m))]
 dbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.d[q]/io! phi:vec.d[q-1]/io u1:ge.d[p,p,ldu1]/io! ldu1:i u2:ge.d[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.d[q,q,ldv1t]/io! ldv1t:i v2t:ge.d[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.d[q]/o b11e:vec.d[q-1]/o b12d:vec.d[q]/o b12e:vec.d[q-1]/o b21d:vec.d[q]/o b21e:vec.d[q-1]/o b22d:vec.d[q]/o b22e:vec.d[q-1]/o work:yw.d[lwork] lwork:i
 dbdsdc - +skip=workspace_work:_'lwork'_is_not_an_argument : uplo compq n d e u ldu vt ldvt q iq work iwork
 dbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
@@ -456,7 +456,7 @@ dlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ip
 dlatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 dlauum i : uplo:c n:i a:ge.d[n,n,lda]/io! lda:i
 dopgtr i : uplo:c n:i ap:sp.d[uplo,n]/i! tau:vec.d[n-1]/i! q:ge.d[n,n,ldq]/io ldq:i work:yx.d[n-1]
-dopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
+dopmtr i : side:c uplo:c trans:c m:i n:i ap:sp.d[uplo,byside(side,m,n)]/i! tau:vec.d[byside(side,m,n)-1]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yx.d[max(1,byside(side,n,m))]
 dorbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
 dorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
 dorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
@@ -756,7 +756,7 @@ slaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ip
 slatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 slauum i : uplo:c n:i a:ge.s[n,n,lda]/io! lda:i
 sopgtr i : uplo:c n:i ap:sp.s[uplo,n]/i! tau:vec.s[n-1]/i! q:ge.s[n,n,ldq]/io ldq:i work:yx.s[n-1]
-sopmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
+sopmtr i : side:c uplo:c trans:c m:i n:i ap:sp.s[uplo,byside(side,m,n)]/i! tau:vec.s[byside(side,m,n)-1]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yx.s[max(1,byside(side,n,m))]
 sorbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
 sorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
 sorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
@@ -1257,7 +1257,7 @@ zunmrq i : side:c trans:c m:i n:i k:i a:ge.z[k,byside(side,m,n),lda]/i! lda:i ta
 zunmrz i : side:c trans:c m:i n:i k:i l:i a:ge.z[k,m,lda]/i! lda:i tau:vec.z[k]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zunmtr i : side:c uplo:c trans:c m:i n:i a:ge.z[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.z[byside(side,m,n)-1]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zupgtr i : uplo:c n:i ap:sp.z[uplo,n]/i! tau:vec.z[n-1]/i! q:ge.z[n,n,ldq]/io ldq:i work:yx.z[n-1]
-zupmtr - +skip=ap:_packed_order_not_documented_as_one_argument : side uplo trans m n ap tau c ldc work
+zupmtr i : side:c uplo:c trans:c m:i n:i ap:sp.z[uplo,byside(side,m,n)]/i! tau:vec.z[byside(side,m,n)-1]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yx.z[max(1,byside(side,n,m))]
 qnl_sgetrfnpi i : m:i n:i nfact:i a:ge.s[m,n,lda]/io! lda:i
 qnl_dgetrfnpi i : m:i n:i nfact:i a:ge.d[m,n,lda]/io! lda:i
 qnl_cgetrfnpi i : m:i n:i nfact:i a:ge.c[m,n,lda]/io! lda:i
