@@ -321,8 +321,11 @@ def routine_entries(r, header):
                f"template <class I>\nvoid D_{ident}(void* const* p, I* d) {{\n  (void)p;\n  (void)d;\n"
                + "".join(line + "\n" for line in body) + "}\n"
                f"void F_{ident}(void* const* q, void* res) {{\n  {call}\n}}\n"
-               f"template <class I>\nconst qnl::lapacke::Routine<I> R_{ident} = {{\"{said}\", \"{said}_work\", "
-               f"A_{ident}, {len(r.args)}, {flags}, {masks}, D_{ident}<I>, F_{ident}}};\n")
+               # Built on the caller's stack from immediates: a record held in memory would
+               # carry five addresses for the dynamic linker to write at every start.
+               f"template <class I>\ninline qnl::lapacke::Routine<I> R_{ident}() {{\n"
+               f"  return {{\"{said}\", \"{said}_work\", A_{ident}, {len(r.args)}, {flags}, {masks}, D_{ident}<I>, "
+               f"F_{ident}}};\n}}\n")
     layout = "+nolayout" not in r.flags
     htypes = header[hi_name][1][layout:]
     wtypes = header[wk_name][1][layout:]
@@ -348,7 +351,7 @@ def routine_entries(r, header):
     out = []
     for nm, params, addrs, fn in ((hi_name, hparams, haddr, "high"), (wk_name, wparams, waddr, "middle")):
         call = (f"  void* const qnl_args[] = {{{', '.join(addrs)}}};\n"
-                f"  return qnl::lapacke::{fn}{value}(R_{ident}<{{I}}>, {lay}, qnl_args);\n")
+                f"  return qnl::lapacke::{fn}{value}(R_{ident}<{{I}}>(), {lay}, qnl_args);\n")
         out.append(twin_entry(nm, res, lead + params, call, prelude=prelude, after=header_check(nm),
                               source=f"lapacke.sig:{r.line}"))
     return out
