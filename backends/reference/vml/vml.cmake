@@ -37,7 +37,11 @@ foreach(build IN LISTS QNL_VML_KERNEL_BUILDS)
   target_link_libraries(${target} PRIVATE sleef quadmath qnl_catalogue ${QNL_VSL_LINK})  # and the random-number kernels
   target_link_options(${target} PRIVATE -Wl,--no-undefined)
   add_dependencies(${target} qnl_vml_generated)
-  set_target_properties(${target} PROPERTIES OUTPUT_NAME qnl_vml_${stem} INSTALL_RPATH "$ORIGIN")
+  # The same search path in the build tree and installed: CMake's build path,
+  # padded for the rewrite at install, ends in an empty entry that means the
+  # current directory.
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME qnl_vml_${stem} INSTALL_RPATH "$ORIGIN"
+    BUILD_WITH_INSTALL_RPATH ON)
   list(APPEND QNL_VML_KERNEL_TARGETS ${target})
 endforeach()
 add_custom_target(qnl_vml_kernels ALL DEPENDS ${QNL_VML_KERNEL_TARGETS})
