@@ -54,9 +54,10 @@ struct CopyCase {
   size_t rows, cols;
 };
 
-const CopyCase kCopyCases[] = {{'C', 'N', 5, 3},   {'C', 'T', 5, 3},   {'C', 'C', 37, 70}, {'C', 'R', 70, 37},
-                               {'R', 'N', 37, 70}, {'R', 'T', 70, 37}, {'r', 'c', 64, 64}, {'c', 'r', 1, 1},
-                               {'R', 'n', 0, 4},   {'c', 't', 3, 0},   {'C', 't', 129, 65}};
+const CopyCase kCopyCases[] = {{'C', 'N', 5, 3},   {'C', 'T', 5, 3},   {'C', 'C', 37, 70},  {'C', 'R', 70, 37},
+                               {'R', 'N', 37, 70}, {'R', 'T', 70, 37}, {'r', 'c', 64, 64},  {'c', 'r', 1, 1},
+                               {'R', 'n', 0, 4},   {'c', 't', 3, 0},   {'C', 't', 129, 65}, {'R', 't', 4, 2},
+                               {'r', 'T', 64, 1}};
 
 template <class T>
 class BackendTrans : public ::testing::Test {};
@@ -76,43 +77,44 @@ TYPED_TEST(BackendTrans, OutOfPlaceCopiesMatchTheDefinition) {
   auto* c1 = named_entry<C1>(stem<T>("omatcopy", true), true);
   auto* c2 = named_entry<C2>(stem<T>("omatcopy2", true), true);
   auto* f2 = named_entry<F2>(stem<T>("omatcopy2", false), false);
-  const T alpha = scalar<T>(kAlpha);
   const T sentinel = value<T>(999);
-  for (const CopyCase& cc : kCopyCases) {
-    for (int form = 0; form < 3; ++form) {  // omatcopy, omatcopy2 in C, omatcopy2 in Fortran
-      const size_t sa = form == 0 ? 1 : 2, sb = form == 0 ? 1 : 3;
-      const bool t = upper_is(cc.trans, 'T') || upper_is(cc.trans, 'C');
-      const size_t brows = t ? cc.cols : cc.rows, bcols = t ? cc.rows : cc.cols;
-      const bool row_major = upper_is(cc.order, 'R');
-      const size_t lda = (row_major ? cc.cols : cc.rows) * sa + 3, ldb = (row_major ? bcols : brows) * sb + 2;
-      std::vector<T> a(lda * (row_major ? cc.rows : cc.cols) + 1), b(ldb * (row_major ? brows : bcols) + 1, sentinel);
-      for (size_t k = 0; k < a.size(); ++k) a[k] = value<T>(static_cast<int>(k));
-      if (form == 0) {
-        c1(cc.order, cc.trans, cc.rows, cc.cols, alpha, a.data(), lda, b.data(), ldb);
-      } else if (form == 1) {
-        c2(cc.order, cc.trans, cc.rows, cc.cols, alpha, a.data(), lda, sa, b.data(), ldb, sb);
-      } else {
-        const int32_t r = static_cast<int32_t>(cc.rows), c = static_cast<int32_t>(cc.cols);
-        const int32_t la = static_cast<int32_t>(lda), lb = static_cast<int32_t>(ldb);
-        const int32_t s1 = static_cast<int32_t>(sa), s2 = static_cast<int32_t>(sb);
-        f2(&cc.order, &cc.trans, &r, &c, &alpha, a.data(), &la, &s1, b.data(), &lb, &s2);
+  // Alpha one also takes the short road of small plain transpositions.
+  for (const T alpha : {scalar<T>(kAlpha), scalar<T>(1.0)})
+    for (const CopyCase& cc : kCopyCases) {
+      for (int form = 0; form < 3; ++form) {  // omatcopy, omatcopy2 in C, omatcopy2 in Fortran
+        const size_t sa = form == 0 ? 1 : 2, sb = form == 0 ? 1 : 3;
+        const bool t = upper_is(cc.trans, 'T') || upper_is(cc.trans, 'C');
+        const size_t brows = t ? cc.cols : cc.rows, bcols = t ? cc.rows : cc.cols;
+        const bool row_major = upper_is(cc.order, 'R');
+        const size_t lda = (row_major ? cc.cols : cc.rows) * sa + 3, ldb = (row_major ? bcols : brows) * sb + 2;
+        std::vector<T> a(lda * (row_major ? cc.rows : cc.cols) + 1), b(ldb * (row_major ? brows : bcols) + 1, sentinel);
+        for (size_t k = 0; k < a.size(); ++k) a[k] = value<T>(static_cast<int>(k));
+        if (form == 0) {
+          c1(cc.order, cc.trans, cc.rows, cc.cols, alpha, a.data(), lda, b.data(), ldb);
+        } else if (form == 1) {
+          c2(cc.order, cc.trans, cc.rows, cc.cols, alpha, a.data(), lda, sa, b.data(), ldb, sb);
+        } else {
+          const int32_t r = static_cast<int32_t>(cc.rows), c = static_cast<int32_t>(cc.cols);
+          const int32_t la = static_cast<int32_t>(lda), lb = static_cast<int32_t>(ldb);
+          const int32_t s1 = static_cast<int32_t>(sa), s2 = static_cast<int32_t>(sb);
+          f2(&cc.order, &cc.trans, &r, &c, &alpha, a.data(), &la, &s1, b.data(), &lb, &s2);
+        }
+        std::vector<bool> written(b.size(), false);
+        for (size_t i = 0; i < brows; ++i)
+          for (size_t j = 0; j < bcols; ++j) {
+            const size_t p = pos(cc.order, i, j, ldb, sb);
+            written[p] = true;
+            const std::string where = std::string("form ") + std::to_string(form) + " " + cc.order + cc.trans + " " +
+                                      std::to_string(cc.rows) + "x" + std::to_string(cc.cols) + " (" +
+                                      std::to_string(i) + "," + std::to_string(j) + ")";
+            expect_close(b[p], alpha * op_at(a, cc.order, cc.trans, i, j, lda, sa), where);
+          }
+        for (size_t p = 0; p < b.size(); ++p)
+          if (!written[p]) {
+            ASSERT_EQ(b[p], sentinel) << "element " << p << " outside the result was written";
+          }
       }
-      std::vector<bool> written(b.size(), false);
-      for (size_t i = 0; i < brows; ++i)
-        for (size_t j = 0; j < bcols; ++j) {
-          const size_t p = pos(cc.order, i, j, ldb, sb);
-          written[p] = true;
-          const std::string where = std::string("form ") + std::to_string(form) + " " + cc.order + cc.trans + " " +
-                                    std::to_string(cc.rows) + "x" + std::to_string(cc.cols) + " (" + std::to_string(i) +
-                                    "," + std::to_string(j) + ")";
-          expect_close(b[p], alpha * op_at(a, cc.order, cc.trans, i, j, lda, sa), where);
-        }
-      for (size_t p = 0; p < b.size(); ++p)
-        if (!written[p]) {
-          ASSERT_EQ(b[p], sentinel) << "element " << p << " outside the result was written";
-        }
     }
-  }
 }
 
 // In place: a square transposition with one leading dimension, a copy where the leading
