@@ -2,9 +2,8 @@
 // demand its test-matrix library, each in a scope of its own: with RTLD_DEEPBIND their
 // internal calls (LAPACK calling dgemm_) stay inside them and never land on the
 // facade's exports, which read 32-bit integers under LP64. OpenBLAS comes in
-// through a small shim that sits first in its scope and takes its xerbla_ calls;
-// the build's liblapack64.so.3, where LAPACK routines are found first, through a
-// second one when the first of them is bound.
+// through a small shim that sits first in its scope and takes its xerbla_ calls,
+// with the build's liblapack64.so.3 ahead of it (see CMakeLists.txt).
 #include "forward.h"
 
 #include <dlfcn.h>
@@ -21,7 +20,7 @@
 namespace qnl_ref {
 namespace {
 
-void* g_libs[4];  // the test-matrix and LAPACK entries stay empty: see their openers
+void* g_libs[3];  // the test-matrix entry stays empty: see test_matrix_library
 
 // Lazy: OpenBLAS and the libraries it needs call one another through thousands of
 // procedure links, and binding them all at the open was most of a first call's cost; each
@@ -38,14 +37,14 @@ const char* own_file() {
   return dladdr(reinterpret_cast<void*>(&own_file), &self) ? self.dli_fname : nullptr;
 }
 
-// The shims live beside this library.
-void* open_shim(const char* name) {
+// The shim lives beside this library.
+void* open_shim() {
   const char* file = own_file();
   if (!file) return nullptr;
   char path[4096];
   const char* slash = std::strrchr(file, '/');
   int dir = slash ? static_cast<int>(slash - file + 1) : 0;
-  std::snprintf(path, sizeof path, "%.*s%s", dir, file, name);
+  std::snprintf(path, sizeof path, "%.*s%s", dir, file, QNL_REF_SHIM);
   void* h = open_library(path);
   using SetXerbla = void (*)(void (*)(void*, void*, int32_t));
   if (auto set = reinterpret_cast<SetXerbla>(h ? dlsym(h, "qnl_shim_set_xerbla") : nullptr)) set(qnl_serv_xerbla);
@@ -69,7 +68,7 @@ void passive_openmp_by_default() {
 // routine is looked up here; each is found when the facade asks for it.
 __attribute__((constructor)) void open_libraries() {
   passive_openmp_by_default();
-  g_libs[kOpenBlas] = open_shim(QNL_REF_SHIM);
+  g_libs[kOpenBlas] = open_shim();
   // Already loaded: this only yields a handle for looking up its own symbols.
   const char* self = own_file();
   g_libs[kSelf] = self ? dlopen(self, RTLD_NOW | RTLD_NOLOAD) : nullptr;
@@ -83,8 +82,9 @@ __attribute__((constructor)) void open_libraries() {
 // time: it waits for its first routine. It needs libraries named libblas64.so.3
 // and liblapack64.so.3; the ones beside the OpenBLAS build in use are opened
 // first, so that it takes those (a loaded library answers for its name) and not
-// the system's choice, built over another OpenBLAS. libblas64.so.3 adds no
-// symbol of its own to that build's, so nothing else needs it. No lock of ours: resolvers
+// the system's choice, built over another OpenBLAS. liblapack64.so.3 is loaded
+// already, in the shim's scope, where the LAPACK routines are looked up first;
+// libblas64.so.3 adds no symbol of its own to OpenBLAS's. No lock of ours: resolvers
 // run inside the dynamic linker's lock, so waiting here for another thread's
 // dlopen could deadlock. Racing openers get the same handle; a failed open is
 // tried again.
@@ -104,32 +104,17 @@ void* test_matrix_library() {
   return h;
 }
 
-// The build's own LAPACK library, liblapack64.so.3, where the LAPACK routines are
-// found first. A first ddot_ need not wait for it: it is opened, through its shim,
-// with the first LAPACK routine. Unlocked for the same reason as above.
-std::atomic<void*> g_lapack{nullptr};
-void* lapack_library() {
-  void* h = g_lapack.load(std::memory_order_acquire);
-  if (!h) {
-    h = open_shim(QNL_REF_LAPACK_SHIM);
-    g_lapack.store(h, std::memory_order_release);
-  }
-  return h;
-}
-
 }  // namespace
 
 std::atomic<void*> g_bound[kMaxTargets];
 
 void* computational_symbol(const char* name, int library) {
-  void* lib = library == kTestMatrix ? test_matrix_library() : library == kLapack ? lapack_library() : g_libs[library];
+  void* lib = library == kTestMatrix ? test_matrix_library() : g_libs[library];
   return lib ? dlsym(lib, name) : nullptr;
 }
 
 void* bind(int k) {
   void* p = computational_symbol(kTargets[k].name, kTargets[k].library);
-  // Without the LAPACK library (a stripped installation) OpenBLAS has the routine too.
-  if (!p && kTargets[k].library == kLapack) p = computational_symbol(kTargets[k].name, kOpenBlas);
   if (!p) p = qnl_ref_targets[k];
   // Racing binders store the same address.
   g_bound[k].store(p, std::memory_order_relaxed);
@@ -149,7 +134,6 @@ extern "C" void qnl_ref_missing(int index) {
   std::fprintf(stderr, "qnl_rt reference back-end: %s is not available from %s\n", qnl_ref::kTargets[index].name,
                qnl_ref::kTargets[index].library == qnl_ref::kTestMatrix ? QNL_REF_TMGLIB
                : qnl_ref::kTargets[index].library == qnl_ref::kSelf     ? "this back-end"
-               : qnl_ref::kTargets[index].library == qnl_ref::kLapack   ? QNL_REF_LAPACK_SHIM
                                                                         : QNL_REF_OPENBLAS);
   std::abort();
 }

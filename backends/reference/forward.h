@@ -13,10 +13,9 @@
 
 namespace qnl_ref {
 
-// Where each stub's routine is found: a computational library (in the order
-// the generator was given them), or this back-end itself (a twin of a routine
-// that is written by hand here).
-enum Library { kOpenBlas = 0, kTestMatrix = 1, kLapack = 2, kSelf = 3 };
+// Where each stub's routine is found: a computational library, or this
+// back-end itself (a twin of a routine that is written by hand here).
+enum Library { kOpenBlas = 0, kTestMatrix = 1, kSelf = 2 };
 
 struct Target {
   const char* name;
@@ -26,8 +25,7 @@ extern const Target kTargets[];
 extern const int kTargetCount;
 
 // A routine of the computational libraries by its symbol name; null if absent.
-// The test-matrix library and the LAPACK library are opened on the first request
-// for one of their routines.
+// The test-matrix library is opened on the first request for one of its routines.
 void* computational_symbol(const char* name, int library = kOpenBlas);
 
 // Target k's routine, looked up once; a routine that no library has leads to

@@ -107,11 +107,8 @@ int visit_object(dl_phdr_info* object, size_t, void* data) {
   // definition itself rather than reach it among its dependencies.
   const bool own_definition = holder && (!file || std::strcmp(holder, file) == 0);
   // The facade's hook has its spellings as one body; an application's has not.
-  // Neither is one of this back-end's shims (the OpenBLAS one and the LAPACK one).
-  const char* shim = object_of(dlsym(h, "qnl_shim_set_xerbla"));
-  const bool is_shim =
-      holder && ((s.shim && std::strcmp(s.shim, holder) == 0) || (shim && std::strcmp(shim, holder) == 0));
-  if (own_definition && lower != upper && !is_shim && !is_blas_library(h, holder)) s.found = lower;
+  if (own_definition && lower != upper && !(s.shim && std::strcmp(s.shim, holder) == 0) && !is_blas_library(h, holder))
+    s.found = lower;
   dlclose(h);
   return s.found != nullptr;
 }

@@ -64,10 +64,7 @@ def plan(argv):
         if b.symbol in hand:
             continue
         target = f"{b.routine}_"
-        # Libraries after the first two (OpenBLAS and the test-matrix library) come
-        # first: the OpenBLAS build's own LAPACK library is preferred for what it has.
-        order = list(range(2, len(exports))) + list(range(min(2, len(exports))))
-        library = next((k for k in order if target in exports[k]), None)
+        library = next((k for k, names in enumerate(exports) if target in names), None)
         if library is None and b.plain in hand:
             target, library = b.plain, SELF
         if library is None:
