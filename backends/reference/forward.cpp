@@ -2,8 +2,7 @@
 // demand its test-matrix library, each in a scope of its own: with RTLD_DEEPBIND their
 // internal calls (LAPACK calling dgemm_) stay inside them and never land on the
 // facade's exports, which read 32-bit integers under LP64. OpenBLAS comes in
-// through a small shim that sits first in its scope and takes its xerbla_ calls,
-// with the build's liblapack64.so.3 ahead of it (see CMakeLists.txt).
+// through a small shim that sits first in its scope and takes its xerbla_ calls.
 #include "forward.h"
 
 #include <dlfcn.h>
@@ -82,9 +81,8 @@ __attribute__((constructor)) void open_libraries() {
 // time: it waits for its first routine. It needs libraries named libblas64.so.3
 // and liblapack64.so.3; the ones beside the OpenBLAS build in use are opened
 // first, so that it takes those (a loaded library answers for its name) and not
-// the system's choice, built over another OpenBLAS. liblapack64.so.3 is loaded
-// already, in the shim's scope, where the LAPACK routines are looked up first;
-// libblas64.so.3 adds no symbol of its own to OpenBLAS's. No lock of ours: resolvers
+// the system's choice, built over another OpenBLAS. They add no symbol of their
+// own to that build's, so nothing else needs them. No lock of ours: resolvers
 // run inside the dynamic linker's lock, so waiting here for another thread's
 // dlopen could deadlock. Racing openers get the same handle; a failed open is
 // tried again.
