@@ -4,7 +4,9 @@
 // ratio stock/facade (1.00 is parity, above 1 the facade is faster).
 //   bench_lapacke FACADE.so [STOCK.so]
 // bench_lapacke_ilp64 (64-bit lapack_int) sets QNL_INTERFACE_LAYER=ILP64 and runs against
-// liblapacke64.so.3: both sides then sit on the same ILP64 OpenBLAS.
+// liblapacke64.so.3. The stock side is given the serial OpenBLAS build of its width
+// whatever the system's alternatives choose (for ILP64 they choose the pthreads build),
+// so that on ILP64 both sides run the very same libopenblas64 and liblapack64.
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -12,6 +14,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 #include "lapacke.h"
@@ -25,6 +28,18 @@ struct Side {
   Gesv gesv;
   Syev syev;
 };
+
+// Loads the serial build's libraries ahead of the stock LAPACKE: a loaded library
+// answers for its name, so the stock side's dependencies resolve to them.
+void serial_openblas_first() {
+  const bool wide = sizeof(lapack_int) == 8;
+  const std::string dir =
+      wide ? "/usr/lib/x86_64-linux-gnu/openblas64-serial/" : "/usr/lib/x86_64-linux-gnu/openblas-serial/";
+  for (const char* name : {wide ? "libopenblas64.so.0" : "libopenblas.so.0", wide ? "libblas64.so.3" : "libblas.so.3",
+                           wide ? "liblapack64.so.3" : "liblapack.so.3"})
+    if (!dlopen((dir + name).c_str(), RTLD_NOW | RTLD_LOCAL))
+      std::fprintf(stderr, "note: %s%s not found; the stock side takes the system's choice\n", dir.c_str(), name);
+}
 
 Side open(const char* path) {
   void* h = dlopen(path, RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
@@ -77,6 +92,7 @@ int main(int argc, char** argv) {
   setenv("QNL_THREADING_LAYER", "sequential", 0);
   if (sizeof(lapack_int) == 8) setenv("QNL_INTERFACE_LAYER", "ILP64", 1);
   Side facade = open(argv[1]);
+  if (argc <= 2) serial_openblas_first();
   Side stock = open(argc > 2 ? argv[2] : sizeof(lapack_int) == 8 ? "liblapacke64.so.3" : "liblapacke.so.3");
   for (int n : {4, 100, 1000}) {
     std::vector<double> a0(size_t(n) * n), a(a0.size()), b0(size_t(n) * 2, 1.0), b(b0.size()), w(n);

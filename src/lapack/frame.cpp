@@ -98,8 +98,11 @@ struct Marshal {
   void* q[kMaxArgs];
   int64_t local[kMaxArgs];
   int64_t length[kMaxArgs];  // allocation length of each array passed
-  bool passed[kMaxArgs];     // an array that went to the back-end (not null)
   bool live[kMaxArgs];       // a conditional output scalar that is referenced
+  // Argument sets, bit k for argument k, gathered on the first pass so that the later
+  // passes and the copy back visit only their own arguments.
+  uint64_t outs = 0;    // integer scalars the routine writes
+  uint64_t arrays = 0;  // integer arrays that went to the back-end
   int64_t* heap[kMaxArrays];
   int nheap = 0;
   int64_t frame[kMaxArrays][kFrameElements];
@@ -140,37 +143,42 @@ void widen_array(int64_t* buf, const int32_t* src, int64_t n) {
 // not be had; that has been reported.
 bool widen(const Routine& r, void* const* p, Marshal& s) {
   const Arg* args = r.args();
+  static_assert(kMaxArgs <= 64, "argument sets are 64-bit");
   // Unconditional scalars first: conditions and lengths read them.
+  uint64_t conditional = 0, lengths = 0, arrays = 0;
   for (int k = 0; k < r.nargs; ++k) {
     const Arg& a = args[k];
+    const uint64_t bit = uint64_t{1} << k;
     s.local[k] = 0;
     s.live[k] = true;
+    s.q[k] = p[k];
     if (a.cls == kIn || a.cls == kOut) {
-      if (!a.cond && !(a.flags & kZeroStart)) s.local[k] = read32(p[k]);
+      if (a.cls == kOut) s.outs |= bit;
+      if (a.cond)
+        conditional |= bit;
+      else if (!(a.flags & kZeroStart))
+        s.local[k] = read32(p[k]);
+      if (a.flags & kWorkLength) lengths |= bit;
       s.q[k] = &s.local[k];
-    } else {
-      s.q[k] = p[k];
+    } else if (is_array(a.cls)) {
+      arrays |= bit;
     }
+  }
+  for (uint64_t m = conditional; m; m &= m - 1) {
+    // Read only when referenced (il and iu only with range I); else the local stays 0.
+    int k = __builtin_ctzll(m);
+    s.live[k] = referenced(r, args[k], p, s.local);
+    if (s.live[k] && !(args[k].flags & kZeroStart)) s.local[k] = read32(p[k]);
   }
   bool query = false;
-  for (int k = 0; k < r.nargs; ++k) {
-    const Arg& a = args[k];
-    if ((a.cls == kIn || a.cls == kOut) && a.cond) {
-      // Read only when referenced (il and iu only with range I); else the local stays 0.
-      s.live[k] = referenced(r, a, p, s.local);
-      if (s.live[k] && !(a.flags & kZeroStart)) s.local[k] = read32(p[k]);
-    }
-    if ((a.flags & kWorkLength) && s.local[k] == -1) query = true;
-  }
+  for (uint64_t m = lengths; m; m &= m - 1) query |= s.local[__builtin_ctzll(m)] == -1;
   // A size query of a routine with a query-capable workspace asks on all its lengths.
   if (query && r.has_query_work)
-    for (int k = 0; k < r.nargs; ++k)
-      if (args[k].flags & kWorkLength) s.local[k] = -1;
+    for (uint64_t m = lengths; m; m &= m - 1) s.local[__builtin_ctzll(m)] = -1;
   int frames = 0;
-  for (int k = 0; k < r.nargs; ++k) {
+  for (uint64_t m = arrays; m; m &= m - 1) {
+    int k = __builtin_ctzll(m);
     const Arg& a = args[k];
-    if (!is_array(a.cls)) continue;
-    s.passed[k] = false;
     // Arrays the options leave unreferenced go as null, and so on a size query
     // do all that the routine writes, but for the workspace that answers it: a
     // query writes nothing but the size answers, as stock LAPACK does, and
@@ -195,7 +203,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
       s.heap[s.nheap++] = buf;
     }
     s.length[k] = n;
-    s.passed[k] = true;
+    s.arrays |= uint64_t{1} << k;
     s.q[k] = buf;
     if (a.cls == kPivIn || a.cls == kInOut) {
       widen_array(buf, static_cast<const int32_t*>(p[k]), n);
@@ -218,7 +226,8 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
   // the rejected arguments: the caller's arrays are left alone, as stock
   // LAPACK leaves them, rather than copied back at the length they name.
   bool rejected = r.info >= 0 && static_cast<int32_t>(s.local[r.info]) < 0;
-  for (int k = 0; k < r.nargs; ++k) {
+  for (uint64_t m = s.outs | (rejected ? 0 : s.arrays); m; m &= m - 1) {
+    int k = __builtin_ctzll(m);
     const Arg& a = args[k];
     if (a.cls == kOut) {
       // info is always written by the routine and always stored. Other
@@ -231,7 +240,6 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
       }
       continue;
     }
-    if (!is_array(a.cls) || !s.passed[k] || rejected) continue;
     const int64_t* buf = static_cast<const int64_t*>(s.q[k]);
     int32_t* dst = static_cast<int32_t*>(p[k]);
     int64_t n = s.length[k];
