@@ -91,18 +91,13 @@ bool referenced(const Routine& r, const Arg& a, void* const* caller, const int64
   }
 }
 
-bool is_array(uint8_t cls) { return cls >= kPivOut; }
-
 // The LP64 side of a call: 64-bit locals and scratch arrays, and what they give back.
 struct Marshal {
   void* q[kMaxArgs];
   int64_t local[kMaxArgs];
   int64_t length[kMaxArgs];  // allocation length of each array passed
-  bool live[kMaxArgs];       // a conditional output scalar that is referenced
-  // Argument sets, bit k for argument k, gathered on the first pass so that the later
-  // passes and the copy back visit only their own arguments.
-  uint64_t outs = 0;    // integer scalars the routine writes
-  uint64_t arrays = 0;  // integer arrays that went to the back-end
+  uint64_t arrays = 0;       // the integer arrays that went to the back-end (not null)
+  uint64_t dead = 0;         // conditional output scalars this call does not reference
   int64_t* heap[kMaxArrays];
   int nheap = 0;
   int64_t frame[kMaxArrays][kFrameElements];
@@ -142,41 +137,32 @@ void widen_array(int64_t* buf, const int32_t* src, int64_t n) {
 // Widens the scalars and prepares the integer arrays. False when scratch could
 // not be had; that has been reported.
 bool widen(const Routine& r, void* const* p, Marshal& s) {
-  const Arg* args = r.args();
   static_assert(kMaxArgs <= 64, "argument sets are 64-bit");
+  const Arg* args = r.args();
+  const ArgSets& sets = r.sets();
+  // Addresses pass as they came but for the integer scalars, which go as 64-bit locals.
   // Unconditional scalars first: conditions and lengths read them.
-  uint64_t conditional = 0, lengths = 0, arrays = 0;
-  for (int k = 0; k < r.nargs; ++k) {
-    const Arg& a = args[k];
-    const uint64_t bit = uint64_t{1} << k;
-    s.local[k] = 0;
-    s.live[k] = true;
-    s.q[k] = p[k];
-    if (a.cls == kIn || a.cls == kOut) {
-      if (a.cls == kOut) s.outs |= bit;
-      if (a.cond)
-        conditional |= bit;
-      else if (!(a.flags & kZeroStart))
-        s.local[k] = read32(p[k]);
-      if (a.flags & kWorkLength) lengths |= bit;
-      s.q[k] = &s.local[k];
-    } else if (is_array(a.cls)) {
-      arrays |= bit;
-    }
+  std::memcpy(s.q, p, r.nargs * sizeof(void*));
+  for (uint64_t m = sets.scalars; m; m &= m - 1) {
+    int k = __builtin_ctzll(m);
+    s.local[k] = (sets.reads >> k & 1) ? read32(p[k]) : 0;
+    s.q[k] = &s.local[k];
   }
-  for (uint64_t m = conditional; m; m &= m - 1) {
+  for (uint64_t m = sets.conditional; m; m &= m - 1) {
     // Read only when referenced (il and iu only with range I); else the local stays 0.
     int k = __builtin_ctzll(m);
-    s.live[k] = referenced(r, args[k], p, s.local);
-    if (s.live[k] && !(args[k].flags & kZeroStart)) s.local[k] = read32(p[k]);
+    if (!referenced(r, args[k], p, s.local))
+      s.dead |= uint64_t{1} << k;
+    else if (!(args[k].flags & kZeroStart))
+      s.local[k] = read32(p[k]);
   }
   bool query = false;
-  for (uint64_t m = lengths; m; m &= m - 1) query |= s.local[__builtin_ctzll(m)] == -1;
+  for (uint64_t m = sets.lengths; m; m &= m - 1) query |= s.local[__builtin_ctzll(m)] == -1;
   // A size query of a routine with a query-capable workspace asks on all its lengths.
   if (query && r.has_query_work)
-    for (uint64_t m = lengths; m; m &= m - 1) s.local[__builtin_ctzll(m)] = -1;
+    for (uint64_t m = sets.lengths; m; m &= m - 1) s.local[__builtin_ctzll(m)] = -1;
   int frames = 0;
-  for (uint64_t m = arrays; m; m &= m - 1) {
+  for (uint64_t m = sets.arrays; m; m &= m - 1) {
     int k = __builtin_ctzll(m);
     const Arg& a = args[k];
     // Arrays the options leave unreferenced go as null, and so on a size query
@@ -226,7 +212,7 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
   // the rejected arguments: the caller's arrays are left alone, as stock
   // LAPACK leaves them, rather than copied back at the length they name.
   bool rejected = r.info >= 0 && static_cast<int32_t>(s.local[r.info]) < 0;
-  for (uint64_t m = s.outs | (rejected ? 0 : s.arrays); m; m &= m - 1) {
+  for (uint64_t m = r.sets().outs | (rejected ? 0 : s.arrays); m; m &= m - 1) {
     int k = __builtin_ctzll(m);
     const Arg& a = args[k];
     if (a.cls == kOut) {
@@ -234,7 +220,7 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
       // outputs are stored only when they changed: callers pass constants for
       // integers that the routine leaves alone (a literal LWORK of 1 in the
       // testers' error exits), and those live in read-only memory.
-      if (s.live[k]) {
+      if (!(s.dead >> k & 1)) {
         auto* dst = static_cast<int32_t*>(p[k]);
         if (k == r.info || *dst != static_cast<int32_t>(s.local[k])) *dst = static_cast<int32_t>(s.local[k]);
       }
