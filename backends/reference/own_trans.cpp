@@ -174,8 +174,20 @@ bool small_transpose(int32_t ordering, int32_t trans, size_t rows, size_t cols, 
   // The column-major problem: m x n, read down columns of a, written along rows of b.
   const size_t m = row ? cols : rows, n = row ? rows : cols;
   if (m - 1 >= size_t(kTile<T>) || n - 1 >= size_t(kTile<T>) || lda < m || ldb < n) return false;
-  for (size_t j = 0; j < n; ++j, a += lda)
-    for (size_t i = 0; i < m; ++i) b[j + i * ldb] = a[i];
+  // Two columns of a at a time fill neighbouring elements of each row of b.
+  size_t j = 0;
+  for (; j + 1 < n; j += 2, a += 2 * lda) {
+    const T* a1 = a + lda;
+    T* d = b + j;
+    for (size_t i = 0; i < m; ++i, d += ldb) {
+      d[0] = a[i];
+      d[1] = a1[i];
+    }
+  }
+  if (j < n) {
+    T* d = b + j;
+    for (size_t i = 0; i < m; ++i, d += ldb) *d = a[i];
+  }
   return true;
 }
 

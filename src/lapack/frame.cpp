@@ -71,6 +71,11 @@ int64_t evaluate(const int16_t* pc, const int64_t* v) {
   }
 }
 
+// Most lengths are one argument's value: that program is read without the interpreter.
+inline int64_t length_of(const int16_t* pc, const int64_t* v) {
+  return pc[0] == kArgValue && pc[2] == kEnd ? v[pc[1]] : evaluate(pc, v);
+}
+
 int32_t read32(const void* p) { return *static_cast<const int32_t*>(p); }
 
 // Whether a conditionally referenced argument is referenced in this call.
@@ -142,7 +147,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
   const ArgSets& sets = r.sets();
   // Addresses pass as they came but for the integer scalars, which go as 64-bit locals.
   // Unconditional scalars first: conditions and lengths read them.
-  std::memcpy(s.q, p, r.nargs * sizeof(void*));
+  for (int k = 0; k < r.nargs; ++k) s.q[k] = p[k];
   for (uint64_t m = sets.scalars; m; m &= m - 1) {
     int k = __builtin_ctzll(m);
     s.local[k] = (sets.reads >> k & 1) ? read32(p[k]) : 0;
@@ -175,7 +180,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
       s.q[k] = nullptr;
       continue;
     }
-    int64_t n = evaluate(r.program() + a.length, s.local);
+    int64_t n = length_of(r.program() + a.length, s.local);
     int64_t* buf;
     if (n <= kFrameElements) {
       buf = s.frame[frames++];
@@ -239,7 +244,7 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
       case kLogicalWork:
         if (a.keep >= 0) {
           // Copied back as far as the routine says it wrote, never beyond the scratch.
-          int64_t keep = evaluate(r.program() + a.keep, s.local);
+          int64_t keep = length_of(r.program() + a.keep, s.local);
           n = keep < n ? keep : n;
         }
         for (int64_t i = 0; i < n; ++i)
