@@ -160,6 +160,37 @@ void omatcopy2(const char* family, int32_t ordering, int32_t trans, size_t rows,
   copy(conjugates(trans) && is_complex<T>, s.rows, s.cols, alpha, va, vb);
 }
 
+// The plain transposition of a small matrix (alpha one, no conjugation, unit strides),
+// which the LAPACKE layer asks for on every row-major call: one loop after a few
+// compares, where the general road spends more than the copy itself on names, views and
+// the sweep. Anything else, including every call the general road would report, is left
+// to it (false).
+template <class T>
+bool small_transpose(int32_t ordering, int32_t trans, size_t rows, size_t cols, T alpha, const T* a, size_t lda, T* b,
+                     size_t ldb) {
+  if ((trans != 'T' && trans != 't') || !(alpha == T{1})) return false;
+  const bool row = ordering == 'R' || ordering == 'r';
+  if (!row && ordering != 'C' && ordering != 'c') return false;
+  // The column-major problem: m x n, read down columns of a, written along rows of b.
+  const size_t m = row ? cols : rows, n = row ? rows : cols;
+  if (m - 1 >= size_t(kTile<T>) || n - 1 >= size_t(kTile<T>) || lda < m || ldb < n) return false;
+  // Two columns of a at a time fill neighbouring elements of each row of b.
+  size_t j = 0;
+  for (; j + 1 < n; j += 2, a += 2 * lda) {
+    const T* a1 = a + lda;
+    T* d = b + j;
+    for (size_t i = 0; i < m; ++i, d += ldb) {
+      d[0] = a[i];
+      d[1] = a1[i];
+    }
+  }
+  if (j < n) {
+    T* d = b + j;
+    for (size_t i = 0; i < m; ++i, d += ldb) *d = a[i];
+  }
+  return true;
+}
+
 // In place: a square transposition with one leading dimension swaps across the diagonal
 // tile by tile; a copy with one leading dimension scales where it stands; anything else
 // goes through a scratch copy of the result.
@@ -248,6 +279,7 @@ using namespace qnl_ref::own;
   }                                                                                                                    \
   void qnl_trans_qnl_##t##omatcopy(int32_t o, int32_t tr, size_t r, size_t c, S alpha, void* a, size_t lda, void* b,   \
                                    size_t ldb) {                                                                       \
+    if (small_transpose<T>(o, tr, r, c, value(alpha), static_cast<const T*>(a), lda, static_cast<T*>(b), ldb)) return; \
     omatcopy2<T>("omatcopy", o, tr, r, c, value(alpha), static_cast<const T*>(a), lda, 1, static_cast<T*>(b), ldb, 1,  \
                  7, 9, 0);                                                                                             \
   }                                                                                                                    \

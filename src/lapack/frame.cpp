@@ -71,6 +71,11 @@ int64_t evaluate(const int16_t* pc, const int64_t* v) {
   }
 }
 
+// Most lengths are one argument's value: that program is read without the interpreter.
+inline int64_t length_of(const int16_t* pc, const int64_t* v) {
+  return pc[0] == kArgValue && pc[2] == kEnd ? v[pc[1]] : evaluate(pc, v);
+}
+
 int32_t read32(const void* p) { return *static_cast<const int32_t*>(p); }
 
 // Whether a conditionally referenced argument is referenced in this call.
@@ -91,15 +96,13 @@ bool referenced(const Routine& r, const Arg& a, void* const* caller, const int64
   }
 }
 
-bool is_array(uint8_t cls) { return cls >= kPivOut; }
-
 // The LP64 side of a call: 64-bit locals and scratch arrays, and what they give back.
 struct Marshal {
   void* q[kMaxArgs];
   int64_t local[kMaxArgs];
   int64_t length[kMaxArgs];  // allocation length of each array passed
-  bool passed[kMaxArgs];     // an array that went to the back-end (not null)
-  bool live[kMaxArgs];       // a conditional output scalar that is referenced
+  uint64_t arrays = 0;       // the integer arrays that went to the back-end (not null)
+  uint64_t dead = 0;         // conditional output scalars this call does not reference
   int64_t* heap[kMaxArrays];
   int nheap = 0;
   int64_t frame[kMaxArrays][kFrameElements];
@@ -139,38 +142,34 @@ void widen_array(int64_t* buf, const int32_t* src, int64_t n) {
 // Widens the scalars and prepares the integer arrays. False when scratch could
 // not be had; that has been reported.
 bool widen(const Routine& r, void* const* p, Marshal& s) {
+  static_assert(kMaxArgs <= 64, "argument sets are 64-bit");
   const Arg* args = r.args();
+  const ArgSets& sets = r.sets();
+  // Addresses pass as they came but for the integer scalars, which go as 64-bit locals.
   // Unconditional scalars first: conditions and lengths read them.
-  for (int k = 0; k < r.nargs; ++k) {
-    const Arg& a = args[k];
-    s.local[k] = 0;
-    s.live[k] = true;
-    if (a.cls == kIn || a.cls == kOut) {
-      if (!a.cond && !(a.flags & kZeroStart)) s.local[k] = read32(p[k]);
-      s.q[k] = &s.local[k];
-    } else {
-      s.q[k] = p[k];
-    }
+  for (int k = 0; k < r.nargs; ++k) s.q[k] = p[k];
+  for (uint64_t m = sets.scalars; m; m &= m - 1) {
+    int k = __builtin_ctzll(m);
+    s.local[k] = (sets.reads >> k & 1) ? read32(p[k]) : 0;
+    s.q[k] = &s.local[k];
+  }
+  for (uint64_t m = sets.conditional; m; m &= m - 1) {
+    // Read only when referenced (il and iu only with range I); else the local stays 0.
+    int k = __builtin_ctzll(m);
+    if (!referenced(r, args[k], p, s.local))
+      s.dead |= uint64_t{1} << k;
+    else if (!(args[k].flags & kZeroStart))
+      s.local[k] = read32(p[k]);
   }
   bool query = false;
-  for (int k = 0; k < r.nargs; ++k) {
-    const Arg& a = args[k];
-    if ((a.cls == kIn || a.cls == kOut) && a.cond) {
-      // Read only when referenced (il and iu only with range I); else the local stays 0.
-      s.live[k] = referenced(r, a, p, s.local);
-      if (s.live[k] && !(a.flags & kZeroStart)) s.local[k] = read32(p[k]);
-    }
-    if ((a.flags & kWorkLength) && s.local[k] == -1) query = true;
-  }
+  for (uint64_t m = sets.lengths; m; m &= m - 1) query |= s.local[__builtin_ctzll(m)] == -1;
   // A size query of a routine with a query-capable workspace asks on all its lengths.
   if (query && r.has_query_work)
-    for (int k = 0; k < r.nargs; ++k)
-      if (args[k].flags & kWorkLength) s.local[k] = -1;
+    for (uint64_t m = sets.lengths; m; m &= m - 1) s.local[__builtin_ctzll(m)] = -1;
   int frames = 0;
-  for (int k = 0; k < r.nargs; ++k) {
+  for (uint64_t m = sets.arrays; m; m &= m - 1) {
+    int k = __builtin_ctzll(m);
     const Arg& a = args[k];
-    if (!is_array(a.cls)) continue;
-    s.passed[k] = false;
     // Arrays the options leave unreferenced go as null, and so on a size query
     // do all that the routine writes, but for the workspace that answers it: a
     // query writes nothing but the size answers, as stock LAPACK does, and
@@ -181,7 +180,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
       s.q[k] = nullptr;
       continue;
     }
-    int64_t n = evaluate(r.program() + a.length, s.local);
+    int64_t n = length_of(r.program() + a.length, s.local);
     int64_t* buf;
     if (n <= kFrameElements) {
       buf = s.frame[frames++];
@@ -195,7 +194,7 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
       s.heap[s.nheap++] = buf;
     }
     s.length[k] = n;
-    s.passed[k] = true;
+    s.arrays |= uint64_t{1} << k;
     s.q[k] = buf;
     if (a.cls == kPivIn || a.cls == kInOut) {
       widen_array(buf, static_cast<const int32_t*>(p[k]), n);
@@ -218,20 +217,20 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
   // the rejected arguments: the caller's arrays are left alone, as stock
   // LAPACK leaves them, rather than copied back at the length they name.
   bool rejected = r.info >= 0 && static_cast<int32_t>(s.local[r.info]) < 0;
-  for (int k = 0; k < r.nargs; ++k) {
+  for (uint64_t m = r.sets().outs | (rejected ? 0 : s.arrays); m; m &= m - 1) {
+    int k = __builtin_ctzll(m);
     const Arg& a = args[k];
     if (a.cls == kOut) {
       // info is always written by the routine and always stored. Other
       // outputs are stored only when they changed: callers pass constants for
       // integers that the routine leaves alone (a literal LWORK of 1 in the
       // testers' error exits), and those live in read-only memory.
-      if (s.live[k]) {
+      if (!(s.dead >> k & 1)) {
         auto* dst = static_cast<int32_t*>(p[k]);
         if (k == r.info || *dst != static_cast<int32_t>(s.local[k])) *dst = static_cast<int32_t>(s.local[k]);
       }
       continue;
     }
-    if (!is_array(a.cls) || !s.passed[k] || rejected) continue;
     const int64_t* buf = static_cast<const int64_t*>(s.q[k]);
     int32_t* dst = static_cast<int32_t*>(p[k]);
     int64_t n = s.length[k];
@@ -245,7 +244,7 @@ void narrow(const Routine& r, void* const* p, Marshal& s) {
       case kLogicalWork:
         if (a.keep >= 0) {
           // Copied back as far as the routine says it wrote, never beyond the scratch.
-          int64_t keep = evaluate(r.program() + a.keep, s.local);
+          int64_t keep = length_of(r.program() + a.keep, s.local);
           n = keep < n ? keep : n;
         }
         for (int64_t i = 0; i < n; ++i)

@@ -83,6 +83,18 @@ extern const int16_t kProgramPool[] QNL_HIDDEN;
 extern const Cond kCondPool[] QNL_HIDDEN;
 extern const CheckPair* const kChecks[] QNL_HIDDEN;  // [0] is null: no check
 
+// A routine's arguments by role, bit k for argument k, so that each pass of the
+// LP64 frame visits only its own arguments.
+struct ArgSets {
+  uint64_t scalars;      // integer scalars (kIn, kOut): passed as 64-bit locals
+  uint64_t reads;        // those read before the call: not conditional, not kZeroStart
+  uint64_t outs;         // kOut
+  uint64_t conditional;  // scalars referenced only under a condition
+  uint64_t lengths;      // kWorkLength
+  uint64_t arrays;       // integer and logical arrays
+};
+extern const ArgSets kSetPool[] QNL_HIDDEN;
+
 struct Routine {
   uint32_t name_at;       // upper case, as reported and traced
   uint32_t symbol_at;     // back-end symbol
@@ -91,6 +103,7 @@ struct Routine {
   uint32_t args_at;       // first of nargs in kArgPool
   uint32_t program_at;    // the routine's length programs in kProgramPool
   uint32_t conds_at;      // the routine's conditions in kCondPool
+  uint32_t sets_at;       // in kSetPool
   uint8_t check_at;       // in kChecks
   uint8_t nargs;
   int8_t info;  // index of info, or -1
@@ -107,6 +120,7 @@ struct Routine {
   const int16_t* program() const { return kProgramPool + program_at; }
   const Cond* conds() const { return kCondPool + conds_at; }
   const CheckPair* check() const { return kChecks[check_at]; }
+  const ArgSets& sets() const { return kSetPool[sets_at]; }
 };
 
 // The routine's statics: slot, offload slot and the current choice, trace state,

@@ -169,7 +169,7 @@ I answer(char type, const void* cell) {
 }
 
 // A matrix that its job letter does not ask for is neither checked, copied nor tested.
-bool wanted(const Arg& a, void* const* p) {
+inline bool wanted(const Arg& a, void* const* p) {
   if (a.cond < 0) return true;
   char c = letter(p, a.cond, ' ');
   for (const char* l = a.letters; *l; ++l)
@@ -426,6 +426,9 @@ I run_middle(const Routine<I>& r, int layout, void* const* p, void* result, cons
     d = computed;
   }
   // The only argument checks of the C layer: a row-major leading dimension below the column count.
+  // The copies' shapes are worked out on the same pass; nothing is allocated before all passed.
+  I ld_t[kMaxArgs];
+  int64_t count[kMaxArgs];
   for (int k : each{r.matrices}) {
     const Arg& a = r.args[k];
     if (has_ld(a.kind) && wanted(a, p) && value<I>(p, a.ld) < columns(a, d + a.d)) {
@@ -433,11 +436,6 @@ I run_middle(const Routine<I>& r, int layout, void* const* p, void* result, cons
       xerbla<I>(r.work, info);
       return info;
     }
-  }
-  I ld_t[kMaxArgs];
-  int64_t count[kMaxArgs];
-  for (int k : each{r.matrices}) {
-    const Arg& a = r.args[k];
     copy_shape(a, d + a.d, ld_t[k], count[k]);
     if (a.ld >= 0) q[a.ld] = &ld_t[k];
   }

@@ -67,9 +67,11 @@ struct CopyCase {
   size_t rows, cols;
 };
 
-const CopyCase kCopyCases[] = {{'C', 'N', 5, 3},   {'C', 'T', 5, 3},   {'C', 'C', 37, 70}, {'C', 'R', 70, 37},
-                               {'R', 'N', 37, 70}, {'R', 'T', 70, 37}, {'r', 'c', 64, 64}, {'c', 'r', 1, 1},
-                               {'R', 'n', 0, 4},   {'c', 't', 3, 0},   {'C', 't', 129, 65}};
+// The last four are small plain transpositions of both layouts, up to the tile edge.
+const CopyCase kCopyCases[] = {{'C', 'N', 5, 3},   {'C', 'T', 5, 3},   {'C', 'C', 37, 70},  {'C', 'R', 70, 37},
+                               {'R', 'N', 37, 70}, {'R', 'T', 70, 37}, {'r', 'c', 64, 64},  {'c', 'r', 1, 1},
+                               {'R', 'n', 0, 4},   {'c', 't', 3, 0},   {'C', 't', 129, 65}, {'R', 't', 4, 2},
+                               {'r', 'T', 64, 1},  {'R', 'T', 8, 1},   {'c', 't', 7, 8}};
 
 template <class T>
 class BackendTrans : public ::testing::Test {};
@@ -88,30 +90,31 @@ TYPED_TEST(BackendTrans, OutOfPlaceCopiesMatchOpenBlas) {
   auto* c1 = named<C1, T>("omatcopy", true);
   auto* c2 = named<C2, T>("omatcopy2", true);
   auto* f2 = named<F2, T>("omatcopy2", false);
-  const T alpha = scalar<T>(kAlpha);
-  for (const CopyCase& cc : kCopyCases)
-    for (int form = 0; form < 3; ++form) {  // omatcopy, omatcopy2 in C, omatcopy2 in Fortran
-      const size_t sa = form == 0 ? 1 : 2, sb = form == 0 ? 1 : 3;
-      const bool t = transposes(cc.trans);
-      const size_t brows = t ? cc.cols : cc.rows, bcols = t ? cc.rows : cc.cols;
-      const size_t lda = line(cc.order, cc.rows, cc.cols) * sa + 3;
-      const size_t ldb = line(cc.order, brows, bcols) * sb + 2;
-      const std::vector<T> a = values<T>(lda * lines(cc.order, cc.rows, cc.cols) + 1, 0);
-      std::vector<T> b(ldb * lines(cc.order, brows, bcols) + 1, value<T>(999)), want = b;
-      if (form == 0) {
-        c1(cc.order, cc.trans, cc.rows, cc.cols, alpha, a.data(), lda, b.data(), ldb);
-      } else if (form == 1) {
-        c2(cc.order, cc.trans, cc.rows, cc.cols, alpha, a.data(), lda, sa, b.data(), ldb, sb);
-      } else {
-        const I r = static_cast<I>(cc.rows), c = static_cast<I>(cc.cols), la = static_cast<I>(lda);
-        const I lb = static_cast<I>(ldb), s1 = static_cast<I>(sa), s2 = static_cast<I>(sb);
-        f2(&cc.order, &cc.trans, &r, &c, &alpha, a.data(), &la, &s1, b.data(), &lb, &s2);
+  // Alpha one also takes the short road of small plain transpositions.
+  for (const T alpha : {scalar<T>(kAlpha), scalar<T>(1.0)})
+    for (const CopyCase& cc : kCopyCases)
+      for (int form = 0; form < 3; ++form) {  // omatcopy, omatcopy2 in C, omatcopy2 in Fortran
+        const size_t sa = form == 0 ? 1 : 2, sb = form == 0 ? 1 : 3;
+        const bool t = transposes(cc.trans);
+        const size_t brows = t ? cc.cols : cc.rows, bcols = t ? cc.rows : cc.cols;
+        const size_t lda = line(cc.order, cc.rows, cc.cols) * sa + 3;
+        const size_t ldb = line(cc.order, brows, bcols) * sb + 2;
+        const std::vector<T> a = values<T>(lda * lines(cc.order, cc.rows, cc.cols) + 1, 0);
+        std::vector<T> b(ldb * lines(cc.order, brows, bcols) + 1, value<T>(999)), want = b;
+        if (form == 0) {
+          c1(cc.order, cc.trans, cc.rows, cc.cols, alpha, a.data(), lda, b.data(), ldb);
+        } else if (form == 1) {
+          c2(cc.order, cc.trans, cc.rows, cc.cols, alpha, a.data(), lda, sa, b.data(), ldb, sb);
+        } else {
+          const I r = static_cast<I>(cc.rows), c = static_cast<I>(cc.cols), la = static_cast<I>(lda);
+          const I lb = static_cast<I>(ldb), s1 = static_cast<I>(sa), s2 = static_cast<I>(sb);
+          f2(&cc.order, &cc.trans, &r, &c, &alpha, a.data(), &la, &s1, b.data(), &lb, &s2);
+        }
+        oracle_copy(cc.order, cc.trans, cc.rows, cc.cols, alpha, a, lda, sa, want, ldb, sb);
+        expect_all_near(b, want, 16.0,
+                        "form " + std::to_string(form) + " " + cc.order + cc.trans + " " + std::to_string(cc.rows) +
+                            "x" + std::to_string(cc.cols));
       }
-      oracle_copy(cc.order, cc.trans, cc.rows, cc.cols, alpha, a, lda, sa, want, ldb, sb);
-      expect_all_near(b, want, 16.0,
-                      "form " + std::to_string(form) + " " + cc.order + cc.trans + " " + std::to_string(cc.rows) + "x" +
-                          std::to_string(cc.cols));
-    }
 }
 
 // In place: a square transposition with one leading dimension, a copy where the leading

@@ -402,7 +402,7 @@ class Pools:
 
     def __init__(self):
         self.text = TextPool()
-        self.lists = {"args": [], "program": [], "conds": []}
+        self.lists = {"args": [], "program": [], "conds": [], "sets": []}
         self.seen = {}
 
     def add(self, kind, items):
@@ -423,6 +423,7 @@ class Pools:
                 f"const Arg kArgPool[] = {{\n{rows(self.lists['args'], 4)}}};\n"
                 f"const int16_t kProgramPool[] = {{\n{rows([str(x) for x in self.lists['program']], 24)}}};\n"
                 f"const Cond kCondPool[] = {{\n{rows(self.lists['conds'], 4)}}};\n"
+                f"const ArgSets kSetPool[] = {{\n{rows(self.lists['sets'], 1)}}};\n"
                 f"const CheckPair* const kChecks[] = {{{checks}}};\n"
                 "}  // namespace qnl::lapack\n")
 
@@ -437,6 +438,8 @@ def emit_routine(r, pools):
     index = {a.name: k for k, a in enumerate(args)}
     prog, conds, arg_rows = [], [], []
     arrays = 0
+    # Argument sets of the LP64 frame's passes (lapack_frame.h, ArgSets).
+    sets = dict.fromkeys(("scalars", "reads", "outs", "conditional", "lengths", "arrays"), 0)
     for k, a in enumerate(args):
         flags = []
         if zero_start(r, a):
@@ -464,6 +467,19 @@ def emit_routine(r, pools):
                 keep = len(prog)
                 prog += compile_expr(a.keep, index) + [OP["end"]]
         arg_rows.append(f"{{{CLS_CODE[a.cls]}, {'|'.join(flags) or 0}, {cond}, {length}, {keep}}}")
+        bit = 1 << k
+        if a.cls in ("i", "o"):
+            sets["scalars"] |= bit
+            if a.cond:
+                sets["conditional"] |= bit
+            elif "kZeroStart" not in flags:
+                sets["reads"] |= bit
+            if a.cls == "o":
+                sets["outs"] |= bit
+        if "kWorkLength" in flags:
+            sets["lengths"] |= bit
+        if a.cls in ARRAYS:
+            sets["arrays"] |= bit
     has_iw = any(a.cls == "iw" for a in args)
     out = [f"// {r.source}\n"]
     # The call thunk: the marshalled addresses in order, then a length 1 per character.
@@ -488,6 +504,7 @@ def emit_routine(r, pools):
         f"static qnl::lapack::Entry E_{ident};\n"
         f"static const qnl::lapack::Routine R_{ident} = {{{text.add(r.name.upper())}, {text.add(r.symbol)}, "
         f"{ao}, {fmt}, {pools.add('args', arg_rows)}, {pools.add('program', prog)}, {pools.add('conds', conds)}, "
+        f"{pools.add('sets', ['{' + ', '.join(f'{v:#x}u' for v in sets.values()) + '}'])}, "
         f"{check_index(r.check)}, {len(args)}, {r.info()}, {ROUTES.get(r.route, 0)}, qnl::lapack::{result_kind}, "
         f"{'true' if r.short else 'false'}, {'true' if has_iw else 'false'}}};\n")
     # The exported body: every argument arrives as an address; hidden lengths are not read.
