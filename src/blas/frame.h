@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "checks.h"
 #include "entry.h"
 #include "report.h"
 #include "services_gen.h"
@@ -453,6 +454,78 @@ typename D::Result CheckedRoad<D, std::index_sequence<I...>>::lp64(Arg<I>... a) 
       :                                                                                                    \
       : QNL_ROAD_OPERANDS(D, Road), [full] "i"(Checked::full), [layer] "i"(&qnl_rt_state.interface_layer), \
         [lp64] "i"(&Checked::lp64), [check] "i"(&Checked::check), [refused] "i"(&Checked::refused))
+
+// The checked road of the gemm shape (QNL_GEMM_ROAD), for its ILP64 calls: the checker's
+// two letter compares, then its size tests for "N", "N", each read where it lies on the
+// stack, with no call of a compiled checker in between: only the argument registers are
+// kept across the compares, and nothing else. The compares come first, so a size read can
+// never fault ahead of them; anything but "N", "N" with passing sizes resumes the checker
+// out of line after the compares already made (GemmRoad::resume), which reports as the
+// checker does and lets the call through or turns it down.
+inline constexpr char kLetterN[] = "N";
+
+template <class D>
+struct GemmRoad {
+  // The saved block: the six argument registers, the pad, the return address, then the
+  // caller's stack arguments.
+  static void* arg(void* const* block, size_t k) { return block[k < 6 ? k : k + 2]; }
+  // `wa` and `wb` are the words of the compares made; `compare_b` asks for the second one.
+  QNL_COLD static int64_t resume(void* const* b, int64_t wa, int64_t wb, int64_t compare_b) {
+    if (compare_b) wb = check::same_word<int64_t>(arg(b, 1), "N");
+    return check::gemm_options<int64_t, D>(wa, wb, arg(b, 0), arg(b, 1), *static_cast<const int64_t*>(arg(b, 2)),
+                                           *static_cast<const int64_t*>(arg(b, 3)),
+                                           *static_cast<const int64_t*>(arg(b, 4)), arg(b, 7), arg(b, 9), arg(b, 12));
+  }
+};
+
+// One letter compare of the gemm road against "N": the option's address from `from`.
+#define QNL_GEMM_SAME_N(from)                                                    \
+  from "leaq %c[letter_n](%%rip), %%rsi\n\tmovl $1, %%edx\n\tmovl $1, %%ecx\n\t" \
+       "call *%c[lsame](%%rip)\n\t"                                              \
+       "testq %%rax, %%rax\n\t"
+
+// Stack offsets in the block: m, n, k saved at 16, 24, 32; lda, ldb, ldc (arguments 7, 9,
+// 12) at 8 * (k + 2). A size of at least 0 has max(1, size) = size + (size < 1).
+#define QNL_GEMM_ROAD(D)                                                   \
+  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<13>>;       \
+  using Checked = qnl::blas::CheckedRoad<D, std::make_index_sequence<13>>; \
+  asm volatile(                                                                                               \
+      "movq %c[cell](%%rip), %%rax\n\t"                                                                       \
+      "cmpl $0, (%%rax)\n\t"                                                                                  \
+      "jne %c[full]\n\t"                                                                                      \
+      "cmpq $0, %c[slot](%%rip)\n\t"                                                                          \
+      "je %c[full]\n\t"                                                                                       \
+      "cmpl $0, %c[layer](%%rip)\n\t"                                                                         \
+      "je %c[lp64]\n\t"                                                                                       \
+      "subq $8, %%rsp\n\t"                                                                                    \
+      "pushq %%r9\n\tpushq %%r8\n\tpushq %%rcx\n\tpushq %%rdx\n\tpushq %%rsi\n\tpushq %%rdi\n\t"              \
+      QNL_GEMM_SAME_N("") "je 2f\n\t"                                                                         \
+      QNL_GEMM_SAME_N("movq 8(%%rsp), %%rdi\n\t") "je 3f\n\t"                                                 \
+      "movq 16(%%rsp), %%rax\n\tmovq (%%rax), %%rax\n\t"                                                      \
+      "movq 24(%%rsp), %%rcx\n\tmovq (%%rcx), %%rcx\n\t"                                                      \
+      "movq 32(%%rsp), %%rdx\n\tmovq (%%rdx), %%rdx\n\t"                                                      \
+      "orq %%rax, %%rcx\n\torq %%rdx, %%rcx\n\tjs 4f\n\t"                                                     \
+      "cmpq $1, %%rax\n\tadcq $0, %%rax\n\t"                                                                  \
+      "cmpq $1, %%rdx\n\tadcq $0, %%rdx\n\t"                                                                  \
+      "movq 72(%%rsp), %%rcx\n\tcmpq (%%rcx), %%rax\n\tjg 4f\n\t"                                             \
+      "movq 88(%%rsp), %%rcx\n\tcmpq (%%rcx), %%rdx\n\tjg 4f\n\t"                                             \
+      "movq 112(%%rsp), %%rcx\n\tcmpq (%%rcx), %%rax\n\tjg 4f\n"                                              \
+      "5:\n\t"                                                                                                \
+      "popq %%rdi\n\tpopq %%rsi\n\tpopq %%rdx\n\tpopq %%rcx\n\tpopq %%r8\n\tpopq %%r9\n\t"                    \
+      "addq $8, %%rsp\n\t" QNL_ROAD_CALL "\n"                                                                 \
+      "2:\n\txorl %%esi, %%esi\n\txorl %%edx, %%edx\n\tmovl $1, %%ecx\n\tjmp 7f\n"                            \
+      "3:\n\tmovl $1, %%esi\n\txorl %%edx, %%edx\n\txorl %%ecx, %%ecx\n\tjmp 7f\n"                            \
+      "4:\n\tmovl $1, %%esi\n\tmovl $1, %%edx\n\txorl %%ecx, %%ecx\n"                                         \
+      "7:\n\tmovq %%rsp, %%rdi\n\tcall %c[resume]\n\t"                                                        \
+      "testq %%rax, %%rax\n\t"                                                                                \
+      "je 5b\n\t"                                                                                             \
+      "popq %%rdi\n\tpopq %%rsi\n\tpopq %%rdx\n\tpopq %%rcx\n\tpopq %%r8\n\tpopq %%r9\n\t"                    \
+      "addq $8, %%rsp\n\t"                                                                                    \
+      "jmp %c[refused]"                                                                                       \
+      :                                                                                                       \
+      : QNL_ROAD_OPERANDS(D, Road), [full] "i"(Checked::full), [layer] "i"(&qnl_rt_state.interface_layer),    \
+        [lp64] "i"(&Checked::lp64), [refused] "i"(&Checked::refused), [lsame] "i"(&qnl::lsame_slot.fn),       \
+        [letter_n] "i"(qnl::blas::kLetterN), [resume] "i"(&qnl::blas::GemmRoad<D>::resume))
 
 // The road of an unchecked entry whose arguments all come in registers, none of them a
 // character, an index array or a complex result's address (QNL_PLAIN_ROAD). Verbose off,

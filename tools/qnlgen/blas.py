@@ -221,7 +221,9 @@ def checked_road(e, r):
         return e
     e.result = f"__attribute__((naked)) {e.result}"
     e.params = [replace(p, cname="") for p in e.params]
-    e.call = f"  QNL_CHECKED_ROAD(D_{r.name}, {len(r.args)});\n"
+    # the gemm shape has a road of its own, with the checker's tests written out (QNL_GEMM_ROAD)
+    e.call = f"  QNL_GEMM_ROAD(D_{r.name});\n" if r.shape == "gemm" else \
+        f"  QNL_CHECKED_ROAD(D_{r.name}, {len(r.args)});\n"
     return e
 
 
