@@ -9,6 +9,7 @@
 #include <complex>
 
 #include "cblas_harness.h"
+#include "element_type.h"
 
 using namespace cblas_test;
 
@@ -149,17 +150,19 @@ TEST(CblasOracle, PackedProductIsTheProduct) {
 
 // cblas_?gemm_batch over 1025 groups, which the library hands to the Fortran batch entry in
 // two chunks, each group with its own options, sizes, scalars and count (some empty), against
-// one OpenBLAS ?gemm per matrix: both layouts, both interface layers, real and complex.
+// one OpenBLAS ?gemm per matrix: both layouts, both interface layers, the four types (the
+// complex ones also through ?gemm3m_batch).
 template <class T, class I>
-void batch_agrees(Layer layer, const char* name) {
-  set_layer(layer);
-  constexpr bool kCplx = !std::is_same_v<T, double>;
+void batch_agrees(const std::string& name) {
+  using R = qnl_test::Real<T>;
+  constexpr bool kCplx = qnl_test::kComplex<T>;
   using Ours = void(int, const int*, const int*, const I*, const I*, const I*, const T*, const T**, const I*, const T**,
                     const I*, const T*, T**, const I*, I, const I*);
   using Gemm = void(int, int, int, int, int, int, std::conditional_t<kCplx, const T*, T>, const T*, int, const T*, int,
                     std::conditional_t<kCplx, const T*, T>, T*, int);
-  auto* ours = reinterpret_cast<Ours*>(dlsym(RTLD_DEFAULT, name));
-  auto* gemm = reinterpret_cast<Gemm*>(dlsym(openblas(), kCplx ? "cblas_zgemm" : "cblas_dgemm"));
+  auto* ours = reinterpret_cast<Ours*>(dlsym(RTLD_DEFAULT, name.c_str()));
+  auto* gemm =
+      reinterpret_cast<Gemm*>(dlsym(openblas(), (std::string("cblas_") + qnl_test::kLetter<T> + "gemm").c_str()));
   ASSERT_TRUE(ours && gemm) << name;
   const int kGroups = 1025, options[] = {CblasNoTrans, CblasTrans, CblasConjTrans};
   for (int layout : {CblasRowMajor, CblasColMajor}) {
@@ -176,12 +179,12 @@ void batch_agrees(Layer layer, const char* name) {
       };
       lda.push_back(ld(ta[g], m[g], k[g]) + 1), ldb.push_back(ld(tb[g], k[g], n[g]) + 2);
       ldc.push_back(ld(CblasNoTrans, m[g], n[g]) + 1);
-      alpha.push_back(T(std::sin(g) + 1.5)), beta.push_back(T(std::cos(g)));
+      alpha.push_back(T(static_cast<R>(std::sin(g) + 1.5))), beta.push_back(T(static_cast<R>(std::cos(g))));
       if constexpr (kCplx) alpha.back() += T(0, 0.5), beta.back() -= T(0, 0.25);
       for (I s = 0; s < size[g]; ++s)
         for (auto* v : {&a, &b, &c}) {
           v->emplace_back(64);
-          for (int i = 0; i < 64; ++i) v->back()[i] = T(std::sin(i + 3.0 * v->size()));
+          for (int i = 0; i < 64; ++i) v->back()[i] = T(static_cast<R>(std::sin(i + 3.0 * v->size())));
         }
     }
     std::vector<const T*> ap, bp;
@@ -202,20 +205,25 @@ void batch_agrees(Layer layer, const char* name) {
         gemm(layout, ta[g], tb[g], static_cast<int>(m[g]), static_cast<int>(n[g]), static_cast<int>(k[g]),
              scalar(alpha[g]), a[s].data(), static_cast<int>(lda[g]), b[s].data(), static_cast<int>(ldb[g]),
              scalar(beta[g]), want[s].data(), static_cast<int>(ldc[g]));
-        ASSERT_LE(distance<double>(c[s].data(), want[s].data(), kCplx ? 128 : 64), 1e-13)
+        ASSERT_LE(distance<R>(c[s].data(), want[s].data(), kCplx ? 128 : 64), (std::is_same_v<R, float> ? 1e-5 : 1e-13))
             << "layout " << layout << " group " << g << " matrix " << s;
       }
   }
 }
 
-TEST(CblasOracle, BatchAgreesWithOpenBlasLp64) {
-  batch_agrees<double, int32_t>(LP64, "cblas_dgemm_batch");
-  batch_agrees<std::complex<double>, int32_t>(LP64, "cblas_zgemm3m_batch");
+template <class I>
+void every_batch(Layer layer) {
+  set_layer(layer);
+  batch_agrees<float, I>("cblas_sgemm_batch");
+  batch_agrees<double, I>("cblas_dgemm_batch");
+  for (const char* form : {"gemm_batch", "gemm3m_batch"}) {
+    batch_agrees<std::complex<float>, I>(std::string("cblas_c") + form);
+    batch_agrees<std::complex<double>, I>(std::string("cblas_z") + form);
+  }
 }
-TEST(CblasOracle, BatchAgreesWithOpenBlasIlp64) {
-  batch_agrees<std::complex<double>, int64_t>(ILP64, "cblas_zgemm_batch");
-  batch_agrees<double, int64_t>(ILP64, "cblas_dgemm_batch");
-}
+
+TEST(CblasOracle, BatchAgreesWithOpenBlasLp64) { every_batch<int32_t>(LP64); }
+TEST(CblasOracle, BatchAgreesWithOpenBlasIlp64) { every_batch<int64_t>(ILP64); }
 
 TEST(CblasOracle, AgreesWithOpenBlasLp64) { agrees_with_openblas<int32_t>(LP64); }
 TEST(CblasOracle, AgreesWithOpenBlasIlp64) { agrees_with_openblas<int64_t>(ILP64); }

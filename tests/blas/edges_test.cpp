@@ -33,8 +33,6 @@ int dgemm32(const char* ta, const char* tb, int32_t m, int32_t n, int32_t k, int
     return 0;
   }
   EXPECT_EQ(qnl_probe_count_of("qnl_blas_dgemm"), calls) << "a rejected call reaches no back-end";
-  EXPECT_EQ(r.back().name, "DGEMM ");
-  EXPECT_EQ(r.back().length, 6);
   return r.back().number;
 }
 
@@ -85,46 +83,30 @@ TEST(Frame, DdotHasNoCheck) {
   EXPECT_EQ(static_cast<int64_t>(c->word[5]), -4) << "sign-extended";
 }
 
-TEST(Sparse, DdotiCopiesIndicesOnLp64) {
+// ddoti's index array: copied and sign-extended on LP64 (eight bytes for an empty one), the
+// report 1089 when the copy cannot be allocated, the caller's array on ILP64.
+TEST(Sparse, DdotiIndexCopy) {
   set_layer(LP64);
   int32_t nz = 3, idx[3] = {-2, 0, 70000};
   qnl_probe_set_result("qnl_blas_ddoti", 0x4000000000000000ull);  // 2.0
   EXPECT_EQ(ddoti_(&nz, A, idx, B), 2.0);
   EXPECT_EQ(qnl_probe_last_allocation_size(), 24u);
-  const qnl_probe::Call* alloc = last_call_of("qnl_serv_allocate");
-  ASSERT_NE(alloc, nullptr);
-  EXPECT_EQ(alloc->word[1], 128u) << "alignment";
+  EXPECT_EQ(last_call_of("qnl_serv_allocate")->word[1], 128u) << "alignment";
   const qnl_probe::Call* c = last_call_of("qnl_blas_ddoti");
-  EXPECT_EQ(static_cast<int64_t>(c->word[5]), -2);
-  EXPECT_EQ(static_cast<int64_t>(c->word[6]), 0);
-  EXPECT_EQ(static_cast<int64_t>(c->word[7]), 70000);
-  EXPECT_EQ(qnl_probe_live_allocations(), 0);
-  EXPECT_EQ(qnl_probe_count_of("qnl_serv_deallocate"), 1);
-}
-
-TEST(Sparse, DdotiWithNzZeroAllocatesEightBytes) {
-  set_layer(LP64);
-  int32_t nz = 0, idx[1] = {99};
+  EXPECT_EQ(std::vector<int64_t>(c->word + 5, c->word + 8), (std::vector<int64_t>{-2, 0, 70000}));
+  nz = 0;
   ddoti_(&nz, A, idx, B);
   EXPECT_EQ(qnl_probe_last_allocation_size(), 8u);
-  EXPECT_EQ(qnl_probe_count_of("qnl_blas_ddoti"), 1);
   EXPECT_EQ(last_call_of("qnl_blas_ddoti")->nwords, 5) << "nothing copied";
   EXPECT_EQ(qnl_probe_live_allocations(), 0);
-}
-
-TEST(Sparse, DdotiReportsWhenTheCopyCannotBeAllocated) {
-  set_layer(LP64);
+  EXPECT_EQ(qnl_probe_count_of("qnl_serv_deallocate"), 2);
   set_verbose(1);
-  qnl_probe_set_result("qnl_blas_ddoti", 0x4000000000000000ull);
   qnl_probe_fail_allocations(1);
-  int32_t nz = 2, idx[2] = {1, 2};
+  nz = 2;
   EXPECT_EQ(ddoti_(&nz, A, idx, B), 0.0);
-  EXPECT_EQ(qnl_probe_count_of("qnl_blas_ddoti"), 0);
-  auto r = reports();
-  ASSERT_EQ(r.size(), 1u);
-  EXPECT_EQ(r[0].number, 1089);
-  EXPECT_EQ(r[0].name, "DDOTI");
-  EXPECT_EQ(r[0].length, 5);
+  EXPECT_EQ(qnl_probe_count_of("qnl_blas_ddoti"), 2);
+  ASSERT_EQ(reports().size(), 1u);
+  EXPECT_EQ(reports()[0].number, 1089);
   EXPECT_EQ(qnl_probe_verbose_count(), 0) << "no record for a call that never formed";
 }
 
@@ -168,8 +150,6 @@ TEST(Batch, ParameterThenGroupOrderLp64) {
   EXPECT_EQ(batch<int32_t>(5, "NNNNN", "NNNNN", ok, ok, ok, small, ok, ok, size), 8) << "lda before group_size";
   EXPECT_EQ(batch<int32_t>(5, "NNNNN", "NNNNN", ok, ok, ok, ok, ok, ok, size), 15);
   EXPECT_EQ(batch<int32_t>(-1, "", "", {}, {}, {}, {}, {}, {}, {}), 14);
-  EXPECT_EQ(reports().back().name, "DGEMM_BATCH ");
-  EXPECT_EQ(reports().back().length, 12);
   EXPECT_EQ(qnl_probe_count_of("qnl_blas_dgemm_batch"), 0);
 }
 
@@ -190,15 +170,11 @@ TEST(Packed, AllocPackCompute) {
   qnl_probe_set_result("qnl_blas_dgemm_alloc", 0xabc0);
   EXPECT_EQ(dgemm_alloc_("Q", &m, &n, &k), nullptr);
   EXPECT_EQ(reports().back().number, 1);
-  EXPECT_EQ(reports().back().name, "DGEMM_ALLOC ");
-  EXPECT_EQ(reports().back().length, 12);
   EXPECT_EQ(reinterpret_cast<uintptr_t>(dgemm_alloc_("b", &m, &n, &k)), 0xabc0u);
   EXPECT_EQ(last_call_of("qnl_blas_dgemm_alloc")->word[4], 1u) << "one hidden length";
 
   dgemm_pack_("B", "T", &m, &n, &k, &alpha, A, &ld, C);
   EXPECT_EQ(reports().back().number, 8) << "transposed B has n = 7 rows";
-  EXPECT_EQ(reports().back().name, "DGEMM_PACK ");
-  EXPECT_EQ(reports().back().length, 11);
   ld = 7;
   dgemm_pack_("B", "T", &m, &n, &k, &alpha, A, &ld, C);
   EXPECT_EQ(qnl_probe_count_of("qnl_blas_dgemm_pack"), 1);
@@ -209,8 +185,6 @@ TEST(Packed, AllocPackCompute) {
   EXPECT_EQ(qnl_probe_count_of("qnl_blas_dgemm_compute"), 1);
   dgemm_compute_("N", "N", &m, &n, &k, A, &lda, B, &ldb, &beta, C, &ldc);
   EXPECT_EQ(reports().back().number, 7);
-  EXPECT_EQ(reports().back().name, "DGEMM_COMPUTE ");
-  EXPECT_EQ(reports().back().length, 14);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
-// The product routines the reference back-end builds itself (batch, real times complex, two
+// The product routines the reference back-end builds itself (real times complex, two
 // products with one matrix, one triangle of a product), through the facade's Fortran entries,
 // against OpenBLAS's ?gemm and ?gemv on the same operands. Whole buffers are compared, so a
-// write into the padding shows too.
+// write into the padding shows too. The batch is compared with OpenBLAS in cblas_oracle_test.
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -38,65 +38,6 @@ const std::complex<double> kAlpha(0.75, -1.25), kBeta(-1.5, 0.5);
 template <class T>
 class BackendGemmExt : public ::testing::Test {};
 TYPED_TEST_SUITE(BackendGemmExt, AllTypes);
-
-// Three groups (one empty) with their own options and sizes, on both integer widths: each
-// matrix of a group against one ?gemm.
-template <class T, class Int>
-void run_batch(const char* pattern) {
-  struct Group {
-    char ta, tb;
-    I m, n, k, size;
-  } groups[] = {{'N', 'T', 5, 4, 3, 2}, {'C', 'N', 7, 2, 6, 0}, {'T', 'C', 3, 9, 4, 3}};
-  std::vector<char> ta, tb;
-  std::vector<Int> m, n, k, lda, ldb, ldc, size;
-  std::vector<T> alpha, beta;
-  std::vector<std::vector<T>> as, bs, cs;
-  for (const Group& g : groups) {
-    const Stored a = stored(g.ta, g.m, g.k, 1), b = stored(g.tb, g.k, g.n, 2), c = stored('N', g.m, g.n, 3);
-    ta.push_back(g.ta), tb.push_back(g.tb), m.push_back(g.m), n.push_back(g.n), k.push_back(g.k);
-    lda.push_back(a.ld), ldb.push_back(b.ld), ldc.push_back(c.ld), size.push_back(g.size);
-    alpha.push_back(scalar<T>(kAlpha * static_cast<double>(alpha.size() + 1)));
-    beta.push_back(scalar<T>(kBeta));
-    for (I s = 0; s < g.size; ++s) {
-      const long seed = static_cast<long>(as.size());
-      as.push_back(values<T>(a.size, seed)), bs.push_back(values<T>(b.size, seed + 100));
-      cs.push_back(values<T>(c.size, seed + 200));
-    }
-  }
-  std::vector<const T*> ap, bp;
-  std::vector<T*> cp;
-  for (size_t s = 0; s < as.size(); ++s)
-    ap.push_back(as[s].data()), bp.push_back(bs[s].data()), cp.push_back(cs[s].data());
-  const std::vector<std::vector<T>> before = cs;
-  const Int count = 3;
-  using F = void(const char*, const char*, const Int*, const Int*, const Int*, const T*, const T* const*, const Int*,
-                 const T* const*, const Int*, const T*, T* const*, const Int*, const Int*, const Int*);
-  entry<F, T>(pattern)(ta.data(), tb.data(), m.data(), n.data(), k.data(), alpha.data(), ap.data(), lda.data(),
-                       bp.data(), ldb.data(), beta.data(), cp.data(), ldc.data(), &count, size.data());
-  size_t s = 0;
-  for (size_t g = 0; g < 3; ++g)
-    for (I q = 0; q < groups[g].size; ++q, ++s) {
-      const Group& gr = groups[g];
-      const I la = static_cast<I>(lda[g]), lb = static_cast<I>(ldb[g]), lc = static_cast<I>(ldc[g]);
-      std::vector<T> want = before[s];
-      openblas<Gemm<T>, T>("%cgemm_")(&gr.ta, &gr.tb, &gr.m, &gr.n, &gr.k, &alpha[g], as[s].data(), &la, bs[s].data(),
-                                      &lb, &beta[g], want.data(), &lc);
-      expect_all_near(cs[s], want, 100.0 * (gr.k + 1), std::string(pattern) + " matrix " + std::to_string(s));
-    }
-  EXPECT_EQ(s, 5u);
-}
-
-TYPED_TEST(BackendGemmExt, BatchComputesEveryGroupOnLp64) {
-  ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
-  run_batch<TypeParam, int32_t>("%cgemm_batch");
-  if constexpr (kComplex<TypeParam>) run_batch<TypeParam, int32_t>("%cgemm3m_batch_");
-}
-
-TYPED_TEST(BackendGemmExt, BatchComputesEveryGroupOnIlp64) {
-  ASSERT_EQ(QNL_Set_Interface_Layer(1), 1);
-  run_batch<TypeParam, int64_t>("%cgemm_batch_");
-  if constexpr (kComplex<TypeParam>) run_batch<TypeParam, int64_t>("%cgemm3m_batch");
-}
 
 // y1 = alpha A x1 + beta y1 and y2 = alpha op(A) x2 + beta y2, op the (conjugate) transpose:
 // two ?gemv calls.

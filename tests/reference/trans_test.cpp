@@ -1,15 +1,22 @@
 // Matrix copy, transposition and addition computed by the reference back-end, through the
 // facade's entries, for the four types, against OpenBLAS's ?omatcopy and ?imatcopy on the
 // same operands: every element of the result, the padding left alone, and the parameter
-// number of a bad argument the one OpenBLAS's own checks report.
+// number of a bad argument the one OpenBLAS's own checks report. The Fortran spellings
+// read their sizes at the interface layer's width, and the first call settles the layer.
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "reference_types.h"
 
-extern "C" int QNL_Set_Interface_Layer(int);
+extern "C" {
+int QNL_Set_Interface_Layer(int);
+void qnl_domatcopy(const char*, const char*, const int64_t*, const int64_t*, const double*, const double*,
+                   const int64_t*, double*, const int64_t*);
+}
 
 using namespace ref_test;
 
@@ -85,8 +92,9 @@ TYPED_TEST(BackendTrans, OutOfPlaceCopiesMatchOpenBlas) {
   ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
   using C2 = void(char, char, size_t, size_t, T, const T*, size_t, size_t, T*, size_t, size_t);
   using C1 = void(char, char, size_t, size_t, T, const T*, size_t, T*, size_t);
-  using F2 = void(const char*, const char*, const I*, const I*, const T*, const T*, const I*, const I*, T*, const I*,
-                  const I*);
+  using W = int64_t;  // LP64 reads the low half of each cell: the upper half is noise
+  using F2 = void(const char*, const char*, const W*, const W*, const T*, const T*, const W*, const W*, T*, const W*,
+                  const W*);
   auto* c1 = named<C1, T>("omatcopy", true);
   auto* c2 = named<C2, T>("omatcopy2", true);
   auto* f2 = named<F2, T>("omatcopy2", false);
@@ -106,8 +114,8 @@ TYPED_TEST(BackendTrans, OutOfPlaceCopiesMatchOpenBlas) {
         } else if (form == 1) {
           c2(cc.order, cc.trans, cc.rows, cc.cols, alpha, a.data(), lda, sa, b.data(), ldb, sb);
         } else {
-          const I r = static_cast<I>(cc.rows), c = static_cast<I>(cc.cols), la = static_cast<I>(lda);
-          const I lb = static_cast<I>(ldb), s1 = static_cast<I>(sa), s2 = static_cast<I>(sb);
+          auto cell = [](size_t v) { return static_cast<W>(0xabcd000100000000ull | v); };
+          const W r = cell(cc.rows), c = cell(cc.cols), la = cell(lda), lb = cell(ldb), s1 = cell(sa), s2 = cell(sb);
           f2(&cc.order, &cc.trans, &r, &c, &alpha, a.data(), &la, &s1, b.data(), &lb, &s2);
         }
         oracle_copy(cc.order, cc.trans, cc.rows, cc.cols, alpha, a, lda, sa, want, ldb, sb);
@@ -159,6 +167,12 @@ TYPED_TEST(BackendTrans, InPlaceCopiesMatchOpenBlas) {
                           std::to_string(ip.cols) + " at " + std::to_string(p));
         }
     }
+  // ILP64 reads all 64 bits: rows whose low half is 2 are negative, and refused.
+  const int64_t wide = -(int64_t{1} << 32) + 2, two = 2;
+  std::vector<T> ab = values<T>(8, 0);
+  const std::vector<T> before = ab;
+  EXPECT_NE(printed([&] { fortran("C", "T", &wide, &two, &alpha, ab.data(), &two, &two); }), "");
+  EXPECT_EQ(ab, before);
 }
 
 // C = alpha op(A) + beta op(B) for every pair of operations, and in place over A: the sum of
@@ -237,5 +251,57 @@ TYPED_TEST(BackendTrans, BadArgumentsAreReportedAsOpenBlasDoesAndNothingIsWritte
             report(11, upper(std::string("QNL_") + kLetter<T> + "OMATADD")));
   for (const T& v : b) ASSERT_EQ(v, value<T>(2));
 }
+
+// Every routine in its four spellings: the C one a body of its own, the three Fortran ones
+// one body; no other spelling.
+TEST(BackendTransExports, FourSpellingsPerRoutine) {
+  for (const char* family : {"omatcopy", "omatcopy2", "imatcopy", "omatadd"})
+    for (char l : {'s', 'd', 'c', 'z'}) {
+      const std::string lower = std::string("qnl_") + l + family, upper_name = upper(lower);
+      const std::string c_name = "QNL_" + std::string(1, static_cast<char>(l - 32)) + family;
+      void* fortran = dlsym(RTLD_DEFAULT, lower.c_str());
+      ASSERT_NE(fortran, nullptr) << lower;
+      EXPECT_NE(dlsym(RTLD_DEFAULT, c_name.c_str()), nullptr) << c_name;
+      EXPECT_NE(dlsym(RTLD_DEFAULT, c_name.c_str()), fortran) << c_name;
+      EXPECT_EQ(dlsym(RTLD_DEFAULT, (lower + "_").c_str()), fortran) << lower;
+      EXPECT_EQ(dlsym(RTLD_DEFAULT, upper_name.c_str()), fortran) << upper_name;
+      EXPECT_EQ(dlsym(RTLD_DEFAULT, (upper_name + "_").c_str()), nullptr) << upper_name;
+      EXPECT_EQ(dlsym(RTLD_DEFAULT, (std::string(1, l) + family).c_str()), nullptr) << "no bare spelling";
+    }
+}
+
+// A process whose first library call is a matrix copy: that call settles the interface
+// layer from the environment, so a later setter finds it taken. Sizes of -2^32 + 2 copy
+// two rows at 32 bits and are refused at 64.
+class BackendTransFirstCall : public ::testing::TestWithParam<std::tuple<const char*, bool>> {};
+
+TEST_P(BackendTransFirstCall, SettlesTheInterfaceLayer) {
+  const auto [variable, c_spelling] = GetParam();
+  if (*variable)
+    setenv("QNL_INTERFACE_LAYER", variable, 1);
+  else
+    unsetenv("QNL_INTERFACE_LAYER");
+  const int settled = std::string(variable) == "ILP64" || std::string(variable) == "ilp64";
+  const double a[4] = {1, 2, 3, 4}, one = 1;
+  double b[4] = {};
+  if (c_spelling) {
+    named<void(char, char, size_t, size_t, double, const double*, size_t, double*, size_t), double>("omatcopy", true)(
+        'C', 'N', 2, 2, one, a, 2, b, 2);
+    EXPECT_EQ(b[3], 4.0);
+  } else {
+    const int64_t cell = -(int64_t{1} << 32) + 2;
+    printed([&] { qnl_domatcopy("C", "N", &cell, &cell, &one, a, &cell, b, &cell); });
+    EXPECT_EQ(b[3], settled ? 0.0 : 4.0);
+  }
+  EXPECT_EQ(QNL_Set_Interface_Layer(1 - settled), settled) << "the layer is already settled";
+}
+
+INSTANTIATE_TEST_SUITE_P(Environments, BackendTransFirstCall,
+                         ::testing::Values(std::make_tuple("ILP64", true), std::make_tuple("ilp64", false),
+                                           std::make_tuple("", true), std::make_tuple("LP64", false)),
+                         [](const auto& info) {
+                           return std::string(std::get<1>(info.param) ? "C_" : "Fortran_") +
+                                  (*std::get<0>(info.param) ? std::get<0>(info.param) : "unset");
+                         });
 
 }  // namespace

@@ -107,35 +107,6 @@ def plain_types(types):
             for t in types]
 
 
-def cases(routines):
-    """One row per routine for the tests, with a caller of its C spelling that takes every
-    argument from the test's value arrays in order of role."""
-    out = ["#pragma once\n// Every matrix copy routine, as the tests walk them.\n\n",
-           "struct MatcopyCase {\n  const char* name;\n  char letter;\n  const char* roles;\n"
-           "  const char* c_name;\n  const char* fortran;\n  const char* symbol;\n"
-           "  void (*call_c)(void* fn, const MatcopyValues& v);\n};\n\n",
-           "static const MatcopyCase kMatcopyCases[] = {\n"]
-    plain = {"s": "float", "d": "double", "c": "matcopy_test::cfloat", "z": "matcopy_test::cdouble"}
-    for r in routines:
-        counters = {role: 0 for role in "cnap"}
-        values, types = [], []
-        for role in r.roles:
-            k = counters[role]
-            counters[role] += 1
-            if role == "a":
-                types.append(plain[r.letter])
-                values.append(f"v.scalar<{plain[r.letter]}>({k})")
-            else:
-                types.append({"c": "char", "n": "size_t", "p": "void*"}[role])
-                values.append({"c": f"v.option[{k}]", "n": f"v.size[{k}]", "p": f"v.array[{k}]"}[role])
-        out.append(f"    {{\"{r.name}\", '{r.letter}', \"{r.roles}\", \"{r.c_name}\", \"{r.fortran}\", "
-                   f"\"{r.symbol}\",\n     [](void* fn, const MatcopyValues& v) {{\n"
-                   f"       reinterpret_cast<void (*)({', '.join(types)})>(fn)({', '.join(values)});\n"
-                   f"     }}}},\n")
-    out.append("};\n")
-    return "".join(out)
-
-
 def standin(b):
     """Records every argument as words: a complex scalar of two floats as one word, of two
     doubles as two."""
@@ -165,4 +136,4 @@ def family(tables):
         probe_head="using qnl_probe::word;\n\n"
                    "namespace {\ninline uint64_t word(qnl_trans_cfloat v) {\n  uint64_t w;\n"
                    "  std::memcpy(&w, &v, sizeof w);\n  return w;\n}\n}  // namespace\n\n",
-        standin=standin, cases=lambda: cases(routines))
+        standin=standin)
