@@ -134,8 +134,13 @@ void qnl_vml_load_kernel_library() {
 }
 
 void qnl_vml_bind_threaders() {
-  // Slot 0 last: a caller that finds it set uses the others without a lock.
-  for (int i = kThreaderCount - 1; i >= 0; --i) bind_family(g_threaders[i], kThreaderNames[i]);
+  // Resolved in binding order, so a missing symbol is reported in that order.
+  // Each slot is stored as it is resolved, except the first: an entry that finds
+  // it set uses the others without a lock, so it is published after them.
+  Slot first;
+  bind_family(first, kThreaderNames[0]);
+  for (int i = 1; i < kThreaderCount; ++i) bind_family(g_threaders[i], kThreaderNames[i]);
+  g_threaders[0].fn.store(first.get(), std::memory_order_release);
   for (const Slot& s : g_threaders)
     if (!s.get()) {
       qnl_rt_exit(2);

@@ -58,6 +58,13 @@ TEST(VmlLoader, AnOverrideOutranksTheProcessorAndPassesAClassAtItsIndex) {
   EXPECT_EQ(qnl_probe_count_of("dll_cpu_version"), 1);
 }
 
+// Any branch on a processor of another vendor picks the reproducible library.
+TEST(VmlLoader, ABranchOnAnotherVendorsProcessorLoadsTheReproducibleLibrary) {
+  qnl_probe_set_result("qnl_serv_cbwr_get_nolock", 12);
+  first_call();
+  EXPECT_EQ(loaded(), 1);
+}
+
 TEST(VmlLoader, FallbackIsHeldToTheChosenClass) {
   setenv("QNL_VML_KERNEL_INDEX", "2", 1);
   qnl_probe_set_result("dll_cpu_version", 2);
@@ -98,6 +105,19 @@ TEST(VmlLoaderDeath, ChosenAndDefaultBothMissing) {
         first_call();
       },
       ::testing::ExitedWithCode(2), "^Velor QNL FATAL ERROR: cannot load libqnl_vml_avx2.so or libqnl_vml_def.so.\n$");
+}
+
+// The threaders are resolved in their binding order: of the two this layer
+// lacks, the one bound first is reported.
+TEST(VmlLoaderDeath, ThreadersAreBoundInTheirOrder) {
+  EXPECT_EXIT(
+      {
+        qnl_test::stdout_to_stderr();
+        setenv("QNL_THREADING_LAYER", "TBB", 1);
+        first_call();
+      },
+      ::testing::ExitedWithCode(2),
+      "^Velor QNL FATAL ERROR: Error on loading function qnl_vml_serv_threader_d_2i_1o.\n$");
 }
 
 TEST(VmlLoader, ControlWordSurvivesTheLibrarysStartUp) {

@@ -90,12 +90,16 @@ def load(table):
 
 def threaders(shapes):
     """(symbol, the threader's argument types between the count and the tag) of every
-    threader, in binding order."""
+    threader, in binding order: the shapes that every type letter has, first for the real
+    letters and then for the complex ones, shape by shape; then the shapes of fewer
+    letters, in table order."""
+    every = [s for s in shapes if s.threader != "-" and s.types == "sdcz"]
+    order = [(s, t) for letters in ("sd", "cz") for s in every for t in letters]
+    order += [(s, t) for s in shapes if s.threader != "-" and s not in every for t in s.types]
     out = []
-    for s in shapes:
-        for t in s.types if s.threader != "-" else "":
-            f = Function(0, s, t, "", False)
-            out.append((f"qnl_vml_serv_threader_{s.threader_of(t)}", [f.ctype(letter, False) for _, letter, _ in s.args]))
+    for s, t in order:
+        f = Function(0, s, t, "", False)
+        out.append((f"qnl_vml_serv_threader_{s.threader_of(t)}", [f.ctype(letter, False) for _, letter, _ in s.args]))
     return out
 
 
