@@ -7,9 +7,9 @@ namespace qnl::cblas {
 
 template <class E, class I>
 const SparseKernels<E, I>& sparse_kernels() {
-  static const SparseKernels<E, I>* chosen =
-      __builtin_cpu_supports("avx2") ? avx2::kernels<E, I>() : baseline::kernels<E, I>();
-  return *chosen;
+  // A test of the processor model the C runtime filled in at load: as cheap as a
+  // once-only choice, without the guard that would link the C++ exception pool.
+  return __builtin_cpu_supports("avx2") ? *avx2::kernels<E, I>() : *baseline::kernels<E, I>();
 }
 
 template const SparseKernels<float, int32_t>& sparse_kernels();

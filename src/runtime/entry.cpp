@@ -91,9 +91,13 @@ using namespace qnl;
 
 extern "C" {
 
+// pthread_once rather than a guarded local static: the guard would bring the C++
+// runtime's exception pool (a 71 KB allocation at load) into every process.
+static void handle_fork() { pthread_atfork(nullptr, nullptr, free_in_child); }
+
 void qnl_rt_bind_lock() {
-  static const bool fork_handled = pthread_atfork(nullptr, nullptr, free_in_child) == 0;
-  (void)fork_handled;
+  static pthread_once_t fork_handled = PTHREAD_ONCE_INIT;
+  pthread_once(&fork_handled, handle_fork);
   loader::g_search.lock.lock();
   t_holds_lock = true;
 }

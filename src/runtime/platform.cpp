@@ -83,14 +83,28 @@ bool mapped_file(const void* addr, char* path, size_t size) {
 
 }  // namespace
 
-int executable_file_name(char* buf, int size) { return resolved_path("/proc/self/exe", buf, size); }
+// The kernel's link names the executable by its absolute path, links resolved:
+// one readlink instead of one per component of the path.
+int executable_file_name(char* buf, int size) {
+  char path[PATH_MAX];
+  ssize_t n = readlink("/proc/self/exe", path, sizeof path - 1);
+  if (n <= 0) return 0;
+  path[n] = '\0';
+  return copy_path(path, buf, size);
+}
 
 int module_file_name(const void* address, char* buf, int size) {
+  // A library's absolute record is trusted as it stands (its links resolved):
+  // cheaper than having the kernel print the whole map of the process. The main
+  // program's record is its argv[0], which the caller chose, so it goes to the map.
+  Dl_info info;
+  const bool known = dladdr(address, &info) && info.dli_fname;
+  if (known && info.dli_fname[0] == '/' && info.dli_fname != program_invocation_name)
+    return resolved_path(info.dli_fname, buf, size);
   char path[PATH_MAX];
   if (mapped_file(address, path, sizeof path)) return resolved_path(path, buf, size);
   // Without a map of loaded files, only an absolute record can be trusted.
-  Dl_info info;
-  if (!dladdr(address, &info) || !info.dli_fname) return executable_file_name(buf, size);
+  if (!known) return executable_file_name(buf, size);
   if (info.dli_fname[0] != '/') return 0;
   return resolved_path(info.dli_fname, buf, size);
 }
