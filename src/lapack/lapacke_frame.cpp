@@ -104,11 +104,9 @@ auto typed(char type, F f) {
   }
 }
 
-// Whether matrix or scalar k of the call holds a NaN, by the scan of its `nan` kind;
-// `d` holds the call's dimensions.
+// The scans of the shapes other than general (nan_at).
 template <class I>
-bool nan_at(const Routine<I>& r, int layout, void* const* p, const I* d, int k) {
-  const Arg& a = r.args[k];
+__attribute__((noinline)) bool nan_other(const Arg& a, int layout, void* const* p, const I* d, int k) {
   const I* s = d + a.d;
   return typed(a.type, [&](auto* t) -> bool {
     using T = std::remove_pointer_t<decltype(t)>;
@@ -119,8 +117,6 @@ bool nan_at(const Routine<I>& r, int layout, void* const* p, const I* d, int k) 
         return nan_vec<I>(I(1), x, I(1));
       case kVector:  // ?lassq steps by incx, as the stock gate does
         return nan_vec<I>(s[0], x, a.ref[0] >= 0 ? value<I>(p, a.ref[0]) : I(1));
-      case kGe:
-        return nan_ge<I>(layout, s[0], s[1], x, value<I>(p, a.ld));
       case kSy:
         return nan_sy<I>(layout, u, s[0], x, value<I>(p, a.ld));
       case kTr:
@@ -141,6 +137,20 @@ bool nan_at(const Routine<I>& r, int layout, void* const* p, const I* d, int k) 
       default:
         return false;
     }
+  });
+}
+
+// Whether matrix or scalar k of the call holds a NaN, by the scan of its `nan` kind;
+// `d` holds the call's dimensions. General matrices, the common case, take a short
+// road: the other shapes' code stays out of the high level's frame.
+template <class I>
+inline bool nan_at(const Routine<I>& r, int layout, void* const* p, const I* d, int k) {
+  const Arg& a = r.args[k];
+  if (a.nan != kGe) return nan_other<I>(a, layout, p, d, k);
+  const I* s = d + a.d;
+  return typed(a.type, [&](auto* t) -> bool {
+    using T = std::remove_pointer_t<decltype(t)>;
+    return nan_ge<I>(layout, s[0], s[1], static_cast<const T*>(p[k]), value<I>(p, a.ld));
   });
 }
 
@@ -227,18 +237,16 @@ I columns(const Arg& a, const I* s) {
   }
 }
 
-// Transposes one matrix between layouts: from `from` layout in `in` to the other in `out`.
+// The transpositions of the shapes other than general (transpose).
 template <class I>
-void transpose(const Arg& a, int from, void* const* p, const I* s, const void* in, I ldin, void* out, I ldout) {
+__attribute__((noinline)) void transpose_other(const Arg& a, int from, void* const* p, const I* s, const void* in,
+                                               I ldin, void* out, I ldout) {
   typed(a.type, [&](auto* t) {
     using T = std::remove_pointer_t<decltype(t)>;
     const T* x = static_cast<const T*>(in);
     T* y = static_cast<T*>(out);
     char u = letter(p, a.ref[0], 'u');
     switch (a.kind) {
-      case kGe:
-        trans_ge<I>(from, s[0], s[1], x, ldin, y, ldout);
-        break;
       case kSy:
         trans_sy<I>(from, u, s[0], x, ldin, y, ldout);
         break;
@@ -269,6 +277,18 @@ void transpose(const Arg& a, int from, void* const* p, const I* s, const void* i
       default:
         break;
     }
+    return 0;
+  });
+}
+
+// Transposes one matrix between layouts: from `from` layout in `in` to the other in `out`;
+// a general matrix by the short road.
+template <class I>
+inline void transpose(const Arg& a, int from, void* const* p, const I* s, const void* in, I ldin, void* out, I ldout) {
+  if (a.kind != kGe) return transpose_other<I>(a, from, p, s, in, ldin, out, ldout);
+  typed(a.type, [&](auto* t) {
+    using T = std::remove_pointer_t<decltype(t)>;
+    trans_ge<I>(from, s[0], s[1], static_cast<const T*>(in), ldin, static_cast<T*>(out), ldout);
     return 0;
   });
 }
@@ -395,6 +415,14 @@ struct each {
 constexpr uint64_t bit(int k) { return uint64_t(1) << k; }
 static_assert(kMaxArgs <= 64);
 
+// The argument addresses, by a plain loop: for a count known only at run time the
+// compiler makes a string move of memcpy (or of the same loop in line, seeing that the
+// arrays cannot overlap), whose start-up costs more than copying the few addresses of a
+// call. Out of line the arrays may overlap, and the loop stays a loop.
+__attribute__((noinline)) void copy_args(void** q, void* const* p, int n) {
+  for (int k = 0; k < n; ++k) q[k] = p[k];
+}
+
 // Frees the scratch blocks of set `held`, last argument first.
 void release_all(void* const* blocks, uint64_t held) {
   while (held) {
@@ -411,7 +439,7 @@ template <class I>
 I run_middle(const Routine<I>& r, int layout, void* const* p, void* result, const I* known = nullptr) {
   void* q[kMaxArgs + 1];
   I info = 0;
-  std::memcpy(q, p, r.nargs * sizeof(void*));
+  copy_args(q, p, r.nargs);
   if (layout == kColMajor) return call_fortran(r, q, &info, result);
   if (layout != kRowMajor) {
     xerbla<I>(r.work, I(-1));
@@ -427,27 +455,31 @@ I run_middle(const Routine<I>& r, int layout, void* const* p, void* result, cons
   }
   // The only argument checks of the C layer: a row-major leading dimension below the column count.
   // The copies' shapes are worked out on the same pass; nothing is allocated before all passed.
-  I ld_t[kMaxArgs];
+  // `todo`: the matrices this call copies (passed, and asked for by their job letters).
+  I ld_t[kMaxArgs], ld_in[kMaxArgs];
   int64_t count[kMaxArgs];
+  uint64_t todo = 0;
   for (int k : each{r.matrices}) {
     const Arg& a = r.args[k];
-    if (has_ld(a.kind) && wanted(a, p) && value<I>(p, a.ld) < columns(a, d + a.d)) {
+    const I* s = d + a.d;
+    const bool want = wanted(a, p);
+    ld_in[k] = a.ld >= 0 ? value<I>(p, a.ld) : I(0);
+    if (want && has_ld(a.kind) && ld_in[k] < columns(a, s)) {
       info = -(a.ld + 2);
       xerbla<I>(r.work, info);
       return info;
     }
-    copy_shape(a, d + a.d, ld_t[k], count[k]);
+    copy_shape(a, s, ld_t[k], count[k]);
     if (a.ld >= 0) q[a.ld] = &ld_t[k];
+    if (want && p[k] != nullptr) todo |= bit(k);
   }
   // A workspace query: the sizes do not depend on the layout; nothing is copied.
   for (int k : each{r.owned})
     if (r.args[k].kind == kWork && value<I>(p, r.args[k].ld) == -1) return call_fortran(r, q, &info, result);
   void* copies[kMaxArgs];
   uint64_t held = 0;
-  for (int k : each{r.matrices}) {
-    const Arg& a = r.args[k];
-    if (p[k] == nullptr || !wanted(a, p)) continue;
-    copies[k] = allocate(count[k], size_of<I>(a.type));
+  for (int k : each{todo}) {
+    copies[k] = allocate(count[k], size_of<I>(r.args[k].type));
     if (!copies[k]) {
       info = kTransposeMemoryError;
       break;
@@ -458,15 +490,13 @@ I run_middle(const Routine<I>& r, int layout, void* const* p, void* result, cons
   if (info == 0) {
     for (int k : each{held}) {
       const Arg& a = r.args[k];
-      if (a.dir & kIn)
-        transpose(a, kRowMajor, p, d + a.d, p[k], a.ld >= 0 ? value<I>(p, a.ld) : I(0), copies[k], ld_t[k]);
+      if (a.dir & kIn) transpose(a, kRowMajor, p, d + a.d, p[k], ld_in[k], copies[k], ld_t[k]);
     }
     call_fortran(r, q, &info, result);
     // Results go back whatever info says.
     for (int k : each{held}) {
       const Arg& a = r.args[k];
-      if (a.dir & kOut)
-        transpose(a, kColMajor, p, d + a.d, copies[k], ld_t[k], p[k], a.ld >= 0 ? value<I>(p, a.ld) : I(0));
+      if (a.dir & kOut) transpose(a, kColMajor, p, d + a.d, copies[k], ld_t[k], p[k], ld_in[k]);
     }
   }
   release_all(copies, held);
@@ -502,7 +532,7 @@ I run_high(const Routine<I>& r, int layout, void* const* p, void* result) {
   // cells of `queried` are cleared and read.
   alignas(16) unsigned char answers[kMaxArgs][16];
   I info = 0;
-  std::memcpy(q, p, r.nargs * sizeof(void*));
+  copy_args(q, p, r.nargs);
   for (int k : each{r.owned}) {
     const Arg& a = r.args[k];
     if (a.kind == kFixed) {

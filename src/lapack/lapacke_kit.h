@@ -121,6 +121,11 @@ I nan_vec(I n, const T* x, I incx) {
 template <class I, class T>
 I nan_ge(int layout, I m, I n, const T* a, I lda) {
   if (!a || bad_layout(layout)) return 0;
+  // Columns (rows in row-major) that follow one another without a gap are one run.
+  if (layout == kColMajor ? lda == m : lda == n) {
+    const int64_t count = m > 0 && n > 0 ? int64_t(m) * int64_t(n) : 0;
+    return run_has_nan(a, count, count >= 16);
+  }
   if (layout == kColMajor) {
     I len = imin(m, lda);
     for (I j = 0; j < n; ++j)

@@ -307,6 +307,8 @@ TEST(KitNan, EveryScanFindsWhatTheStockScanFinds) {
       {5, BOTH(LAPACKE_d_nancheck, 5, x, -1)},
       {12, BOTH(LAPACKE_dge_nancheck, C, 4, 3, x, 3)},
       {40, BOTH(LAPACKE_dge_nancheck, R, 4, 7, x, 9)},
+      {18, BOTH(LAPACKE_dge_nancheck, C, 6, 3, x, 6)},  // no gap: one run, summed
+      {6, BOTH(LAPACKE_dge_nancheck, R, 3, 2, x, 2)},   // no gap: one short run
       {25, BOTH(LAPACKE_dtr_nancheck, C, 'U', 'U', 5, x, 5)},
       {25, BOTH(LAPACKE_dtr_nancheck, R, 'L', 'N', 5, x, 5)},
       {30, BOTH(LAPACKE_dgb_nancheck, C, 5, 5, 2, 2, x, 5)},
