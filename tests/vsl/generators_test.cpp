@@ -11,34 +11,38 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <random>
 
+#include "counter_oracle.h"
 #include "vsl_kernels.h"
 
-void ars5_oracle(const unsigned* key, const unsigned* ctr, int nblocks, unsigned* out);
+// Random123's ARS-5, from a file built with AES enabled; called only where the processor has AES.
+std::function<unsigned()> ars5_words(const std::vector<unsigned>& seed);
 
 namespace {
 
-template <class Engine>
-void expect_prefix(Stream& s, Engine e, int n) {
+// The first n words of generator brng seeded with `seed`, word by word against next().
+template <class Next>
+void expect_words(int brng, const std::vector<unsigned>& seed, int n, Next next) {
+  Stream s(brng, seed);
+  ASSERT_EQ(s.rc, 0);
   auto v = s.bits(n);
-  for (int i = 0; i < n; ++i) ASSERT_EQ(v[i], static_cast<unsigned>(e())) << i;
+  for (int i = 0; i < n; ++i) ASSERT_EQ(v[i], static_cast<unsigned>(next())) << i;
 }
 
 TEST(Generators, CongruentialAndTwisterMatchTheStandardLibrary) {
   for (unsigned seed : {1u, 5489u, 0x80000007u}) {
-    Stream mt(VSL_BRNG_MT19937, {seed});
-    expect_prefix(mt, std::mt19937(seed), 5000);
-    Stream mcg(VSL_BRNG_MCG31, {seed});
-    expect_prefix(mcg, std::linear_congruential_engine<uint32_t, 1132489760u, 0, 2147483647u>(seed), 5000);
+    expect_words(VSL_BRNG_MT19937, {seed}, 5000, std::mt19937(seed));
+    expect_words(VSL_BRNG_MCG31, {seed}, 5000,
+                 std::linear_congruential_engine<uint32_t, 1132489760u, 0, 2147483647u>(seed));
   }
   // MCG59: two words per number, low first; the seed is a pair of words.
-  Stream s(VSL_BRNG_MCG59, {0x89abcdefu, 0x1234567u});
   std::linear_congruential_engine<uint64_t, 302875106592253ull, 0, 1ull << 59> e(0x0123456789abcdefull);
-  auto w = s.bits(2000);
-  for (int i = 0; i < 1000; ++i) ASSERT_EQ(w[2 * i] | uint64_t{w[2 * i + 1]} << 32, e()) << i;
+  uint64_t x = 0;
+  int half = 0;
+  expect_words(VSL_BRNG_MCG59, {0x89abcdefu, 0x1234567u}, 2000, [&] { return (half ^= 1) ? x = e() : x >> 32; });
 }
-
 // 400000 numbers in one call (the lane path, state words near the moduli
 // included) and then 3001 more (the sequential tail and the state carried on).
 TEST(Generators, Mrg32k3aMatchesTheFloatingPointRecurrence) {
@@ -96,77 +100,40 @@ TEST(Generators, R250AndSfmtKeepTheirRecurrences) {
     }
 }
 
-// Random123 on the same keys and counters, the counters' low word crossing 2^32
-// and the low half crossing 2^64 inside the run.
-void expect_counter_based(int brng, std::vector<unsigned> seed, int nkey,
-                          void (*oracle)(const unsigned*, const unsigned*, int, unsigned*)) {
-  void* s = nullptr;
-  ASSERT_EQ(__vslNewStreamEx(&s, brng, static_cast<int>(seed.size()), seed.data()), 0);
-  std::vector<unsigned> v(4 * 300 + 3), want(4 * 301);
-  _vsliRngUniformBits(0, s, 4 * 300 + 3, v.data());
-  __vslDeleteStream(&s);
-  oracle(seed.data(), seed.data() + nkey, 301, want.data());
-  want.resize(v.size());
-  EXPECT_EQ(v, want);
-}
-void philox_oracle(const unsigned* key, const unsigned* ctr, int nblocks, unsigned* out) {
-  r123::Philox4x32_R<10> g;
-  r123::Philox4x32_R<10>::key_type k = {{key[0], key[1]}};
-  r123::Philox4x32_R<10>::ctr_type c = {{ctr[0], ctr[1], ctr[2], ctr[3]}};
-  for (int b = 0; b < nblocks; ++b, c.incr()) {
-    auto o = g(c, k);
-    for (int j = 0; j < 4; ++j) out[4 * b + j] = o[j];
-  }
-}
-
 // Random123's own known-answer inputs (zeros, all ones, digits of pi) and counters
-// that carry inside the run.
+// whose low word crosses 2^32 and whose low half crosses 2^64 inside the run.
 TEST(Generators, CounterBasedMatchRandom123) {
   const std::vector<unsigned> seeds[] = {{0, 0, 0, 0, 0, 0},
                                          {~0u, ~0u, ~0u, ~0u, ~0u, ~0u},
                                          {0xa4093822, 0x299f31d0, 0x243f6a88, 0x85a308d3, 0x13198a2e, 0x03707344},
                                          {0xdeadbeefu, 0x1234u, 0xffffff80u, 0, 5, 6},
                                          {0xdeadbeefu, 0x1234u, 0xffffff80u, ~0u, 5, 6}};
-  for (const auto& seed : seeds) expect_counter_based(VSL_BRNG_PHILOX4X32X10, seed, 2, philox_oracle);
-  unsigned eax, ebx, ecx, edx;
-  __asm__("cpuid" : "=a"(eax), "=b"(ebx), "=c"(ecx), "=d"(edx) : "a"(1), "c"(0));
-  void* s = nullptr;
-  const unsigned seed[8] = {1, 2, 3, 4, 0xfffffff0u, 0xffffffffu, 0xffffffffu, 0xffffffffu};
-  if (!((ecx >> 25) & 1)) {
-    EXPECT_EQ(__vslNewStreamEx(&s, VSL_BRNG_ARS5, 8, seed), VSL_RNG_ERROR_ARS5_NOT_SUPPORTED);
-    return;
-  }
-  expect_counter_based(VSL_BRNG_ARS5, {1, 2, 3, 4, 0xfffffff0u, 0xffffffffu, 0xffffffffu, 7}, 4, ars5_oracle);
+  for (const auto& seed : seeds)
+    expect_words(VSL_BRNG_PHILOX4X32X10, seed, 4 * 300 + 3, counter_words<r123::Philox4x32_R<10>>(seed));
+  const std::vector<unsigned> ars = {1, 2, 3, 4, 0xfffffff0u, 0xffffffffu, 0xffffffffu, 7};
+  Stream s(VSL_BRNG_ARS5, ars);
+  if (__builtin_cpu_supports("aes"))
+    expect_words(VSL_BRNG_ARS5, ars, 4 * 300 + 3, ars5_words(ars));
+  else
+    EXPECT_EQ(s.rc, VSL_RNG_ERROR_ARS5_NOT_SUPPORTED);
 }
 
 // Quasi-random sequences against Boost's, which also start after the origin.
-template <class Engine>
-void expect_quasi(int brng, unsigned dim) {
-  Stream s(brng, {dim});
-  ASSERT_EQ(s.rc, 0);
-  Engine e(dim);
-  auto v = s.bits(static_cast<int>(dim) * 3000);
-  for (size_t i = 0; i < v.size(); ++i) ASSERT_EQ(v[i], e()) << "dimension " << i % dim << " point " << i / dim;
-}
 TEST(Generators, QuasiRandomMatchBoost) {
-  expect_quasi<boost::random::sobol_engine<uint32_t, 32>>(VSL_BRNG_SOBOL, 40);
-  expect_quasi<boost::random::niederreiter_base2_engine<uint32_t, 32>>(VSL_BRNG_NIEDERR, 40);
-  void* s = nullptr;
-  for (unsigned dim : {0u, 41u}) EXPECT_EQ(__vslNewStreamEx(&s, VSL_BRNG_SOBOL, 1, &dim), VSL_RNG_ERROR_BAD_PARAM);
+  expect_words(VSL_BRNG_SOBOL, {40}, 40 * 3000, boost::random::sobol_engine<uint32_t, 32>(40));
+  expect_words(VSL_BRNG_NIEDERR, {40}, 40 * 3000, boost::random::niederreiter_base2_engine<uint32_t, 32>(40));
+  for (unsigned dim : {0u, 41u}) EXPECT_EQ(Stream(VSL_BRNG_SOBOL, {dim}).rc, VSL_RNG_ERROR_BAD_PARAM);
 }
 
 TEST(Generators, NonDeterministicSource) {
   Stream s(VSL_BRNG_NONDETERM, {VSL_BRNG_RDRAND});
-  unsigned eax, ebx, ecx, edx;
-  __asm__("cpuid" : "=a"(eax), "=b"(ebx), "=c"(ecx), "=d"(edx) : "a"(1), "c"(0));
-  if (!((ecx >> 30) & 1)) {
+  if (!__builtin_cpu_supports("rdrnd")) {
     EXPECT_EQ(s.rc, VSL_RNG_ERROR_NONDETERM_NOT_SUPPORTED);
     return;
   }
   ASSERT_EQ(s.rc, 0);
-  auto v = s.bits(1000);
   int ones = 0;
-  for (unsigned x : v) ones += __builtin_popcount(x);
+  for (unsigned x : s.bits(1000)) ones += __builtin_popcount(x);
   EXPECT_NEAR(ones, 16000, 600);  // 32000 bits: about 7 standard deviations
 }
 
