@@ -212,8 +212,8 @@ class StreamOps : public ::testing::TestWithParam<Gen> {
  protected:
   void* make() {
     void* s = nullptr;
-    EXPECT_EQ(__vslNewStreamEx(&s, GetParam().brng, static_cast<int>(GetParam().seed.size()), GetParam().seed.data()),
-              0);
+    const auto& seed = GetParam().seed;
+    EXPECT_EQ(__vslNewStreamEx(&s, GetParam().brng, static_cast<int>(seed.size()), seed.data()), 0);
     return s;
   }
   static std::vector<double> draw(void* s, int n) {
@@ -223,6 +223,8 @@ class StreamOps : public ::testing::TestWithParam<Gen> {
   }
 };
 
+// Copies, memory and file images continue the stream exactly; skip-ahead equals
+// drawing and dropping; leapfrog equals taking every k-th.
 TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   void* a = make();
   EXPECT_EQ(static_cast<char*>(a)[4], 1);  // the stream tag the facade checks
@@ -235,38 +237,33 @@ TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   const std::string file = ::testing::TempDir() + "vsl_stream_" + std::to_string(GetParam().brng);
   ASSERT_EQ(__vslSaveStreamF(a, file.c_str(), -1), 0);
   ASSERT_EQ(__vslLoadStreamF(&fromFile, (file + "   ").c_str(), static_cast<long long>(file.size()) + 3), 0);
+  std::remove(file.c_str());
   EXPECT_EQ(__vslGetStreamStateBrng(fromFile), GetParam().brng);
   const auto ref = draw(a, 3000);
-  EXPECT_EQ(draw(copy, 3000), ref);
-  EXPECT_EQ(draw(fromMem, 3000), ref);
-  EXPECT_EQ(draw(fromFile, 3000), ref);
-  // Copy of the state between streams of the same generator.
+  for (void* other : {copy, fromMem, fromFile}) EXPECT_EQ(draw(other, 3000), ref);
   ASSERT_EQ(__vslCopyStreamState(copy, fromMem), 0);
   EXPECT_EQ(draw(copy, 100), draw(fromMem, 100));
 
-  // Skip-ahead equals drawing and dropping; leapfrog equals taking every k-th.
-  void* base = make();
+  void *base = make(), *s = make(), *l = make();
   const auto seq = draw(base, 4000);
-  void* s = make();
-  if (GetParam().skip) {
-    ASSERT_EQ(__vslSkipAheadStream(s, 1001), 0);
-    EXPECT_EQ(draw(s, 500), std::vector<double>(seq.begin() + 1001, seq.begin() + 1501));
-  } else {
-    EXPECT_EQ(__vslSkipAheadStream(s, 1001), VSL_RNG_ERROR_SKIPAHEAD_UNSUPPORTED);
+  auto every = [&](int first, int step) {
+    std::vector<double> v;
+    for (int i = 0; i < 500; ++i) v.push_back(seq[first + step * i]);
+    return v;
+  };
+  const Gen& g = GetParam();
+  EXPECT_EQ(__vslSkipAheadStream(s, 1001), g.skip ? 0 : VSL_RNG_ERROR_SKIPAHEAD_UNSUPPORTED);
+  if (g.skip) {
+    EXPECT_EQ(draw(s, 500), every(1001, 1));
   }
-  void* l = make();
-  if (GetParam().leap) {
-    ASSERT_EQ(__vslLeapfrogStream(l, 2, 7), 0);
-    auto v = draw(l, 500);
-    for (int i = 0; i < 500; ++i) ASSERT_EQ(v[i], seq[2 + 7 * i]) << i;
-  } else {
-    EXPECT_EQ(__vslLeapfrogStream(l, 2, 7), VSL_RNG_ERROR_LEAPFROG_UNSUPPORTED);
+  EXPECT_EQ(__vslLeapfrogStream(l, 2, 7), g.leap ? 0 : VSL_RNG_ERROR_LEAPFROG_UNSUPPORTED);
+  if (g.leap) {
+    EXPECT_EQ(draw(l, 500), every(2, 7));
   }
   for (void* p : {a, copy, fromMem, fromFile, base, s, l}) {
     ASSERT_EQ(__vslDeleteStream(&p), 0);
     EXPECT_EQ(p, nullptr);
   }
-  std::remove(file.c_str());
 }
 INSTANTIATE_TEST_SUITE_P(All, StreamOps, ::testing::ValuesIn(kGens),
                          [](const auto& info) { return "brng" + std::to_string(info.param.brng); });
@@ -274,16 +271,13 @@ INSTANTIATE_TEST_SUITE_P(All, StreamOps, ::testing::ValuesIn(kGens),
 // A far jump (by the characteristic polynomial) lands where drawing and
 // dropping the same count of numbers does.
 TEST(Streams, TwisterFarSkipMatchesDrawing) {
-  const struct {
-    int brng;
-    long long nskip;
-  } cases[] = {{VSL_BRNG_MT19937, 20500017}, {VSL_BRNG_MT2203, 150001}, {VSL_BRNG_MT2203 + 63, 3000017}};
-  for (const auto& c : cases) {
-    Stream far(c.brng, {5}), near(c.brng, {5});
+  for (auto [brng, nskip] :
+       {std::pair{VSL_BRNG_MT19937, 20500017ll}, {VSL_BRNG_MT2203, 150001ll}, {VSL_BRNG_MT2203 + 63, 3000017ll}}) {
+    Stream far(brng, {5}), near(brng, {5});
     far.uniform(100), near.uniform(100);
-    ASSERT_EQ(__vslSkipAheadStream(far.s, c.nskip), 0);
-    for (long long left = c.nskip; left > 0; left -= 1 << 20) near.bits(static_cast<int>(std::min(left, 1ll << 20)));
-    EXPECT_EQ(far.bits(2000), near.bits(2000)) << c.brng;
+    ASSERT_EQ(__vslSkipAheadStream(far.s, nskip), 0);
+    for (long long left = nskip; left > 0; left -= 1 << 20) near.bits(static_cast<int>(std::min(left, 1ll << 20)));
+    EXPECT_EQ(far.bits(2000), near.bits(2000)) << brng;
   }
 }
 
