@@ -1,7 +1,7 @@
 // Transforms through libqnl_rt.so's FFTW3 interface on the reference back-end,
 // against a direct O(n^2) DFT in long double: complex and real, 1-D to 4-D,
 // batched and strided, split arrays, both precisions; forward then backward
-// gives n times the input.
+// gives n times the input. And the C programs written for FFTW.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -306,6 +306,17 @@ TEST(BackendDftThreads, NewArrayExecutionFromManyThreads) {
   for (auto& t : pool) t.join();
   for (int t = 0; t < threads; ++t) EXPECT_LT(errors[t], 1e-12) << "thread " << t;
   fftw_destroy_plan(p);
+}
+
+// The C programs written for FFTW, compiled as C against fftw3.h, run through the facade.
+extern "C" double fftw_c_program_1d(int n);
+extern "C" double fftw_c_program_real_2d(int n0, int n1);
+extern "C" double fftw_c99_program(int n);
+
+TEST(BackendFftwCPrograms, RoundTrips) {
+  for (int n : {1, 8, 60, 127}) EXPECT_LT(fftw_c_program_1d(n), 1e-12) << n;
+  EXPECT_LT(fftw_c_program_real_2d(6, 10), 1e-12);
+  EXPECT_LT(fftw_c99_program(24), 1e-12);
 }
 
 }  // namespace

@@ -324,18 +324,15 @@ int user_i(void* st, int n, unsigned* r) {
   for (int i = 0; i < n; ++i) r[i] = user_next(st);
   return 0;
 }
-int user_d(void* st, int n, double* r, double a, double b) {
-  for (int i = 0; i < n; ++i) r[i] = a + (b - a) * (user_next(st) * 0x1p-32);
-  return 0;
-}
-int user_s(void* st, int n, float* r, float a, float b) {
-  for (int i = 0; i < n; ++i) r[i] = a + (b - a) * static_cast<float>(user_next(st) * 0x1p-32);
+template <class T>
+int user_real(void* st, int n, T* r, T a, T b) {
+  for (int i = 0; i < n; ++i) r[i] = a + (b - a) * static_cast<T>(user_next(st) * 0x1p-32);
   return 0;
 }
 
 TEST(Streams, RegisteredGeneratorAndAbstractStreams) {
   const int before = __vslGetNumRegBrngs();
-  VSLBRngProperties p{sizeof(unsigned), 1, 1, 1, 32, user_init, user_s, user_d, user_i};
+  VSLBRngProperties p{sizeof(unsigned), 1, 1, 1, 32, user_init, user_real<float>, user_real<double>, user_i};
   const int brng = __vslRegisterBrng(&p);
   ASSERT_GT(brng, 0);
   EXPECT_EQ(__vslGetNumRegBrngs(), before + 1);
@@ -344,7 +341,7 @@ TEST(Streams, RegisteredGeneratorAndAbstractStreams) {
   for (unsigned v : s.bits(10)) EXPECT_EQ(v, user_next(&x));
   VSLBRngProperties q{};
   ASSERT_EQ(__vslGetBrngProperties(brng, &q), 0);
-  EXPECT_EQ(q.dBRng, user_d);
+  EXPECT_EQ(q.dBRng, user_real<double>);
   p.NBits = 33;
   EXPECT_EQ(__vslRegisterBrng(&p), VSL_RNG_ERROR_BAD_NBITS);
   ASSERT_EQ(__vslGetBrngProperties(VSL_BRNG_MT19937, &q), 0);
