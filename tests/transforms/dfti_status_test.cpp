@@ -74,9 +74,9 @@ TEST(BackendDftiCreate, RefusalsLeaveANullHandle) {
 TEST(BackendDftiSetValue, SettingsUncommitAndReadBack) {
   const std::vector<int> front = {1, 2, 6, 16, 23, 24, 25, 29}, fixed = {0, 3, 19, 22};
   // The values each enumerated setting names: any other is refused.
-  std::map<int, std::vector<int>> named = {{8, {39, 40, 41, 42}},  {9, {41, 42}},  {10, {39, 40, 41, 42}},
-                                           {11, {43, 44}},         {17, {51, 52}}, {18, {48, 49, 50}},
-                                           {21, {54, 55, 56, 57}}, {28, {51, 52}}};
+  const std::map<int, std::vector<int>> named = {{8, {39, 40, 41, 42}},  {9, {41, 42}},  {10, {39, 40, 41, 42}},
+                                                 {11, {43, 44}},         {17, {51, 52}}, {18, {48, 49, 50}},
+                                                 {21, {54, 55, 56, 57}}, {28, {51, 52}}};
   auto in = [](const std::vector<int>& set, int p) { return std::find(set.begin(), set.end(), p) != set.end(); };
   for (int p = 0; p <= 29; ++p) {
     if (p == 4 || p == 5 || p == 12 || p == 13 || p == 20) continue;  // scales, stride lists, the name
@@ -95,10 +95,10 @@ TEST(BackendDftiSetValue, SettingsUncommitAndReadBack) {
       EXPECT_TRUE(s == 0 || s == 3 || s == 6) << what << ": " << s;
       EXPECT_EQ(status_of(d.h), in(front, p) ? DFTI_COMMITTED : DFTI_UNCOMMITTED) << what;
       const bool enumerated = named.count(p), current = v == 29;
-      EXPECT_EQ(s, in(front, p) || in(fixed, p)         ? 3
-                   : enumerated && current              ? 0
-                   : enumerated && !in(named[p], value) ? 3
-                                                        : s)
+      EXPECT_EQ(s, in(front, p) || in(fixed, p)            ? 3
+                   : enumerated && current                 ? 0
+                   : enumerated && !in(named.at(p), value) ? 3
+                                                           : s)
           << what;
       if (!readable || p == 22) continue;
       ASSERT_EQ(DftiGetValue(d.h, DFTI_CONFIG_PARAM(p), &after), 0) << p;
