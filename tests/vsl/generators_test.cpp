@@ -43,6 +43,7 @@ TEST(Generators, CongruentialAndTwisterMatchTheStandardLibrary) {
   int half = 0;
   expect_words(VSL_BRNG_MCG59, {0x89abcdefu, 0x1234567u}, 2000, [&] { return (half ^= 1) ? x = e() : x >> 32; });
 }
+
 // 400000 numbers in one call (the lane path, state words near the moduli
 // included) and then 3001 more (the sequential tail and the state carried on).
 TEST(Generators, Mrg32k3aMatchesTheFloatingPointRecurrence) {
