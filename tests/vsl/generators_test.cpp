@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <random>
 
@@ -308,9 +309,7 @@ TEST(Streams, BadInputGivesCodes) {
   }
   // A truncated file.
   const std::string file = ::testing::TempDir() + "vsl_truncated";
-  FILE* f = std::fopen(file.c_str(), "wb");
-  std::fwrite(mem.data(), 1, mem.size() / 2, f);
-  std::fclose(f);
+  std::ofstream(file, std::ios::binary).write(mem.data(), static_cast<std::streamsize>(mem.size() / 2));
   EXPECT_EQ(__vslLoadStreamF(&s, file.c_str(), -1), VSL_RNG_ERROR_BAD_FILE_FORMAT);
   std::remove(file.c_str());
   EXPECT_EQ(s, nullptr);
