@@ -16,24 +16,22 @@ lib=$(find "$prefix" -name 'libqnl_rt.so.0' -printf '%h\n')
 # Every run must succeed and print nothing but the consumer's own line.
 check() {
   local out
-  out=$("$@" 2>&1)
+  echo "== $1"
+  out=$("${@:2}" 2>&1)
   echo "$out"
   [[ $out == consumer:* && $(wc -l <<<"$out") -eq 1 ]] || { echo "unexpected output" >&2; exit 1; }
 }
 
-echo "== find_package"
 cmake -S "$here" -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$work/cmake" >/dev/null
-check "$work/cmake/consumer"
+check find_package "$work/cmake/consumer"
 
-echo "== pkg-config"
 export PKG_CONFIG_PATH=$lib/pkgconfig
 # shellcheck disable=SC2046
 cc -o "$work/consumer_pc" "$here/consumer.c" $(pkg-config --cflags --libs qnl_rt) \
   -Wl,-rpath,"$(pkg-config --variable=libdir qnl_rt)"
-check "$work/consumer_pc"
+check pkg-config "$work/consumer_pc"
 
-echo "== through a link named libqnl_rt.so.0 in another folder"
 mkdir -p "$work/links"
 ln -s "$lib/libqnl_rt.so.0" "$work/links/libqnl_rt.so.0"
-check env LD_LIBRARY_PATH="$work/links" "$work/consumer_pc"
+check "through a link named libqnl_rt.so.0 in another folder" env LD_LIBRARY_PATH="$work/links" "$work/consumer_pc"

@@ -36,29 +36,29 @@ STOCK_PATH = f"{DEBIAN}/openblas-serial:{DEBIAN}/openblas64-serial"
 PYTEST_SAMPLE = 4
 
 
-def rows(table, sample):
-    for line in Path(table).read_text().splitlines():
+def table(path, columns):
+    """The rows of a table file, comments and blank lines left out, each row
+    repeated per letter of its second column with "?" replaced by the letter."""
+    for line in Path(path).read_text().splitlines():
         line = line.split("#", 1)[0].strip()
-        if not line:
-            continue
-        name, letters, parser, needs, command = line.split(None, 4)
+        if line:
+            name, letters, *rest = line.split(None, columns - 1)
+            yield name, letters, lambda letter, cells=[name, *rest]: [c.replace("?", letter) for c in cells]
+
+
+def rows(path, sample):
+    for _, letters, cells in table(path, 5):
         if sample and letters.lower() != letters:
             letters = "".join(c for c in letters if c.isupper())
-        for letter in ([""] if letters == "-" else list(letters.lower())):
-            yield name.replace("?", letter), parser, needs, command.replace("?", letter)
+        yield from (cells(letter) for letter in ([""] if letters == "-" else letters.lower()))
 
 
-def deliberate(table):
-    """Program name -> [(routine, set of complaints)] from deliberate.tbl."""
+def deliberate(path):
+    """Program name -> [(routine, complaint)] from deliberate.tbl."""
     found = {}
-    for line in Path(table).read_text().splitlines():
-        line = line.split("#", 1)[0].strip()
-        if not line:
-            continue
-        name, letters, routine, complaint = line.split(None, 3)
-        for letter in ([""] if letters == "-" else list(letters)):
-            found.setdefault(name.replace("?", letter), []).append(
-                (routine.replace("?", letter), complaint.replace("?", letter)))
+    for _, letters, cells in table(path, 4):
+        for name, routine, complaint in (cells(c) for c in ([""] if letters == "-" else letters)):
+            found.setdefault(name, []).append((routine, complaint))
     return found
 
 
@@ -80,13 +80,12 @@ def accept_deliberate(text, expected):
     return "\n".join(lines), accepted
 
 
-def count_blas1(text):
-    return text.count("----- PASS -----"), len(re.findall(r"FAIL", text))
-
-
-def count_blas23(text):
-    lines = text.splitlines()
-    return sum("PASSED" in s for s in lines), sum("FAILED" in s or "FATAL" in s for s in lines)
+def by_lines(passed, failed):
+    """Counts the lines matching each of two patterns."""
+    def count(text):
+        lines = text.splitlines()
+        return tuple(sum(bool(re.search(p, s)) for s in lines) for p in (passed, failed))
+    return count
 
 
 def count_lapack(text):
@@ -104,29 +103,16 @@ def count_lapack(text):
     return passed, failed
 
 
-def count_marks(text):
-    lines = text.splitlines()
-    return sum(s.startswith("PASS") for s in lines), sum(s.startswith("FAIL") for s in lines)
-
-
 def count_pytest(text):
     summary = [s for s in text.splitlines() if re.search(r"\d+ (passed|failed)", s)]
     last = summary[-1] if summary else ""
-
-    def n(word):
-        m = re.search(rf"(\d+) {word}", last)
-        return int(m.group(1)) if m else 0
-    return n("passed"), n("failed") + n("error")
+    n = {w: int(m.group(1)) if (m := re.search(rf"(\d+) {w}", last)) else 0 for w in ("passed", "failed", "error")}
+    return n["passed"], n["failed"] + n["error"]
 
 
-def count_wisdom(text):
-    lines = text.splitlines()
-    return (sum(s.startswith("Planning transform:") for s in lines),
-            sum(bool(re.search(r"(?i)\b(error|abort|fail)", s)) for s in lines))
-
-
-PARSERS = {"wisdom": count_wisdom, "blas1": count_blas1, "blas23": count_blas23, "lapack": count_lapack, "marks": count_marks,
-           "pytest": count_pytest}
+PARSERS = {"blas1": by_lines("----- PASS -----", "FAIL"), "blas23": by_lines("PASSED", "FAILED|FATAL"),
+           "marks": by_lines("^PASS", "^FAIL"), "wisdom": by_lines("^Planning transform:", r"(?i)\b(error|abort|fail)"),
+           "lapack": count_lapack, "pytest": count_pytest}
 
 
 def run(command, env):
@@ -151,10 +137,8 @@ def main(argv):
     links = build / "programs" / "links"
     links.mkdir(parents=True, exist_ok=True)
     for soname in SONAMES:
-        link = links / soname
-        if link.is_symlink() or link.exists():
-            link.unlink()
-        link.symlink_to(facade)
+        (links / soname).unlink(missing_ok=True)
+        (links / soname).symlink_to(facade)
     # Names without their version ("cblas_dgemm@@QNL_RT_0").
     exported = {s.split("@")[0] for s in subprocess.run(
         ["nm", "-D", "--defined-only", "--format=just-symbols", str(facade)],
@@ -175,14 +159,9 @@ def main(argv):
     on_stock = dict(base, LD_LIBRARY_PATH=STOCK_PATH)
 
     allowed = deliberate(HERE / "deliberate.tbl")
-    jobs, waiting = [], []
-    for name, parser, needs, command in rows(HERE / "programs.tbl", sample):
-        if only and name not in only:
-            continue
-        if needs != "-" and needs not in exported:
-            waiting.append((name, needs))
-            continue
-        jobs.append((name, parser, command))
+    chosen = [r for r in rows(HERE / "programs.tbl", sample) if not only or r[0] in only]
+    jobs = [(name, parser, command) for name, parser, needs, command in chosen if needs in exported | {"-"}]
+    waiting = [(name, needs) for name, _, needs, _ in chosen if needs not in exported | {"-"}]
     start = time.monotonic()
     with ThreadPoolExecutor(max_workers=os.cpu_count() or 2) as pool:
         runs = [(job, pool.submit(run, job[2], on_facade), pool.submit(run, job[2], on_stock)) for job in jobs]

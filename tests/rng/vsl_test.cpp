@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <functional>
 #include <random>
+#include <tuple>
 
 #include "qnl_vsl.h"
 #include "vml_harness.h"
@@ -134,23 +135,17 @@ void every_generator(int layer) {
   // The frame's own tests, in order, before the parameters (all of which would fail).
   for (const VslCase& c : kVslCases)
     for (int k = 0; k < 4; ++k) {
-      const struct {
-        int32_t method;
-        void* stream;
-        int64_t n;
-        W r;
-        Outcome want;
-      } rows[] = {
+      std::vector<double> bad;
+      for (const char* p = c.kinds; *p; ++p) bad.push_back(*p == 'i' ? -1 : NAN);
+      const std::tuple<int32_t, void*, int64_t, W, Outcome> rows[] = {
           {-1, nullptr, 0, 0, {-3, 1}},          {0, nullptr, 0, 0, {-5, 2}},
           {0, g_dead, 3, kR, {-1006, 2}},        {0, g_live, -1, 0, {-3, 3}},
           {c.limit + 1, g_live, 0, 0, {0, 0}},   {c.limit + 1, g_live, 3, 0, {-3, 4}},
           {c.limit + 1, g_live, 3, kR, {-3, 1}}, {kAccurate | (c.limit + 1), g_live, 3, kR, {-3, 1}},
       };
-      std::vector<double> bad;
-      for (const char* p = c.kinds; *p; ++p) bad.push_back(*p == 'i' ? -1 : NAN);
-      for (const auto& row : rows)
-        EXPECT_EQ(outcome(c, k, Call{row.method, row.stream, row.n, row.r, bad}), row.want)
-            << spelling(c, k) << " method " << row.method << " n " << row.n;
+      for (const auto& [method, stream, n, r, want] : rows)
+        EXPECT_EQ(outcome(c, k, Call{method, stream, n, r, bad}), want)
+            << spelling(c, k) << " method " << method << " n " << n;
       if (int32_t position = c.reject(bad.data())) {  // then the parameters
         EXPECT_EQ(outcome(c, k, Call{0, g_live, 3, kR, bad}), Outcome(-3, position)) << spelling(c, k);
       }

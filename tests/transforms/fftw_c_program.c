@@ -6,24 +6,16 @@
 #include <math.h>
 
 double fftw_c_program_1d(int N) {
-  fftw_complex *in, *out;
-  fftw_plan p, q;
+  fftw_complex* in = (fftw_complex*)fftw_malloc(sizeof(fftw_complex) * N);
+  fftw_complex* out = (fftw_complex*)fftw_malloc(sizeof(fftw_complex) * N);
+  fftw_plan p = fftw_plan_dft_1d(N, in, out, FFTW_FORWARD, FFTW_MEASURE);
+  fftw_plan q = fftw_plan_dft_1d(N, out, in, FFTW_BACKWARD, FFTW_MEASURE);
   double err = 0;
   int i;
-  in = (fftw_complex*)fftw_malloc(sizeof(fftw_complex) * N);
-  out = (fftw_complex*)fftw_malloc(sizeof(fftw_complex) * N);
-  p = fftw_plan_dft_1d(N, in, out, FFTW_FORWARD, FFTW_MEASURE);
-  q = fftw_plan_dft_1d(N, out, in, FFTW_BACKWARD, FFTW_MEASURE);
-  for (i = 0; i < N; ++i) {
-    in[i][0] = cos(3.0 * i);
-    in[i][1] = sin(5.0 * i);
-  }
+  for (i = 0; i < N; ++i) in[i][0] = cos(3.0 * i), in[i][1] = sin(5.0 * i);
   fftw_execute(p); /* repeat as needed */
   fftw_execute(q);
-  for (i = 0; i < N; ++i) {
-    double re = in[i][0] / N - cos(3.0 * i), im = in[i][1] / N - sin(5.0 * i);
-    err = fmax(err, sqrt(re * re + im * im));
-  }
+  for (i = 0; i < N; ++i) err = fmax(err, hypot(in[i][0] / N - cos(3.0 * i), in[i][1] / N - sin(5.0 * i)));
   fftw_destroy_plan(p);
   fftw_destroy_plan(q);
   fftw_free(in);
@@ -35,19 +27,16 @@ double fftw_c_program_real_2d(int n0, int n1) {
   double* r = fftw_alloc_real((size_t)n0 * n1);
   fftwf_complex* unused = fftwf_alloc_complex(4);
   fftw_complex* c = fftw_alloc_complex((size_t)n0 * (n1 / 2 + 1));
-  fftw_plan fwd, bwd;
-  double err = 0;
+  double err = !fftw_init_threads();
   int i;
-  char* wisdom;
-  if (!fftw_init_threads()) return 1;
   fftw_plan_with_nthreads(2);
-  fwd = fftw_plan_dft_r2c_2d(n0, n1, r, c, FFTW_ESTIMATE | FFTW_DESTROY_INPUT);
-  bwd = fftw_plan_dft_c2r_2d(n0, n1, c, r, FFTW_ESTIMATE);
+  fftw_plan fwd = fftw_plan_dft_r2c_2d(n0, n1, r, c, FFTW_ESTIMATE | FFTW_DESTROY_INPUT);
+  fftw_plan bwd = fftw_plan_dft_c2r_2d(n0, n1, c, r, FFTW_ESTIMATE);
+  char* wisdom = fftw_export_wisdom_to_string();
   for (i = 0; i < n0 * n1; ++i) r[i] = (i % 7) - 3.0;
   fftw_execute(fwd);
   fftw_execute(bwd);
   for (i = 0; i < n0 * n1; ++i) err = fmax(err, fabs(r[i] / (n0 * n1) - ((i % 7) - 3.0)));
-  wisdom = fftw_export_wisdom_to_string();
   if (wisdom) fftw_free(wisdom);
   fftw_forget_wisdom();
   fftw_destroy_plan(fwd);

@@ -11,32 +11,38 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <functional>
 #include <random>
 
+#include "counter_oracle.h"
 #include "vsl_kernels.h"
 
-void ars5_oracle(const unsigned* key, const unsigned* ctr, int nblocks, unsigned* out);
+// Random123's ARS-5, from a file built with AES enabled; called only where the processor has AES.
+std::function<unsigned()> ars5_words(const std::vector<unsigned>& seed);
 
 namespace {
 
-template <class Engine>
-void expect_prefix(Stream& s, Engine e, int n) {
+// The first n words of generator brng seeded with `seed`, word by word against next().
+template <class Next>
+void expect_words(int brng, const std::vector<unsigned>& seed, int n, Next next) {
+  Stream s(brng, seed);
+  ASSERT_EQ(s.rc, 0);
   auto v = s.bits(n);
-  for (int i = 0; i < n; ++i) ASSERT_EQ(v[i], static_cast<unsigned>(e())) << i;
+  for (int i = 0; i < n; ++i) ASSERT_EQ(v[i], static_cast<unsigned>(next())) << i;
 }
 
 TEST(Generators, CongruentialAndTwisterMatchTheStandardLibrary) {
   for (unsigned seed : {1u, 5489u, 0x80000007u}) {
-    Stream mt(VSL_BRNG_MT19937, {seed});
-    expect_prefix(mt, std::mt19937(seed), 5000);
-    Stream mcg(VSL_BRNG_MCG31, {seed});
-    expect_prefix(mcg, std::linear_congruential_engine<uint32_t, 1132489760u, 0, 2147483647u>(seed), 5000);
+    expect_words(VSL_BRNG_MT19937, {seed}, 5000, std::mt19937(seed));
+    expect_words(VSL_BRNG_MCG31, {seed}, 5000,
+                 std::linear_congruential_engine<uint32_t, 1132489760u, 0, 2147483647u>(seed));
   }
   // MCG59: two words per number, low first; the seed is a pair of words.
-  Stream s(VSL_BRNG_MCG59, {0x89abcdefu, 0x1234567u});
   std::linear_congruential_engine<uint64_t, 302875106592253ull, 0, 1ull << 59> e(0x0123456789abcdefull);
-  auto w = s.bits(2000);
-  for (int i = 0; i < 1000; ++i) ASSERT_EQ(w[2 * i] | uint64_t{w[2 * i + 1]} << 32, e()) << i;
+  uint64_t x = 0;
+  int half = 0;
+  expect_words(VSL_BRNG_MCG59, {0x89abcdefu, 0x1234567u}, 2000, [&] { return (half ^= 1) ? x = e() : x >> 32; });
 }
 
 // 400000 numbers in one call (the lane path, state words near the moduli
@@ -96,77 +102,40 @@ TEST(Generators, R250AndSfmtKeepTheirRecurrences) {
     }
 }
 
-// Random123 on the same keys and counters, the counters' low word crossing 2^32
-// and the low half crossing 2^64 inside the run.
-void expect_counter_based(int brng, std::vector<unsigned> seed, int nkey,
-                          void (*oracle)(const unsigned*, const unsigned*, int, unsigned*)) {
-  void* s = nullptr;
-  ASSERT_EQ(__vslNewStreamEx(&s, brng, static_cast<int>(seed.size()), seed.data()), 0);
-  std::vector<unsigned> v(4 * 300 + 3), want(4 * 301);
-  _vsliRngUniformBits(0, s, 4 * 300 + 3, v.data());
-  __vslDeleteStream(&s);
-  oracle(seed.data(), seed.data() + nkey, 301, want.data());
-  want.resize(v.size());
-  EXPECT_EQ(v, want);
-}
-void philox_oracle(const unsigned* key, const unsigned* ctr, int nblocks, unsigned* out) {
-  r123::Philox4x32_R<10> g;
-  r123::Philox4x32_R<10>::key_type k = {{key[0], key[1]}};
-  r123::Philox4x32_R<10>::ctr_type c = {{ctr[0], ctr[1], ctr[2], ctr[3]}};
-  for (int b = 0; b < nblocks; ++b, c.incr()) {
-    auto o = g(c, k);
-    for (int j = 0; j < 4; ++j) out[4 * b + j] = o[j];
-  }
-}
-
 // Random123's own known-answer inputs (zeros, all ones, digits of pi) and counters
-// that carry inside the run.
+// whose low word crosses 2^32 and whose low half crosses 2^64 inside the run.
 TEST(Generators, CounterBasedMatchRandom123) {
   const std::vector<unsigned> seeds[] = {{0, 0, 0, 0, 0, 0},
                                          {~0u, ~0u, ~0u, ~0u, ~0u, ~0u},
                                          {0xa4093822, 0x299f31d0, 0x243f6a88, 0x85a308d3, 0x13198a2e, 0x03707344},
                                          {0xdeadbeefu, 0x1234u, 0xffffff80u, 0, 5, 6},
                                          {0xdeadbeefu, 0x1234u, 0xffffff80u, ~0u, 5, 6}};
-  for (const auto& seed : seeds) expect_counter_based(VSL_BRNG_PHILOX4X32X10, seed, 2, philox_oracle);
-  unsigned eax, ebx, ecx, edx;
-  __asm__("cpuid" : "=a"(eax), "=b"(ebx), "=c"(ecx), "=d"(edx) : "a"(1), "c"(0));
-  void* s = nullptr;
-  const unsigned seed[8] = {1, 2, 3, 4, 0xfffffff0u, 0xffffffffu, 0xffffffffu, 0xffffffffu};
-  if (!((ecx >> 25) & 1)) {
-    EXPECT_EQ(__vslNewStreamEx(&s, VSL_BRNG_ARS5, 8, seed), VSL_RNG_ERROR_ARS5_NOT_SUPPORTED);
-    return;
-  }
-  expect_counter_based(VSL_BRNG_ARS5, {1, 2, 3, 4, 0xfffffff0u, 0xffffffffu, 0xffffffffu, 7}, 4, ars5_oracle);
+  for (const auto& seed : seeds)
+    expect_words(VSL_BRNG_PHILOX4X32X10, seed, 4 * 300 + 3, counter_words<r123::Philox4x32_R<10>>(seed));
+  const std::vector<unsigned> ars = {1, 2, 3, 4, 0xfffffff0u, 0xffffffffu, 0xffffffffu, 7};
+  Stream s(VSL_BRNG_ARS5, ars);
+  if (__builtin_cpu_supports("aes"))
+    expect_words(VSL_BRNG_ARS5, ars, 4 * 300 + 3, ars5_words(ars));
+  else
+    EXPECT_EQ(s.rc, VSL_RNG_ERROR_ARS5_NOT_SUPPORTED);
 }
 
 // Quasi-random sequences against Boost's, which also start after the origin.
-template <class Engine>
-void expect_quasi(int brng, unsigned dim) {
-  Stream s(brng, {dim});
-  ASSERT_EQ(s.rc, 0);
-  Engine e(dim);
-  auto v = s.bits(static_cast<int>(dim) * 3000);
-  for (size_t i = 0; i < v.size(); ++i) ASSERT_EQ(v[i], e()) << "dimension " << i % dim << " point " << i / dim;
-}
 TEST(Generators, QuasiRandomMatchBoost) {
-  expect_quasi<boost::random::sobol_engine<uint32_t, 32>>(VSL_BRNG_SOBOL, 40);
-  expect_quasi<boost::random::niederreiter_base2_engine<uint32_t, 32>>(VSL_BRNG_NIEDERR, 40);
-  void* s = nullptr;
-  for (unsigned dim : {0u, 41u}) EXPECT_EQ(__vslNewStreamEx(&s, VSL_BRNG_SOBOL, 1, &dim), VSL_RNG_ERROR_BAD_PARAM);
+  expect_words(VSL_BRNG_SOBOL, {40}, 40 * 3000, boost::random::sobol_engine<uint32_t, 32>(40));
+  expect_words(VSL_BRNG_NIEDERR, {40}, 40 * 3000, boost::random::niederreiter_base2_engine<uint32_t, 32>(40));
+  for (unsigned dim : {0u, 41u}) EXPECT_EQ(Stream(VSL_BRNG_SOBOL, {dim}).rc, VSL_RNG_ERROR_BAD_PARAM);
 }
 
 TEST(Generators, NonDeterministicSource) {
   Stream s(VSL_BRNG_NONDETERM, {VSL_BRNG_RDRAND});
-  unsigned eax, ebx, ecx, edx;
-  __asm__("cpuid" : "=a"(eax), "=b"(ebx), "=c"(ecx), "=d"(edx) : "a"(1), "c"(0));
-  if (!((ecx >> 30) & 1)) {
+  if (!__builtin_cpu_supports("rdrnd")) {
     EXPECT_EQ(s.rc, VSL_RNG_ERROR_NONDETERM_NOT_SUPPORTED);
     return;
   }
   ASSERT_EQ(s.rc, 0);
-  auto v = s.bits(1000);
   int ones = 0;
-  for (unsigned x : v) ones += __builtin_popcount(x);
+  for (unsigned x : s.bits(1000)) ones += __builtin_popcount(x);
   EXPECT_NEAR(ones, 16000, 600);  // 32000 bits: about 7 standard deviations
 }
 
@@ -213,13 +182,13 @@ TEST(Generators, Mt2203MembersHaveFullPeriodAndDiffer) {
     Stream s(VSL_BRNG_MT2203 + j, {7});
     ASSERT_EQ(s.rc, 0) << j;
     int l = 0;
-    const Bits f = min_poly_of_bit0(s.bits(kLen2203), l);
+    const auto words = s.bits(kLen2203);
+    const Bits f = min_poly_of_bit0(words, l);
     EXPECT_EQ(l, kP2203) << "member " << j;
     if (all || j == 0 || j == VSL_MT2203_FAMILY - 1) {
       EXPECT_TRUE(frobenius_fixes_x(f)) << "member " << j;
     }
-    Stream t(VSL_BRNG_MT2203 + j, {7});
-    firsts.push_back(t.bits(8));
+    firsts.emplace_back(words.begin(), words.begin() + 8);
     for (int i = 0; i < j; ++i) EXPECT_NE(firsts[i], firsts[j]) << "members " << i << " and " << j;
   }
   void* s = nullptr;
@@ -245,8 +214,8 @@ class StreamOps : public ::testing::TestWithParam<Gen> {
  protected:
   void* make() {
     void* s = nullptr;
-    EXPECT_EQ(__vslNewStreamEx(&s, GetParam().brng, static_cast<int>(GetParam().seed.size()), GetParam().seed.data()),
-              0);
+    const auto& seed = GetParam().seed;
+    EXPECT_EQ(__vslNewStreamEx(&s, GetParam().brng, static_cast<int>(seed.size()), seed.data()), 0);
     return s;
   }
   static std::vector<double> draw(void* s, int n) {
@@ -256,6 +225,8 @@ class StreamOps : public ::testing::TestWithParam<Gen> {
   }
 };
 
+// Copies, memory and file images continue the stream exactly; skip-ahead equals
+// drawing and dropping; leapfrog equals taking every k-th.
 TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   void* a = make();
   EXPECT_EQ(static_cast<char*>(a)[4], 1);  // the stream tag the facade checks
@@ -268,38 +239,33 @@ TEST_P(StreamOps, CopySaveLoadSkipLeapfrog) {
   const std::string file = ::testing::TempDir() + "vsl_stream_" + std::to_string(GetParam().brng);
   ASSERT_EQ(__vslSaveStreamF(a, file.c_str(), -1), 0);
   ASSERT_EQ(__vslLoadStreamF(&fromFile, (file + "   ").c_str(), static_cast<long long>(file.size()) + 3), 0);
+  std::remove(file.c_str());
   EXPECT_EQ(__vslGetStreamStateBrng(fromFile), GetParam().brng);
   const auto ref = draw(a, 3000);
-  EXPECT_EQ(draw(copy, 3000), ref);
-  EXPECT_EQ(draw(fromMem, 3000), ref);
-  EXPECT_EQ(draw(fromFile, 3000), ref);
-  // Copy of the state between streams of the same generator.
+  for (void* other : {copy, fromMem, fromFile}) EXPECT_EQ(draw(other, 3000), ref);
   ASSERT_EQ(__vslCopyStreamState(copy, fromMem), 0);
   EXPECT_EQ(draw(copy, 100), draw(fromMem, 100));
 
-  // Skip-ahead equals drawing and dropping; leapfrog equals taking every k-th.
-  void* base = make();
+  void *base = make(), *s = make(), *l = make();
   const auto seq = draw(base, 4000);
-  void* s = make();
-  if (GetParam().skip) {
-    ASSERT_EQ(__vslSkipAheadStream(s, 1001), 0);
-    EXPECT_EQ(draw(s, 500), std::vector<double>(seq.begin() + 1001, seq.begin() + 1501));
-  } else {
-    EXPECT_EQ(__vslSkipAheadStream(s, 1001), VSL_RNG_ERROR_SKIPAHEAD_UNSUPPORTED);
+  auto every = [&](int first, int step) {
+    std::vector<double> v;
+    for (int i = 0; i < 500; ++i) v.push_back(seq[first + step * i]);
+    return v;
+  };
+  const Gen& g = GetParam();
+  EXPECT_EQ(__vslSkipAheadStream(s, 1001), g.skip ? 0 : VSL_RNG_ERROR_SKIPAHEAD_UNSUPPORTED);
+  if (g.skip) {
+    EXPECT_EQ(draw(s, 500), every(1001, 1));
   }
-  void* l = make();
-  if (GetParam().leap) {
-    ASSERT_EQ(__vslLeapfrogStream(l, 2, 7), 0);
-    auto v = draw(l, 500);
-    for (int i = 0; i < 500; ++i) ASSERT_EQ(v[i], seq[2 + 7 * i]) << i;
-  } else {
-    EXPECT_EQ(__vslLeapfrogStream(l, 2, 7), VSL_RNG_ERROR_LEAPFROG_UNSUPPORTED);
+  EXPECT_EQ(__vslLeapfrogStream(l, 2, 7), g.leap ? 0 : VSL_RNG_ERROR_LEAPFROG_UNSUPPORTED);
+  if (g.leap) {
+    EXPECT_EQ(draw(l, 500), every(2, 7));
   }
   for (void* p : {a, copy, fromMem, fromFile, base, s, l}) {
     ASSERT_EQ(__vslDeleteStream(&p), 0);
     EXPECT_EQ(p, nullptr);
   }
-  std::remove(file.c_str());
 }
 INSTANTIATE_TEST_SUITE_P(All, StreamOps, ::testing::ValuesIn(kGens),
                          [](const auto& info) { return "brng" + std::to_string(info.param.brng); });
@@ -307,16 +273,13 @@ INSTANTIATE_TEST_SUITE_P(All, StreamOps, ::testing::ValuesIn(kGens),
 // A far jump (by the characteristic polynomial) lands where drawing and
 // dropping the same count of numbers does.
 TEST(Streams, TwisterFarSkipMatchesDrawing) {
-  const struct {
-    int brng;
-    long long nskip;
-  } cases[] = {{VSL_BRNG_MT19937, 20500017}, {VSL_BRNG_MT2203, 150001}, {VSL_BRNG_MT2203 + 63, 3000017}};
-  for (const auto& c : cases) {
-    Stream far(c.brng, {5}), near(c.brng, {5});
+  for (auto [brng, nskip] :
+       {std::pair{VSL_BRNG_MT19937, 20500017ll}, {VSL_BRNG_MT2203, 150001ll}, {VSL_BRNG_MT2203 + 63, 3000017ll}}) {
+    Stream far(brng, {5}), near(brng, {5});
     far.uniform(100), near.uniform(100);
-    ASSERT_EQ(__vslSkipAheadStream(far.s, c.nskip), 0);
-    for (long long left = c.nskip; left > 0; left -= 1 << 20) near.bits(static_cast<int>(std::min(left, 1ll << 20)));
-    EXPECT_EQ(far.bits(2000), near.bits(2000)) << c.brng;
+    ASSERT_EQ(__vslSkipAheadStream(far.s, nskip), 0);
+    for (long long left = nskip; left > 0; left -= 1 << 20) near.bits(static_cast<int>(std::min(left, 1ll << 20)));
+    EXPECT_EQ(far.bits(2000), near.bits(2000)) << brng;
   }
 }
 
@@ -346,9 +309,7 @@ TEST(Streams, BadInputGivesCodes) {
   }
   // A truncated file.
   const std::string file = ::testing::TempDir() + "vsl_truncated";
-  FILE* f = std::fopen(file.c_str(), "wb");
-  std::fwrite(mem.data(), 1, mem.size() / 2, f);
-  std::fclose(f);
+  std::ofstream(file, std::ios::binary).write(mem.data(), static_cast<std::streamsize>(mem.size() / 2));
   EXPECT_EQ(__vslLoadStreamF(&s, file.c_str(), -1), VSL_RNG_ERROR_BAD_FILE_FORMAT);
   std::remove(file.c_str());
   EXPECT_EQ(s, nullptr);
@@ -363,18 +324,15 @@ int user_i(void* st, int n, unsigned* r) {
   for (int i = 0; i < n; ++i) r[i] = user_next(st);
   return 0;
 }
-int user_d(void* st, int n, double* r, double a, double b) {
-  for (int i = 0; i < n; ++i) r[i] = a + (b - a) * (user_next(st) * 0x1p-32);
-  return 0;
-}
-int user_s(void* st, int n, float* r, float a, float b) {
-  for (int i = 0; i < n; ++i) r[i] = a + (b - a) * static_cast<float>(user_next(st) * 0x1p-32);
+template <class T>
+int user_real(void* st, int n, T* r, T a, T b) {
+  for (int i = 0; i < n; ++i) r[i] = a + (b - a) * static_cast<T>(user_next(st) * 0x1p-32);
   return 0;
 }
 
 TEST(Streams, RegisteredGeneratorAndAbstractStreams) {
   const int before = __vslGetNumRegBrngs();
-  VSLBRngProperties p{sizeof(unsigned), 1, 1, 1, 32, user_init, user_s, user_d, user_i};
+  VSLBRngProperties p{sizeof(unsigned), 1, 1, 1, 32, user_init, user_real<float>, user_real<double>, user_i};
   const int brng = __vslRegisterBrng(&p);
   ASSERT_GT(brng, 0);
   EXPECT_EQ(__vslGetNumRegBrngs(), before + 1);
@@ -383,7 +341,7 @@ TEST(Streams, RegisteredGeneratorAndAbstractStreams) {
   for (unsigned v : s.bits(10)) EXPECT_EQ(v, user_next(&x));
   VSLBRngProperties q{};
   ASSERT_EQ(__vslGetBrngProperties(brng, &q), 0);
-  EXPECT_EQ(q.dBRng, user_d);
+  EXPECT_EQ(q.dBRng, user_real<double>);
   p.NBits = 33;
   EXPECT_EQ(__vslRegisterBrng(&p), VSL_RNG_ERROR_BAD_NBITS);
   ASSERT_EQ(__vslGetBrngProperties(VSL_BRNG_MT19937, &q), 0);

@@ -1,7 +1,6 @@
 // The kernel symbols of the random-number library, declared from the table the
 // facade binds them by, and a stream that deletes itself.
 #pragma once
-#include <initializer_list>
 #include <vector>
 
 #include "backend_vsl.h"
@@ -10,8 +9,8 @@
 struct Stream {
   void* s = nullptr;
   int rc = 0;
-  Stream(int brng, std::initializer_list<unsigned> seed) {
-    rc = __vslNewStreamEx(&s, brng, static_cast<int>(seed.size()), seed.begin());
+  Stream(int brng, const std::vector<unsigned>& seed) {
+    rc = __vslNewStreamEx(&s, brng, static_cast<int>(seed.size()), seed.data());
   }
   Stream() = default;
   ~Stream() {
