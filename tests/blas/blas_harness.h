@@ -12,6 +12,7 @@
 
 #include "blas_cases.inc"
 #include "probe_backend.h"
+#include "test_util.h"
 
 extern "C" int QNL_Set_Interface_Layer(int);
 
@@ -43,11 +44,7 @@ inline std::vector<std::string> split(const char* list) {
 
 inline bool starts(const std::string& s, const char* prefix) { return s.rfind(prefix, 0) == 0; }
 
-inline std::string upper(const std::string& s) {
-  std::string u;
-  for (char c : s) u += static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
-  return u;
-}
+using qnl_test::upper;
 
 // One argument of a call: its storage, what the caller passes, and what should arrive.
 struct Argument {

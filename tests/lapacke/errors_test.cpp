@@ -11,19 +11,13 @@
 #include "lapacke.h"
 #include "lapacke_utils.h"
 #include "probe_backend.h"
+#include "test_util.h"
 
 namespace {
 
 const double kNan = std::nan("");
 
-// Runs `f`, returns what it printed on standard output.
-template <class F>
-std::string printed(F f) {
-  testing::internal::CaptureStdout();
-  f();
-  std::fflush(stdout);
-  return testing::internal::GetCapturedStdout();
-}
+using qnl_test::printed;
 
 struct Errors : ::testing::Test {
   std::vector<double> a = std::vector<double>(64, 1.0), b = std::vector<double>(64, 1.0);
