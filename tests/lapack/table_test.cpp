@@ -12,13 +12,6 @@
 namespace lapack_test {
 namespace {
 
-template <class T>
-uint64_t bits(T v) {
-  uint64_t b = 0;
-  std::memcpy(&b, &v, sizeof v);
-  return b;
-}
-
 using qnl_test::upper;
 
 int chars(const Case& c) {

@@ -14,6 +14,8 @@
 #include "element_type.h"
 #include "test_util.h"
 
+extern "C" int QNL_Set_Interface_Layer(int);
+
 namespace ref_test {
 
 using qnl_test::kComplex;
