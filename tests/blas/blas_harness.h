@@ -27,18 +27,14 @@ struct cdouble {
 
 enum Layer { LP64 = 0, ILP64 = 1 };
 
+// The names of a comma-separated list.
 inline std::vector<std::string> split(const char* list) {
-  std::vector<std::string> out;
-  std::string cur;
-  for (const char* p = list;; ++p) {
-    if (*p == ',' || *p == '\0') {
-      out.push_back(cur);
-      cur.clear();
-      if (!*p) break;
-    } else {
-      cur += *p;
-    }
-  }
+  std::vector<std::string> out(1);
+  for (const char* p = list; *p; ++p)
+    if (*p == ',')
+      out.emplace_back();
+    else
+      out.back() += *p;
   return out;
 }
 

@@ -189,7 +189,7 @@ TEST_P(Edge, EveryCheckedRoutineReportsItsParametersInOrder) {
         cl.cells[k][0] = lp64() ? static_cast<int64_t>(0xF1F1F1F1FFFFFFFEull) : -2;
       const int lines = qnl_probe_verbose_count();
       cl.run(c.name);
-      ASSERT_EQ(qnl_probe_verbose_count(), lines + 1) << "a rejected call is traced too";
+      ASSERT_EQ(qnl_probe_verbose_count(), lines + 1) << "every call is traced, a rejected one too";
       if (listed) {
         EXPECT_EQ(seen().reports, 1) << "parameter " << k + 1;
         EXPECT_EQ(seen().report_number, k + 1);
