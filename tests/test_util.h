@@ -1,9 +1,11 @@
 // Helpers shared by the tests.
 #pragma once
 #include <dlfcn.h>
+#include <gtest/gtest.h>
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <string>
 
 namespace qnl_test {
@@ -17,6 +19,21 @@ inline void* exported(const char* name) { return dlsym(RTLD_DEFAULT, name); }
 template <class F>
 F* exported_as(const char* name) {
   return reinterpret_cast<F*>(exported(name));
+}
+
+// The upper-case spelling of a routine name.
+inline std::string upper(std::string s) {
+  for (char& c : s) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
+  return s;
+}
+
+// What `call` prints on standard output, where the library reports.
+template <class F>
+std::string printed(F&& call) {
+  testing::internal::CaptureStdout();
+  call();
+  std::fflush(stdout);
+  return testing::internal::GetCapturedStdout();
 }
 
 }  // namespace qnl_test

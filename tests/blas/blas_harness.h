@@ -12,6 +12,7 @@
 
 #include "blas_cases.inc"
 #include "probe_backend.h"
+#include "test_util.h"
 
 extern "C" int QNL_Set_Interface_Layer(int);
 
@@ -26,28 +27,20 @@ struct cdouble {
 
 enum Layer { LP64 = 0, ILP64 = 1 };
 
+// The names of a comma-separated list.
 inline std::vector<std::string> split(const char* list) {
-  std::vector<std::string> out;
-  std::string cur;
-  for (const char* p = list;; ++p) {
-    if (*p == ',' || *p == '\0') {
-      out.push_back(cur);
-      cur.clear();
-      if (!*p) break;
-    } else {
-      cur += *p;
-    }
-  }
+  std::vector<std::string> out(1);
+  for (const char* p = list; *p; ++p)
+    if (*p == ',')
+      out.emplace_back();
+    else
+      out.back() += *p;
   return out;
 }
 
 inline bool starts(const std::string& s, const char* prefix) { return s.rfind(prefix, 0) == 0; }
 
-inline std::string upper(const std::string& s) {
-  std::string u;
-  for (char c : s) u += static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
-  return u;
-}
+using qnl_test::upper;
 
 // One argument of a call: its storage, what the caller passes, and what should arrive.
 struct Argument {

@@ -52,6 +52,10 @@ inline const std::map<char, std::vector<int>> kOptionValues = {
     {'L', {101, 102}}, {'T', {111, 112, 113}}, {'K', {111, 112, 113, 151}}, {'U', {121, 122}}, {'G', {131, 132}},
     {'S', {141, 142}}, {'D', {161, 162}}};
 
+// The default of each option argument: column-major, NoTrans, Upper, NonUnit, Left, matrix A.
+inline const std::map<char, int> kOptionDefault = {{'L', 102}, {'T', 111}, {'K', 111}, {'U', 121},
+                                                   {'G', 131}, {'S', 141}, {'D', 161}};
+
 // Row-major, sizes and strides all distinct: an exchanged pair shows.
 // clang-format off
 inline const Overrides kDistinctSizes = {{"layout", 101}, {"m", 3}, {"n", 5}, {"k", 4}, {"kl", 1}, {"ku", 2},
@@ -96,26 +100,11 @@ class Args {
       auto o = over.find(name);
       const bool has = o != over.end();
       const double v = has ? o->second : 0;
+      if (auto d = kOptionDefault.find(code); d != kOptionDefault.end()) {
+        ival_[k] = has ? static_cast<int64_t>(v) : d->second;
+        continue;
+      }
       switch (code) {
-        case 'L':
-          ival_[k] = has ? static_cast<int64_t>(v) : 102;
-          break;
-        case 'T':
-        case 'K':
-          ival_[k] = has ? static_cast<int64_t>(v) : 111;
-          break;
-        case 'U':
-          ival_[k] = has ? static_cast<int64_t>(v) : 121;
-          break;
-        case 'G':
-          ival_[k] = has ? static_cast<int64_t>(v) : 131;
-          break;
-        case 'S':
-          ival_[k] = has ? static_cast<int64_t>(v) : 141;
-          break;
-        case 'D':
-          ival_[k] = has ? static_cast<int64_t>(v) : 161;
-          break;
         case 'i': {
           int64_t def = name.rfind("ld", 0) == 0                        ? 50
                         : name.rfind("inc", 0) == 0                     ? 1
@@ -226,18 +215,7 @@ class Args {
       const char code = case_.codes[k];
       if (code != 'a' && code != 'r') continue;
       const bool cplx = code == 'a' && complex();
-      double re, im = 0;
-      if (single()) {
-        float f[2];
-        std::memcpy(f, behind, sizeof f);
-        re = f[0];
-        im = f[1];
-      } else {
-        double d[2];
-        std::memcpy(d, behind, sizeof d);
-        re = d[0];
-        im = d[1];
-      }
+      const double re = component(behind, 0), im = component(behind, 1);
       if (re != scalar_[k]) continue;
       if (!cplx) return names_[k];
       if (im == 0.5) return names_[k];
@@ -247,6 +225,14 @@ class Args {
   }
 
  private:
+  // Component i of a scalar of the routine's precision stored at p.
+  double component(const unsigned char* p, int i) const {
+    float f[2];
+    double d[2];
+    std::memcpy(f, p, sizeof f);
+    std::memcpy(d, p, sizeof d);
+    return single() ? f[i] : d[i];
+  }
   void store_scalar(size_t k, double re, double im) {
     if (single()) {
       float f[2] = {static_cast<float>(re), static_cast<float>(im)};

@@ -8,29 +8,14 @@ namespace {
 
 const uint64_t kIntResult = 0xffffffff00000007ull;
 
+// What the probe answers for a result of each kind.
 uint64_t result_bits(char code) {
-  switch (code) {
-    case 'f': {
-      float f = 2.5f;
-      uint32_t b;
-      std::memcpy(&b, &f, 4);
-      return b;
-    }
-    case 'd':
-    case 'c':
-    case 'z': {
-      double d = -3.25;
-      uint64_t b;
-      std::memcpy(&b, &d, 8);
-      return b;
-    }
-    case 'l':
-      return kIntResult;
-    case 'p':
-      return 0x1234500;
-    default:
-      return 0;
-  }
+  uint64_t b = 0;
+  const float f = 2.5f;
+  const double d = -3.25;
+  if (code == 'f') std::memcpy(&b, &f, sizeof f);
+  if (code == 'd' || code == 'c' || code == 'z') std::memcpy(&b, &d, sizeof d);
+  return code == 'l' ? kIntResult : code == 'p' ? 0x1234500 : b;
 }
 
 // Calls the entry and checks the value that came back against what the probe answered.

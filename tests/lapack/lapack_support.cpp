@@ -83,13 +83,6 @@ R dispatch(void* fn, void* const* a, size_t n) {
   }
 }
 
-template <class T>
-uint64_t bits(T v) {
-  uint64_t b = 0;
-  std::memcpy(&b, &v, sizeof v);
-  return b;
-}
-
 }  // namespace
 
 bool answer_lsame(const char* symbol, const uint64_t* w) {

@@ -55,6 +55,14 @@ inline bool has(const char* s, char c) { return std::strchr(s, c) != nullptr; }
 inline bool is_scalar(const ArgCase& a) { return !std::strcmp(a.cls, "i") || !std::strcmp(a.cls, "o"); }
 inline bool is_array(const ArgCase& a) { return (a.cls[0] == 'i' && a.cls[1] != '\0') || a.cls[0] == 'l'; }
 
+// The bits of a value, zero-extended to 64.
+template <class T>
+uint64_t bits(T v) {
+  uint64_t b = 0;
+  std::memcpy(&b, &v, sizeof v);
+  return b;
+}
+
 // What the back-end wrote: 64-bit values with a high half the caller must never see.
 constexpr uint64_t kWrittenHigh = 0x5A5A5A5A00000000ull;
 inline int64_t written_scalar(int k) { return static_cast<int64_t>(kWrittenHigh | static_cast<uint64_t>(k + 1)); }

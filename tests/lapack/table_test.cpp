@@ -12,18 +12,7 @@
 namespace lapack_test {
 namespace {
 
-template <class T>
-uint64_t bits(T v) {
-  uint64_t b = 0;
-  std::memcpy(&b, &v, sizeof v);
-  return b;
-}
-
-std::string upper(const char* s) {
-  std::string u(s);
-  for (char& ch : u) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
-  return u;
-}
+using qnl_test::upper;
 
 int chars(const Case& c) {
   int n = 0;

@@ -11,19 +11,13 @@
 #include "lapacke.h"
 #include "lapacke_utils.h"
 #include "probe_backend.h"
+#include "test_util.h"
 
 namespace {
 
 const double kNan = std::nan("");
 
-// Runs `f`, returns what it printed on standard output.
-template <class F>
-std::string printed(F f) {
-  testing::internal::CaptureStdout();
-  f();
-  std::fflush(stdout);
-  return testing::internal::GetCapturedStdout();
-}
+using qnl_test::printed;
 
 struct Errors : ::testing::Test {
   std::vector<double> a = std::vector<double>(64, 1.0), b = std::vector<double>(64, 1.0);
@@ -197,27 +191,6 @@ TEST(Xerbla, TextsAndSilence) {
   EXPECT_EQ(printed([] { LAPACKE_xerbla("LAPACKE_x", 3); }), "");
   EXPECT_TRUE(LAPACKE_lsame('a', 'A'));
   EXPECT_FALSE(LAPACKE_lsame('a', 'b'));
-}
-
-// Big triangles go by halves and a rectangle through the public copy, small ones by
-// loops; a unit diagonal is never written.
-TEST(Kit, TriangularTransposeRecursesAboveSixtyFour) {
-  for (lapack_int n : {64, 65}) {
-    std::vector<double> in(n * n), out(n * n, -1.0);
-    for (lapack_int i = 0; i < n * n; ++i) in[i] = i;
-    qnl_probe_reset();
-    LAPACKE_dtr_trans(LAPACK_COL_MAJOR, 'L', 'U', n, in.data(), n, out.data(), n);
-    EXPECT_EQ(qnl_probe_count_of("qnl_trans_qnl_domatcopy"), 0) << n;  // unit: loops at any size
-    for (lapack_int j = 0; j < n; ++j) EXPECT_EQ(out[j + j * n], -1.0);
-    qnl_probe_reset();
-    LAPACKE_dtr_trans(LAPACK_COL_MAJOR, 'L', 'N', n, in.data(), n, out.data(), n);
-    EXPECT_EQ(qnl_probe_count_of("qnl_trans_qnl_domatcopy"), n > 64 ? 1 : 0) << n;
-    if (n > 64) {
-      const qnl_probe::Call* c = qnl_probe_call(-1);
-      EXPECT_EQ(c->word[2], 33u);  // rows n2 = 33, columns n1 = 32
-      EXPECT_EQ(c->word[3], 32u);
-    }
-  }
 }
 
 // The conjugate transposition is the same public copy with operation "c".

@@ -128,80 +128,46 @@ struct Shape {
 lapack_int ipiv[N] = {1, 2, 3, 4, 5};
 constexpr size_t kPacked = N * (N + 1) / 2;
 
+// A shape's call from its expression in l (layout), a, ld, b and ldb; the stock kit's
+// transposition of a full or a packed matrix from its arguments before the arrays (to
+// the layout from the other one); the stock kit's scan from its expression in l, a and ld.
+#define CALL(expr) [](int l, double* a, [[maybe_unused]] lapack_int ld, double* b, lapack_int ldb) { return expr; }
+#define TRANS(kit, ...)                                                               \
+  [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {            \
+    STOCK(LAPACKE_##kit##_trans)(l == 101 ? 102 : 101, __VA_ARGS__, in, li, out, lo); \
+  }
+#define PACKED_TRANS(kit, ...)                                                \
+  [](int l, const double* in, lapack_int, double* out, lapack_int) {          \
+    STOCK(LAPACKE_##kit##_trans)(l == 101 ? 102 : 101, __VA_ARGS__, in, out); \
+  }
+#define SCAN(expr) []([[maybe_unused]] int l, const double* a, [[maybe_unused]] lapack_int ld) { return expr; }
+
 std::vector<Shape> shapes() {
+  constexpr size_t full = N * N, by_rows = N * (N + 1);
+  constexpr lapack_int band = 2 * KL + KU + 1;
   return {
-      {"dgetrs", "ciiaLpbLo", N, N + 1, N * N, N * (N + 1), 5,
-       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
-         return LAPACKE_dgetrs(l, 'N', N, NRHS, a, ld, ipiv, b, ldb);
-       },
-       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         STOCK(LAPACKE_dge_trans)(l == 101 ? 102 : 101, N, N, in, li, out, lo);
-       },
-       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dge_nancheck)(l, N, N, a, ld); }},
-      {"dpotrs", "ciiaLbLo", N, N + 1, N * N, N * (N + 1), 5,
-       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
-         return LAPACKE_dpotrs(l, 'L', N, NRHS, a, ld, b, ldb);
-       },
-       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         STOCK(LAPACKE_dpo_trans)(l == 101 ? 102 : 101, 'L', N, in, li, out, lo);
-       },
-       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dpo_nancheck)(l, 'L', N, a, ld); }},
-      {"dtrtrs", "ccciiaLbLo", N, N + 1, N * N, N * (N + 1), 7,
-       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
-         return LAPACKE_dtrtrs(l, 'U', 'N', 'N', N, NRHS, a, ld, b, ldb);
-       },
-       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         STOCK(LAPACKE_dtr_trans)(l == 101 ? 102 : 101, 'U', 'N', N, in, li, out, lo);
-       },
-       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dtr_nancheck)(l, 'U', 'N', N, a, ld); }},
-      {"dgbtrs", "ciiiiaLpbLo", 2 * KL + KU + 1, N + 1, (2 * KL + KU + 1) * N, (2 * KL + KU + 1) * (N + 1), 7,
-       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
-         return LAPACKE_dgbtrs(l, 'N', N, KL, KU, NRHS, a, ld, ipiv, b, ldb);
-       },
-       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         STOCK(LAPACKE_dgb_trans)(l == 101 ? 102 : 101, N, N, KL, KL + KU, in, li, out, lo);
-       },
-       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dgb_nancheck)(l, N, N, KL, KL + KU, a, ld); }},
+      {"dgetrs", "ciiaLpbLo", N, N + 1, full, by_rows, 5, CALL(LAPACKE_dgetrs(l, 'N', N, NRHS, a, ld, ipiv, b, ldb)),
+       TRANS(dge, N, N), SCAN(STOCK(LAPACKE_dge_nancheck)(l, N, N, a, ld))},
+      {"dpotrs", "ciiaLbLo", N, N + 1, full, by_rows, 5, CALL(LAPACKE_dpotrs(l, 'L', N, NRHS, a, ld, b, ldb)),
+       TRANS(dpo, 'L', N), SCAN(STOCK(LAPACKE_dpo_nancheck)(l, 'L', N, a, ld))},
+      {"dtrtrs", "ccciiaLbLo", N, N + 1, full, by_rows, 7,
+       CALL(LAPACKE_dtrtrs(l, 'U', 'N', 'N', N, NRHS, a, ld, b, ldb)), TRANS(dtr, 'U', 'N', N),
+       SCAN(STOCK(LAPACKE_dtr_nancheck)(l, 'U', 'N', N, a, ld))},
+      {"dgbtrs", "ciiiiaLpbLo", band, N + 1, band * N, band * (N + 1), 7,
+       CALL(LAPACKE_dgbtrs(l, 'N', N, KL, KU, NRHS, a, ld, ipiv, b, ldb)), TRANS(dgb, N, N, KL, KL + KU),
+       SCAN(STOCK(LAPACKE_dgb_nancheck)(l, N, N, KL, KL + KU, a, ld))},
       {"dpbtrs", "ciiiaLbLo", KD + 1, N + 1, (KD + 1) * N, (KD + 1) * (N + 1), 6,
-       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
-         return LAPACKE_dpbtrs(l, 'U', N, KD, NRHS, a, ld, b, ldb);
-       },
-       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         STOCK(LAPACKE_dpb_trans)(l == 101 ? 102 : 101, 'U', N, KD, in, li, out, lo);
-       },
-       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dpb_nancheck)(l, 'U', N, KD, a, ld); }},
+       CALL(LAPACKE_dpbtrs(l, 'U', N, KD, NRHS, a, ld, b, ldb)), TRANS(dpb, 'U', N, KD),
+       SCAN(STOCK(LAPACKE_dpb_nancheck)(l, 'U', N, KD, a, ld))},
       {"dtbtrs", "ccciiiaLbLo", KD + 1, N + 1, (KD + 1) * N, (KD + 1) * (N + 1), 8,
-       [](int l, double* a, lapack_int ld, double* b, lapack_int ldb) {
-         return LAPACKE_dtbtrs(l, 'L', 'N', 'N', N, KD, NRHS, a, ld, b, ldb);
-       },
-       [](int l, const double* in, lapack_int li, double* out, lapack_int lo) {
-         STOCK(LAPACKE_dtb_trans)(l == 101 ? 102 : 101, 'L', 'N', N, KD, in, li, out, lo);
-       },
-       [](int l, const double* a, lapack_int ld) { return STOCK(LAPACKE_dtb_nancheck)(l, 'L', 'N', N, KD, a, ld); }},
-      {"dpptrs", "ciiabLo", 0, 0, kPacked, kPacked, 5,
-       [](int l, double* a, lapack_int, double* b, lapack_int ldb) {
-         return LAPACKE_dpptrs(l, 'U', N, NRHS, a, b, ldb);
-       },
-       [](int l, const double* in, lapack_int, double* out, lapack_int) {
-         STOCK(LAPACKE_dpp_trans)(l == 101 ? 102 : 101, 'U', N, in, out);
-       },
-       [](int, const double* a, lapack_int) { return STOCK(LAPACKE_dpp_nancheck)(N, a); }},
-      {"dtptrs", "ccciiabLo", 0, 0, kPacked, kPacked, 7,
-       [](int l, double* a, lapack_int, double* b, lapack_int ldb) {
-         return LAPACKE_dtptrs(l, 'L', 'N', 'N', N, NRHS, a, b, ldb);
-       },
-       [](int l, const double* in, lapack_int, double* out, lapack_int) {
-         STOCK(LAPACKE_dtp_trans)(l == 101 ? 102 : 101, 'L', 'N', N, in, out);
-       },
-       [](int l, const double* a, lapack_int) { return STOCK(LAPACKE_dtp_nancheck)(l, 'L', 'N', N, a); }},
-      {"dpftrs", "cciiabLo", 0, 0, kPacked, kPacked, 6,
-       [](int l, double* a, lapack_int, double* b, lapack_int ldb) {
-         return LAPACKE_dpftrs(l, 'N', 'U', N, NRHS, a, b, ldb);
-       },
-       [](int l, const double* in, lapack_int, double* out, lapack_int) {
-         STOCK(LAPACKE_dpf_trans)(l == 101 ? 102 : 101, 'N', 'U', N, in, out);
-       },
-       [](int, const double* a, lapack_int) { return STOCK(LAPACKE_dpf_nancheck)(N, a); }},
+       CALL(LAPACKE_dtbtrs(l, 'L', 'N', 'N', N, KD, NRHS, a, ld, b, ldb)), TRANS(dtb, 'L', 'N', N, KD),
+       SCAN(STOCK(LAPACKE_dtb_nancheck)(l, 'L', 'N', N, KD, a, ld))},
+      {"dpptrs", "ciiabLo", 0, 0, kPacked, kPacked, 5, CALL(LAPACKE_dpptrs(l, 'U', N, NRHS, a, b, ldb)),
+       PACKED_TRANS(dpp, 'U', N), SCAN(STOCK(LAPACKE_dpp_nancheck)(N, a))},
+      {"dtptrs", "ccciiabLo", 0, 0, kPacked, kPacked, 7, CALL(LAPACKE_dtptrs(l, 'L', 'N', 'N', N, NRHS, a, b, ldb)),
+       PACKED_TRANS(dtp, 'L', 'N', N), SCAN(STOCK(LAPACKE_dtp_nancheck)(l, 'L', 'N', N, a))},
+      {"dpftrs", "cciiabLo", 0, 0, kPacked, kPacked, 6, CALL(LAPACKE_dpftrs(l, 'N', 'U', N, NRHS, a, b, ldb)),
+       PACKED_TRANS(dpf, 'N', 'U', N), SCAN(STOCK(LAPACKE_dpf_nancheck)(N, a))},
   };
 }
 

@@ -12,12 +12,17 @@
 #include <vector>
 
 #include "element_type.h"
+#include "test_util.h"
+
+extern "C" int QNL_Set_Interface_Layer(int);
 
 namespace ref_test {
 
 using qnl_test::kComplex;
 using qnl_test::kLetter;
+using qnl_test::printed;
 using qnl_test::Real;
+using qnl_test::upper;
 
 using AllTypes = ::testing::Types<float, double, std::complex<float>, std::complex<double>>;
 
@@ -81,22 +86,9 @@ F* openblas(const char* pattern) {
   return reinterpret_cast<F*>(p);
 }
 
-inline std::string upper(std::string s) {
-  for (char& c : s) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
-  return s;
-}
-
 // What the back-end prints for a bad parameter.
 inline std::string report(int param, const std::string& name) {
   return "Velor QNL ERROR: Parameter " + std::to_string(param) + " was incorrect on entry to " + name + ".\n";
-}
-
-// What `call` prints on stdout, where the back-end reports bad arguments.
-template <class F>
-std::string printed(F&& call) {
-  testing::internal::CaptureStdout();
-  call();
-  return testing::internal::GetCapturedStdout();
 }
 
 // got within 64 eps * scale of want.

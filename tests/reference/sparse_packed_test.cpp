@@ -9,8 +9,6 @@
 
 #include "reference_types.h"
 
-extern "C" int QNL_Set_Interface_Layer(int);
-
 using namespace ref_test;
 
 namespace {

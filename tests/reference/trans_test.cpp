@@ -13,7 +13,6 @@
 #include "reference_types.h"
 
 extern "C" {
-int QNL_Set_Interface_Layer(int);
 void qnl_domatcopy(const char*, const char*, const int64_t*, const int64_t*, const double*, const double*,
                    const int64_t*, double*, const int64_t*);
 }

@@ -33,9 +33,7 @@ class Localised : public testing::Test {
     if (!dir_.empty()) fs::remove_all(dir_);
   }
   std::string print(int id, const char* arg) {
-    testing::internal::CaptureStdout();
-    qnl_rt_print_message(0, id, 1, arg);
-    return testing::internal::GetCapturedStdout();
+    return qnl_test::printed([&] { qnl_rt_print_message(0, id, 1, arg); });
   }
   fs::path dir_;
 };
@@ -66,9 +64,7 @@ TEST(BuiltIn, TextOfZeroIsEmptyAndFormattingIsBounded) {
 }
 
 TEST(BuiltIn, PrintingZeroPrintsOneLineFeed) {
-  testing::internal::CaptureStdout();
-  qnl_rt_print_message(0, 0, 0);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n");
+  EXPECT_EQ(qnl_test::printed([] { qnl_rt_print_message(0, 0, 0); }), "\n");
 }
 
 TEST_F(Localised, WithoutAFileTheBuiltInTextServesAndTheFileIsNotSoughtAgain) {
@@ -82,7 +78,8 @@ TEST_F(Localised, ARowEndingInCrLfReplacesTheBuiltInText) {
   use("80000001 Kann %s nicht laden.\r\n80000003 no line end\n80000006 x");
   EXPECT_EQ(print(1, "a.so"), "Kann a.so nicht laden.\n");
   EXPECT_EQ(print(3, "f"), "Velor QNL FATAL ERROR: Error on loading function f.\n");  // no CR LF
-  EXPECT_STREQ(qnl_rt_message_text(6, 0), "Velor QNL ERROR: Parameter %d was incorrect on entry to %s.");  // one character
+  EXPECT_STREQ(qnl_rt_message_text(6, 0),
+               "Velor QNL ERROR: Parameter %d was incorrect on entry to %s.");              // one character
   EXPECT_STREQ(qnl_rt_message_text(2, 0), "Velor QNL FATAL ERROR: Cannot load %s or %s.");  // absent row
   EXPECT_STREQ(qnl_rt_message_text(1, 0), "Kann %s nicht laden.");
 }

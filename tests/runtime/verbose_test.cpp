@@ -90,14 +90,6 @@ TEST(VerboseIlp64, IntegersShowTheirLowHalfAndTheWidthIsTwo) {
   EXPECT_EQ(qnl_probe_verbose_line(-1)->width, 2);
 }
 
-TEST_F(Verbose, AnIntegerResultKeepsOnlyItsLowHalfWhenTraced) {
-  qnl_probe_set_result("qnl_serv_mem_stat", 0xFFFFFFFF00000007);
-  mode(0);
-  EXPECT_EQ(static_cast<uint64_t>(test_count(&kFive, kP)), 0xFFFFFFFF00000007);
-  mode(1);
-  EXPECT_EQ(test_count(&kFive, kP), 7);
-}
-
 TEST_F(Verbose, ARejectedCallPrintsItsRecordButReachesNoBackEnd) {
   mode(1);
   g_reject = true;
