@@ -407,9 +407,15 @@ int main(int argc, char** argv) {
       std::printf("both rejected %s: %s\n", name.c_str(), v.rejected.c_str());
     }
   }
-  std::map<std::string, int> reasons;
-  for (const auto& [name, why] : skipped) ++reasons[why];
-  for (const auto& [why, count] : reasons) std::printf("skipped %4d: %s\n", count, why.c_str());
+  // Skipped routines by reason; a reason of few routines (a stock crash) names them.
+  std::map<std::string, std::vector<std::string>> reasons;
+  for (const auto& [name, why] : skipped) reasons[why].push_back(name);
+  for (const auto& [why, names] : reasons) {
+    std::printf("skipped %4zu: %s", names.size(), why.c_str());
+    for (size_t k = 0; names.size() <= 8 && k < names.size(); ++k)
+      std::printf("%s%s", k ? ", " : " (", names[k].c_str());
+    std::printf("%s\n", names.size() <= 8 ? ")" : "");
+  }
   if (sample > 1) std::printf("sampled: every %ld-th routine of the table\n", sample);
   std::printf(
       "LAPACKE differential (%d-bit lapack_int): %zu routines; compared for real %d (agreeing %d, differing %d), "
