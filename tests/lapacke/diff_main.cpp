@@ -24,6 +24,8 @@
 #include <cstring>
 #include <map>
 #include <string>
+#include <tuple>
+#include <type_traits>
 #include <vector>
 
 #include "lapacke.h"
@@ -70,6 +72,19 @@ struct Skipped {
   const char* name;
   const char* reason;
 };
+
+// The selection callback of the Schur drivers' sorting cases. It gets (wr, wi) or w of an
+// eigenvalue, or (alphar, alphai, beta) or (alpha, beta) of a generalized one. The inputs'
+// dominant diagonals put eigenvalues near 10.5 and generalized ones near 1: the thresholds
+// select some of them, so the reordering has work to do.
+template <class... A>
+lapack_logical pick(const A*... x) {
+  const auto t = std::make_tuple(*x...);
+  auto v = std::get<0>(t);
+  constexpr bool generalized = sizeof...(A) == 3 || (sizeof...(A) == 2 && !std::is_floating_point_v<decltype(v)>);
+  if constexpr (generalized) v /= std::get<sizeof...(A) - 1>(t);
+  return std::real(v) > (generalized ? 1.0 : 10.5);
+}
 
 #include "lapacke_diff_cases.inc"
 
