@@ -62,15 +62,19 @@ SQUARE_GE_NAN = {"syevd", "heevd", "syevd_2stage", "heevd_2stage", "sygv", "sygv
 SQUARE_SY_NAN = {"syev", "heev", "syev_2stage", "heev_2stage"}
 # Routines whose C interface does more than the template; left to hand-written code.
 IRREGULAR = {
-    "sytrf_aa_2stage": "row-major checks tb's length", "hetrf_aa_2stage": "row-major checks tb's length",
-    "sysv_aa_2stage": "row-major checks tb's length", "hesv_aa_2stage": "row-major checks tb's length",
-    "orcsd": "matrices copied only when their job letter asks", "uncsd": "matrices copied only when their job letter asks",
     "orcsd2by1": "matrices copied only when their job letter asks",
     "orbdb": "row-major reverses trans and signs", "unbdb": "row-major reverses trans and signs",
     "uncsd2by1": "matrices copied only when their job letter asks",
+    "orcsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
+    "uncsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
+    "laswp": "the row-major copy has as many rows as the largest pivot in ipiv: a size read from the data",
+    "gelsd": "integer (and complex: real) workspace sized by the query's answer, without a length argument",
     "lantr": "trapezoidal m by n matrix: no shape of the kit",
     "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
 }
+# ?sytrf_aa_2stage and its kin are the template with tb passed as it is, in both layouts, and
+# its length ltb checked by the Fortran routine (a row-major call has nothing to transpose in
+# the band factor, which the routine alone reads).
 # Row counts where the manual's leading-dimension bound is not the matrix's (C = A*B of
 # ?lacrm has the rows of A, m, though LDC is documented against n).
 ROWS = {("lacrm", "c"): "m"}
@@ -83,6 +87,35 @@ SIDED = {
     **{f: {"a": ("ge", f"k,{BYSIDE},lda")} for f in ("ormlq", "ormrq", "unmlq", "unmrq")},
     **{f: {"a": ("ge", f"{BYSIDE},{BYSIDE},lda"), "tau": ("vec", f"{BYSIDE}-1")}
        for f in ("ormhr", "ormtr", "unmhr", "unmtr")},
+}
+# Rows and columns of a general matrix whose bound the manual states case by case (by a
+# job letter, a side, a flag): the parse keeps its direction and NaN mark. A size that is
+# 0 when the case leaves the matrix unused makes the row-major copy and its checks empty.
+#   ifset(flag,x): x when the logical flag is set, else 0
+#   bytrans(trans,x,y): x when trans is "n", else y
+#   sddu(jobz,m,n) / sddvt(jobz,m,n): columns of U / rows of VT that ?gesdd writes
+EXTENTS = {
+    **{("tgexc", q): f"n,ifset(want{q},n)" for q in "qz"},
+    **{("tgsen", q): f"n,ifset(want{q},n)" for q in "qz"},
+    ("gesdd", "u"): "m,sddu(jobz,m,n)", ("gesdd", "vt"): "sddvt(jobz,m,n),n",
+    ("tpmqrt", "v"): f"{BYSIDE},k", ("tpmqrt", "t"): "nb,k",
+    ("tpmqrt", "a"): "byside(side,k,m),byside(side,n,k)",
+    ("bdsdc", "u"): "n,n?compq=I", ("bdsdc", "vt"): "n,n?compq=I", ("hseqr", "z"): "n,n?compz=IV",
+    **{(f, "q"): "n,n?jobz=V" for f in ("sbgvx", "hbgvx")},
+    # The rows of ?lascl's a follow its type (band types have kl+1, ku+1, 2kl+ku+1): the
+    # general shape is the one the template gives.
+    ("lascl", "a"): "m,n",
+    **{(f, "a"): "bytrans(trans,n,k),bytrans(trans,k,n)" for f in ("sfrk", "hfrk")},
+}
+# Packed and RFP arrays documented through a length of their own name (?sfrk's C of NT
+# elements, NT = N*(N+1)/2): the argument -> its order.
+PACKED = {("sfrk", "c"): "n", ("hfrk", "c"): "n"}
+# Fixed workspaces whose documented length is given case by case: the largest case.
+WORK_LENGTHS = {
+    ("gesdd", "rwork"): "max(1,min(m,n)*max(5*min(m,n)+7,2*max(m,n)+2*min(m,n)+1))",
+    ("gesdd", "iwork"): "max(1,8*min(m,n))",
+    ("tpmqrt", "work"): "max(1,nb)*max(1,byside(side,n,m))",
+    ("bdsdc", "work"): "max(1,max(3*n*n+4*n,6*n))", ("bdsdc", "iwork"): "max(1,8*n)",
 }
 # Drivers whose matrix the manual pages describe on entry in a way the parse misses.
 INOUT_A = {"sysvxx", "hesvxx"}
@@ -191,7 +224,9 @@ def ld_rows(doc, ld):
         return None
     t = " ".join(p.text.split())
     m = re.search(r"%s\s*>=\s*max\s*\(\s*1\s*,\s*([^;.]*?)\)\s*(?:[.;]|$)" % ld.upper(), t, re.I)
-    if m and not re.search(r"\bif\b", t[m.end():m.end() + 40], re.I):
+    # A bound under a condition ("LDZ >= 1, and if JOBZ = 'V', LDZ >= max(1,N)") is not plain.
+    if m and not re.search(r"\bif\b", t[m.end():m.end() + 40], re.I) and \
+            not re.search(r"\bif\s+\w+\s*=[^.;]*$", t[max(0, m.start() - 40):m.start()], re.I):
         inner = le.split_top(low(m.group(1)))
         return inner[0] if len(inner) == 1 else f"max({','.join(inner)})"
     m = re.search(r"%s\s*>=\s*max\s*\(\s*(\w+)\s*,\s*1\s*\)\s*(?:[.;]|$)" % ld.upper(), t, re.I)
@@ -328,6 +363,9 @@ def classify(base, hi, wk, docs, lapack_h):
                 work_len[ln] = True
                 tokens.append(f"{n}:{workspace(ty, t, True, ln)}")
                 continue
+            if (name, n) in WORK_LENGTHS:
+                tokens.append(f"{n}:{workspace(ty, t, False, WORK_LENGTHS[name, n])}")
+                continue
             if not ext:
                 raise Skip(f"workspace {n} without a documented length")
             try:
@@ -376,7 +414,10 @@ def classify(base, hi, wk, docs, lapack_h):
                     nshape = "ge" if name in SQUARE_GE_NAN else "sy"
                     tokens.append(f"{n}:ge.{ty}[n,n,{ld}]/{intent}{'!' + nshape if nan else ''}")
                     continue
-            if shape == "ge":
+            if shape == "ge" and (name, n) in EXTENTS:
+                bracket, _, job = EXTENTS[name, n].partition("?")
+                tokens.append(f"{n}:ge.{ty}[{bracket},{ld}]/{intent}{nan}{'?' + job if job else ''}")
+            elif shape == "ge":
                 rows = ld_rows(doc, ld)
                 cond = ""
                 if rows is None:
@@ -426,11 +467,11 @@ def classify(base, hi, wk, docs, lapack_h):
             shape = "tp" if shape == "tp" else "sp"
         elif n == "arf" and "transr" in names:
             shape = "tf" if shape == "tf" else "pf"
-        if (n in MAIN or n in ("ap", "afp", "bp", "arf")) and shape in ("sp", "tp", "pf", "tf"):
+        if (n in MAIN or n in ("ap", "afp", "bp", "arf") or (name, n) in PACKED) and shape in ("sp", "tp", "pf", "tf"):
             m = re.fullmatch(r"\(?(\w+)\*\(\1\+1\)/2\)?", ext[0]) if len(ext) == 1 else None
-            if not m or m.group(1) not in ints or re.search(r"if\s+side", p.text, re.I):
+            if (name, n) not in PACKED and (not m or m.group(1) not in ints or re.search(r"if\s+side", p.text, re.I)):
                 raise Skip(f"{n}: packed order not documented as one argument")
-            nn = m.group(1)
+            nn = PACKED.get((name, n)) or m.group(1)
             uplo = "uplo"
             if shape in ("tp", "tf"):
                 diag = "diag" if "diag" in names else "'n'"

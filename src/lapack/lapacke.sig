@@ -40,7 +40,7 @@ cgelq i : m:i n:i a:ge.c[m,n,lda]/io! lda:i t:vec.c[tsize]/o tsize:i work:yw.c[l
 cgelq2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yx.c[m]
 cgelqf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
 cgels i : trans:c m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
-cgelsd - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
+cgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
 cgelss i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/io rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yx.s[5*min(m,n)]
 cgelsy i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yx.s[2*n]
 cgemlq i : side:c trans:c m:i n:i k:i a:ge.c[k,byside(side,m,n),lda]/i! lda:i t:vec.c[tsize]/i! tsize:i c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
@@ -59,7 +59,7 @@ cgeqrt3 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i t:ge.c[n,n,ldt]/io ldt:i
 cgerfs i : trans:c n:i nrhs:i a:ge.c[n,n,lda]/i! lda:i af:ge.c[n,n,ldaf]/i! ldaf:i ipiv:ii b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
 cgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgerqf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
-cgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork rwork iwork
+cgesdd i : jobz:c m:i n:i a:ge.c[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/io u:ge.c[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.c[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,min(m,n)*max(5*min(m,n)+7,2*max(m,n)+2*min(m,n)+1))] iwork:ix[max(1,8*min(m,n))]
 cgesv i : n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
 cgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork rwork
 cgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
@@ -98,16 +98,16 @@ cgtsv i : n:i nrhs:i dl:vec.c[n-1]/io! d:vec.c[n]/io! du:vec.c[n-1]/io! b:ge.c[n
 cgtsvx i : fact:c trans:c n:i nrhs:i dl:vec.c[n-1]/i! d:vec.c[n]/i! du:vec.c[n-1]/i! dlf:vec.c[n-1]/io! df:vec.c[n]/io! duf:vec.c[n-1]/io! du2:vec.c[n-2]/io! ipiv:iio b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
 cgttrf i +nolayout : n:i dl:vec.c[n-1]/io! d:vec.c[n]/io! du:vec.c[n-1]/io! du2:vec.c[n-2]/o ipiv:iio
 cgttrs i : trans:c n:i nrhs:i dl:vec.c[n-1]/i! d:vec.c[n]/i! du:vec.c[n-1]/i! du2:vec.c[n-2]/i! ipiv:ii b:ge.c[n,nrhs,ldb]/io! ldb:i
-chbev i : jobz:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o ldz:i work:yx.c[n] rwork:yx.s[max(1,3*n-2)]
-chbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,3*n-2)]
-chbevd i : jobz:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-chbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-chbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i q:ge.c[n,n,ldq]/io ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.c[n] rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
-chbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i q:ge.c[n,n,ldq]/io ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
+chbev i : jobz:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yx.c[n] rwork:yx.s[max(1,3*n-2)]
+chbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,3*n-2)]
+chbevd i : jobz:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+chbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+chbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i q:ge.c[n,n,ldq]/io?jobz=V ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.c[n] rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
+chbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i q:ge.c[n,n,ldq]/io?jobz=V ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
 chbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb.c[uplo,n,ka,ldab]/io! ldab:i bb:ge.c[kb+1,n,ldbb]/i! ldbb:i x:ge.c[n,n,ldx]/io?vect=V ldx:i work:yx.c[n] rwork:yx.s[n]
 chbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb.c[uplo,n,ka,ldab]/io! ldab:i bb:sb.c[uplo,n,kb,ldbb]/io! ldbb:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yx.c[n] rwork:yx.s[3*n]
 chbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb.c[uplo,n,ka,ldab]/io! ldab:i bb:sb.c[uplo,n,kb,ldbb]/io! ldbb:i w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-chbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb.c[uplo,n,ka,ldab]/io! ldab:i bb:sb.c[uplo,n,kb,ldbb]/io! ldbb:i q:ge.c[n,n,ldq]/io ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yx.c[n] rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
+chbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb.c[uplo,n,ka,ldab]/io! ldab:i bb:sb.c[uplo,n,kb,ldbb]/io! ldbb:i q:ge.c[n,n,ldq]/io?jobz=V ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yx.c[n] rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
 chbtrd i : vect:c uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i d:vec.s[n]/io e:vec.s[n-1]/io q:ge.c[n,n,ldq]/io!?vect=VU ldq:i work:yx.c[n]
 checon i : uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i ipiv:ii anorm:a.s! rcond:y.s work:yx.c[2*n]
 checon_3 i : uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i e:vec.c[n]/i! ipiv:ii anorm:a.s! rcond:y.s work:yx.c[2*n]
@@ -116,20 +116,20 @@ cheev i : jobz:c uplo:c n:i a:ge.c[n,n,lda]/io!sy lda:i w:vec.s[n]/io work:yw.c[
 cheev_2stage i : jobz:c uplo:c n:i a:ge.c[n,n,lda]/io!sy lda:i w:vec.s[n]/io work:yw.c[lwork] lwork:i rwork:yx.s[max(1,3*n-2)]
 cheevd i : jobz:c uplo:c n:i a:ge.c[n,n,lda]/io!ge lda:i w:vec.s[n]/io work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
 cheevd_2stage i : jobz:c uplo:c n:i a:ge.c[n,n,lda]/io!ge lda:i w:vec.s[n]/io work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-cheevr i : jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-cheevr_2stage i : jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-cheevx i : jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
-cheevx_2stage i : jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
+cheevr i : jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+cheevr_2stage i : jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+cheevx i : jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
+cheevx_2stage i : jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
 chegst i : itype:i uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i b:sy.c[uplo,n,ldb]/i! ldb:i
 chegv i : itype:i jobz:c uplo:c n:i a:ge.c[n,n,lda]/io!ge lda:i b:ge.c[n,n,ldb]/io!ge ldb:i w:vec.s[n]/io work:yw.c[lwork] lwork:i rwork:yx.s[max(1,3*n-2)]
 chegv_2stage i : itype:i jobz:c uplo:c n:i a:ge.c[n,n,lda]/io!ge lda:i b:ge.c[n,n,ldb]/io!ge ldb:i w:vec.s[n]/io work:yw.c[lwork] lwork:i rwork:yx.s[max(1,3*n-2)]
 chegvd i : itype:i jobz:c uplo:c n:i a:ge.c[n,n,lda]/io!ge lda:i b:ge.c[n,n,ldb]/io!ge ldb:i w:vec.s[n]/io work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-chegvx i : itype:i jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i b:sy.c[uplo,n,ldb]/io! ldb:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
+chegvx i : itype:i jobz:c range:c uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i b:sy.c[uplo,n,ldb]/io! ldb:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
 cherfs i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i af:sy.c[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
 cherfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 chesv i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 chesv_aa i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
-chesv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
+chesv_aa_2stage i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i tb:vec.c[ltb]/o ltb:i ipiv:iio ipiv2:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 chesv_rk i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i e:vec.c[n]/o ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 chesvx i : fact:c uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i af:sy.c[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yw.c[lwork] lwork:i rwork:yx.s[n]
 chesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
@@ -137,7 +137,7 @@ cheswapr i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i i1:i i2:i
 chetrd i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i d:vec.s[n]/io e:vec.s[n-1]/io tau:vec.c[n-1]/io work:yw.c[lwork] lwork:i
 chetrf i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio work:yw.c[lwork] lwork:i
 chetrf_aa i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio work:yw.c[lwork] lwork:i
-chetrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
+chetrf_aa_2stage i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i tb:vec.c[ltb]/o ltb:i ipiv:iio ipiv2:iio work:yw.c[lwork] lwork:i
 chetrf_rk i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i e:vec.c[n]/o ipiv:iio work:yw.c[lwork] lwork:i
 chetrf_rook i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio work:yw.c[lwork] lwork:i
 chetri i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:ii work:yx.c[n]
@@ -150,16 +150,16 @@ chetrs_3 i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i e:vec.c[n]/i! ipiv:ii
 chetrs_aa i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i ipiv:ii b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 chetrs_aa_2stage i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i tb:vec.c[ltb]/io ltb:i ipiv:iio ipiv2:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
 chetrs_rook i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i ipiv:ii b:ge.c[n,nrhs,ldb]/io! ldb:i
-chfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
+chfrk i : transr:c uplo:c trans:c n:i k:i alpha:a.s! a:ge.c[bytrans(trans,n,k),bytrans(trans,k,n),lda]/i! lda:i beta:a.s! c:pf.c[transr,uplo,n]/io!
 chgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge.c[n,n,ldh]/io! ldh:i t:ge.c[n,n,ldt]/io! ldt:i alpha:vec.c[n]/io beta:vec.c[n]/io q:ge.c[n,n,ldq]/io!?compq=VI ldq:i z:ge.c[n,n,ldz]/io!?compz=VI ldz:i work:yw.c[lwork] lwork:i rwork:yx.s[n]
 chpcon i : uplo:c n:i ap:sp.c[uplo,n]/i! ipiv:ii anorm:a.s! rcond:y.s work:yx.c[2*n]
-chpev i : jobz:c uplo:c n:i ap:sp.c[uplo,n]/io! w:vec.s[n]/io z:ge.c[n,n,ldz]/o ldz:i work:yx.c[max(1,2*n-1)] rwork:yx.s[max(1,3*n-2)]
-chpevd i : jobz:c uplo:c n:i ap:sp.c[uplo,n]/io! w:vec.s[n]/io z:ge.c[n,n,ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-chpevx i : jobz:c range:c uplo:c n:i ap:sp.c[uplo,n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.c[2*n] rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
+chpev i : jobz:c uplo:c n:i ap:sp.c[uplo,n]/io! w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yx.c[max(1,2*n-1)] rwork:yx.s[max(1,3*n-2)]
+chpevd i : jobz:c uplo:c n:i ap:sp.c[uplo,n]/io! w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+chpevx i : jobz:c range:c uplo:c n:i ap:sp.c[uplo,n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.c[2*n] rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
 chpgst i : itype:i uplo:c n:i ap:sp.c[uplo,n]/io! bp:sp.c[uplo,n]/i!
-chpgv i : itype:i jobz:c uplo:c n:i ap:sp.c[uplo,n]/io! bp:sp.c[uplo,n]/io! w:vec.s[n]/io z:ge.c[n,n,ldz]/o ldz:i work:yx.c[max(1,2*n-1)] rwork:yx.s[max(1,3*n-2)]
-chpgvd i : itype:i jobz:c uplo:c n:i ap:sp.c[uplo,n]/io! bp:sp.c[uplo,n]/io! w:vec.s[n]/io z:ge.c[n,n,ldz]/o ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-chpgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp.c[uplo,n]/io! bp:sp.c[uplo,n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,n,ldz]/o ldz:i work:yx.c[2*n] rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
+chpgv i : itype:i jobz:c uplo:c n:i ap:sp.c[uplo,n]/io! bp:sp.c[uplo,n]/io! w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yx.c[max(1,2*n-1)] rwork:yx.s[max(1,3*n-2)]
+chpgvd i : itype:i jobz:c uplo:c n:i ap:sp.c[uplo,n]/io! bp:sp.c[uplo,n]/io! w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+chpgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp.c[uplo,n]/io! bp:sp.c[uplo,n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,n,ldz]/o?jobz=V ldz:i work:yx.c[2*n] rwork:yx.s[7*n] iwork:ix[5*n] ifail:iio
 chprfs i : uplo:c n:i nrhs:i ap:sp.c[uplo,n]/i! afp:sp.c[uplo,n]/i! ipiv:ii b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
 chpsv i : uplo:c n:i nrhs:i ap:sp.c[uplo,n]/io! ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
 chpsvx i : fact:c uplo:c n:i nrhs:i ap:sp.c[uplo,n]/i! afp:sp.c[uplo,n]/io! ipiv:iio b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
@@ -168,7 +168,7 @@ chptrf i : uplo:c n:i ap:sp.c[uplo,n]/io! ipiv:iio
 chptri i : uplo:c n:i ap:sp.c[uplo,n]/io! ipiv:ii work:yx.c[n]
 chptrs i : uplo:c n:i nrhs:i ap:sp.c[uplo,n]/i! ipiv:ii b:ge.c[n,nrhs,ldb]/io! ldb:i
 chsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh w vl ldvl vr ldvr mm m work rwork ifaill ifailr
-chseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.c[n,n,ldh]/io! ldh:i w:vec.c[n]/io z:ge.c[n,n,ldz]/io! ldz:i work:yw.c[lwork] lwork:i
+chseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.c[n,n,ldh]/io! ldh:i w:vec.c[n]/io z:ge.c[n,n,ldz]/io!?compz=IV ldz:i work:yw.c[lwork] lwork:i
 clacgv i +nolayout : n:i x:vec.c[1+(n-1)*abs(incx)]/io! incx:i
 clacn2 i +nolayout : n:i v:vec.c[n]/io x:vec.c[n]/io est:y.s kase:o isave:iio
 clacp2 i : uplo:c m:i n:i a:ge.s[m,n,lda]/i! lda:i b:ge.c[m,n,ldb]/o ldb:i
@@ -194,7 +194,7 @@ clarnv i +nolayout : idist:i iseed:iio n:i x:vec.c[n]/io
 clascl i : type:c kl:i ku:i cfrom:a.s! cto:a.s! m:i n:i a:ge.c[m,n,lda]/io lda:i
 claset i +nocopy : uplo:c m:i n:i alpha:a.c! beta:a.c! a:ge.c[m,n,lda]/io! lda:i
 classq i +nolayout : n:i x:vec.c[n,incx]/i! incx:i scale:vec.s[1]/io! sumsq:vec.s[1]/io!
-claswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
+claswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
 clatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 clauum i : uplo:c n:i a:ge.c[n,n,lda]/io! lda:i
 cpbcon i : uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/i! ldab:i anorm:a.s! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
@@ -230,7 +230,7 @@ cpptri i : uplo:c n:i ap:sp.c[uplo,n]/io!
 cpptrs i : uplo:c n:i nrhs:i ap:sp.c[uplo,n]/i! b:ge.c[n,nrhs,ldb]/io! ldb:i
 cpstrf i : uplo:c n:i a:ge.c[n,n,lda]/io! lda:i piv:iio rank:o tol:a.s! work:yx.s[2*n]
 cptcon i +nolayout : n:i d:vec.s[n]/i! e:vec.c[n-1]/i! anorm:a.s! rcond:y.s work:yx.s[n]
-cpteqr i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.c[n,n,ldz]/io! ldz:i work:yx.s[4*n]
+cpteqr i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.c[n,n,ldz]/io!?compz=VI ldz:i work:yx.s[4*n]
 cptrfs i : uplo:c n:i nrhs:i d:vec.s[n]/i! e:vec.c[n-1]/i! df:vec.s[n]/i! ef:vec.c[n-1]/i! b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[n] rwork:yx.s[n]
 cptsv i : n:i nrhs:i d:vec.s[n]/io! e:vec.c[n-1]/io! b:ge.c[n,nrhs,ldb]/io! ldb:i
 cptsvx i : fact:c n:i nrhs:i d:vec.s[n]/i! e:vec.c[n-1]/i! df:vec.s[n]/io! ef:vec.c[n-1]/io! b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[n] rwork:yx.s[n]
@@ -244,9 +244,9 @@ csptrf i : uplo:c n:i ap:sp.c[uplo,n]/io! ipiv:iio
 csptri i : uplo:c n:i ap:sp.c[uplo,n]/io! ipiv:ii work:yx.c[n]
 csptrs i : uplo:c n:i nrhs:i ap:sp.c[uplo,n]/i! ipiv:ii b:ge.c[n,nrhs,ldb]/io! ldb:i
 cstedc i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.c[n,n,ldz]/io! ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-cstegr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+cstegr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 cstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
-cstemr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io ldz:i nzc:i isuppz:iio tryrac:o work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+cstemr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i nzc:i isuppz:iio tryrac:o work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 csteqr i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.c[n,n,ldz]/io! ldz:i work:yx.s[max(1,2*n-2)]
 csycon i : uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i ipiv:ii anorm:a.s! rcond:y.s work:yx.c[2*n]
 csycon_3 i : uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i e:vec.c[n]/i! ipiv:ii anorm:a.s! rcond:y.s work:yx.c[2*n]
@@ -257,7 +257,7 @@ csyrfs i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i af:sy.c[uplo,n,ldaf]/i!
 csyrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 csysv i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 csysv_aa i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
-csysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
+csysv_aa_2stage i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i tb:vec.c[ltb]/o ltb:i ipiv:iio ipiv2:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 csysv_rk i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i e:vec.c[n]/o ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 csysv_rook i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
 csysvx i : fact:c uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i af:sy.c[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yw.c[lwork] lwork:i rwork:yx.s[n]
@@ -265,7 +265,7 @@ csysvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a
 csyswapr i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i i1:i i2:i
 csytrf i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio work:yw.c[lwork] lwork:i
 csytrf_aa i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio work:yw.c[lwork] lwork:i
-csytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
+csytrf_aa_2stage i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i tb:vec.c[ltb]/o ltb:i ipiv:iio ipiv2:iio work:yw.c[lwork] lwork:i
 csytrf_rk i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i e:vec.c[n]/o ipiv:iio work:yw.c[lwork] lwork:i
 csytrf_rook i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:iio work:yw.c[lwork] lwork:i
 csytri i : uplo:c n:i a:sy.c[uplo,n,lda]/io! lda:i ipiv:ii work:yx.c[2*n]
@@ -286,13 +286,13 @@ ctftri i : transr:c uplo:c diag:c n:i a:tf.c[transr,uplo,diag,n]/io!
 ctfttp i : transr:c uplo:c n:i arf:tf.c[transr,uplo,'n',n]/i! ap:sp.c[uplo,n]/o
 ctfttr i : transr:c uplo:c n:i arf:tf.c[transr,uplo,'n',n]/i! a:ge.c[n,n,lda]/o lda:i
 ctgevc i : side:c howmny:c select:ii n:i s:ge.c[n,n,lds]/i! lds:i p:ge.c[n,n,ldp]/i! ldp:i vl:ge.c[n,mm,ldvl]/io!?side=LLBB ldvl:i vr:ge.c[n,mm,ldvr]/io!?side=RB ldvr:i mm:i m:o work:yx.c[2*n] rwork:yx.s[2*n]
-ctgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst
-ctgsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : ijob wantq wantz select n a lda b ldb alpha beta q ldq z ldz m pl pr dif work lwork iwork liwork
+ctgexc i : wantq:i wantz:i n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i q:ge.c[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.c[n,ifset(wantz,n),ldz]/io! ldz:i ifst:i ilst:i
+ctgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i alpha:vec.c[n]/io beta:vec.c[n]/io q:ge.c[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.c[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.s pr:y.s dif:vec.s[2]/io work:yw.c[lwork] lwork:i iwork:iw[liwork] liwork:i
 ctgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! alpha:vec.s[n]/io beta:vec.s[n]/o u:ge.c[m,m,ldu]/io!?jobu=U ldu:i v:ge.c[p,p,ldv]/io!?jobv=V ldv:i q:ge.c[n,n,ldq]/io!?jobq=Q ldq:i work:yx.c[2*n] ncycle:o
 ctgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
 ctgsyl i : trans:c ijob:i m:i n:i a:ge.c[m,m,lda]/i! lda:i b:ge.c[n,n,ldb]/i! ldb:i c:ge.c[m,n,ldc]/io! ldc:i d:ge.c[m,m,ldd]/i! ldd:i e:ge.c[n,n,lde]/i! lde:i f:ge.c[m,n,ldf]/io! ldf:i scale:y.s dif:y.s work:yw.c[lwork] lwork:i iwork:ix[m+n+2]
 ctpcon i : norm:c uplo:c diag:c n:i ap:tp.c[uplo,diag,n]/i! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
-ctpmqrt - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k l nb v ldv t ldt a lda b ldb work
+ctpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.c[byside(side,m,n),k,ldv]/i! ldv:i t:ge.c[nb,k,ldt]/i! ldt:i a:ge.c[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.c[m,n,ldb]/io! ldb:i work:yx.c[max(1,nb)*max(1,byside(side,n,m))]
 ctpqrt i : m:i n:i l:i nb:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[m,n,ldb]/io! ldb:i t:ge.c[nb,n,ldt]/io ldt:i work:yx.c[nb*n]
 ctpqrt2 i : m:i n:i l:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[m,n,ldb]/io! ldb:i t:ge.c[n,n,ldt]/io ldt:i
 ctprfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
@@ -303,7 +303,7 @@ ctpttf i : transr:c uplo:c n:i ap:tp.c[uplo,'n',n]/i! arf:pf.c[transr,uplo,n]/o
 ctpttr i : uplo:c n:i ap:tp.c[uplo,'n',n]/i! a:ge.c[n,n,lda]/o lda:i
 ctrcon i : norm:c uplo:c diag:c n:i a:tr.c[uplo,diag,n,lda]/i! lda:i rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
 ctrevc - +skip=vr:_rows_not_documented_as_a_plain_bound_on_ldvr : side howmny select n t ldt vl ldvl vr ldvr mm m work rwork
-ctrexc i : compq:c n:i t:ge.c[n,n,ldt]/io! ldt:i q:ge.c[n,n,ldq]/io! ldq:i ifst:i ilst:i
+ctrexc i : compq:c n:i t:ge.c[n,n,ldt]/io! ldt:i q:ge.c[n,n,ldq]/io!?compq=V ldq:i ifst:i ilst:i
 ctrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr.c[uplo,diag,n,lda]/i! lda:i b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/i! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
 ctrsen i : job:c compq:c select:ii n:i t:ge.c[n,n,ldt]/io! ldt:i q:ge.c[n,n,ldq]/io!?compq=V ldq:i w:vec.c[n]/io m:iio s:y.s sep:y.s work:yw.c[lwork] lwork:i
 ctrsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork rwork
@@ -314,7 +314,7 @@ ctrttf i : transr:c uplo:c n:i a:tr.c[uplo,'n',n,lda]/i! lda:i arf:pf.c[transr,u
 ctrttp i : uplo:c n:i a:tr.c[uplo,'n',n,lda]/i! lda:i ap:sp.c[uplo,n]/o
 ctzrzf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[m]/io work:yw.c[lwork] lwork:i
 cunbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
-cuncsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
+cuncsd - +skip=row-major_passes_trans_'T'_to_the_Fortran_routine_and_copies_nothing : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
 cuncsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
 cungbr i : vect:c m:i n:i k:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,k)]/i! work:yw.c[lwork] lwork:i
 cunghr i : n:i ilo:i ihi:i a:ge.c[n,n,lda]/io! lda:i tau:vec.c[n-1]/i! work:yw.c[lwork] lwork:i
@@ -335,7 +335,7 @@ cunmtr i : side:c uplo:c trans:c m:i n:i a:ge.c[byside(side,m,n),byside(side,m,n
 cupgtr i : uplo:c n:i ap:sp.c[uplo,n]/i! tau:vec.c[n-1]/i! q:ge.c[n,n,ldq]/io ldq:i work:yx.c[n-1]
 cupmtr i : side:c uplo:c trans:c m:i n:i ap:sp.c[uplo,byside(side,m,n)]/i! tau:vec.c[byside(side,m,n)-1]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yx.c[max(1,byside(side,n,m))]
 dbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.d[q]/io! phi:vec.d[q-1]/io u1:ge.d[p,p,ldu1]/io! ldu1:i u2:ge.d[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.d[q,q,ldv1t]/io! ldv1t:i v2t:ge.d[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.d[q]/o b11e:vec.d[q-1]/o b12d:vec.d[q]/o b12e:vec.d[q-1]/o b21d:vec.d[q]/o b21e:vec.d[q-1]/o b22d:vec.d[q]/o b22e:vec.d[q-1]/o work:yw.d[lwork] lwork:i
-dbdsdc - +skip=workspace_work:_'lwork'_is_not_an_argument : uplo compq n d e u ldu vt ldvt q iq work iwork
+dbdsdc i : uplo:c compq:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! u:ge.d[n,n,ldu]/o?compq=I ldu:i vt:ge.d[n,n,ldvt]/o?compq=I ldvt:i q:vec.d[0]/o iq:iio work:yx.d[max(1,max(3*n*n+4*n,6*n))] iwork:ix[max(1,8*n)]
 dbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 dbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
 ddisna i +nolayout : job:c m:i n:i d:vec.d[m]/i! sep:vec.d[m]/io
@@ -366,7 +366,7 @@ dgelq i : m:i n:i a:ge.d[m,n,lda]/io! lda:i t:vec.d[tsize]/o tsize:i work:yw.d[l
 dgelq2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yx.d[m]
 dgelqf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgels i : trans:c m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
-dgelsd - +skip=workspace_iwork:_'liwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
+dgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
 dgelss i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/io rcond:a.d! rank:o work:yw.d[lwork] lwork:i
 dgelsy i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.d[lwork] lwork:i
 dgemlq i : side:c trans:c m:i n:i k:i a:ge.d[k,byside(side,m,n),lda]/i! lda:i t:vec.d[tsize]/i! tsize:i c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
@@ -385,7 +385,7 @@ dgeqrt3 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i t:ge.d[n,n,ldt]/io ldt:i
 dgerfs i : trans:c n:i nrhs:i a:ge.d[n,n,lda]/i! lda:i af:ge.d[n,n,ldaf]/i! ldaf:i ipiv:ii b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
 dgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgerqf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
-dgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork iwork
+dgesdd i : jobz:c m:i n:i a:ge.d[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/io u:ge.d[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.d[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.d[lwork] lwork:i iwork:ix[max(1,8*min(m,n))]
 dgesv i : n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i
 dgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork
 dgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
@@ -426,7 +426,7 @@ dgttrf i +nolayout : n:i dl:vec.d[n-1]/io! d:vec.d[n]/io! du:vec.d[n-1]/io! du2:
 dgttrs i : trans:c n:i nrhs:i dl:vec.d[n-1]/i! d:vec.d[n]/i! du:vec.d[n-1]/i! du2:vec.d[n-2]/i! ipiv:ii b:ge.d[n,nrhs,ldb]/io! ldb:i
 dhgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge.d[n,n,ldh]/io! ldh:i t:ge.d[n,n,ldt]/io! ldt:i alphar:vec.d[n]/io alphai:vec.d[n]/io beta:vec.d[n]/io q:ge.d[n,n,ldq]/io!?compq=VI ldq:i z:ge.d[n,n,ldz]/io!?compz=VI ldz:i work:yw.d[lwork] lwork:i
 dhsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh wr wi vl ldvl vr ldvr mm m work ifaill ifailr
-dhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.d[n,n,ldh]/io! ldh:i wr:vec.d[n]/io wi:vec.d[n]/io z:ge.d[n,n,ldz]/io! ldz:i work:yw.d[lwork] lwork:i
+dhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.d[n,n,ldh]/io! ldh:i wr:vec.d[n]/io wi:vec.d[n]/io z:ge.d[n,n,ldz]/io!?compz=IV ldz:i work:yw.d[lwork] lwork:i
 dlacn2 i +nolayout : n:i v:vec.d[n]/io x:vec.d[n]/io isgn:iio est:y.d kase:o isave:iio
 dlacpy i +nocopy : uplo:c m:i n:i a:ge.d[m,n,lda]/i! lda:i b:ge.d[m,n,ldb]/o ldb:i
 dlag2s i : m:i n:i a:ge.d[m,n,lda]/i! lda:i sa:ge.s[m,n,ldsa]/o ldsa:i
@@ -452,13 +452,13 @@ dlascl i : type:c kl:i ku:i cfrom:a.d! cto:a.d! m:i n:i a:ge.d[m,n,lda]/io lda:i
 dlaset i +nocopy : uplo:c m:i n:i alpha:a.d! beta:a.d! a:ge.d[m,n,lda]/o lda:i
 dlasrt i +nolayout : id:c n:i d:vec.d[n]/io!
 dlassq i +nolayout : n:i x:vec.d[n,incx]/i! incx:i scale:vec.d[1]/io! sumsq:vec.d[1]/io!
-dlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
+dlaswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
 dlatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 dlauum i : uplo:c n:i a:ge.d[n,n,lda]/io! lda:i
 dopgtr i : uplo:c n:i ap:sp.d[uplo,n]/i! tau:vec.d[n-1]/i! q:ge.d[n,n,ldq]/io ldq:i work:yx.d[n-1]
 dopmtr i : side:c uplo:c trans:c m:i n:i ap:sp.d[uplo,byside(side,m,n)]/i! tau:vec.d[byside(side,m,n)-1]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yx.d[max(1,byside(side,n,m))]
 dorbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
-dorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
+dorcsd - +skip=row-major_passes_trans_'T'_to_the_Fortran_routine_and_copies_nothing : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
 dorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
 dorgbr i : vect:c m:i n:i k:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,k)]/i! work:yw.d[lwork] lwork:i
 dorghr i : n:i ilo:i ihi:i a:ge.d[n,n,lda]/io! lda:i tau:vec.d[n-1]/i! work:yw.d[lwork] lwork:i
@@ -509,33 +509,33 @@ dpptri i : uplo:c n:i ap:sp.d[uplo,n]/io!
 dpptrs i : uplo:c n:i nrhs:i ap:sp.d[uplo,n]/i! b:ge.d[n,nrhs,ldb]/io! ldb:i
 dpstrf i : uplo:c n:i a:ge.d[n,n,lda]/io! lda:i piv:iio rank:o tol:a.d! work:yx.d[2*n]
 dptcon i +nolayout : n:i d:vec.d[n]/i! e:vec.d[n-1]/i! anorm:a.d! rcond:y.d work:yx.d[n]
-dpteqr i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/io! ldz:i work:yx.d[4*n]
+dpteqr i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/io!?compz=VI ldz:i work:yx.d[4*n]
 dptrfs i : n:i nrhs:i d:vec.d[n]/i! e:vec.d[n-1]/i! df:vec.d[n]/i! ef:vec.d[n-1]/i! b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[2*n]
 dptsv i : n:i nrhs:i d:vec.d[n]/io! e:vec.d[n-1]/io! b:ge.d[n,nrhs,ldb]/io! ldb:i
 dptsvx i : fact:c n:i nrhs:i d:vec.d[n]/i! e:vec.d[n-1]/i! df:vec.d[n]/io! ef:vec.d[n-1]/io! b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[2*n]
 dpttrf i +nolayout : n:i d:vec.d[n]/io! e:vec.d[n-1]/io!
 dpttrs i : n:i nrhs:i d:vec.d[n]/i! e:vec.d[n-1]/i! b:ge.d[n,nrhs,ldb]/io! ldb:i
-dsbev i : jobz:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yx.d[max(1,3*n-2)]
-dsbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yw.d[lwork] lwork:i
-dsbevd i : jobz:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dsbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dsbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i q:ge.d[n,n,ldq]/io ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.d[7*n] iwork:ix[5*n] ifail:iio
-dsbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i q:ge.d[n,n,ldq]/io ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:ix[5*n] ifail:iio
+dsbev i : jobz:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yx.d[max(1,3*n-2)]
+dsbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i
+dsbevd i : jobz:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dsbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dsbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i q:ge.d[n,n,ldq]/io?jobz=V ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.d[7*n] iwork:ix[5*n] ifail:iio
+dsbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i q:ge.d[n,n,ldq]/io?jobz=V ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:ix[5*n] ifail:iio
 dsbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb.d[uplo,n,ka,ldab]/io! ldab:i bb:ge.d[kb+1,n,ldbb]/i! ldbb:i x:ge.d[n,n,ldx]/io?vect=V ldx:i work:yx.d[2*n]
 dsbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb.d[uplo,n,ka,ldab]/io! ldab:i bb:sb.d[uplo,n,kb,ldbb]/io! ldbb:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yx.d[3*n]
-dsbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb.d[uplo,n,ka,ldab]/io! ldab:i bb:sb.d[uplo,n,kb,ldbb]/io! ldbb:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dsbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb.d[uplo,n,ka,ldab]/io! ldab:i bb:sb.d[uplo,n,kb,ldbb]/io! ldbb:i q:ge.d[n,n,ldq]/io ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yx.d[7*n] iwork:ix[5*n] ifail:iio
+dsbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb.d[uplo,n,ka,ldab]/io! ldab:i bb:sb.d[uplo,n,kb,ldbb]/io! ldbb:i w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dsbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb.d[uplo,n,ka,ldab]/io! ldab:i bb:sb.d[uplo,n,kb,ldbb]/io! ldbb:i q:ge.d[n,n,ldq]/io?jobz=V ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yx.d[7*n] iwork:ix[5*n] ifail:iio
 dsbtrd i : vect:c uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i d:vec.d[n]/io e:vec.d[n-1]/io q:ge.d[n,n,ldq]/io!?vect=VU ldq:i work:yx.d[n]
-dsfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
+dsfrk i : transr:c uplo:c trans:c n:i k:i alpha:a.d! a:ge.d[bytrans(trans,n,k),bytrans(trans,k,n),lda]/i! lda:i beta:a.d! c:pf.d[transr,uplo,n]/io!
 dsgesv i : n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io ldx:i work:yx.d[n*nrhs] swork:yx.s[n*(n+nrhs)] iter:o
 dspcon i : uplo:c n:i ap:sp.d[uplo,n]/i! ipiv:ii anorm:a.d! rcond:y.d work:yx.d[2*n] iwork:ix[n]
-dspev i : jobz:c uplo:c n:i ap:sp.d[uplo,n]/io! w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yx.d[3*n]
-dspevd i : jobz:c uplo:c n:i ap:sp.d[uplo,n]/io! w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dspevx i : jobz:c range:c uplo:c n:i ap:sp.d[uplo,n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.d[8*n] iwork:ix[5*n] ifail:iio
+dspev i : jobz:c uplo:c n:i ap:sp.d[uplo,n]/io! w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yx.d[3*n]
+dspevd i : jobz:c uplo:c n:i ap:sp.d[uplo,n]/io! w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dspevx i : jobz:c range:c uplo:c n:i ap:sp.d[uplo,n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.d[8*n] iwork:ix[5*n] ifail:iio
 dspgst i : itype:i uplo:c n:i ap:sp.d[uplo,n]/io! bp:sp.d[uplo,n]/i!
-dspgv i : itype:i jobz:c uplo:c n:i ap:sp.d[uplo,n]/io! bp:sp.d[uplo,n]/io! w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yx.d[3*n]
-dspgvd i : itype:i jobz:c uplo:c n:i ap:sp.d[uplo,n]/io! bp:sp.d[uplo,n]/io! w:vec.d[n]/io z:ge.d[n,n,ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dspgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp.d[uplo,n]/io! bp:sp.d[uplo,n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.d[8*n] iwork:ix[5*n] ifail:iio
+dspgv i : itype:i jobz:c uplo:c n:i ap:sp.d[uplo,n]/io! bp:sp.d[uplo,n]/io! w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yx.d[3*n]
+dspgvd i : itype:i jobz:c uplo:c n:i ap:sp.d[uplo,n]/io! bp:sp.d[uplo,n]/io! w:vec.d[n]/io z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dspgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp.d[uplo,n]/io! bp:sp.d[uplo,n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.d[8*n] iwork:ix[5*n] ifail:iio
 dsposv i : uplo:c n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io ldx:i work:yx.d[n*nrhs] swork:yx.s[n*(n+nrhs)] iter:o
 dsprfs i : uplo:c n:i nrhs:i ap:sp.d[uplo,n]/i! afp:sp.d[uplo,n]/i! ipiv:ii b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
 dspsv i : uplo:c n:i nrhs:i ap:sp.d[uplo,n]/io! ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i
@@ -546,15 +546,15 @@ dsptri i : uplo:c n:i ap:sp.d[uplo,n]/io! ipiv:ii work:yx.d[n]
 dsptrs i : uplo:c n:i nrhs:i ap:sp.d[uplo,n]/i! ipiv:ii b:ge.d[n,nrhs,ldb]/io! ldb:i
 dstebz i +nolayout : range:c order:c n:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! d:vec.d[n]/i! e:vec.d[n-1]/i! m:o nsplit:o w:vec.d[n]/o iblock:iio isplit:iio work:yx.d[4*n] iwork:ix[3*n]
 dstedc i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/io! ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dstegr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dstegr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
-dstemr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io ldz:i nzc:i isuppz:iio tryrac:o work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dstemr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i nzc:i isuppz:iio tryrac:o work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dsteqr i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/io! ldz:i work:yx.d[max(1,2*n-2)]
 dsterf i +nolayout : n:i d:vec.d[n]/io! e:vec.d[n-1]/io!
-dstev i : jobz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/o ldz:i work:yx.d[max(1,2*n-2)]
-dstevd i : jobz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dstevr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[max(1,n-1)]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dstevx i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[max(1,n-1)]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.d[5*n] iwork:ix[5*n] ifail:iio
+dstev i : jobz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yx.d[max(1,2*n-2)]
+dstevd i : jobz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dstevr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[max(1,n-1)]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dstevx i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[max(1,n-1)]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.d[5*n] iwork:ix[5*n] ifail:iio
 dsycon i : uplo:c n:i a:sy.d[uplo,n,lda]/i! lda:i ipiv:ii anorm:a.d! rcond:y.d work:yx.d[2*n] iwork:ix[n]
 dsycon_3 i : uplo:c n:i a:sy.d[uplo,n,lda]/i! lda:i e:vec.d[n]/i! ipiv:ii anorm:a.d! rcond:y.d work:yx.d[2*n] iwork:ix[n]
 dsyconv i : uplo:c way:c n:i a:sy.d[uplo,n,lda]/io lda:i ipiv:ii e:vec.d[n]/io
@@ -563,20 +563,20 @@ dsyev i : jobz:c uplo:c n:i a:ge.d[n,n,lda]/io!sy lda:i w:vec.d[n]/io work:yw.d[
 dsyev_2stage i : jobz:c uplo:c n:i a:ge.d[n,n,lda]/io!sy lda:i w:vec.d[n]/io work:yw.d[lwork] lwork:i
 dsyevd i : jobz:c uplo:c n:i a:ge.d[n,n,lda]/io!ge lda:i w:vec.d[n]/io work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dsyevd_2stage i : jobz:c uplo:c n:i a:ge.d[n,n,lda]/io!ge lda:i w:vec.d[n]/io work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dsyevr i : jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dsyevr_2stage i : jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dsyevx i : jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:ix[5*n] ifail:iio
-dsyevx_2stage i : jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:ix[5*n] ifail:iio
+dsyevr i : jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dsyevr_2stage i : jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+dsyevx i : jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:ix[5*n] ifail:iio
+dsyevx_2stage i : jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:ix[5*n] ifail:iio
 dsygst i : itype:i uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i b:sy.d[uplo,n,ldb]/i! ldb:i
 dsygv i : itype:i jobz:c uplo:c n:i a:ge.d[n,n,lda]/io!ge lda:i b:ge.d[n,n,ldb]/io!ge ldb:i w:vec.d[n]/io work:yw.d[lwork] lwork:i
 dsygv_2stage i : itype:i jobz:c uplo:c n:i a:ge.d[n,n,lda]/io!ge lda:i b:ge.d[n,n,ldb]/io!ge ldb:i w:vec.d[n]/io work:yw.d[lwork] lwork:i
 dsygvd i : itype:i jobz:c uplo:c n:i a:ge.d[n,n,lda]/io!ge lda:i b:ge.d[n,n,ldb]/io!ge ldb:i w:vec.d[n]/io work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dsygvx i : itype:i jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i b:sy.d[uplo,n,ldb]/io! ldb:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.d[lwork] lwork:i iwork:ix[5*n] ifail:iio
+dsygvx i : itype:i jobz:c range:c uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i b:sy.d[uplo,n,ldb]/io! ldb:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.d[lwork] lwork:i iwork:ix[5*n] ifail:iio
 dsyrfs i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/i! lda:i af:sy.d[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
 dsyrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dsysv i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dsysv_aa i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
-dsysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
+dsysv_aa_2stage i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i tb:vec.d[ltb]/o ltb:i ipiv:iio ipiv2:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dsysv_rk i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i e:vec.d[n]/o ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dsysv_rook i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
 dsysvx i : fact:c uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/i! lda:i af:sy.d[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yw.d[lwork] lwork:i iwork:ix[n]
@@ -585,7 +585,7 @@ dsyswapr i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i i1:i i2:i
 dsytrd i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i d:vec.d[n]/io e:vec.d[n-1]/io tau:vec.d[n-1]/io work:yw.d[lwork] lwork:i
 dsytrf i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio work:yw.d[lwork] lwork:i
 dsytrf_aa i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio work:yw.d[lwork] lwork:i
-dsytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
+dsytrf_aa_2stage i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i tb:vec.d[ltb]/o ltb:i ipiv:iio ipiv2:iio work:yw.d[lwork] lwork:i
 dsytrf_rk i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i e:vec.d[n]/o ipiv:iio work:yw.d[lwork] lwork:i
 dsytrf_rook i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:iio work:yw.d[lwork] lwork:i
 dsytri i : uplo:c n:i a:sy.d[uplo,n,lda]/io! lda:i ipiv:ii work:yx.d[n]
@@ -606,13 +606,13 @@ dtftri i : transr:c uplo:c diag:c n:i a:tf.d[transr,uplo,diag,n]/io!
 dtfttp i : transr:c uplo:c n:i arf:tf.d[transr,uplo,'n',n]/i! ap:sp.d[uplo,n]/o
 dtfttr i : transr:c uplo:c n:i arf:tf.d[transr,uplo,'n',n]/i! a:ge.d[n,n,lda]/o lda:i
 dtgevc i : side:c howmny:c select:ii n:i s:ge.d[n,n,lds]/i! lds:i p:ge.d[n,n,ldp]/i! ldp:i vl:ge.d[n,mm,ldvl]/io!?side=LB ldvl:i vr:ge.d[n,mm,ldvr]/io!?side=RB ldvr:i mm:i m:o work:yx.d[6*n]
-dtgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst work lwork
-dtgsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : ijob wantq wantz select n a lda b ldb alphar alphai beta q ldq z ldz m pl pr dif work lwork iwork liwork
+dtgexc i : wantq:i wantz:i n:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,ldb]/io! ldb:i q:ge.d[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.d[n,ifset(wantz,n),ldz]/io! ldz:i ifst:o ilst:o work:yw.d[lwork] lwork:i
+dtgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,ldb]/io! ldb:i alphar:vec.d[n]/io alphai:vec.d[n]/io beta:vec.d[n]/o q:ge.d[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.d[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.d pr:y.d dif:vec.d[2]/io work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dtgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! alpha:vec.d[n]/io beta:vec.d[n]/o u:ge.d[m,m,ldu]/io!?jobu=U ldu:i v:ge.d[p,p,ldv]/io!?jobv=V ldv:i q:ge.d[n,n,ldq]/io!?jobq=Q ldq:i work:yx.d[2*n] ncycle:o
 dtgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
 dtgsyl i : trans:c ijob:i m:i n:i a:ge.d[m,m,lda]/i! lda:i b:ge.d[n,n,ldb]/i! ldb:i c:ge.d[m,n,ldc]/io! ldc:i d:ge.d[m,m,ldd]/i! ldd:i e:ge.d[n,n,lde]/i! lde:i f:ge.d[m,n,ldf]/io! ldf:i scale:y.d dif:y.d work:yw.d[lwork] lwork:i iwork:ix[m+n+6]
 dtpcon i : norm:c uplo:c diag:c n:i ap:tp.d[uplo,diag,n]/i! rcond:y.d work:yx.d[3*n] iwork:ix[n]
-dtpmqrt - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k l nb v ldv t ldt a lda b ldb work
+dtpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.d[byside(side,m,n),k,ldv]/i! ldv:i t:ge.d[nb,k,ldt]/i! ldt:i a:ge.d[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.d[m,n,ldb]/io! ldb:i work:yx.d[max(1,nb)*max(1,byside(side,n,m))]
 dtpqrt i : m:i n:i l:i nb:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[m,n,ldb]/io! ldb:i t:ge.d[nb,n,ldt]/io ldt:i work:yx.d[nb*n]
 dtpqrt2 i : m:i n:i l:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[m,n,ldb]/io! ldb:i t:ge.d[n,n,ldt]/io ldt:i
 dtprfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
@@ -623,7 +623,7 @@ dtpttf i : transr:c uplo:c n:i ap:tp.d[uplo,'n',n]/i! arf:pf.d[transr,uplo,n]/o
 dtpttr i : uplo:c n:i ap:tp.d[uplo,'n',n]/i! a:ge.d[n,n,lda]/o lda:i
 dtrcon i : norm:c uplo:c diag:c n:i a:tr.d[uplo,diag,n,lda]/i! lda:i rcond:y.d work:yx.d[3*n] iwork:ix[n]
 dtrevc i : side:c howmny:c select:iio n:i t:ge.d[n,n,ldt]/i! ldt:i vl:ge.d[n,mm,ldvl]/io!?side=LB ldvl:i vr:ge.d[n,mm,ldvr]/io!?side=RB ldvr:i mm:i m:o work:yx.d[3*n]
-dtrexc i : compq:c n:i t:ge.d[n,n,ldt]/io! ldt:i q:ge.d[n,n,ldq]/io! ldq:i ifst:o ilst:o work:yx.d[n]
+dtrexc i : compq:c n:i t:ge.d[n,n,ldt]/io! ldt:i q:ge.d[n,n,ldq]/io!?compq=V ldq:i ifst:o ilst:o work:yx.d[n]
 dtrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr.d[uplo,diag,n,lda]/i! lda:i b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/i! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
 dtrsen i : job:c compq:c select:ii n:i t:ge.d[n,n,ldt]/io! ldt:i q:ge.d[n,n,ldq]/io!?compq=V ldq:i wr:vec.d[n]/io wi:vec.d[n]/io m:iio s:y.d sep:y.d work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dtrsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork iwork
@@ -635,7 +635,7 @@ dtrttf i : transr:c uplo:c n:i a:tr.d[uplo,'n',n,lda]/i! lda:i arf:pf.d[transr,u
 dtrttp i : uplo:c n:i a:tr.d[uplo,'n',n,lda]/i! lda:i ap:sp.d[uplo,n]/o
 dtzrzf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[m]/io work:yw.d[lwork] lwork:i
 sbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.s[q]/io! phi:vec.s[q-1]/io u1:ge.s[p,p,ldu1]/io! ldu1:i u2:ge.s[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.s[q,q,ldv1t]/io! ldv1t:i v2t:ge.s[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.s[q]/o b11e:vec.s[q-1]/o b12d:vec.s[q]/o b12e:vec.s[q-1]/o b21d:vec.s[q]/o b21e:vec.s[q-1]/o b22d:vec.s[q]/o b22e:vec.s[q-1]/o work:yw.s[lwork] lwork:i
-sbdsdc - +skip=workspace_work:_'lwork'_is_not_an_argument : uplo compq n d e u ldu vt ldvt q iq work iwork
+sbdsdc i : uplo:c compq:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! u:ge.s[n,n,ldu]/o?compq=I ldu:i vt:ge.s[n,n,ldvt]/o?compq=I ldvt:i q:vec.s[0]/o iq:iio work:yx.s[max(1,max(3*n*n+4*n,6*n))] iwork:ix[max(1,8*n)]
 sbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
 sbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
 sdisna i +nolayout : job:c m:i n:i d:vec.s[m]/i! sep:vec.s[m]/io
@@ -666,7 +666,7 @@ sgelq i : m:i n:i a:ge.s[m,n,lda]/io! lda:i t:vec.s[tsize]/o tsize:i work:yw.s[l
 sgelq2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yx.s[m]
 sgelqf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgels i : trans:c m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
-sgelsd - +skip=workspace_iwork:_'liwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
+sgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
 sgelss i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/io rcond:a.s! rank:o work:yw.s[lwork] lwork:i
 sgelsy i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.s[lwork] lwork:i
 sgemlq i : side:c trans:c m:i n:i k:i a:ge.s[k,byside(side,m,n),lda]/i! lda:i t:vec.s[tsize]/i! tsize:i c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
@@ -685,7 +685,7 @@ sgeqrt3 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i t:ge.s[n,n,ldt]/io ldt:i
 sgerfs i : trans:c n:i nrhs:i a:ge.s[n,n,lda]/i! lda:i af:ge.s[n,n,ldaf]/i! ldaf:i ipiv:ii b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
 sgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgerqf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
-sgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork iwork
+sgesdd i : jobz:c m:i n:i a:ge.s[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/io u:ge.s[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.s[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.s[lwork] lwork:i iwork:ix[max(1,8*min(m,n))]
 sgesv i : n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i
 sgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork
 sgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
@@ -726,7 +726,7 @@ sgttrf i +nolayout : n:i dl:vec.s[n-1]/io! d:vec.s[n]/io! du:vec.s[n-1]/io! du2:
 sgttrs i : trans:c n:i nrhs:i dl:vec.s[n-1]/i! d:vec.s[n]/i! du:vec.s[n-1]/i! du2:vec.s[n-2]/i! ipiv:ii b:ge.s[n,nrhs,ldb]/io! ldb:i
 shgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge.s[n,n,ldh]/io! ldh:i t:ge.s[n,n,ldt]/io! ldt:i alphar:vec.s[n]/io alphai:vec.s[n]/io beta:vec.s[n]/io q:ge.s[n,n,ldq]/io!?compq=VI ldq:i z:ge.s[n,n,ldz]/io!?compz=VI ldz:i work:yw.s[lwork] lwork:i
 shsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh wr wi vl ldvl vr ldvr mm m work ifaill ifailr
-shseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.s[n,n,ldh]/io! ldh:i wr:vec.s[n]/io wi:vec.s[n]/io z:ge.s[n,n,ldz]/io! ldz:i work:yw.s[lwork] lwork:i
+shseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.s[n,n,ldh]/io! ldh:i wr:vec.s[n]/io wi:vec.s[n]/io z:ge.s[n,n,ldz]/io!?compz=IV ldz:i work:yw.s[lwork] lwork:i
 slacn2 i +nolayout : n:i v:vec.s[n]/io x:vec.s[n]/io isgn:iio est:y.s kase:o isave:iio
 slacpy i +nocopy : uplo:c m:i n:i a:ge.s[m,n,lda]/i! lda:i b:ge.s[m,n,ldb]/o ldb:i
 slag2d i : m:i n:i sa:ge.s[m,n,ldsa]/i! ldsa:i a:ge.d[m,n,lda]/o lda:i
@@ -752,13 +752,13 @@ slascl i : type:c kl:i ku:i cfrom:a.s! cto:a.s! m:i n:i a:ge.s[m,n,lda]/io lda:i
 slaset i +nocopy : uplo:c m:i n:i alpha:a.s! beta:a.s! a:ge.s[m,n,lda]/o lda:i
 slasrt i +nolayout : id:c n:i d:vec.s[n]/io!
 slassq i +nolayout : n:i x:vec.s[n,incx]/i! incx:i scale:vec.s[1]/io! sumsq:vec.s[1]/io!
-slaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
+slaswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
 slatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 slauum i : uplo:c n:i a:ge.s[n,n,lda]/io! lda:i
 sopgtr i : uplo:c n:i ap:sp.s[uplo,n]/i! tau:vec.s[n-1]/i! q:ge.s[n,n,ldq]/io ldq:i work:yx.s[n-1]
 sopmtr i : side:c uplo:c trans:c m:i n:i ap:sp.s[uplo,byside(side,m,n)]/i! tau:vec.s[byside(side,m,n)-1]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yx.s[max(1,byside(side,n,m))]
 sorbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
-sorcsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
+sorcsd - +skip=row-major_passes_trans_'T'_to_the_Fortran_routine_and_copies_nothing : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork iwork
 sorcsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork iwork
 sorgbr i : vect:c m:i n:i k:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,k)]/i! work:yw.s[lwork] lwork:i
 sorghr i : n:i ilo:i ihi:i a:ge.s[n,n,lda]/io! lda:i tau:vec.s[n-1]/i! work:yw.s[lwork] lwork:i
@@ -809,32 +809,32 @@ spptri i : uplo:c n:i ap:sp.s[uplo,n]/io!
 spptrs i : uplo:c n:i nrhs:i ap:sp.s[uplo,n]/i! b:ge.s[n,nrhs,ldb]/io! ldb:i
 spstrf i : uplo:c n:i a:ge.s[n,n,lda]/io! lda:i piv:iio rank:o tol:a.s! work:yx.s[2*n]
 sptcon i +nolayout : n:i d:vec.s[n]/i! e:vec.s[n-1]/i! anorm:a.s! rcond:y.s work:yx.s[n]
-spteqr i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/io! ldz:i work:yx.s[4*n]
+spteqr i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/io!?compz=VI ldz:i work:yx.s[4*n]
 sptrfs i : n:i nrhs:i d:vec.s[n]/i! e:vec.s[n-1]/i! df:vec.s[n]/i! ef:vec.s[n-1]/i! b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[2*n]
 sptsv i : n:i nrhs:i d:vec.s[n]/io! e:vec.s[n-1]/io! b:ge.s[n,nrhs,ldb]/io! ldb:i
 sptsvx i : fact:c n:i nrhs:i d:vec.s[n]/i! e:vec.s[n-1]/i! df:vec.s[n]/io! ef:vec.s[n-1]/io! b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[2*n]
 spttrf i +nolayout : n:i d:vec.s[n]/io! e:vec.s[n-1]/io!
 spttrs i : n:i nrhs:i d:vec.s[n]/i! e:vec.s[n-1]/i! b:ge.s[n,nrhs,ldb]/io! ldb:i
-ssbev i : jobz:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yx.s[max(1,3*n-2)]
-ssbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yw.s[lwork] lwork:i
-ssbevd i : jobz:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-ssbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-ssbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i q:ge.s[n,n,ldq]/io ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.s[7*n] iwork:ix[5*n] ifail:iio
-ssbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i q:ge.s[n,n,ldq]/io ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:ix[5*n] ifail:iio
+ssbev i : jobz:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yx.s[max(1,3*n-2)]
+ssbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i
+ssbevd i : jobz:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+ssbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+ssbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i q:ge.s[n,n,ldq]/io?jobz=V ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.s[7*n] iwork:ix[5*n] ifail:iio
+ssbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i q:ge.s[n,n,ldq]/io?jobz=V ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:ix[5*n] ifail:iio
 ssbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb.s[uplo,n,ka,ldab]/io! ldab:i bb:ge.s[kb+1,n,ldbb]/i! ldbb:i x:ge.s[n,n,ldx]/io?vect=V ldx:i work:yx.s[2*n]
 ssbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb.s[uplo,n,ka,ldab]/io! ldab:i bb:sb.s[uplo,n,kb,ldbb]/io! ldbb:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yx.s[3*n]
-ssbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb.s[uplo,n,ka,ldab]/io! ldab:i bb:sb.s[uplo,n,kb,ldbb]/io! ldbb:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-ssbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb.s[uplo,n,ka,ldab]/io! ldab:i bb:sb.s[uplo,n,kb,ldbb]/io! ldbb:i q:ge.s[n,n,ldq]/io ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yx.s[7*n] iwork:ix[5*n] ifail:iio
+ssbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb.s[uplo,n,ka,ldab]/io! ldab:i bb:sb.s[uplo,n,kb,ldbb]/io! ldbb:i w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+ssbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb.s[uplo,n,ka,ldab]/io! ldab:i bb:sb.s[uplo,n,kb,ldbb]/io! ldbb:i q:ge.s[n,n,ldq]/io?jobz=V ldq:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yx.s[7*n] iwork:ix[5*n] ifail:iio
 ssbtrd i : vect:c uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i d:vec.s[n]/io e:vec.s[n-1]/io q:ge.s[n,n,ldq]/io!?vect=VU ldq:i work:yx.s[n]
-ssfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
+ssfrk i : transr:c uplo:c trans:c n:i k:i alpha:a.s! a:ge.s[bytrans(trans,n,k),bytrans(trans,k,n),lda]/i! lda:i beta:a.s! c:pf.s[transr,uplo,n]/io!
 sspcon i : uplo:c n:i ap:sp.s[uplo,n]/i! ipiv:ii anorm:a.s! rcond:y.s work:yx.s[2*n] iwork:ix[n]
-sspev i : jobz:c uplo:c n:i ap:sp.s[uplo,n]/io! w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yx.s[3*n]
-sspevd i : jobz:c uplo:c n:i ap:sp.s[uplo,n]/io! w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-sspevx i : jobz:c range:c uplo:c n:i ap:sp.s[uplo,n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.s[8*n] iwork:ix[5*n] ifail:iio
+sspev i : jobz:c uplo:c n:i ap:sp.s[uplo,n]/io! w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yx.s[3*n]
+sspevd i : jobz:c uplo:c n:i ap:sp.s[uplo,n]/io! w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+sspevx i : jobz:c range:c uplo:c n:i ap:sp.s[uplo,n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.s[8*n] iwork:ix[5*n] ifail:iio
 sspgst i : itype:i uplo:c n:i ap:sp.s[uplo,n]/io! bp:sp.s[uplo,n]/i!
-sspgv i : itype:i jobz:c uplo:c n:i ap:sp.s[uplo,n]/io! bp:sp.s[uplo,n]/io! w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yx.s[3*n]
-sspgvd i : itype:i jobz:c uplo:c n:i ap:sp.s[uplo,n]/io! bp:sp.s[uplo,n]/io! w:vec.s[n]/io z:ge.s[n,n,ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-sspgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp.s[uplo,n]/io! bp:sp.s[uplo,n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.s[8*n] iwork:ix[5*n] ifail:iio
+sspgv i : itype:i jobz:c uplo:c n:i ap:sp.s[uplo,n]/io! bp:sp.s[uplo,n]/io! w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yx.s[3*n]
+sspgvd i : itype:i jobz:c uplo:c n:i ap:sp.s[uplo,n]/io! bp:sp.s[uplo,n]/io! w:vec.s[n]/io z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+sspgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp.s[uplo,n]/io! bp:sp.s[uplo,n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.s[8*n] iwork:ix[5*n] ifail:iio
 ssprfs i : uplo:c n:i nrhs:i ap:sp.s[uplo,n]/i! afp:sp.s[uplo,n]/i! ipiv:ii b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
 sspsv i : uplo:c n:i nrhs:i ap:sp.s[uplo,n]/io! ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i
 sspsvx i : fact:c uplo:c n:i nrhs:i ap:sp.s[uplo,n]/i! afp:sp.s[uplo,n]/io! ipiv:iio b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
@@ -844,15 +844,15 @@ ssptri i : uplo:c n:i ap:sp.s[uplo,n]/io! ipiv:ii work:yx.s[n]
 ssptrs i : uplo:c n:i nrhs:i ap:sp.s[uplo,n]/i! ipiv:ii b:ge.s[n,nrhs,ldb]/io! ldb:i
 sstebz i +nolayout : range:c order:c n:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! d:vec.s[n]/i! e:vec.s[n-1]/i! m:o nsplit:o w:vec.s[n]/o iblock:iio isplit:iio work:yx.s[4*n] iwork:ix[3*n]
 sstedc i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/io! ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-sstegr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+sstegr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 sstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
-sstemr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io ldz:i nzc:i isuppz:iio tryrac:o work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+sstemr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i nzc:i isuppz:iio tryrac:o work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 ssteqr i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/io! ldz:i work:yx.s[max(1,2*n-2)]
 ssterf i +nolayout : n:i d:vec.s[n]/io! e:vec.s[n-1]/io!
-sstev i : jobz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/o ldz:i work:yx.s[max(1,2*n-2)]
-sstevd i : jobz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-sstevr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[max(1,n-1)]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-sstevx i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[max(1,n-1)]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.s[5*n] iwork:ix[5*n] ifail:iio
+sstev i : jobz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yx.s[max(1,2*n-2)]
+sstevd i : jobz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+sstevr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[max(1,n-1)]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+sstevx i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[max(1,n-1)]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.s[5*n] iwork:ix[5*n] ifail:iio
 ssycon i : uplo:c n:i a:sy.s[uplo,n,lda]/i! lda:i ipiv:ii anorm:a.s! rcond:y.s work:yx.s[2*n] iwork:ix[n]
 ssycon_3 i : uplo:c n:i a:sy.s[uplo,n,lda]/i! lda:i e:vec.s[n]/i! ipiv:ii anorm:a.s! rcond:y.s work:yx.s[2*n] iwork:ix[n]
 ssyconv i : uplo:c way:c n:i a:sy.s[uplo,n,lda]/io lda:i ipiv:ii e:vec.s[n]/io
@@ -861,20 +861,20 @@ ssyev i : jobz:c uplo:c n:i a:ge.s[n,n,lda]/io!sy lda:i w:vec.s[n]/io work:yw.s[
 ssyev_2stage i : jobz:c uplo:c n:i a:ge.s[n,n,lda]/io!sy lda:i w:vec.s[n]/io work:yw.s[lwork] lwork:i
 ssyevd i : jobz:c uplo:c n:i a:ge.s[n,n,lda]/io!ge lda:i w:vec.s[n]/io work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 ssyevd_2stage i : jobz:c uplo:c n:i a:ge.s[n,n,lda]/io!ge lda:i w:vec.s[n]/io work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-ssyevr i : jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-ssyevr_2stage i : jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-ssyevx i : jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:ix[5*n] ifail:iio
-ssyevx_2stage i : jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:ix[5*n] ifail:iio
+ssyevr i : jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+ssyevr_2stage i : jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
+ssyevx i : jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:ix[5*n] ifail:iio
+ssyevx_2stage i : jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:ix[5*n] ifail:iio
 ssygst i : itype:i uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i b:sy.s[uplo,n,ldb]/i! ldb:i
 ssygv i : itype:i jobz:c uplo:c n:i a:ge.s[n,n,lda]/io!ge lda:i b:ge.s[n,n,ldb]/io!ge ldb:i w:vec.s[n]/io work:yw.s[lwork] lwork:i
 ssygv_2stage i : itype:i jobz:c uplo:c n:i a:ge.s[n,n,lda]/io!ge lda:i b:ge.s[n,n,ldb]/io!ge ldb:i w:vec.s[n]/io work:yw.s[lwork] lwork:i
 ssygvd i : itype:i jobz:c uplo:c n:i a:ge.s[n,n,lda]/io!ge lda:i b:ge.s[n,n,ldb]/io!ge ldb:i w:vec.s[n]/io work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-ssygvx i : itype:i jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i b:sy.s[uplo,n,ldb]/io! ldb:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.s[lwork] lwork:i iwork:ix[5*n] ifail:iio
+ssygvx i : itype:i jobz:c range:c uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i b:sy.s[uplo,n,ldb]/io! ldb:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.s[lwork] lwork:i iwork:ix[5*n] ifail:iio
 ssyrfs i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/i! lda:i af:sy.s[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
 ssyrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 ssysv i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 ssysv_aa i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
-ssysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
+ssysv_aa_2stage i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i tb:vec.s[ltb]/o ltb:i ipiv:iio ipiv2:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 ssysv_rk i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i e:vec.s[n]/o ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 ssysv_rook i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
 ssysvx i : fact:c uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/i! lda:i af:sy.s[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yw.s[lwork] lwork:i iwork:ix[n]
@@ -883,7 +883,7 @@ ssyswapr i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i i1:i i2:i
 ssytrd i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i d:vec.s[n]/io e:vec.s[n-1]/io tau:vec.s[n-1]/io work:yw.s[lwork] lwork:i
 ssytrf i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio work:yw.s[lwork] lwork:i
 ssytrf_aa i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio work:yw.s[lwork] lwork:i
-ssytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
+ssytrf_aa_2stage i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i tb:vec.s[ltb]/o ltb:i ipiv:iio ipiv2:iio work:yw.s[lwork] lwork:i
 ssytrf_rk i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i e:vec.s[n]/o ipiv:iio work:yw.s[lwork] lwork:i
 ssytrf_rook i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:iio work:yw.s[lwork] lwork:i
 ssytri i : uplo:c n:i a:sy.s[uplo,n,lda]/io! lda:i ipiv:ii work:yx.s[n]
@@ -904,13 +904,13 @@ stftri i : transr:c uplo:c diag:c n:i a:tf.s[transr,uplo,diag,n]/io!
 stfttp i : transr:c uplo:c n:i arf:tf.s[transr,uplo,'n',n]/i! ap:sp.s[uplo,n]/o
 stfttr i : transr:c uplo:c n:i arf:tf.s[transr,uplo,'n',n]/i! a:ge.s[n,n,lda]/o lda:i
 stgevc i : side:c howmny:c select:ii n:i s:ge.s[n,n,lds]/i! lds:i p:ge.s[n,n,ldp]/i! ldp:i vl:ge.s[n,mm,ldvl]/io!?side=LB ldvl:i vr:ge.s[n,mm,ldvr]/io!?side=RB ldvr:i mm:i m:o work:yx.s[6*n]
-stgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst work lwork
-stgsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : ijob wantq wantz select n a lda b ldb alphar alphai beta q ldq z ldz m pl pr dif work lwork iwork liwork
+stgexc i : wantq:i wantz:i n:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,ldb]/io! ldb:i q:ge.s[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.s[n,ifset(wantz,n),ldz]/io! ldz:i ifst:o ilst:o work:yw.s[lwork] lwork:i
+stgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,ldb]/io! ldb:i alphar:vec.s[n]/io alphai:vec.s[n]/io beta:vec.s[n]/o q:ge.s[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.s[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.s pr:y.s dif:vec.s[2]/io work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 stgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! alpha:vec.s[n]/io beta:vec.s[n]/o u:ge.s[m,m,ldu]/io!?jobu=U ldu:i v:ge.s[p,p,ldv]/io!?jobv=V ldv:i q:ge.s[n,n,ldq]/io!?jobq=Q ldq:i work:yx.s[2*n] ncycle:o
 stgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
 stgsyl i : trans:c ijob:i m:i n:i a:ge.s[m,m,lda]/i! lda:i b:ge.s[n,n,ldb]/i! ldb:i c:ge.s[m,n,ldc]/io! ldc:i d:ge.s[m,m,ldd]/i! ldd:i e:ge.s[n,n,lde]/i! lde:i f:ge.s[m,n,ldf]/io! ldf:i scale:y.s dif:y.s work:yw.s[lwork] lwork:i iwork:ix[m+n+6]
 stpcon i : norm:c uplo:c diag:c n:i ap:tp.s[uplo,diag,n]/i! rcond:y.s work:yx.s[3*n] iwork:ix[n]
-stpmqrt - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k l nb v ldv t ldt a lda b ldb work
+stpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.s[byside(side,m,n),k,ldv]/i! ldv:i t:ge.s[nb,k,ldt]/i! ldt:i a:ge.s[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.s[m,n,ldb]/io! ldb:i work:yx.s[max(1,nb)*max(1,byside(side,n,m))]
 stpqrt i : m:i n:i l:i nb:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[m,n,ldb]/io! ldb:i t:ge.s[nb,n,ldt]/io ldt:i work:yx.s[nb*n]
 stpqrt2 i : m:i n:i l:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[m,n,ldb]/io! ldb:i t:ge.s[n,n,ldt]/io ldt:i
 stprfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
@@ -921,7 +921,7 @@ stpttf i : transr:c uplo:c n:i ap:tp.s[uplo,'n',n]/i! arf:pf.s[transr,uplo,n]/o
 stpttr i : uplo:c n:i ap:tp.s[uplo,'n',n]/i! a:ge.s[n,n,lda]/o lda:i
 strcon i : norm:c uplo:c diag:c n:i a:tr.s[uplo,diag,n,lda]/i! lda:i rcond:y.s work:yx.s[3*n] iwork:ix[n]
 strevc i : side:c howmny:c select:iio n:i t:ge.s[n,n,ldt]/i! ldt:i vl:ge.s[n,mm,ldvl]/io!?side=LB ldvl:i vr:ge.s[n,mm,ldvr]/io!?side=RB ldvr:i mm:i m:o work:yx.s[3*n]
-strexc i : compq:c n:i t:ge.s[n,n,ldt]/io! ldt:i q:ge.s[n,n,ldq]/io! ldq:i ifst:o ilst:o work:yx.s[n]
+strexc i : compq:c n:i t:ge.s[n,n,ldt]/io! ldt:i q:ge.s[n,n,ldq]/io!?compq=V ldq:i ifst:o ilst:o work:yx.s[n]
 strrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr.s[uplo,diag,n,lda]/i! lda:i b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/i! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
 strsen i : job:c compq:c select:ii n:i t:ge.s[n,n,ldt]/io! ldt:i q:ge.s[n,n,ldq]/io!?compq=V ldq:i wr:vec.s[n]/io wi:vec.s[n]/io m:iio s:y.s sep:y.s work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 strsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork iwork
@@ -963,7 +963,7 @@ zgelq i : m:i n:i a:ge.z[m,n,lda]/io! lda:i t:vec.z[tsize]/o tsize:i work:yw.z[l
 zgelq2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yx.z[m]
 zgelqf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
 zgels i : trans:c m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
-zgelsd - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
+zgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
 zgelss i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/io rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yx.d[5*min(m,n)]
 zgelsy i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yx.d[2*n]
 zgemlq i : side:c trans:c m:i n:i k:i a:ge.z[k,byside(side,m,n),lda]/i! lda:i t:vec.z[tsize]/i! tsize:i c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
@@ -982,7 +982,7 @@ zgeqrt3 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i t:ge.z[n,n,ldt]/io ldt:i
 zgerfs i : trans:c n:i nrhs:i a:ge.z[n,n,lda]/i! lda:i af:ge.z[n,n,ldaf]/i! ldaf:i ipiv:ii b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
 zgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs a lda af ldaf ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgerqf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
-zgesdd - +skip=u:_rows_not_documented_as_a_plain_bound_on_ldu : jobz m n a lda s u ldu vt ldvt work lwork rwork iwork
+zgesdd i : jobz:c m:i n:i a:ge.z[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/io u:ge.z[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.z[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,min(m,n)*max(5*min(m,n)+7,2*max(m,n)+2*min(m,n)+1))] iwork:ix[max(1,8*min(m,n))]
 zgesv i : n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
 zgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork rwork
 zgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
@@ -1021,16 +1021,16 @@ zgtsv i : n:i nrhs:i dl:vec.z[n-1]/io! d:vec.z[n]/io! du:vec.z[n-1]/io! b:ge.z[n
 zgtsvx i : fact:c trans:c n:i nrhs:i dl:vec.z[n-1]/i! d:vec.z[n]/i! du:vec.z[n-1]/i! dlf:vec.z[n-1]/io! df:vec.z[n]/io! duf:vec.z[n-1]/io! du2:vec.z[n-2]/io! ipiv:iio b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
 zgttrf i +nolayout : n:i dl:vec.z[n-1]/io! d:vec.z[n]/io! du:vec.z[n-1]/io! du2:vec.z[n-2]/o ipiv:iio
 zgttrs i : trans:c n:i nrhs:i dl:vec.z[n-1]/i! d:vec.z[n]/i! du:vec.z[n-1]/i! du2:vec.z[n-2]/i! ipiv:ii b:ge.z[n,nrhs,ldb]/io! ldb:i
-zhbev i : jobz:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o ldz:i work:yx.z[n] rwork:yx.d[max(1,3*n-2)]
-zhbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,3*n-2)]
-zhbevd i : jobz:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zhbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zhbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i q:ge.z[n,n,ldq]/io ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.z[n] rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
-zhbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i q:ge.z[n,n,ldq]/io ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
+zhbev i : jobz:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yx.z[n] rwork:yx.d[max(1,3*n-2)]
+zhbev_2stage i : jobz:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,3*n-2)]
+zhbevd i : jobz:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+zhbevd_2stage i : jobz:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+zhbevx i : jobz:c range:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i q:ge.z[n,n,ldq]/io?jobz=V ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.z[n] rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
+zhbevx_2stage i : jobz:c range:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i q:ge.z[n,n,ldq]/io?jobz=V ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
 zhbgst i : vect:c uplo:c n:i ka:i kb:i ab:sb.z[uplo,n,ka,ldab]/io! ldab:i bb:ge.z[kb+1,n,ldbb]/i! ldbb:i x:ge.z[n,n,ldx]/io?vect=V ldx:i work:yx.z[n] rwork:yx.d[n]
 zhbgv i : jobz:c uplo:c n:i ka:i kb:i ab:sb.z[uplo,n,ka,ldab]/io! ldab:i bb:sb.z[uplo,n,kb,ldbb]/io! ldbb:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yx.z[n] rwork:yx.d[3*n]
 zhbgvd i : jobz:c uplo:c n:i ka:i kb:i ab:sb.z[uplo,n,ka,ldab]/io! ldab:i bb:sb.z[uplo,n,kb,ldbb]/io! ldbb:i w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zhbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb.z[uplo,n,ka,ldab]/io! ldab:i bb:sb.z[uplo,n,kb,ldbb]/io! ldbb:i q:ge.z[n,n,ldq]/io ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yx.z[n] rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
+zhbgvx i : jobz:c range:c uplo:c n:i ka:i kb:i ab:sb.z[uplo,n,ka,ldab]/io! ldab:i bb:sb.z[uplo,n,kb,ldbb]/io! ldbb:i q:ge.z[n,n,ldq]/io?jobz=V ldq:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yx.z[n] rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
 zhbtrd i : vect:c uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i d:vec.d[n]/io e:vec.d[n-1]/io q:ge.z[n,n,ldq]/io!?vect=VU ldq:i work:yx.z[n]
 zhecon i : uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i ipiv:ii anorm:a.d! rcond:y.d work:yx.z[2*n]
 zhecon_3 i : uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i e:vec.z[n]/i! ipiv:ii anorm:a.d! rcond:y.d work:yx.z[2*n]
@@ -1039,20 +1039,20 @@ zheev i : jobz:c uplo:c n:i a:ge.z[n,n,lda]/io!sy lda:i w:vec.d[n]/io work:yw.z[
 zheev_2stage i : jobz:c uplo:c n:i a:ge.z[n,n,lda]/io!sy lda:i w:vec.d[n]/io work:yw.z[lwork] lwork:i rwork:yx.d[max(1,3*n-2)]
 zheevd i : jobz:c uplo:c n:i a:ge.z[n,n,lda]/io!ge lda:i w:vec.d[n]/io work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
 zheevd_2stage i : jobz:c uplo:c n:i a:ge.z[n,n,lda]/io!ge lda:i w:vec.d[n]/io work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zheevr i : jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zheevr_2stage i : jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zheevx i : jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
-zheevx_2stage i : jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
+zheevr i : jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+zheevr_2stage i : jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+zheevx i : jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
+zheevx_2stage i : jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
 zhegst i : itype:i uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i b:sy.z[uplo,n,ldb]/i! ldb:i
 zhegv i : itype:i jobz:c uplo:c n:i a:ge.z[n,n,lda]/io!ge lda:i b:ge.z[n,n,ldb]/io!ge ldb:i w:vec.d[n]/io work:yw.z[lwork] lwork:i rwork:yx.d[max(1,3*n-2)]
 zhegv_2stage i : itype:i jobz:c uplo:c n:i a:ge.z[n,n,lda]/io!ge lda:i b:ge.z[n,n,ldb]/io!ge ldb:i w:vec.d[n]/io work:yw.z[lwork] lwork:i rwork:yx.d[max(1,3*n-2)]
 zhegvd i : itype:i jobz:c uplo:c n:i a:ge.z[n,n,lda]/io!ge lda:i b:ge.z[n,n,ldb]/io!ge ldb:i w:vec.d[n]/io work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zhegvx i : itype:i jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i b:sy.z[uplo,n,ldb]/io! ldb:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
+zhegvx i : itype:i jobz:c range:c uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i b:sy.z[uplo,n,ldb]/io! ldb:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
 zherfs i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/i! ldaf:i ipiv:ii b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
 zherfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zhesv i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zhesv_aa i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
-zhesv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
+zhesv_aa_2stage i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i tb:vec.z[ltb]/o ltb:i ipiv:iio ipiv2:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zhesv_rk i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i e:vec.z[n]/o ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zhesvx i : fact:c uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yw.z[lwork] lwork:i rwork:yx.d[n]
 zhesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a lda af ldaf ipiv equed s b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
@@ -1060,7 +1060,7 @@ zheswapr i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i i1:i i2:i
 zhetrd i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i d:vec.d[n]/io e:vec.d[n-1]/io tau:vec.z[n-1]/io work:yw.z[lwork] lwork:i
 zhetrf i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
 zhetrf_aa i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
-zhetrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
+zhetrf_aa_2stage i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i tb:vec.z[ltb]/o ltb:i ipiv:iio ipiv2:iio work:yw.z[lwork] lwork:i
 zhetrf_rk i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i e:vec.z[n]/o ipiv:iio work:yw.z[lwork] lwork:i
 zhetrf_rook i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
 zhetri i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:ii work:yx.z[n]
@@ -1073,16 +1073,16 @@ zhetrs_3 i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i e:vec.z[n]/i! ipiv:ii
 zhetrs_aa i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i ipiv:ii b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zhetrs_aa_2stage i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i tb:vec.z[ltb]/io ltb:i ipiv:iio ipiv2:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
 zhetrs_rook i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i ipiv:ii b:ge.z[n,nrhs,ldb]/io! ldb:i
-zhfrk - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : transr uplo trans n k alpha a lda beta c
+zhfrk i : transr:c uplo:c trans:c n:i k:i alpha:a.d! a:ge.z[bytrans(trans,n,k),bytrans(trans,k,n),lda]/i! lda:i beta:a.d! c:pf.z[transr,uplo,n]/io!
 zhgeqz i : job:c compq:c compz:c n:i ilo:i ihi:i h:ge.z[n,n,ldh]/io! ldh:i t:ge.z[n,n,ldt]/io! ldt:i alpha:vec.z[n]/io beta:vec.z[n]/io q:ge.z[n,n,ldq]/io!?compq=VI ldq:i z:ge.z[n,n,ldz]/io!?compz=VI ldz:i work:yw.z[lwork] lwork:i rwork:yx.d[n]
 zhpcon i : uplo:c n:i ap:sp.z[uplo,n]/i! ipiv:ii anorm:a.d! rcond:y.d work:yx.z[2*n]
-zhpev i : jobz:c uplo:c n:i ap:sp.z[uplo,n]/io! w:vec.d[n]/io z:ge.z[n,n,ldz]/o ldz:i work:yx.z[max(1,2*n-1)] rwork:yx.d[max(1,3*n-2)]
-zhpevd i : jobz:c uplo:c n:i ap:sp.z[uplo,n]/io! w:vec.d[n]/io z:ge.z[n,n,ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zhpevx i : jobz:c range:c uplo:c n:i ap:sp.z[uplo,n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o ldz:i work:yx.z[2*n] rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
+zhpev i : jobz:c uplo:c n:i ap:sp.z[uplo,n]/io! w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yx.z[max(1,2*n-1)] rwork:yx.d[max(1,3*n-2)]
+zhpevd i : jobz:c uplo:c n:i ap:sp.z[uplo,n]/io! w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+zhpevx i : jobz:c range:c uplo:c n:i ap:sp.z[uplo,n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/o?jobz=V ldz:i work:yx.z[2*n] rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
 zhpgst i : itype:i uplo:c n:i ap:sp.z[uplo,n]/io! bp:sp.z[uplo,n]/i!
-zhpgv i : itype:i jobz:c uplo:c n:i ap:sp.z[uplo,n]/io! bp:sp.z[uplo,n]/io! w:vec.d[n]/io z:ge.z[n,n,ldz]/o ldz:i work:yx.z[max(1,2*n-1)] rwork:yx.d[max(1,3*n-2)]
-zhpgvd i : itype:i jobz:c uplo:c n:i ap:sp.z[uplo,n]/io! bp:sp.z[uplo,n]/io! w:vec.d[n]/io z:ge.z[n,n,ldz]/o ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zhpgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp.z[uplo,n]/io! bp:sp.z[uplo,n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,n,ldz]/o ldz:i work:yx.z[2*n] rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
+zhpgv i : itype:i jobz:c uplo:c n:i ap:sp.z[uplo,n]/io! bp:sp.z[uplo,n]/io! w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yx.z[max(1,2*n-1)] rwork:yx.d[max(1,3*n-2)]
+zhpgvd i : itype:i jobz:c uplo:c n:i ap:sp.z[uplo,n]/io! bp:sp.z[uplo,n]/io! w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
+zhpgvx i : itype:i jobz:c range:c uplo:c n:i ap:sp.z[uplo,n]/io! bp:sp.z[uplo,n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,n,ldz]/o?jobz=V ldz:i work:yx.z[2*n] rwork:yx.d[7*n] iwork:ix[5*n] ifail:iio
 zhprfs i : uplo:c n:i nrhs:i ap:sp.z[uplo,n]/i! afp:sp.z[uplo,n]/i! ipiv:ii b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
 zhpsv i : uplo:c n:i nrhs:i ap:sp.z[uplo,n]/io! ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
 zhpsvx i : fact:c uplo:c n:i nrhs:i ap:sp.z[uplo,n]/i! afp:sp.z[uplo,n]/io! ipiv:iio b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
@@ -1091,7 +1091,7 @@ zhptrf i : uplo:c n:i ap:sp.z[uplo,n]/io! ipiv:iio
 zhptri i : uplo:c n:i ap:sp.z[uplo,n]/io! ipiv:ii work:yx.z[n]
 zhptrs i : uplo:c n:i nrhs:i ap:sp.z[uplo,n]/i! ipiv:ii b:ge.z[n,nrhs,ldb]/io! ldb:i
 zhsein - +skip=arguments_differ_from_the_Fortran_routine : job eigsrc initv select n h ldh w vl ldvl vr ldvr mm m work rwork ifaill ifailr
-zhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.z[n,n,ldh]/io! ldh:i w:vec.z[n]/io z:ge.z[n,n,ldz]/io! ldz:i work:yw.z[lwork] lwork:i
+zhseqr i : job:c compz:c n:i ilo:i ihi:i h:ge.z[n,n,ldh]/io! ldh:i w:vec.z[n]/io z:ge.z[n,n,ldz]/io!?compz=IV ldz:i work:yw.z[lwork] lwork:i
 zlacgv i +nolayout : n:i x:vec.z[1+(n-1)*abs(incx)]/io! incx:i
 zlacn2 i +nolayout : n:i v:vec.z[n]/io x:vec.z[n]/io est:y.d kase:o isave:iio
 zlacp2 i : uplo:c m:i n:i a:ge.d[m,n,lda]/i! lda:i b:ge.z[m,n,ldb]/o ldb:i
@@ -1117,7 +1117,7 @@ zlarnv i +nolayout : idist:i iseed:iio n:i x:vec.z[n]/io
 zlascl i : type:c kl:i ku:i cfrom:a.d! cto:a.d! m:i n:i a:ge.z[m,n,lda]/io lda:i
 zlaset i +nocopy : uplo:c m:i n:i alpha:a.z! beta:a.z! a:ge.z[m,n,lda]/io! lda:i
 zlassq i +nolayout : n:i x:vec.z[n,incx]/i! incx:i scale:vec.d[1]/io! sumsq:vec.d[1]/io!
-zlaswp - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : n a lda k1 k2 ipiv incx
+zlaswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
 zlatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 zlauum i : uplo:c n:i a:ge.z[n,n,lda]/io! lda:i
 zpbcon i : uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/i! ldab:i anorm:a.d! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
@@ -1153,7 +1153,7 @@ zpptri i : uplo:c n:i ap:sp.z[uplo,n]/io!
 zpptrs i : uplo:c n:i nrhs:i ap:sp.z[uplo,n]/i! b:ge.z[n,nrhs,ldb]/io! ldb:i
 zpstrf i : uplo:c n:i a:ge.z[n,n,lda]/io! lda:i piv:iio rank:o tol:a.d! work:yx.d[2*n]
 zptcon i +nolayout : n:i d:vec.d[n]/i! e:vec.z[n-1]/i! anorm:a.d! rcond:y.d work:yx.d[n]
-zpteqr i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.z[n,n,ldz]/io! ldz:i work:yx.d[4*n]
+zpteqr i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.z[n,n,ldz]/io!?compz=VI ldz:i work:yx.d[4*n]
 zptrfs i : uplo:c n:i nrhs:i d:vec.d[n]/i! e:vec.z[n-1]/i! df:vec.d[n]/i! ef:vec.z[n-1]/i! b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[n] rwork:yx.d[n]
 zptsv i : n:i nrhs:i d:vec.d[n]/io! e:vec.z[n-1]/io! b:ge.z[n,nrhs,ldb]/io! ldb:i
 zptsvx i : fact:c n:i nrhs:i d:vec.d[n]/i! e:vec.z[n-1]/i! df:vec.d[n]/io! ef:vec.z[n-1]/io! b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[n] rwork:yx.d[n]
@@ -1167,9 +1167,9 @@ zsptrf i : uplo:c n:i ap:sp.z[uplo,n]/io! ipiv:iio
 zsptri i : uplo:c n:i ap:sp.z[uplo,n]/io! ipiv:ii work:yx.z[n]
 zsptrs i : uplo:c n:i nrhs:i ap:sp.z[uplo,n]/i! ipiv:ii b:ge.z[n,nrhs,ldb]/io! ldb:i
 zstedc i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.z[n,n,ldz]/io! ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
-zstegr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+zstegr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 zstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
-zstemr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io ldz:i nzc:i isuppz:iio tryrac:o work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
+zstemr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i nzc:i isuppz:iio tryrac:o work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 zsteqr i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.z[n,n,ldz]/io! ldz:i work:yx.d[max(1,2*n-2)]
 zsycon i : uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i ipiv:ii anorm:a.d! rcond:y.d work:yx.z[2*n]
 zsycon_3 i : uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i e:vec.z[n]/i! ipiv:ii anorm:a.d! rcond:y.d work:yx.z[2*n]
@@ -1180,7 +1180,7 @@ zsyrfs i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/i!
 zsyrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : uplo equed n nrhs a lda af ldaf ipiv s b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zsysv i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zsysv_aa i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
-zsysv_aa_2stage - +skip=row-major_checks_tb's_length : uplo n nrhs a lda tb ltb ipiv ipiv2 b ldb work lwork
+zsysv_aa_2stage i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i tb:vec.z[ltb]/o ltb:i ipiv:iio ipiv2:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zsysv_rk i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i e:vec.z[n]/o ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zsysv_rook i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
 zsysvx i : fact:c uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i af:sy.z[uplo,n,ldaf]/io! ldaf:i ipiv:iio b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yw.z[lwork] lwork:i rwork:yx.d[n]
@@ -1188,7 +1188,7 @@ zsysvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact uplo n nrhs a
 zsyswapr i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i i1:i i2:i
 zsytrf i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
 zsytrf_aa i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
-zsytrf_aa_2stage - +skip=row-major_checks_tb's_length : uplo n a lda tb ltb ipiv ipiv2 work lwork
+zsytrf_aa_2stage i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i tb:vec.z[ltb]/o ltb:i ipiv:iio ipiv2:iio work:yw.z[lwork] lwork:i
 zsytrf_rk i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i e:vec.z[n]/o ipiv:iio work:yw.z[lwork] lwork:i
 zsytrf_rook i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:iio work:yw.z[lwork] lwork:i
 zsytri i : uplo:c n:i a:sy.z[uplo,n,lda]/io! lda:i ipiv:ii work:yx.z[2*n]
@@ -1209,13 +1209,13 @@ ztftri i : transr:c uplo:c diag:c n:i a:tf.z[transr,uplo,diag,n]/io!
 ztfttp i : transr:c uplo:c n:i arf:tf.z[transr,uplo,'n',n]/i! ap:sp.z[uplo,n]/o
 ztfttr i : transr:c uplo:c n:i arf:tf.z[transr,uplo,'n',n]/i! a:ge.z[n,n,lda]/o lda:i
 ztgevc i : side:c howmny:c select:ii n:i s:ge.z[n,n,lds]/i! lds:i p:ge.z[n,n,ldp]/i! ldp:i vl:ge.z[n,mm,ldvl]/io!?side=LLBB ldvl:i vr:ge.z[n,mm,ldvr]/io!?side=RB ldvr:i mm:i m:o work:yx.z[2*n] rwork:yx.d[2*n]
-ztgexc - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : wantq wantz n a lda b ldb q ldq z ldz ifst ilst
-ztgsen - +skip=q:_rows_not_documented_as_a_plain_bound_on_ldq : ijob wantq wantz select n a lda b ldb alpha beta q ldq z ldz m pl pr dif work lwork iwork liwork
+ztgexc i : wantq:i wantz:i n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i q:ge.z[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.z[n,ifset(wantz,n),ldz]/io! ldz:i ifst:i ilst:i
+ztgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i alpha:vec.z[n]/io beta:vec.z[n]/io q:ge.z[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.z[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.d pr:y.d dif:vec.d[2]/io work:yw.z[lwork] lwork:i iwork:iw[liwork] liwork:i
 ztgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! alpha:vec.d[n]/io beta:vec.d[n]/o u:ge.z[m,m,ldu]/io!?jobu=U ldu:i v:ge.z[p,p,ldv]/io!?jobv=V ldv:i q:ge.z[n,n,ldq]/io!?jobq=Q ldq:i work:yx.z[2*n] ncycle:o
 ztgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
 ztgsyl i : trans:c ijob:i m:i n:i a:ge.z[m,m,lda]/i! lda:i b:ge.z[n,n,ldb]/i! ldb:i c:ge.z[m,n,ldc]/io! ldc:i d:ge.z[m,m,ldd]/i! ldd:i e:ge.z[n,n,lde]/i! lde:i f:ge.z[m,n,ldf]/io! ldf:i scale:y.d dif:y.d work:yw.z[lwork] lwork:i iwork:ix[m+n+2]
 ztpcon i : norm:c uplo:c diag:c n:i ap:tp.z[uplo,diag,n]/i! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
-ztpmqrt - +skip=a:_rows_not_documented_as_a_plain_bound_on_lda : side trans m n k l nb v ldv t ldt a lda b ldb work
+ztpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.z[byside(side,m,n),k,ldv]/i! ldv:i t:ge.z[nb,k,ldt]/i! ldt:i a:ge.z[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.z[m,n,ldb]/io! ldb:i work:yx.z[max(1,nb)*max(1,byside(side,n,m))]
 ztpqrt i : m:i n:i l:i nb:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[m,n,ldb]/io! ldb:i t:ge.z[nb,n,ldt]/io ldt:i work:yx.z[nb*n]
 ztpqrt2 i : m:i n:i l:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[m,n,ldb]/io! ldb:i t:ge.z[n,n,ldt]/io ldt:i
 ztprfb - +skip=integer_ldwork_of_the_middle_level_only : side trans direct storev m n k l v ldv t ldt a lda b ldb work ldwork
@@ -1226,7 +1226,7 @@ ztpttf i : transr:c uplo:c n:i ap:tp.z[uplo,'n',n]/i! arf:pf.z[transr,uplo,n]/o
 ztpttr i : uplo:c n:i ap:tp.z[uplo,'n',n]/i! a:ge.z[n,n,lda]/o lda:i
 ztrcon i : norm:c uplo:c diag:c n:i a:tr.z[uplo,diag,n,lda]/i! lda:i rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
 ztrevc - +skip=vr:_rows_not_documented_as_a_plain_bound_on_ldvr : side howmny select n t ldt vl ldvl vr ldvr mm m work rwork
-ztrexc i : compq:c n:i t:ge.z[n,n,ldt]/io! ldt:i q:ge.z[n,n,ldq]/io! ldq:i ifst:i ilst:i
+ztrexc i : compq:c n:i t:ge.z[n,n,ldt]/io! ldt:i q:ge.z[n,n,ldq]/io!?compq=V ldq:i ifst:i ilst:i
 ztrrfs i : uplo:c trans:c diag:c n:i nrhs:i a:tr.z[uplo,diag,n,lda]/i! lda:i b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/i! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
 ztrsen i : job:c compq:c select:ii n:i t:ge.z[n,n,ldt]/io! ldt:i q:ge.z[n,n,ldq]/io!?compq=V ldq:i w:vec.z[n]/io m:iio s:y.d sep:y.d work:yw.z[lwork] lwork:i
 ztrsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n t ldt vl ldvl vr ldvr s sep mm m work ldwork rwork
@@ -1238,7 +1238,7 @@ ztrttf i : transr:c uplo:c n:i a:tr.z[uplo,'n',n,lda]/i! lda:i arf:pf.z[transr,u
 ztrttp i : uplo:c n:i a:tr.z[uplo,'n',n,lda]/i! lda:i ap:sp.z[uplo,n]/o
 ztzrzf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[m]/io work:yw.z[lwork] lwork:i
 zunbdb - +skip=row-major_reverses_trans_and_signs : trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta phi taup1 taup2 tauq1 tauq2 work lwork
-zuncsd - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
+zuncsd - +skip=row-major_passes_trans_'T'_to_the_Fortran_routine_and_copies_nothing : jobu1 jobu2 jobv1t jobv2t trans signs m p q x11 ldx11 x12 ldx12 x21 ldx21 x22 ldx22 theta u1 ldu1 u2 ldu2 v1t ldv1t v2t ldv2t work lwork rwork lrwork iwork
 zuncsd2by1 - +skip=matrices_copied_only_when_their_job_letter_asks : jobu1 jobu2 jobv1t m p q x11 ldx11 x21 ldx21 theta u1 ldu1 u2 ldu2 v1t ldv1t work lwork rwork lrwork iwork
 zungbr i : vect:c m:i n:i k:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,k)]/i! work:yw.z[lwork] lwork:i
 zunghr i : n:i ilo:i ihi:i a:ge.z[n,n,lda]/io! lda:i tau:vec.z[n-1]/i! work:yw.z[lwork] lwork:i

@@ -65,7 +65,7 @@ class Routine:
         self.has_info = True
 
 
-FUNCS = ("max", "min", "abs", "byrange", "byside")
+FUNCS = ("max", "min", "abs", "byrange", "byside", "bytrans", "ifset", "sddu", "sddvt")
 # Record kinds of the words without extents; a.T scalars, workspaces and arrays are told apart below.
 SIMPLE = {"c": "kChar", "c*": "kCharPtr", "i": "kInt", "o": "kOutPtr", "ii": "kOutPtr", "iio": "kOutPtr",
           "f": "kOutPtr", "y": "kOutPtr"}
@@ -395,7 +395,7 @@ def kit_entries(kit):
 HEAD = ("#define LAPACK_COMPLEX_CPP\n#include <complex>\n#include <type_traits>\n\n"
         "#include \"c_select.h\"\n#include \"lapacke.h\"\n#include \"lapacke_utils.h\"\n"
         "#include \"lapack_frame.h\"\n#include \"lapack_gen.h\"\n#include \"lapacke_frame.h\"\n"
-        "#include \"lapacke_kit.h\"\n\n#define V(k) (*static_cast<const I*>(p[k]))\n"
+        "#include \"lapacke_kit.h\"\n#include \"lapacke_sizes.h\"\n\n#define V(k) (*static_cast<const I*>(p[k]))\n"
         "#define L(k) (*static_cast<const char*>(p[k]))\n")
 
 

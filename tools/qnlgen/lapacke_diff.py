@@ -18,7 +18,7 @@ from .lapacke import INT_ARRAYS, SHAPES, TYPES, WORKSPACES, classify, parse
 INTS = {"m": 6, "n": 5, "k": 3, "nrhs": 2, "kl": 1, "ku": 2, "kd": 2, "ka": 2, "kb": 1, "ilo": 1, "ihi": 5,
         "itype": 1, "il": 1, "iu": 2, "nb": 2, "mb": 2, "l": 0, "p": 3, "q": 2, "ncvt": 2, "nru": 2, "ncc": 2,
         "lda": 0, "ijob": 0, "ifst": 1, "ilst": 2, "isgn": 1, "n1": 2, "n2": 3, "kbot": 5, "ktop": 1, "nv": 2,
-        "j1": 1, "nh": 5, "incx": 1, "idist": 1, "iseed": 1, "tsize": 256, "mb1": 6}
+        "j1": 1, "nh": 5, "incx": 1, "idist": 1, "iseed": 1, "tsize": 256, "mb1": 6, "ltb": 64}
 CHARS = {"uplo": "U", "trans": "N", "transr": "N", "diag": "N", "side": "L", "jobz": "V", "jobu": "A",
          "jobvt": "A", "jobvl": "V", "jobvr": "V", "compz": "I", "compq": "I", "norm": "O", "range": "A",
          "vect": "Q", "sort": "N", "fact": "N", "direct": "F", "storev": "C", "howmny": "A", "job": "N",
@@ -34,10 +34,42 @@ SCALARS = {"vl": -1.0, "vu": 10.0, "abstol": 0.0, "tol": 0.0, "alpha": 0.5, "bet
 # with p = m the stock ?ggsvp_work's row-major V of p by m rows (checked against ldv >= m) is
 # the p by p matrix it should be.
 OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3", "ggsvp3")},
-       "ggsvp": {"jobu": "U", "jobv": "V", "jobq": "Q", "p": 6}}
+       "ggsvp": {"jobu": "U", "jobv": "V", "jobq": "Q", "p": 6},
+       # ?tgsen: ijob 1 (with ijob 0 the stock ?tgsen passes no iwork that the routine then writes).
+       "gesdd": {"jobz": "A"}, "tgexc": {"wantq": 1, "wantz": 1}, "tgsen": {"wantq": 1, "wantz": 1, "ijob": 1},
+       # The two-stage eigensolvers compute eigenvalues only.
+       **{f"{k}_2stage": {"jobz": "N"} for k in ("syev", "syevd", "syevr", "syevx", "heev", "heevd", "heevr",
+                                                 "heevx", "sbev", "sbevd", "sbevx", "hbev", "hbevd", "hbevx",
+                                                 "sygv", "hegv")},
+       # Band reductions: form Q (vect "U"), or X of the split Cholesky reduction ("V").
+       **{f: {"vect": "U"} for f in ("sbtrd", "hbtrd")}, **{f: {"vect": "V"} for f in ("sbgst", "hbgst")},
+       # Factors of the full rank: at least as many columns as rows (m <= n); ?ggglm: m <= n <= m + p.
+       **{f: {"m": 3} for f in ("orglq", "orgrq", "unglq", "ungrq", "tzrzf", "ggglm")},
+       # Schur forms: "S" computes T as well; eigenvectors take mm = n columns; nzc holds all n.
+       **{f: {"job": "S"} for f in ("hgeqz", "hseqr")}, "trexc": {"compq": "V"},
+       # ?trsen: job "B" (the stock ?trsen with job "N" passes no iwork that the routine then writes).
+       **{f: {"mm": 5} for f in ("tgevc", "trevc")}, "stemr": {"nzc": 5}, "trsen": {"compq": "V", "job": "B"},
+       # ?disna takes its eigenvalues in order: two always are.
+       "disna": {"job": "E", "m": 2},
+       # ?geesx sorts, with both condition numbers (with sense "N" the stock real ?geesx passes
+       # no iwork that the routine then writes).
+       "geesx": {"sort": "S", "sense": "B"},
+       "tgsja": {"jobu": "U", "jobv": "V", "jobq": "Q"}}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
 UNDEFINED = {"getsqrhrt": "t", "lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
+# Outputs that the stock library leaves undefined in row-major only: its ?sytrf_aa_2stage
+# factors into a scratch tb that it never copies back (tb is not a matrix of the layout).
+ROW_UNDEFINED = {f"{k}_aa_2stage": "tb" for k in ("sytrf", "hetrf", "sysv", "hesv")}
+# Row-major calls the stock library gets wrong, observed: only column-major is compared. Its
+# ?sytrs_aa_2stage solves with a scratch tb that it never fills from the caller's; its
+# ?tpmqrt_work rejects every row-major call with -2.
+STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt"}
+# Further option letters a routine runs with, each a case of its own in both layouts.
+# The Schur drivers also sort, with condition numbers where they have them.
+VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"compq": "N"}],
+            "sfrk": [{"trans": "T"}], "hfrk": [{"trans": "C"}],
+            **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}]}
 # Calls the stock library gets wrong, observed: not compared.
 STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)",
                 "ssytri2x": "stock ssytri2x_ writes past a block of its own (valgrind)"}
@@ -45,15 +77,29 @@ STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb ro
 STOCK_RIGHT_FAULTS = {"unmlq": "stock ?unmlq_work transposes a with m columns from the right (heap corruption)"}
 # Routines that apply a factorization: their a and t come from it (?geqr's T is opaque).
 FACTORED_BY = {"gemqr": "geqr", "gemlq": "gelq"}
+# Square inputs that must be upper triangular, Schur forms (?tgevc rejects an S that is not
+# quasi-triangular and a P that is not triangular; the reorderings read the upper part only):
+# the stock ?laset zeroes what lies below the diagonal.
+UPPER = {"tgevc": ("s", "p"), "tgexc": ("a", "b"), "tgsen": ("a", "b"), "trexc": ("t",), "trsen": ("t",)}
 FUNCS = {"max": max, "min": min, "abs": abs,
          "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1,
-         "byside": lambda side, m, n: m if side == "L" else n}
+         "byside": lambda side, m, n: m if side == "L" else n,
+         "bytrans": lambda trans, x, y: x if trans == "N" else y,
+         "ifset": lambda flag, x: x if flag else 0,
+         # ?gesdd: columns of U, rows of VT (src/lapack/lapacke_sizes.h)
+         "sddu": lambda jobz, m, n: m if jobz == "A" or (jobz == "O" and m < n) else min(m, n) if jobz == "S" else 0,
+         "sddvt": lambda jobz, m, n: n if jobz == "A" or (jobz == "O" and m >= n) else min(m, n) if jobz == "S" else 0}
 
 
 def ev(expr, vals):
     py = re.sub(r"\b([a-z_]\w*)\b", lambda m: m.group(1) if m.group(1) in FUNCS else
                 f"vals[{m.group(1)!r}]", expr).replace("/", "//")
     return int(eval(py, {**FUNCS, "vals": vals}))
+
+
+def undefined(r, a, row):
+    """Whether the routine leaves output `a` partly undefined (in this layout)."""
+    return a.name in (UNDEFINED.get(r.name[1:]), ROW_UNDEFINED.get(r.name[1:]) if row else None)
 
 
 def shape_parts(a):
@@ -63,8 +109,8 @@ def shape_parts(a):
 def case(r, layout, letters=None):
     """(args rows, ints) of one case, or None when a size is unknown; `letters` replaces
     some of the option letters of CHARS."""
-    own = OWN.get(r.name[1:], {})
-    chars = {**CHARS, **own, **(letters or {})}
+    own = {**OWN.get(r.name[1:], {}), **(letters or {})}
+    chars = {**CHARS, **own}
     vals = {}
     for a in r.args:
         if a.word == "i":
@@ -124,13 +170,13 @@ def case(r, layout, letters=None):
             rows.append((3, a.prec, 0, SCALARS.get(a.name, 0.5), "N", ""))
         elif w == "y":
             rows.append((4, a.prec, 1, 0.0, "N", ""))
-        elif w == "o":
-            rows.append((5, "i", 1, 0.0, "N", ""))
+        elif w == "o":  # in and out (?tgexc's ifst, ilst): the routine's own value, else 1
+            rows.append((5, "i", own.get(a.name, INTS.get(a.name, 1)), 0.0, "N", ""))
         elif w in INT_ARRAYS:
             most = max((v for v in vals.values() if isinstance(v, int)), default=8)
             rows.append((6, "i", 4 * most + 16, 0.0, "N", ""))
-        elif w == "f":
-            return None
+        elif w == "f":  # a selection callback: the caller passes the harness's own
+            rows.append((2, "0", 0, 0.0, "N", ""))
         elif w == "vec":
             length, *stride = split_top(a.extents)
             try:
@@ -139,7 +185,7 @@ def case(r, layout, letters=None):
                 return None
             # A vector named d is a diagonal: dominant, like the matrices'.
             dl = ",".join(map(str, range(count))) if a.name in ("d", "df") else ""
-            rows.append((7, a.prec, count, 0.0, "N", dl))
+            rows.append((9 if undefined(r, a, row) else 7, a.prec, count, 0.0, "N", dl))
         else:
             shape, params, ty = shape_parts(a)
             if shape == "ge":
@@ -162,8 +208,7 @@ def case(r, layout, letters=None):
                 dl = ",".join(str(d[1] + d[2] * j) for j in range(d[3]))
             else:
                 dl = ",".join(map(str, d[1]))
-            partial = UNDEFINED.get(r.name[1:]) == a.name
-            rows.append((9 if partial else 8, ty, count, 0.0, "N", dl))
+            rows.append((9 if undefined(r, a, row) else 8, ty, count, 0.0, "N", dl))
     return rows
 
 
@@ -175,6 +220,8 @@ def caller(r):
             continue
         if a.word == "c":
             params.append(f"*static_cast<char*>(v[{k}])")
+        elif a.word == "f":
+            params.append("pick")
         elif a.word == "i":
             params.append(f"*static_cast<lapack_int*>(v[{k}])")
         elif a.word == "a":
@@ -193,11 +240,21 @@ def prep(r):
     """A call of the factorization that makes the inputs of `r`, run on the stock library
     for both sides, or "" for a routine whose generated inputs serve as they are."""
     factor = FACTORED_BY.get(r.name[1:])
-    if not factor:
+    upper = UPPER.get(r.name[1:], ())
+    if not factor and not upper:
         return ""
     at = {a.name: k for k, a in enumerate(a for a in r.args if a.word not in WORKSPACES and a.hpos)}
     def val(n, ty="lapack_int"):
         return f"*static_cast<{ty}*>(v[{at[n]}])"
+    if upper:
+        fn = f"LAPACKE_{r.name[0]}laset"
+        ty = TYPES[r.name[0]]
+        # Below the diagonal of an n by n matrix: n-1 by n-1 from its second row.
+        calls = "".join(
+            f"f(layout, 'L', n - 1, n - 1, {ty}{{}}, {ty}{{}}, static_cast<{ty}*>(v[{at[m]}]) + "
+            f"(layout == LAPACK_ROW_MAJOR ? {val('ld' + m)} : 1), {val('ld' + m)}); " for m in upper)
+        return (f", [](void* lib, int layout, void* const* v) {{ auto f = reinterpret_cast<decltype(&{fn})>"
+                f"(dlsym(lib, \"{fn}\")); const lapack_int n = {val('n')}; {calls}}}")
     # The reflectors: byside(side, m, n) by k for ?geqr, k by that for ?gelq.
     rows = f"({val('side', 'char')} == 'L' ? {val('m')} : {val('n')})"
     dims = f"{rows}, {val('k')}" if factor == "geqr" else f"{val('k')}, {rows}"
@@ -224,15 +281,17 @@ def main(argv):
             skipped.append((r.name, f"not in the template: {r.skip}"))
             continue
         # A routine with a side letter runs from the right as well: its sizes change with it.
-        sides = ({}, {"side": "R"}) if any(a.name == "side" and a.word == "c" for a in r.args) and \
-            r.name[1:] not in STOCK_RIGHT_FAULTS else ({},)
-        for layout, letters in ((lay, s) for lay in ((102,) if "+nolayout" in r.flags else (101, 102)) for s in sides):
+        variants = [{}] + VARIANTS.get(r.name[1:], [])
+        if any(a.name == "side" and a.word == "c" for a in r.args) and r.name[1:] not in STOCK_RIGHT_FAULTS:
+            variants.append({"side": "R"})
+        layouts = (102,) if "+nolayout" in r.flags or r.name[1:] in STOCK_ROW_FAULTS else (101, 102)
+        for layout, (v, letters) in ((lay, s) for lay in layouts for s in enumerate(variants)):
             rows = case(r, layout, letters)
             if rows is None:
                 if layout == 102 and not letters:
-                    skipped.append((r.name, "no generated input (callback or unsized vector)"))
+                    skipped.append((r.name, "no generated input (unsized vector)"))
                 continue
-            arr = f"K_{r.name}_{layout}{'_r' if letters else ''}"
+            arr = f"K_{r.name}_{layout}{f'_{v}' if v else ''}"
             items = []
             for kind, ty, count, dval, ch, dl in rows:
                 items.append(f"{{{kind}, '{ty}', {count}, {dval!r}, '{ch}', \"{dl}\"}}")

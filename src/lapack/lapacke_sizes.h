@@ -1,0 +1,37 @@
+// Size functions of the LAPACKE table's extents (src/lapack/lapacke.sig) for matrices
+// whose shape the manual states case by case. A size of 0 leaves a matrix the case
+// does not use without a row-major copy, a leading-dimension check or a NaN scan.
+// tools/qnlgen/lapacke_diff.py mirrors them for the differential harness's sizes.
+#pragma once
+#include "lapacke_kit.h"
+
+namespace qnl::lapacke {
+
+// x when a logical flag (?tgexc's wantq, wantz) is set, else 0.
+template <class I>
+inline I gifset(I flag, I x) {
+  return flag ? x : I(0);
+}
+
+// x when trans is "n", else y (?sfrk's a: n by k, or k by n when transposed).
+template <class I>
+inline I gbytrans(char trans, I x, I y) {
+  return lsame(trans, 'n') ? x : y;
+}
+
+// Columns of U in ?gesdd: m for "a" and for "o" with m < n (U then holds the square
+// factor), min(m,n) for "s"; none otherwise.
+template <class I>
+inline I gsddu(char jobz, I m, I n) {
+  if (lsame(jobz, 'a') || (lsame(jobz, 'o') && m < n)) return m;
+  return lsame(jobz, 's') ? (m < n ? m : n) : I(0);
+}
+
+// Rows of VT in ?gesdd: n for "a" and for "o" with m >= n, min(m,n) for "s"; none otherwise.
+template <class I>
+inline I gsddvt(char jobz, I m, I n) {
+  if (lsame(jobz, 'a') || (lsame(jobz, 'o') && m >= n)) return n;
+  return lsame(jobz, 's') ? (m < n ? m : n) : I(0);
+}
+
+}  // namespace qnl::lapacke
