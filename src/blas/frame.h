@@ -196,12 +196,37 @@ inline void* nth(P... a) {
   return all[K];
 }
 
+// Where the quiet road of an unchecked register-only entry goes once the mode test has
+// passed (QNL_PLAIN_ROAD): its LP64 widening or its ILP64 jump, chosen once the layer is
+// settled, so that the quiet road needs no layer test. Null until then.
+template <class D>
+struct PlainTarget {
+  static inline std::atomic<void*> at{nullptr};
+};
+template <class D>
+constexpr bool has_plain_road(size_t n) {
+  return n <= 6 && count_of<D::roles>('i') > 0 && count_of<D::roles>('c') == 0 && count_of<D::roles>('x') == 0 &&
+         !is_complex<typename D::Result> && !D::checked && !D::batch;
+}
+template <class D, size_t N>
+struct PlainRoadFns {
+  __attribute__((naked)) static void lp64();
+  __attribute__((naked)) static void ilp64();
+};
+
 // The entry at a settled layer: verbose read, checker of that width, widening on LP64 (with
 // the index copy of the sparse routines), binding, the call inside the verbose frame.
 template <class D, class... P>
 inline typename D::Result frame_at(int layer, P... a) {
   using R = typename D::Result;
   constexpr size_t N = sizeof...(P);
+  // A mode of 0 read through the site's cell sends the plain road to its target: the
+  // target is stored ahead of the cell, which only the traced call below stores.
+  if constexpr (has_plain_road<D>(N))
+    if (__builtin_expect(PlainTarget<D>::at.load(std::memory_order_relaxed) == nullptr, 0))
+      PlainTarget<D>::at.store(
+          reinterpret_cast<void*>(qnl::layer() == 0 ? &PlainRoadFns<D, N>::lp64 : &PlainRoadFns<D, N>::ilp64),
+          std::memory_order_seq_cst);
   const int32_t m = D::site.mode();
   // The checker's letter compares go straight through the service's slot (checks.h, same):
   // bound here, ahead of the compare that would bind it through its own entry.
@@ -585,10 +610,11 @@ struct GemmAccepted<D, std::index_sequence<I...>> {
 
 // The road of an unchecked entry whose arguments all come in registers, none of them a
 // character, an index array or a complex result's address (QNL_PLAIN_ROAD). Verbose off,
-// an ILP64 call is a jump to the back-end; an LP64 call pushes each integer sign-extended
-// and hands the back-end the address where it lies, which is the fewest instructions a
-// 64-bit copy with an address takes. Anything else goes to the whole frame with every
-// argument as it came. `pad` keeps the call 16-byte aligned.
+// the entry jumps to the target its first call settled (PlainTarget): on ILP64 a jump to
+// the back-end; on LP64 a road that pushes each integer sign-extended and hands the
+// back-end the address where it lies, which is the fewest instructions a 64-bit copy with
+// an address takes. Anything else goes to the whole frame with every argument as it came.
+// `pad` keeps the call 16-byte aligned.
 template <class D, class Seq>
 struct PlainRoad;
 template <class D, size_t... I>
@@ -599,9 +625,7 @@ struct PlainRoad<D, std::index_sequence<I...>> {
   static constexpr size_t pad = ints % 2 == 0 ? 1 : 0;
   static constexpr size_t drop = 8 * (ints + pad);
   static constexpr auto cold = &frame_cold<D, Arg<I>...>;
-  static_assert(n <= 6 && ints > 0 && count_of<D::roles>('c') == 0 && count_of<D::roles>('x') == 0 &&
-                    !is_complex<typename D::Result> && !D::checked && !D::batch,
-                "the plain road serves this routine");
+  static_assert(has_plain_road<D>(n), "the plain road serves this routine");
 };
 
 // One LP64 integer in argument register `reg`: its sign-extended copy pushed, the register
@@ -609,25 +633,35 @@ struct PlainRoad<D, std::index_sequence<I...>> {
 #define QNL_PLAIN_WIDEN(k, reg) \
   ".if %c[w" #k "]\n\tmovslq (%%" reg "), %%rax\n\tpushq %%rax\n\tmovq %%rsp, %%" reg "\n\t.endif\n\t"
 
+template <class D, size_t N>
+void PlainRoadFns<D, N>::lp64() {
+  using Road = PlainRoad<D, std::make_index_sequence<N>>;
+  asm volatile(QNL_PLAIN_WIDEN(0, "rdi") QNL_PLAIN_WIDEN(1, "rsi") QNL_PLAIN_WIDEN(2, "rdx")
+                   QNL_PLAIN_WIDEN(3, "rcx") QNL_PLAIN_WIDEN(4, "r8") QNL_PLAIN_WIDEN(5, "r9")
+               ".if %c[pad]\n\tsubq $8, %%rsp\n\t.endif\n\t"
+               "call *%c[slot](%%rip)\n\t"
+               "addq $%c[drop], %%rsp\n\t"
+               "ret"
+               :
+               : [slot] "i"(&D::slot.fn), [pad] "i"(Road::pad), [drop] "i"(Road::drop), [w0] "i"(Road::is_int(0)),
+                 [w1] "i"(Road::is_int(1)), [w2] "i"(Road::is_int(2)), [w3] "i"(Road::is_int(3)),
+                 [w4] "i"(Road::is_int(4)), [w5] "i"(Road::is_int(5)));
+}
+
+template <class D, size_t N>
+void PlainRoadFns<D, N>::ilp64() {
+  asm volatile("jmp *%c[slot](%%rip)" : : [slot] "i"(&D::slot.fn));
+}
+
 #define QNL_PLAIN_ROAD(D, N)                                         \
   using Road = qnl::blas::PlainRoad<D, std::make_index_sequence<N>>; \
-  asm volatile("movq %c[cell](%%rip), %%rax\n\t"                                                           \
-               "cmpl $0, (%%rax)\n\t"                                                                      \
-               "jne %c[cold]\n\t"                                                                          \
-               "cmpl $0, %c[layer](%%rip)\n\t"                                                             \
-               "jne 1f\n\t" QNL_PLAIN_WIDEN(0, "rdi") QNL_PLAIN_WIDEN(1, "rsi") QNL_PLAIN_WIDEN(2, "rdx")  \
-                   QNL_PLAIN_WIDEN(3, "rcx") QNL_PLAIN_WIDEN(4, "r8") QNL_PLAIN_WIDEN(5, "r9")             \
-               ".if %c[pad]\n\tsubq $8, %%rsp\n\t.endif\n\t"                                               \
-               "call *%c[slot](%%rip)\n\t"                                                                 \
-               "addq $%c[drop], %%rsp\n\t"                                                                 \
-               "ret\n"                                                                                     \
-               "1:\n\t"                                                                                    \
-               "jmp *%c[slot](%%rip)"                                                                      \
-               :                                                                                           \
-               : [cell] "i"(&D::site.cell), [slot] "i"(&D::slot.fn), [cold] "i"(Road::cold),               \
-                 [layer] "i"(&qnl_rt_state.interface_layer), [pad] "i"(Road::pad), [drop] "i"(Road::drop), \
-                 [w0] "i"(Road::is_int(0)), [w1] "i"(Road::is_int(1)), [w2] "i"(Road::is_int(2)),          \
-                 [w3] "i"(Road::is_int(3)), [w4] "i"(Road::is_int(4)), [w5] "i"(Road::is_int(5)))
+  asm volatile(                                                      \
+      "movq %c[cell](%%rip), %%rax\n\t"                              \
+      "cmpl $0, (%%rax)\n\t"                                         \
+      "jne %c[cold]\n\t"                                             \
+      "jmp *%c[target](%%rip)"                                       \
+      :                                                              \
+      : [cell] "i"(&D::site.cell), [cold] "i"(Road::cold), [target] "i"(&qnl::blas::PlainTarget<D>::at))
 
 // A _direct entry: no checker and no record. It binds both its slots, then takes the direct
 // symbol when the flag byte's bit 0 is set or the sizes are small.
