@@ -526,6 +526,14 @@ struct GemmAccepted<D, std::index_sequence<I...>> {
 #define QNL_GEMM_SAME_N(from, test)                                              \
   from "leaq %c[letter_n](%%rip), %%rsi\n\tmovl $1, %%edx\n\tmovl $1, %%ecx\n\t" \
        "call *%c[lsame](%%rip)\n\t" test "\n\t"
+// The two compares, the first failing to 2, the second to 3.
+#define QNL_GEMM_COMPARES(test) \
+  QNL_GEMM_SAME_N("", test) "je 2f\n\t" QNL_GEMM_SAME_N("movq 8(%%rsp), %%rdi\n\t", test) "je 3f\n\t"
+// m, n, k in rax, rcx, rdx: any negative fails to 4; then max(1, m) in rax, max(1, k) in rdx.
+#define QNL_GEMM_SIGNS                                \
+  "orq %%rax, %%rcx\n\torq %%rdx, %%rcx\n\tjs 4f\n\t" \
+  "cmpq $1, %%rax\n\tadcq $0, %%rax\n\t"              \
+  "cmpq $1, %%rdx\n\tadcq $0, %%rdx\n\t"
 #define QNL_GEMM_SAVE "pushq %%r9\n\tpushq %%r8\n\tpushq %%rcx\n\tpushq %%rdx\n\tpushq %%rsi\n\tpushq %%rdi\n\t"
 #define QNL_GEMM_RESTORE "popq %%rdi\n\tpopq %%rsi\n\tpopq %%rdx\n\tpopq %%rcx\n\tpopq %%r8\n\tpopq %%r9\n\t"
 // The words handed to resume when the first compare failed, the second, or a size test.
@@ -557,14 +565,11 @@ struct GemmAccepted<D, std::index_sequence<I...>> {
       "cmpl $0, %c[layer](%%rip)\n\t"                                                                         \
       "je 6f\n\t"                                                                                             \
       "subq $8, %%rsp\n\t" QNL_GEMM_SAVE                                                                      \
-      QNL_GEMM_SAME_N("", "testq %%rax, %%rax") "je 2f\n\t"                                                                \
-      QNL_GEMM_SAME_N("movq 8(%%rsp), %%rdi\n\t", "testq %%rax, %%rax") "je 3f\n\t"                                        \
+      QNL_GEMM_COMPARES("testq %%rax, %%rax")                                        \
       "movq 16(%%rsp), %%rax\n\tmovq (%%rax), %%rax\n\t"                                                      \
       "movq 24(%%rsp), %%rcx\n\tmovq (%%rcx), %%rcx\n\t"                                                      \
       "movq 32(%%rsp), %%rdx\n\tmovq (%%rdx), %%rdx\n\t"                                                      \
-      "orq %%rax, %%rcx\n\torq %%rdx, %%rcx\n\tjs 4f\n\t"                                                     \
-      "cmpq $1, %%rax\n\tadcq $0, %%rax\n\t"                                                                  \
-      "cmpq $1, %%rdx\n\tadcq $0, %%rdx\n\t"                                                                  \
+      QNL_GEMM_SIGNS                                                  \
       "movq 72(%%rsp), %%rcx\n\tcmpq (%%rcx), %%rax\n\tjg 4f\n\t"                                             \
       "movq 88(%%rsp), %%rcx\n\tcmpq (%%rcx), %%rdx\n\tjg 4f\n\t"                                             \
       "movq 112(%%rsp), %%rcx\n\tcmpq (%%rcx), %%rax\n\tjg 4f\n"                                              \
@@ -576,14 +581,11 @@ struct GemmAccepted<D, std::index_sequence<I...>> {
       "jmp %c[refused]\n"                                                                                     \
       "6:\n\t"                                                                                                \
       "subq $56, %%rsp\n\t" QNL_GEMM_SAVE                                                                     \
-      QNL_GEMM_SAME_N("", "testl %%eax, %%eax") "je 2f\n\t"                                                                \
-      QNL_GEMM_SAME_N("movq 8(%%rsp), %%rdi\n\t", "testl %%eax, %%eax") "je 3f\n\t"                                        \
+      QNL_GEMM_COMPARES("testl %%eax, %%eax")                                        \
       "movq 16(%%rsp), %%rax\n\tmovslq (%%rax), %%rax\n\tmovq %%rax, 48(%%rsp)\n\t"                           \
       "movq 24(%%rsp), %%rcx\n\tmovslq (%%rcx), %%rcx\n\tmovq %%rcx, 56(%%rsp)\n\t"                           \
       "movq 32(%%rsp), %%rdx\n\tmovslq (%%rdx), %%rdx\n\tmovq %%rdx, 64(%%rsp)\n\t"                           \
-      "orq %%rax, %%rcx\n\torq %%rdx, %%rcx\n\tjs 4f\n\t"                                                     \
-      "cmpq $1, %%rax\n\tadcq $0, %%rax\n\t"                                                                  \
-      "cmpq $1, %%rdx\n\tadcq $0, %%rdx\n\t"                                                                  \
+      QNL_GEMM_SIGNS                                                  \
       "movq 120(%%rsp), %%rcx\n\tmovslq (%%rcx), %%rcx\n\tmovq %%rcx, 72(%%rsp)\n\tcmpq %%rcx, %%rax\n\tjg 4f\n\t" \
       "movq 136(%%rsp), %%rcx\n\tmovslq (%%rcx), %%rcx\n\tmovq %%rcx, 80(%%rsp)\n\tcmpq %%rcx, %%rdx\n\tjg 4f\n\t" \
       "movq 160(%%rsp), %%rcx\n\tmovslq (%%rcx), %%rcx\n\tmovq %%rcx, 88(%%rsp)\n\tcmpq %%rcx, %%rax\n\tjg 4f\n\t" \
