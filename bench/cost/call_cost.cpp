@@ -7,7 +7,9 @@
 // ROAD: facade-lp64, facade-ilp64 (libqnl_rt.so on its reference back-end, the
 // caller's integers 32 or 64 bits wide), direct64 (the back-end's own ILP64
 // OpenBLAS build, 64-bit integers), direct32 (Debian's LP64 OpenBLAS, 32-bit).
-// CALL: ddot (n=1), dgemm (2x2x2), cblas_ddot (n=1), cblas_dgemm (2x2x2, row-major).
+// CALL: ddot (n=1), dgemm (2x2x2), cblas_ddot (n=1), cblas_dgemm (2x2x2, row-major),
+// dpotrf (n=1, a LAPACK entry's frame: the 1x1 factor is its square root, so repeated
+// calls stay positive).
 // Every road calls through a function pointer that the compiler cannot see
 // through, so each pays one indirect call. Prints the last result, so that a
 // road that computes something else is seen.
@@ -27,6 +29,8 @@ using Dot = double (*)(const I*, const double*, const I*, const double*, const I
 template <class I>
 using Gemm = void (*)(const char*, const char*, const I*, const I*, const I*, const double*, const double*, const I*,
                       const double*, const I*, const double*, double*, const I*, size_t, size_t);
+template <class I>
+using Potrf = void (*)(const char*, const I*, double*, const I*, I*, size_t);
 template <class I>
 using CDot = double (*)(I, const double*, I, const double*, I);
 template <class I>
@@ -55,6 +59,12 @@ int run(void* lib, const char* call, long n) {
     auto volatile f = lookup<Gemm<I>>(lib, "dgemm_");
     for (long i = 0; i < n; ++i) f("N", "N", &two, &two, &two, &one, a, &two, b, &two, &zero, c, &two, 1, 1);
     r = c[0] + c[1] + c[2] + c[3];
+  } else if (!std::strcmp(call, "dpotrf")) {
+    auto volatile f = lookup<Potrf<I>>(lib, "dpotrf_");
+    double s = 1e300;
+    I info = 0;
+    for (long i = 0; i < n; ++i) f("L", &one_i, &s, &one_i, &info, 1);
+    r = s + static_cast<double>(info);
   } else if (!std::strcmp(call, "cblas_ddot")) {
     auto volatile f = lookup<CDot<I>>(lib, "cblas_ddot");
     for (long i = 0; i < n; ++i) r = f(1, a, 1, b, 1);

@@ -18,7 +18,7 @@ ir() {
 }
 per_call() { echo $(( ($(ir "$BIN/call_cost" "$1" "$2" $((2 * N))) - $(ir "$BIN/call_cost" "$1" "$2" "$N")) / N )); }
 # Every road must compute the same thing before its instructions are counted.
-for c in ddot dgemm cblas_ddot cblas_dgemm; do
+for c in ddot dgemm cblas_ddot cblas_dgemm dpotrf; do
   want=$("$BIN/call_cost" direct64 $c 3)
   for r in facade-lp64 facade-ilp64 direct32; do
     got=$("$BIN/call_cost" $r $c 3)
@@ -30,7 +30,7 @@ echo "and for LP64 callers Debian's LP64 OpenBLAS; 'added' is the facade's count
 echo
 printf '| %-30s | %-6s | %9s | %10s | %7s | %10s | %7s |\n' call layer facade "direct64" added "direct32" added
 echo '|---|---|---|---|---|---|---|'
-for c in ddot dgemm cblas_ddot cblas_dgemm; do
+for c in ddot dgemm cblas_ddot cblas_dgemm dpotrf; do
   d64=$(per_call direct64 $c)
   d32=$(per_call direct32 $c)
   case $c in
@@ -38,6 +38,7 @@ for c in ddot dgemm cblas_ddot cblas_dgemm; do
     dgemm) label='`dgemm_` 2x2x2' ;;
     cblas_ddot) label='`cblas_ddot` n=1' ;;
     cblas_dgemm) label='`cblas_dgemm` 2x2x2 row-major' ;;
+    dpotrf) label='`dpotrf_` n=1 (LAPACK frame)' ;;
   esac
   for l in lp64 ilp64; do
     f=$(per_call facade-$l $c)

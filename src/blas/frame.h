@@ -196,12 +196,37 @@ inline void* nth(P... a) {
   return all[K];
 }
 
+// Where the quiet road of an unchecked register-only entry goes once the mode test has
+// passed (QNL_PLAIN_ROAD): its LP64 widening or its ILP64 jump, chosen once the layer is
+// settled, so that the quiet road needs no layer test. Null until then.
+template <class D>
+struct PlainTarget {
+  static inline std::atomic<void*> at{nullptr};
+};
+template <class D>
+constexpr bool has_plain_road(size_t n) {
+  return n <= 6 && count_of<D::roles>('i') > 0 && count_of<D::roles>('c') == 0 && count_of<D::roles>('x') == 0 &&
+         !is_complex<typename D::Result> && !D::checked && !D::batch;
+}
+template <class D, size_t N>
+struct PlainRoadFns {
+  __attribute__((naked)) static void lp64();
+  __attribute__((naked)) static void ilp64();
+};
+
 // The entry at a settled layer: verbose read, checker of that width, widening on LP64 (with
 // the index copy of the sparse routines), binding, the call inside the verbose frame.
 template <class D, class... P>
 inline typename D::Result frame_at(int layer, P... a) {
   using R = typename D::Result;
   constexpr size_t N = sizeof...(P);
+  // A mode of 0 read through the site's cell sends the plain road to its target: the
+  // target is stored ahead of the cell, which only the traced call below stores.
+  if constexpr (has_plain_road<D>(N))
+    if (__builtin_expect(PlainTarget<D>::at.load(std::memory_order_relaxed) == nullptr, 0))
+      PlainTarget<D>::at.store(
+          reinterpret_cast<void*>(qnl::layer() == 0 ? &PlainRoadFns<D, N>::lp64 : &PlainRoadFns<D, N>::ilp64),
+          std::memory_order_seq_cst);
   const int32_t m = D::site.mode();
   // The checker's letter compares go straight through the service's slot (checks.h, same):
   // bound here, ahead of the compare that would bind it through its own entry.
@@ -455,40 +480,82 @@ typename D::Result CheckedRoad<D, std::index_sequence<I...>>::lp64(Arg<I>... a) 
       : QNL_ROAD_OPERANDS(D, Road), [full] "i"(Checked::full), [layer] "i"(&qnl_rt_state.interface_layer), \
         [lp64] "i"(&Checked::lp64), [check] "i"(&Checked::check), [refused] "i"(&Checked::refused))
 
-// The checked road of the gemm shape (QNL_GEMM_ROAD), for its ILP64 calls: the checker's
-// two letter compares, then its size tests for "N", "N", each read where it lies on the
-// stack, with no call of a compiled checker in between: only the argument registers are
-// kept across the compares, and nothing else. The compares come first, so a size read can
-// never fault ahead of them; anything but "N", "N" with passing sizes resumes the checker
-// out of line after the compares already made (GemmRoad::resume), which reports as the
-// checker does and lets the call through or turns it down.
+// The checked road of the gemm shape (QNL_GEMM_ROAD): the checker's two letter compares,
+// then its size tests for "N", "N", each read where it lies, with no call of a compiled
+// checker in between: only the argument registers are kept across the compares, and
+// nothing else. The compares come first, so a size read can never fault ahead of them;
+// anything but "N", "N" with passing sizes resumes the checker out of line after the
+// compares already made (GemmRoad::resume), which reports as the checker does and lets the
+// call through or turns it down. On ILP64 the back-end gets the caller's pointers; on LP64
+// the road widens the six integers into words of its own block as it tests them.
 inline constexpr char kLetterN[] = "N";
 
 template <class D>
 struct GemmRoad {
-  // The saved block: the six argument registers, the pad, the return address, then the
-  // caller's stack arguments.
-  static void* arg(void* const* block, size_t k) { return block[k < 6 ? k : k + 2]; }
+  // The saved block: the six argument registers, `Skip` words (the LP64 road's widened
+  // integers and the pad, then the return address), then the caller's stack arguments.
+  template <size_t Skip>
+  static void* arg(void* const* block, size_t k) {
+    return block[k < 6 ? k : k + Skip];
+  }
   // `wa` and `wb` are the words of the compares made; `compare_b` asks for the second one.
-  QNL_COLD static int64_t resume(void* const* b, int64_t wa, int64_t wb, int64_t compare_b) {
-    if (compare_b) wb = check::same_word<int64_t>(arg(b, 1), "N");
-    return check::gemm_options<int64_t, D>(wa, wb, arg(b, 0), arg(b, 1), *static_cast<const int64_t*>(arg(b, 2)),
-                                           *static_cast<const int64_t*>(arg(b, 3)),
-                                           *static_cast<const int64_t*>(arg(b, 4)), arg(b, 7), arg(b, 9), arg(b, 12));
+  template <class I, size_t Skip>
+  QNL_COLD static I resume(void* const* b, I wa, I wb, I compare_b) {
+    if (compare_b) wb = check::same_word<I>(arg<Skip>(b, 1), "N");
+    return check::gemm_options<I, D>(wa, wb, arg<Skip>(b, 0), arg<Skip>(b, 1), *static_cast<const I*>(arg<Skip>(b, 2)),
+                                     *static_cast<const I*>(arg<Skip>(b, 3)), *static_cast<const I*>(arg<Skip>(b, 4)),
+                                     arg<Skip>(b, 7), arg<Skip>(b, 9), arg<Skip>(b, 12));
   }
 };
 
-// One letter compare of the gemm road against "N": the option's address from `from`.
-#define QNL_GEMM_SAME_N(from)                                                    \
-  from "leaq %c[letter_n](%%rip), %%rsi\n\tmovl $1, %%edx\n\tmovl $1, %%ecx\n\t" \
-       "call *%c[lsame](%%rip)\n\t"                                              \
-       "testq %%rax, %%rax\n\t"
+// An LP64 call that the checker let through out of line: widened and sent on, no test left.
+template <class D, class Seq>
+struct GemmAccepted;
+template <class D, size_t... I>
+struct GemmAccepted<D, std::index_sequence<I...>> {
+  QNL_COLD static typename D::Result call(Arg<I>... a) {
+    int64_t w[sizeof...(I)];
+    widen<D>(w, std::index_sequence<I...>{}, a...);
+    return quiet_call<D>(std::index_sequence<I...>{}, quiet_slot<D, typename BackendOf<D, sizeof...(I)>::type>(), 0, w,
+                         a...);
+  }
+};
 
-// Stack offsets in the block: m, n, k saved at 16, 24, 32; lda, ldb, ldc (arguments 7, 9,
-// 12) at 8 * (k + 2). A size of at least 0 has max(1, size) = size + (size < 1).
-#define QNL_GEMM_ROAD(D)                                                   \
-  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<13>>;       \
-  using Checked = qnl::blas::CheckedRoad<D, std::make_index_sequence<13>>; \
+// One letter compare of the gemm road against "N": the option's address from `from`, the
+// result tested at the width's `test` (all 64 bits on ILP64, the low 32 on LP64).
+#define QNL_GEMM_SAME_N(from, test)                                              \
+  from "leaq %c[letter_n](%%rip), %%rsi\n\tmovl $1, %%edx\n\tmovl $1, %%ecx\n\t" \
+       "call *%c[lsame](%%rip)\n\t" test "\n\t"
+// The two compares, the first failing to 2, the second to 3.
+#define QNL_GEMM_COMPARES(test) \
+  QNL_GEMM_SAME_N("", test) "je 2f\n\t" QNL_GEMM_SAME_N("movq 8(%%rsp), %%rdi\n\t", test) "je 3f\n\t"
+// m, n, k in rax, rcx, rdx: any negative fails to 4; then max(1, m) in rax, max(1, k) in rdx.
+#define QNL_GEMM_SIGNS                                \
+  "orq %%rax, %%rcx\n\torq %%rdx, %%rcx\n\tjs 4f\n\t" \
+  "cmpq $1, %%rax\n\tadcq $0, %%rax\n\t"              \
+  "cmpq $1, %%rdx\n\tadcq $0, %%rdx\n\t"
+#define QNL_GEMM_SAVE "pushq %%r9\n\tpushq %%r8\n\tpushq %%rcx\n\tpushq %%rdx\n\tpushq %%rsi\n\tpushq %%rdi\n\t"
+#define QNL_GEMM_RESTORE "popq %%rdi\n\tpopq %%rsi\n\tpopq %%rdx\n\tpopq %%rcx\n\tpopq %%r8\n\tpopq %%r9\n\t"
+// The words handed to resume when the first compare failed, the second, or a size test.
+#define QNL_GEMM_FAILS(at)                                                    \
+  "2:\n\txorl %%esi, %%esi\n\txorl %%edx, %%edx\n\tmovl $1, %%ecx\n\tjmp " at \
+  "\n"                                                                        \
+  "3:\n\tmovl $1, %%esi\n\txorl %%edx, %%edx\n\txorl %%ecx, %%ecx\n\tjmp " at \
+  "\n"                                                                        \
+  "4:\n\tmovl $1, %%esi\n\tmovl $1, %%edx\n\txorl %%ecx, %%ecx\n"
+
+// ILP64 block offsets: m, n, k saved at 16, 24, 32; lda, ldb, ldc (arguments 7, 9, 12) at
+// 8 * (k + 2). A size of at least 0 has max(1, size) = size + (size < 1).
+// LP64 block (from label 6): the registers at 0 to 40, the widened m, n, k, lda, ldb, ldc
+// at 48 to 88, the pad at 96 (aligns the compares), the return address at 104 and the
+// caller's stack arguments from 112 (a, lda, b, ldb, beta, c, ldc). Each value is
+// sign-extended from 32 bits, stored as the back-end's word, then tested at 64 bits, which
+// answers as the 32-bit tests do. The back-end's list is then pushed onto the block:
+// each push moves the caller's next stack argument to the same offset, 184.
+#define QNL_GEMM_ROAD(D)                                                     \
+  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<13>>;         \
+  using Checked = qnl::blas::CheckedRoad<D, std::make_index_sequence<13>>;   \
+  using Accepted = qnl::blas::GemmAccepted<D, std::make_index_sequence<13>>; \
   asm volatile(                                                                                               \
       "movq %c[cell](%%rip), %%rax\n\t"                                                                       \
       "cmpl $0, (%%rax)\n\t"                                                                                  \
@@ -496,43 +563,60 @@ struct GemmRoad {
       "cmpq $0, %c[slot](%%rip)\n\t"                                                                          \
       "je %c[full]\n\t"                                                                                       \
       "cmpl $0, %c[layer](%%rip)\n\t"                                                                         \
-      "je %c[lp64]\n\t"                                                                                       \
-      "subq $8, %%rsp\n\t"                                                                                    \
-      "pushq %%r9\n\tpushq %%r8\n\tpushq %%rcx\n\tpushq %%rdx\n\tpushq %%rsi\n\tpushq %%rdi\n\t"              \
-      QNL_GEMM_SAME_N("") "je 2f\n\t"                                                                         \
-      QNL_GEMM_SAME_N("movq 8(%%rsp), %%rdi\n\t") "je 3f\n\t"                                                 \
+      "je 6f\n\t"                                                                                             \
+      "subq $8, %%rsp\n\t" QNL_GEMM_SAVE                                                                      \
+      QNL_GEMM_COMPARES("testq %%rax, %%rax")                                        \
       "movq 16(%%rsp), %%rax\n\tmovq (%%rax), %%rax\n\t"                                                      \
       "movq 24(%%rsp), %%rcx\n\tmovq (%%rcx), %%rcx\n\t"                                                      \
       "movq 32(%%rsp), %%rdx\n\tmovq (%%rdx), %%rdx\n\t"                                                      \
-      "orq %%rax, %%rcx\n\torq %%rdx, %%rcx\n\tjs 4f\n\t"                                                     \
-      "cmpq $1, %%rax\n\tadcq $0, %%rax\n\t"                                                                  \
-      "cmpq $1, %%rdx\n\tadcq $0, %%rdx\n\t"                                                                  \
+      QNL_GEMM_SIGNS                                                  \
       "movq 72(%%rsp), %%rcx\n\tcmpq (%%rcx), %%rax\n\tjg 4f\n\t"                                             \
       "movq 88(%%rsp), %%rcx\n\tcmpq (%%rcx), %%rdx\n\tjg 4f\n\t"                                             \
       "movq 112(%%rsp), %%rcx\n\tcmpq (%%rcx), %%rax\n\tjg 4f\n"                                              \
-      "5:\n\t"                                                                                                \
-      "popq %%rdi\n\tpopq %%rsi\n\tpopq %%rdx\n\tpopq %%rcx\n\tpopq %%r8\n\tpopq %%r9\n\t"                    \
-      "addq $8, %%rsp\n\t" QNL_ROAD_CALL "\n"                                                                 \
-      "2:\n\txorl %%esi, %%esi\n\txorl %%edx, %%edx\n\tmovl $1, %%ecx\n\tjmp 7f\n"                            \
-      "3:\n\tmovl $1, %%esi\n\txorl %%edx, %%edx\n\txorl %%ecx, %%ecx\n\tjmp 7f\n"                            \
-      "4:\n\tmovl $1, %%esi\n\tmovl $1, %%edx\n\txorl %%ecx, %%ecx\n"                                         \
+      "5:\n\t" QNL_GEMM_RESTORE "addq $8, %%rsp\n\t" QNL_ROAD_CALL "\n"                                       \
+      QNL_GEMM_FAILS("7f")                                                                                    \
       "7:\n\tmovq %%rsp, %%rdi\n\tcall %c[resume]\n\t"                                                        \
       "testq %%rax, %%rax\n\t"                                                                                \
-      "je 5b\n\t"                                                                                             \
-      "popq %%rdi\n\tpopq %%rsi\n\tpopq %%rdx\n\tpopq %%rcx\n\tpopq %%r8\n\tpopq %%r9\n\t"                    \
-      "addq $8, %%rsp\n\t"                                                                                    \
+      "je 5b\n\t" QNL_GEMM_RESTORE "addq $8, %%rsp\n\t"                                                       \
+      "jmp %c[refused]\n"                                                                                     \
+      "6:\n\t"                                                                                                \
+      "subq $56, %%rsp\n\t" QNL_GEMM_SAVE                                                                     \
+      QNL_GEMM_COMPARES("testl %%eax, %%eax")                                        \
+      "movq 16(%%rsp), %%rax\n\tmovslq (%%rax), %%rax\n\tmovq %%rax, 48(%%rsp)\n\t"                           \
+      "movq 24(%%rsp), %%rcx\n\tmovslq (%%rcx), %%rcx\n\tmovq %%rcx, 56(%%rsp)\n\t"                           \
+      "movq 32(%%rsp), %%rdx\n\tmovslq (%%rdx), %%rdx\n\tmovq %%rdx, 64(%%rsp)\n\t"                           \
+      QNL_GEMM_SIGNS                                                  \
+      "movq 120(%%rsp), %%rcx\n\tmovslq (%%rcx), %%rcx\n\tmovq %%rcx, 72(%%rsp)\n\tcmpq %%rcx, %%rax\n\tjg 4f\n\t" \
+      "movq 136(%%rsp), %%rcx\n\tmovslq (%%rcx), %%rcx\n\tmovq %%rcx, 80(%%rsp)\n\tcmpq %%rcx, %%rdx\n\tjg 4f\n\t" \
+      "movq 160(%%rsp), %%rcx\n\tmovslq (%%rcx), %%rcx\n\tmovq %%rcx, 88(%%rsp)\n\tcmpq %%rcx, %%rax\n\tjg 4f\n\t" \
+      "subq $8, %%rsp\n\tpushq $1\n\tpushq $1\n\t"                                                            \
+      "leaq 112(%%rsp), %%rax\n\tpushq %%rax\n\tpushq 184(%%rsp)\n\tpushq 184(%%rsp)\n\t"                     \
+      "leaq 128(%%rsp), %%rax\n\tpushq %%rax\n\tpushq 184(%%rsp)\n\t"                                         \
+      "leaq 136(%%rsp), %%rax\n\tpushq %%rax\n\tpushq 184(%%rsp)\n\t"                                         \
+      "movq 80(%%rsp), %%rdi\n\tmovq 88(%%rsp), %%rsi\n\tmovq 120(%%rsp), %%r9\n\t"                           \
+      "leaq 128(%%rsp), %%rdx\n\tleaq 136(%%rsp), %%rcx\n\tleaq 144(%%rsp), %%r8\n\t"                         \
+      "call *%c[slot](%%rip)\n\t"                                                                             \
+      "addq $184, %%rsp\n\t"                                                                                  \
+      "ret\n"                                                                                                 \
+      QNL_GEMM_FAILS("8f")                                                                                    \
+      "8:\n\tmovq %%rsp, %%rdi\n\tcall %c[resume32]\n\t"                                                      \
+      "testl %%eax, %%eax\n\t" QNL_GEMM_RESTORE "leaq 56(%%rsp), %%rsp\n\t"                                   \
+      "je %c[accepted]\n\t"                                                                                   \
       "jmp %c[refused]"                                                                                       \
       :                                                                                                       \
       : QNL_ROAD_OPERANDS(D, Road), [full] "i"(Checked::full), [layer] "i"(&qnl_rt_state.interface_layer),    \
-        [lp64] "i"(&Checked::lp64), [refused] "i"(&Checked::refused), [lsame] "i"(&qnl::lsame_slot.fn),       \
-        [letter_n] "i"(qnl::blas::kLetterN), [resume] "i"(&qnl::blas::GemmRoad<D>::resume))
+        [refused] "i"(&Checked::refused), [lsame] "i"(&qnl::lsame_slot.fn),                                   \
+        [letter_n] "i"(qnl::blas::kLetterN),                                                                  \
+        [resume] "i"(&qnl::blas::GemmRoad<D>::template resume<int64_t, 2>),                                   \
+        [resume32] "i"(&qnl::blas::GemmRoad<D>::template resume<int32_t, 8>), [accepted] "i"(&Accepted::call))
 
 // The road of an unchecked entry whose arguments all come in registers, none of them a
 // character, an index array or a complex result's address (QNL_PLAIN_ROAD). Verbose off,
-// an ILP64 call is a jump to the back-end; an LP64 call pushes each integer sign-extended
-// and hands the back-end the address where it lies, which is the fewest instructions a
-// 64-bit copy with an address takes. Anything else goes to the whole frame with every
-// argument as it came. `pad` keeps the call 16-byte aligned.
+// the entry jumps to the target its first call settled (PlainTarget): on ILP64 a jump to
+// the back-end; on LP64 a road that pushes each integer sign-extended and hands the
+// back-end the address where it lies, which is the fewest instructions a 64-bit copy with
+// an address takes. Anything else goes to the whole frame with every argument as it came.
+// `pad` keeps the call 16-byte aligned.
 template <class D, class Seq>
 struct PlainRoad;
 template <class D, size_t... I>
@@ -543,9 +627,7 @@ struct PlainRoad<D, std::index_sequence<I...>> {
   static constexpr size_t pad = ints % 2 == 0 ? 1 : 0;
   static constexpr size_t drop = 8 * (ints + pad);
   static constexpr auto cold = &frame_cold<D, Arg<I>...>;
-  static_assert(n <= 6 && ints > 0 && count_of<D::roles>('c') == 0 && count_of<D::roles>('x') == 0 &&
-                    !is_complex<typename D::Result> && !D::checked && !D::batch,
-                "the plain road serves this routine");
+  static_assert(has_plain_road<D>(n), "the plain road serves this routine");
 };
 
 // One LP64 integer in argument register `reg`: its sign-extended copy pushed, the register
@@ -553,25 +635,35 @@ struct PlainRoad<D, std::index_sequence<I...>> {
 #define QNL_PLAIN_WIDEN(k, reg) \
   ".if %c[w" #k "]\n\tmovslq (%%" reg "), %%rax\n\tpushq %%rax\n\tmovq %%rsp, %%" reg "\n\t.endif\n\t"
 
+template <class D, size_t N>
+void PlainRoadFns<D, N>::lp64() {
+  using Road = PlainRoad<D, std::make_index_sequence<N>>;
+  asm volatile(QNL_PLAIN_WIDEN(0, "rdi") QNL_PLAIN_WIDEN(1, "rsi") QNL_PLAIN_WIDEN(2, "rdx")
+                   QNL_PLAIN_WIDEN(3, "rcx") QNL_PLAIN_WIDEN(4, "r8") QNL_PLAIN_WIDEN(5, "r9")
+               ".if %c[pad]\n\tsubq $8, %%rsp\n\t.endif\n\t"
+               "call *%c[slot](%%rip)\n\t"
+               "addq $%c[drop], %%rsp\n\t"
+               "ret"
+               :
+               : [slot] "i"(&D::slot.fn), [pad] "i"(Road::pad), [drop] "i"(Road::drop), [w0] "i"(Road::is_int(0)),
+                 [w1] "i"(Road::is_int(1)), [w2] "i"(Road::is_int(2)), [w3] "i"(Road::is_int(3)),
+                 [w4] "i"(Road::is_int(4)), [w5] "i"(Road::is_int(5)));
+}
+
+template <class D, size_t N>
+void PlainRoadFns<D, N>::ilp64() {
+  asm volatile("jmp *%c[slot](%%rip)" : : [slot] "i"(&D::slot.fn));
+}
+
 #define QNL_PLAIN_ROAD(D, N)                                         \
   using Road = qnl::blas::PlainRoad<D, std::make_index_sequence<N>>; \
-  asm volatile("movq %c[cell](%%rip), %%rax\n\t"                                                           \
-               "cmpl $0, (%%rax)\n\t"                                                                      \
-               "jne %c[cold]\n\t"                                                                          \
-               "cmpl $0, %c[layer](%%rip)\n\t"                                                             \
-               "jne 1f\n\t" QNL_PLAIN_WIDEN(0, "rdi") QNL_PLAIN_WIDEN(1, "rsi") QNL_PLAIN_WIDEN(2, "rdx")  \
-                   QNL_PLAIN_WIDEN(3, "rcx") QNL_PLAIN_WIDEN(4, "r8") QNL_PLAIN_WIDEN(5, "r9")             \
-               ".if %c[pad]\n\tsubq $8, %%rsp\n\t.endif\n\t"                                               \
-               "call *%c[slot](%%rip)\n\t"                                                                 \
-               "addq $%c[drop], %%rsp\n\t"                                                                 \
-               "ret\n"                                                                                     \
-               "1:\n\t"                                                                                    \
-               "jmp *%c[slot](%%rip)"                                                                      \
-               :                                                                                           \
-               : [cell] "i"(&D::site.cell), [slot] "i"(&D::slot.fn), [cold] "i"(Road::cold),               \
-                 [layer] "i"(&qnl_rt_state.interface_layer), [pad] "i"(Road::pad), [drop] "i"(Road::drop), \
-                 [w0] "i"(Road::is_int(0)), [w1] "i"(Road::is_int(1)), [w2] "i"(Road::is_int(2)),          \
-                 [w3] "i"(Road::is_int(3)), [w4] "i"(Road::is_int(4)), [w5] "i"(Road::is_int(5)))
+  asm volatile(                                                      \
+      "movq %c[cell](%%rip), %%rax\n\t"                              \
+      "cmpl $0, (%%rax)\n\t"                                         \
+      "jne %c[cold]\n\t"                                             \
+      "jmp *%c[target](%%rip)"                                       \
+      :                                                              \
+      : [cell] "i"(&D::site.cell), [cold] "i"(Road::cold), [target] "i"(&qnl::blas::PlainTarget<D>::at))
 
 // A _direct entry: no checker and no record. It binds both its slots, then takes the direct
 // symbol when the flag byte's bit 0 is set or the sizes are small.
