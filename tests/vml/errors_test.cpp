@@ -136,15 +136,6 @@ TEST(VmlErrors, NanArgumentsAreNoError) {
   }
 }
 
-TEST(VmlErrors, BadSizeAndNullStatus) {
-  vmlClearErrStatus();
-  double y;
-  vdExp(-1, nullptr, &y);
-  EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_BADSIZE);
-  vdExp(1, nullptr, &y);
-  EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_BADMEM);
-}
-
 TEST(VmlErrors, PackAndUnpackBothWays) {
   std::vector<double> a = {0, 1, 2, 3, 4, 5, 6, 7}, y(4, -1), back(8, -1);
   vdPackI(4, a.data(), 2, y.data());
