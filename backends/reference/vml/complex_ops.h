@@ -24,7 +24,16 @@ struct Traits {
   static constexpr int kInfiniteStatus = inf_status;
 };
 
-#define QNL_COMPLEX1(Stem, exact, errors, inf_status, expr)          \
+// Working precisions by mode: Own (exact functions), Work (wider in HA only), or
+// Widest in every mode: the power, whose error grows with the size of its
+// exponent's product with the logarithm, and tan and tanh, whose C-library
+// forms near |tanh| = 1 miss by 4 ulps and more.
+template <class T, int>
+using Own = T;
+template <class T, int>
+using Widest = typename Wider<T>::type;
+
+#define QNL_COMPLEX1(Stem, Prec, errors, inf_status, expr)           \
   struct Stem : Traits<errors, inf_status> {                         \
     template <class W>                                               \
     static C<W> eval(C<W> x) {                                       \
@@ -32,37 +41,29 @@ struct Traits {
     }                                                                \
     template <int A, class T>                                        \
     static bool map(int32_t n, const C<T>* a, C<T>* y) {             \
-      using W = std::conditional_t<exact, T, Work<T, A>>;            \
+      using W = Prec<T, A>;                                          \
       for (int32_t i = 0; i < n; ++i) y[i] = C<T>(eval(C<W>(a[i]))); \
       return true;                                                   \
     }                                                                \
   };
 
-QNL_COMPLEX1(Acos, false, kInfinite, kOverflow, std::acos(x))
-QNL_COMPLEX1(Acosh, false, kInfinite, kOverflow, std::acosh(x))
-QNL_COMPLEX1(Asin, false, kInfinite, kOverflow, std::asin(x))
-QNL_COMPLEX1(Asinh, false, kInfinite, kOverflow, std::asinh(x))
-QNL_COMPLEX1(Atan, false, kInfinite, kSing, std::atan(x))
-QNL_COMPLEX1(Atanh, false, kInfinite, kSing, std::atanh(x))
-QNL_COMPLEX1(Conj, true, kNone, kOverflow, std::conj(x))
-QNL_COMPLEX1(Cos, false, kInfinite, kOverflow, std::cos(x))
-QNL_COMPLEX1(Cosh, false, kInfinite, kOverflow, std::cosh(x))
-QNL_COMPLEX1(Exp, false, kInfinite, kOverflow, std::exp(x))
-QNL_COMPLEX1(Ln, false, kInfinite, kSing, std::log(x))
-QNL_COMPLEX1(Log10, false, kInfinite, kSing, std::log10(x))
-QNL_COMPLEX1(Sin, false, kInfinite, kOverflow, std::sin(x))
-QNL_COMPLEX1(Sinh, false, kInfinite, kOverflow, std::sinh(x))
-QNL_COMPLEX1(Sqrt, false, kInfinite, kOverflow, std::sqrt(x))
-QNL_COMPLEX1(Tan, false, kInfinite, kOverflow, std::tan(x))
-QNL_COMPLEX1(Tanh, false, kInfinite, kOverflow, std::tanh(x))
-
-// Working precision of a two-argument function: its own type (exact ones),
-// Work (wider in HA only), or Wider in every mode: the power, whose error grows
-// with the size of its exponent's product with the logarithm.
-template <class T, int>
-using Own = T;
-template <class T, int>
-using Widest = typename Wider<T>::type;
+QNL_COMPLEX1(Acos, Work, kInfinite, kOverflow, std::acos(x))
+QNL_COMPLEX1(Acosh, Work, kInfinite, kOverflow, std::acosh(x))
+QNL_COMPLEX1(Asin, Work, kInfinite, kOverflow, std::asin(x))
+QNL_COMPLEX1(Asinh, Work, kInfinite, kOverflow, std::asinh(x))
+QNL_COMPLEX1(Atan, Work, kInfinite, kSing, std::atan(x))
+QNL_COMPLEX1(Atanh, Work, kInfinite, kSing, std::atanh(x))
+QNL_COMPLEX1(Conj, Own, kNone, kOverflow, std::conj(x))
+QNL_COMPLEX1(Cos, Work, kInfinite, kOverflow, std::cos(x))
+QNL_COMPLEX1(Cosh, Work, kInfinite, kOverflow, std::cosh(x))
+QNL_COMPLEX1(Exp, Work, kInfinite, kOverflow, std::exp(x))
+QNL_COMPLEX1(Ln, Work, kInfinite, kSing, std::log(x))
+QNL_COMPLEX1(Log10, Work, kInfinite, kSing, std::log10(x))
+QNL_COMPLEX1(Sin, Work, kInfinite, kOverflow, std::sin(x))
+QNL_COMPLEX1(Sinh, Work, kInfinite, kOverflow, std::sinh(x))
+QNL_COMPLEX1(Sqrt, Work, kInfinite, kOverflow, std::sqrt(x))
+QNL_COMPLEX1(Tan, Widest, kInfinite, kOverflow, std::tan(x))
+QNL_COMPLEX1(Tanh, Widest, kInfinite, kOverflow, std::tanh(x))
 
 // x^z = exp(z log x). The working type carries z log x with an absolute error of
 // |z| |log x| times its epsilon, and exp makes that the result's relative error:

@@ -159,9 +159,11 @@ template <class Op, class E, class N, int A>
 struct Binary {
   static void run(int32_t n, const E* a, const E* b, E* y, int64_t first) {
     for_blocks(n, [&](int32_t lo, int32_t m) {
+      // Kept also without errors to scan: a fix-up pass after the kernel (Atan2's
+      // subnormal results) reads the arguments again.
       Scratch<E> in, in2;
-      const E* x = Op::kErrors ? keep(a + lo, y + lo, m, in) : a + lo;
-      const E* z = Op::kErrors ? keep(b + lo, y + lo, m, in2) : b + lo;
+      const E* x = keep(a + lo, y + lo, m, in);
+      const E* z = keep(b + lo, y + lo, m, in2);
       Op::template map<A>(m, x, z, y + lo);
       if constexpr (Op::kErrors != 0) check<Op>(N::name, m, x, z, E(1), y + lo, first + lo);
     });
@@ -250,15 +252,46 @@ struct Modf {
   }
 };
 
+// x s + h as an unevaluated sum hi + lo to about twice the precision of double:
+// the product's rounding error by a fused multiply-add, the sum's by two-sum.
+// A zero leading part passes the trailing one up, so that hi is zero only when
+// the whole is.
+inline void affine(double x, double s, double h, double& hi, double& lo) {
+  const double p = x * s, pe = std::fma(x, s, -p);
+  hi = p + h;
+  const double v = hi - p;
+  lo = ((p - (hi - v)) + (h - v)) + pe;
+  if (hi == 0) hi = lo, lo = 0;
+}
+
+// (a sa + ha) / (b sb + hb) to within about half an ulp in every mode: a
+// difference that cancels in the numerator or the denominator would otherwise
+// leave any number of wrong bits. Floats are exact products in double; doubles
+// divide the leading parts and correct the quotient by the exact remainder and
+// the trailing parts. Where the leading quotient is not finite it stands.
+inline float linear_fraction(float a, float b, float sa, float ha, float sb, float hb, bool& singular) {
+  const double num = double(a) * sa + ha, den = double(b) * sb + hb;
+  singular = den == 0 && !std::isnan(num);
+  return static_cast<float>(num / den);
+}
+inline double linear_fraction(double a, double b, double sa, double ha, double sb, double hb, bool& singular) {
+  double nh, nl, dh, dl;
+  affine(a, sa, ha, nh, nl);
+  affine(b, sb, hb, dh, dl);
+  singular = dh == 0 && !std::isnan(nh);
+  const double q = nh / dh;
+  if (!std::isfinite(q) || !std::isfinite(nl) || !std::isfinite(dl)) return q;
+  return q + ((std::fma(-q, dh, nh) + nl) - q * dl) / dh;
+}
+
 template <class T, class N, int A>
 struct LinearFrac {
   static void run(int32_t n, const T* a, const T* b, T sa, T ha, T sb, T hb, T* y, int64_t first) {
     for (int32_t i = 0; i < n; ++i) {
-      T num = a[i] * sa + ha, den = b[i] * sb + hb;
-      T r = num / den;
-      if (den == 0 && !std::isnan(num)) {
-        Reporter(N::name).report(kSing, first + i, a[i], b[i], &r);
-      }
+      bool singular;
+      const T ai = a[i], bi = b[i];  // y may be a or b
+      T r = linear_fraction(ai, bi, sa, ha, sb, hb, singular);
+      if (singular) Reporter(N::name).report(kSing, first + i, ai, bi, &r);
       y[i] = r;
     }
   }
