@@ -5,6 +5,8 @@
 // through a small shim that sits first in its scope and takes its xerbla_ calls.
 #include "forward.h"
 
+#include "../../src/runtime/loaded_object.h"
+
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -31,10 +33,7 @@ void* open_library(const char* path) {
 }
 
 // The file that holds this back-end.
-const char* own_file() {
-  Dl_info self;
-  return dladdr(reinterpret_cast<void*>(&own_file), &self) ? self.dli_fname : nullptr;
-}
+const char* own_file() { return qnl::loaded_object_name(reinterpret_cast<void*>(&own_file)); }
 
 // The shim lives beside this library.
 void* open_shim() {

@@ -12,6 +12,8 @@
 
 #include "backend_services.h"
 #include "forward.h"
+#include "../../src/runtime/cpu_features.h"
+#include "../../src/runtime/loaded_object.h"
 #include "reference.h"
 
 namespace qnl_ref {
@@ -72,11 +74,8 @@ void release_block(void* p) {
 
 using AppXerbla = void (*)(const char*, const int64_t*, size_t);
 
-// The file of the object that holds an address, or null.
-const char* object_of(const void* address) {
-  Dl_info info;
-  return address && dladdr(address, &info) ? info.dli_fname : nullptr;
-}
+// The file of the object that holds an address ("" for the main program), or null.
+const char* object_of(const void* address) { return qnl::loaded_object_name(address); }
 
 struct XerblaSearch {
   const char* shim;  // takes OpenBLAS's reports for this back-end
@@ -285,10 +284,10 @@ int32_t qnl_serv_cbwr_set(int32_t setting) {
   return 0;
 }
 int32_t qnl_serv_cbwr_get_auto_branch(void) { return 1; }
-int32_t qnl_serv_is_sse4_2_enabled(void) { return __builtin_cpu_supports("sse4.2"); }
-int32_t qnl_serv_is_avx_enabled(void) { return __builtin_cpu_supports("avx"); }
-int32_t qnl_serv_is_avx2_enabled(void) { return __builtin_cpu_supports("avx2"); }
-int32_t qnl_serv_is_avx512_enabled(void) { return __builtin_cpu_supports("avx512f"); }
+int32_t qnl_serv_is_sse4_2_enabled(void) { return qnl::cpu::has(qnl::cpu::kSse42); }
+int32_t qnl_serv_is_avx_enabled(void) { return qnl::cpu::has(qnl::cpu::kAvx); }
+int32_t qnl_serv_is_avx2_enabled(void) { return qnl::cpu::has(qnl::cpu::kAvx2); }
+int32_t qnl_serv_is_avx512_enabled(void) { return qnl::cpu::has(qnl::cpu::kAvx512f); }
 int32_t qnl_serv_is_avx512_mic_enabled(void) { return 0; }
 
 // version and control

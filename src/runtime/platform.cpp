@@ -1,5 +1,7 @@
 #include "platform.h"
 
+#include "loaded_object.h"
+
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -94,19 +96,16 @@ int executable_file_name(char* buf, int size) {
 }
 
 int module_file_name(const void* address, char* buf, int size) {
-  // A library's absolute record is trusted as it stands (its links resolved):
-  // cheaper than having the kernel print the whole map of the process. The main
-  // program's record is its argv[0], which the caller chose, so it goes to the map.
-  Dl_info info;
-  const bool known = dladdr(address, &info) && info.dli_fname;
-  if (known && info.dli_fname[0] == '/' && info.dli_fname != program_invocation_name)
-    return resolved_path(info.dli_fname, buf, size);
+  // A library's absolute record is trusted as it stands (its links resolved),
+  // and the main program is the executable the kernel names: both cheaper than
+  // having the kernel print the whole map of the process, which is left for a
+  // library found through a relative path.
+  const char* name = loaded_object_name(address);
+  if (name && name[0] == '\0') return executable_file_name(buf, size);
+  if (name && name[0] == '/') return resolved_path(name, buf, size);
   char path[PATH_MAX];
   if (mapped_file(address, path, sizeof path)) return resolved_path(path, buf, size);
-  // Without a map of loaded files, only an absolute record can be trusted.
-  if (!known) return executable_file_name(buf, size);
-  if (info.dli_fname[0] != '/') return 0;
-  return resolved_path(info.dli_fname, buf, size);
+  return name ? 0 : executable_file_name(buf, size);
 }
 
 int get_environment(const char* name, char* buf, int size) {

@@ -4,6 +4,7 @@
 // (Philox) or on the AES instructions (ARS).
 #include <immintrin.h>
 
+#include "../../../src/runtime/cpu_features.h"
 #include "vsl_internal.h"
 
 namespace qnl_vsl {
@@ -81,11 +82,9 @@ __attribute__((target("avx512f"))) void philox_lanes_avx512(const uint32_t* key,
     for (int k = 0; k < 4; ++k) out[4 * j + k] = w[k][j];
 }
 using LanesFn = void (*)(const uint32_t*, const uint32_t*, uint32_t*);
-const LanesFn philox_lanes_best = [] {
-  __builtin_cpu_init();
-  return __builtin_cpu_supports("avx512f") ? philox_lanes_avx512 : philox_lanes;
-}();
-void philox_fast(const uint32_t* key, const uint32_t* ctr, uint32_t* out) { philox_lanes_best(key, ctr, out); }
+void philox_fast(const uint32_t* key, const uint32_t* ctr, uint32_t* out) {
+  (qnl::cpu::has(qnl::cpu::kAvx512f) ? philox_lanes_avx512 : philox_lanes)(key, ctr, out);
+}
 
 void philox_one(const uint32_t* key, const uint32_t* ctr, uint32_t* out) {
   uint32_t c[4] = {ctr[0], ctr[1], ctr[2], ctr[3]}, k0 = key[0], k1 = key[1];

@@ -23,6 +23,7 @@ Sleef___m512d_2 Sleef_sincosd8_u10avx512f(__m512d);
 }
 #pragma GCC pop_options
 
+#include "../../../src/runtime/cpu_features.h"
 #include "dist.h"
 
 namespace qnl_vsl {
@@ -64,13 +65,11 @@ __attribute__((target("avx512f"))) void bm_avx512(double* x, double* y, int m) {
   bm_scalar(x + i, y + i, m - i);
 }
 using BmFn = void (*)(double*, double*, int);
-BmFn pick_bm() {
-  __builtin_cpu_init();
-  if (__builtin_cpu_supports("avx512f")) return bm_avx512;
-  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma")) return bm_avx2;
+BmFn bm_for_this_cpu() {
+  if (qnl::cpu::has(qnl::cpu::kAvx512f)) return bm_avx512;
+  if (qnl::cpu::has(qnl::cpu::kAvx2 | qnl::cpu::kFma)) return bm_avx2;
   return bm_scalar;
 }
-const BmFn bm = pick_bm();
 
 }  // namespace
 
@@ -161,11 +160,11 @@ int gaussian_std(void* stream, int method, int n, double* z) {
       int h = (m + 1) / 2;                 // pairs; an odd count drops the last sine
       double* w = m % 2 ? buf : z + done;  // in place when whole pairs fit
       if (int rc = uniform01(stream, 2 * h, w)) return rc;
-      bm(w, w + h, h);
+      bm_for_this_cpu()(w, w + h, h);
       if (w == buf) std::memcpy(z + done, buf, sizeof(double) * m);
     } else {
       if (int rc = uniform01(stream, 2 * m, buf)) return rc;
-      bm(buf, buf + m, m);
+      bm_for_this_cpu()(buf, buf + m, m);
       std::memcpy(z + done, buf + m, sizeof(double) * m);  // the sines
     }
     done += m;
