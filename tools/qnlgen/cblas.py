@@ -1,6 +1,6 @@
 """cblas.sig -> the CBLAS entries: an LP64 and an ILP64 body of each routine behind a
 C-layer selector, both ending in the library's own Fortran entry."""
-from dataclasses import dataclass, field
+from dataclasses import dataclass, field, replace
 from pathlib import Path
 
 from .common import table_rows
@@ -128,6 +128,11 @@ def entry(r, label):
     e = Entry(r.name, result_type(r), params, [r.export], symbol=f"qnl_cblas_{r.name}", selector=True, data=r,
               width_exports="widths" in r.flags, prelude=traits(r, label),
               call=f"  return qnl::cblas::{r.shape}<{{I}}, C_{r.name}>({names});\n")
+    if r.shape == "gemm" and r.letter in "sd":
+        # the real gemm bodies have a road of their own (cblas_gemm_road.h)
+        e.result = f"__attribute__((naked)) {e.result}"
+        e.params = [replace(p, cname="") for p in e.params]
+        e.call = f"  QNL_CBLAS_GEMM_ROAD(C_{r.name}, {{I}});\n"
     # The header is the contract: the LP64 body has the type its prototype declares.
     e.after = f"static_assert(std::is_same_v<decltype({r.export}), decltype({e.twin_body('lp64')})>);\n"
     return e
