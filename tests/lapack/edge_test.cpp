@@ -72,11 +72,10 @@ TEST_P(Edge, EveryFailedAllocationReportsAndFreesWhatItHad) {
   int tested = 0;
   for (int i = 0; i < kCaseCount; ++i) {
     const Case& c = kCases[i];
-    int heap = 0, info = -1;
-    for (int k = 0; k < c.nargs; ++k) {
+    int heap = 0;
+    for (int k = 0; k < c.nargs; ++k)
       heap += is_array(c.args[k]) && c.args[k].cfg[kHolds].referenced && c.args[k].cfg[kHolds].length > 16;
-      if (!std::strcmp(c.args[k].cls, "o") && has(c.args[k].flags, 'z') && info < 0) info = k;
-    }
+    const int info = info_index(c);
     if (!heap) continue;
     SCOPED_TRACE(c.name);
     Call cl(c, kHolds, true);
