@@ -27,6 +27,15 @@ inline std::string upper(std::string s) {
   return s;
 }
 
+// A Fortran entry's three spellings (lower, lower_, UPPER) are one body; UPPER_ is not exported.
+inline void expect_fortran_spellings(const std::string& lower) {
+  void* body = exported(lower.c_str());
+  ASSERT_NE(body, nullptr) << lower;
+  EXPECT_EQ(exported((lower + "_").c_str()), body) << lower;
+  EXPECT_EQ(exported(upper(lower).c_str()), body) << lower;
+  EXPECT_EQ(exported((upper(lower) + "_").c_str()), nullptr) << lower;
+}
+
 // What `call` prints on standard output, where the library reports.
 template <class F>
 std::string printed(F&& call) {

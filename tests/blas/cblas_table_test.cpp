@@ -1,9 +1,6 @@
-// CBLAS entries from the routine table, on both interfaces: the exported set, what reaches
-// the Fortran back-end symbol in column-major and in row-major, and the parameter numbers
-// of the checks.
+// CBLAS entries from the routine table, on both interfaces: what reaches the Fortran back-end
+// symbol in column-major and in row-major, and the parameter numbers of the checks.
 #include <dlfcn.h>
-
-#include <set>
 
 #include "cblas_harness.h"
 
@@ -14,17 +11,36 @@ namespace {
 bool computed_here(const CblasCase& c) { return c.fortran[0] == '\0'; }
 bool batch(const CblasCase& c) { return std::strcmp(c.shape, "gemm_batch") == 0; }
 
-TEST(CblasExports, EveryTableEntryAndNoXerbla) {
-  std::set<std::string> names;
-  for (const auto& c : kCblasCases) {
-    EXPECT_NE(dlsym(RTLD_DEFAULT, c.name), nullptr) << c.name;
-    names.insert(c.name);
-  }
-  EXPECT_EQ(names.size(), std::size(kCblasCases)) << "no name twice";
-  EXPECT_EQ(dlsym(RTLD_DEFAULT, "cblas_xerbla"), nullptr);
-  for (const char* w :
-       {"cblas_dgemm_alloc_lp64", "cblas_dgemm_alloc_ilp64", "cblas_sgemm_alloc_lp64", "cblas_sgemm_alloc_ilp64"})
-    EXPECT_NE(dlsym(RTLD_DEFAULT, w), nullptr) << w;
+// Checks: the C parameter numbers reported, and whether the Fortran entry was still called.
+struct CheckCase {
+  const char* name;
+  Overrides over;
+  std::vector<int32_t> numbers;
+  bool reaches;  // the call goes on to the Fortran entry (which may turn it down itself)
+};
+
+constexpr double kBad = 7;
+
+// One call with `over`: the reports under the C name, the caller's data bit for bit, no
+// scratch left behind; `starve` fails the first scratch allocation.
+template <class I>
+void expect_check(const CblasCase& c, const Overrides& over, const std::vector<int32_t>& numbers, bool reaches,
+                  bool starve = false) {
+  qnl_probe_reset();
+  Args<I> args(c, over);
+  args.fill();
+  const std::vector<double> before = args.contents();
+  if (starve) qnl_probe_fail_allocations(1);
+  args.run();
+  EXPECT_EQ(cblas_reports(c.name), numbers);
+  EXPECT_EQ(std::memcmp(args.contents().data(), before.data(), before.size() * sizeof(double)), 0)
+      << "the caller's data as it was, bit for bit";
+  // a call that goes on meets the Fortran entry's own checks: it may report there too
+  int entered = 0;
+  for (const auto& r : reports()) entered += r.name.rfind("cblas_", 0) != 0;
+  entered += qnl_probe_count_of(("qnl_blas_" + std::string(c.fortran)).c_str());
+  EXPECT_EQ(entered > 0, reaches);
+  EXPECT_EQ(qnl_probe_live_allocations(), 0);
 }
 
 // Row-major calls: a row-major call on A must reach the Fortran entry exactly as the
@@ -110,7 +126,7 @@ template <class I>
 void row_major_mirrors_column_major(Layer layer) {
   set_layer(layer);
   watch();
-  int compared = 0;
+  int compared = 0, starved = 0;
   for (const auto& c : kCblasCases) {
     if (computed_here(c) || batch(c) || c.codes[0] != 'L') continue;
     for (Overrides row : option_combinations(c, kDistinctSizes)) {
@@ -155,33 +171,77 @@ void row_major_mirrors_column_major(Layer layer) {
       if (!m.conjugates) {
         EXPECT_EQ(join(got_pointers), join(want_pointers));
       }
+      if (qnl_probe_allocations() > 0) {  // a road with scratch: without it, 1000 and no call
+        expect_check<I>(c, row, {1000}, false, true);
+        ++starved;
+      }
       ++compared;
     }
   }
   EXPECT_GT(compared, 700);
+  EXPECT_GT(starved, 30);
 }
 
 TEST(CblasForwarding, RowMajorMirrorsColumnMajorLp64) { row_major_mirrors_column_major<int32_t>(LP64); }
 TEST(CblasForwarding, RowMajorMirrorsColumnMajorIlp64) { row_major_mirrors_column_major<int64_t>(ILP64); }
 
-// Checks: the C parameter numbers reported, and whether the Fortran entry was still called.
-struct CheckCase {
-  const char* name;
-  Overrides over;
-  std::vector<int32_t> numbers;
-  bool reaches;         // the call goes on to the Fortran entry (which may turn it down itself)
-  bool starve = false;  // the scratch allocation fails
-};
+// The value that fails an argument's own check: an unknown option, a negative size, a zero
+// leading dimension or increment. Other arguments are not checked by the C layer.
+bool bad_value(char code, const std::string& name, double& v) {
+  if (std::strchr("LTKUGSD", code)) return v = kBad, true;
+  if (code != 'i') return false;
+  v = name.rfind("ld", 0) == 0 || name.rfind("inc", 0) == 0 ? 0 : -1;
+  return true;
+}
 
-constexpr double kBad = 7;
+// Level 2 reports a bad option and goes on with an undefined character, which the Fortran
+// entry turns down; ?trsv, the layout and every level 3 option stop at the report.
+bool goes_on(const CblasCase& c, char code) {
+  return std::strchr("TUG", code) && std::strcmp(c.shape, "trsv") != 0 &&
+         one_of(c.shape, {"gemv", "gbmv", "ger", "gerc", "symv", "sbmv", "spmv", "syr", "spr", "syr2", "spr2", "trmv",
+                          "tbmv", "tpmv"});
+}
 
-// The CBLAS testers' error exits prove each parameter number of the standard routines when it
-// alone is bad; these rows are what they do not try: several bad arguments at once, options
-// that report and go on, quick returns before a check, the routines of this library's own.
+// Every checked argument of every level 2, level 3 and packed routine, alone bad, under
+// every combination of the other options the routine takes, in both layouts (the complex
+// row-major roads conjugate data first): reported under its own position in the C call.
+template <class I>
+void every_bad_argument_alone(Layer layer) {
+  set_layer(layer);
+  int tried = 0;
+  for (const auto& c : kCblasCases) {
+    if ((!std::strchr(c.codes, 'L') && !std::strchr(c.codes, 'D')) || batch(c)) continue;
+    const auto names = split(c.args);
+    for (const Overrides& good : option_combinations(c, {}, "LTKUGSD")) {
+      qnl_probe_reset();
+      Args<I>(c, good).run();
+      if (!reports().empty()) continue;  // a combination the routine turns down
+      for (size_t k = 0; k < names.size(); ++k) {
+        Overrides over = good;
+        if (!bad_value(c.codes[k], names[k], over[names[k]])) continue;
+        SCOPED_TRACE(testing::Message() << c.name << " " << testing::PrintToString(over));
+        // a packed operand's leading dimension is not looked at
+        const bool packed = (names[k] == "lda" && good.count("transa") && good.at("transa") == 151) ||
+                            (names[k] == "ldb" && good.count("transb") && good.at("transb") == 151);
+        if (packed)
+          expect_check<I>(c, over, {}, true);
+        else
+          expect_check<I>(c, over, {static_cast<int32_t>(k + 1)}, goes_on(c, c.codes[k]));
+        ++tried;
+      }
+    }
+  }
+  EXPECT_GT(tried, 5000);
+}
+
+TEST(CblasChecks, EveryBadArgumentAloneLp64) { every_bad_argument_alone<int32_t>(LP64); }
+TEST(CblasChecks, EveryBadArgumentAloneIlp64) { every_bad_argument_alone<int64_t>(ILP64); }
+
+// What one bad argument at a time does not show: the order among several bad arguments,
+// options that report and go on, quick returns before a check, leading dimensions against
+// the sizes as the options have them, and the early returns of the index routines.
 const CheckCase kCheckCases[] = {
-    // level 2: layout first, options report and go on, then numeric checks in table order
     {"cblas_dgemv", {{"layout", kBad}, {"m", -1}}, {1}, false},
-    {"cblas_dgemv", {{"trans", kBad}}, {2}, true},
     {"cblas_dgemv", {{"trans", kBad}, {"m", -1}}, {2, 3}, false},
     {"cblas_zgemv", {{"layout", 101}, {"trans", kBad}, {"m", 0}}, {}, false},
     {"cblas_zgemv", {{"trans", kBad}, {"m", 0}}, {2}, false},
@@ -192,95 +252,40 @@ const CheckCase kCheckCases[] = {
     {"cblas_sgemv", {{"alpha", NAN}, {"beta", 1}}, {}, true},
     {"cblas_zgbmv", {{"n", 0}}, {}, false},
     {"cblas_dger", {{"incx", 0}, {"incy", 0}}, {6}, false},
-    {"cblas_dsymv", {{"uplo", kBad}}, {2}, true},
     {"cblas_dtrmv", {{"trans", kBad}, {"diag", kBad}}, {3, 4}, true},
     {"cblas_dtrsv", {{"uplo", kBad}, {"n", -1}}, {2}, false},
-    {"cblas_ztrsv", {{"trans", kBad}}, {3}, false},
-    {"cblas_dtbsv", {{"uplo", kBad}}, {2}, true},
-    // level 3: options, sizes, then the layout, then leading dimensions
     {"cblas_dgemm", {{"layout", kBad}, {"m", -1}}, {4}, false},
     {"cblas_dgemm", {{"transa", kBad}, {"m", -1}}, {2}, false},
-    {"cblas_cgemm3m", {{"k", -1}}, {6}, false},
     {"cblas_cgemmt", {{"transa", 113}}, {3}, false},
     {"cblas_zgemmt", {{"transb", 113}}, {4}, false},
     {"cblas_dgemmt", {{"transa", 113}}, {}, true},
-    {"cblas_dgemmt", {{"uplo", kBad}}, {2}, false},
-    {"cblas_sgemmt", {{"n", -1}}, {5}, false},
-    {"cblas_sgemmt", {{"k", -1}}, {6}, false},
     {"cblas_dgemmt", {{"n", 3}, {"lda", 2}}, {9}, false},
     {"cblas_dgemmt", {{"n", 3}, {"transb", 112}, {"ldb", 2}}, {11}, false},
     {"cblas_dgemmt", {{"n", 3}, {"ldc", 2}}, {14}, false},
     {"cblas_csyrk", {{"trans", 112}}, {}, true},
     {"cblas_dsyrk", {{"trans", 113}}, {}, true},
     {"cblas_cherk", {{"trans", 113}}, {}, true},
-    // packed GEMM
-    {"cblas_dgemm_alloc", {{"identifier", kBad}}, {1}, false},
-    {"cblas_dgemm_alloc", {{"m", -1}}, {2}, false},
-    {"cblas_sgemm_alloc", {{"n", -1}}, {3}, false},
-    {"cblas_sgemm_alloc", {{"k", -1}}, {4}, false},
-    {"cblas_dgemm_pack", {{"identifier", kBad}}, {2}, false},
-    {"cblas_dgemm_pack", {{"trans", kBad}}, {3}, false},
-    {"cblas_dgemm_pack", {{"m", -1}}, {4}, false},
-    {"cblas_dgemm_pack", {{"n", -1}}, {5}, false},
-    {"cblas_dgemm_pack", {{"k", -1}}, {6}, false},
-    {"cblas_dgemm_pack", {{"layout", kBad}}, {1}, false},
     {"cblas_dgemm_pack", {{"m", 3}, {"ld", 2}}, {9}, false},
     {"cblas_dgemm_pack", {{"identifier", 162}, {"trans", 112}, {"n", 7}, {"ld", 6}}, {9}, false},
-    {"cblas_dgemm_compute", {{"transa", kBad}}, {2}, false},
     {"cblas_dgemm_compute", {{"transb", 152}}, {3}, false},
-    {"cblas_dgemm_compute", {{"transa", 151}, {"lda", 0}}, {}, true},
     {"cblas_dgemm_compute", {{"m", 3}, {"lda", 2}}, {8}, false},
     {"cblas_dgemm_compute", {{"k", 3}, {"ldb", 2}}, {10}, false},
     {"cblas_dgemm_compute", {{"transb", 151}, {"k", 3}, {"ldb", 2}}, {}, true},
     {"cblas_dgemm_compute", {{"m", 3}, {"ldc", 2}}, {13}, false},
-    // level 1: the index routines return early
     {"cblas_idamax", {{"n", 0}}, {}, false},
     {"cblas_idamax", {{"incx", 0}}, {}, false},
     {"cblas_icamin", {{"incx", -1}}, {}, false},
     {"cblas_ddot", {{"n", -1}}, {}, true},
-    // row-major complex roads that conjugate data: a copy, or a negation in place undone on the
-    // way out (also after a report); an empty vector needs no scratch
-    {"cblas_zhemv", {{"layout", 101}, {"n", 3}, {"incy", 0}}, {11}, false},
-    {"cblas_ztrmv", {{"layout", 101}, {"trans", 113}, {"n", 3}, {"lda", 1}}, {7}, false},
-    {"cblas_ztbsv", {{"layout", 101}, {"trans", 113}, {"n", 3}, {"k", -1}}, {6}, false},
-    {"cblas_ztpmv", {{"layout", 101}, {"trans", 113}, {"n", -1}}, {5}, false},
-    {"cblas_ztpsv", {{"layout", 101}, {"trans", 113}, {"n", 3}, {"incx", 0}}, {8}, false},
+    // a row-major Hermitian road copies a conjugated vector, but an empty one needs no scratch
     {"cblas_zher", {{"layout", 101}, {"n", 0}, {"incx", 3}}, {}, true},
-    // failed scratch: 1000 under the C name, nothing called
-    {"cblas_zgemv", {{"layout", 101}, {"trans", 113}, {"m", 3}, {"n", 3}}, {1000}, false, true},
-    {"cblas_zhemv", {{"layout", 101}, {"n", 3}}, {1000}, false, true},
-    {"cblas_zhbmv", {{"layout", 101}, {"n", 3}}, {1000}, false, true},
-    {"cblas_zhpmv", {{"layout", 101}, {"n", 3}}, {1000}, false, true},
-    {"cblas_zher", {{"layout", 101}, {"n", 3}}, {1000}, false, true},
-    {"cblas_zhpr", {{"layout", 101}, {"n", 3}}, {1000}, false, true},
-    {"cblas_zher2", {{"layout", 101}, {"n", 3}}, {1000}, false, true},
-    {"cblas_zhpr2", {{"layout", 101}, {"n", 3}}, {1000}, false, true},
-    {"cblas_zgerc", {{"layout", 101}, {"n", 3}}, {1000}, false, true},
-    {"cblas_zgbmv", {{"layout", 101}, {"trans", 113}, {"m", 3}}, {1000}, false, true},
 };
 
 template <class I>
 void check_numbers(Layer layer) {
   set_layer(layer);
   for (const auto& cc : kCheckCases) {
-    const CblasCase& c = cblas_case(cc.name);
     SCOPED_TRACE(testing::Message() << cc.name << " case " << (&cc - kCheckCases));
-    qnl_probe_reset();
-    Args<I> args(c, cc.over);
-    args.fill();
-    const std::vector<double> before = args.contents();
-    if (cc.starve) qnl_probe_fail_allocations(1);
-    args.run();
-    EXPECT_EQ(cblas_reports(c.name), cc.numbers);
-    EXPECT_EQ(std::memcmp(args.contents().data(), before.data(), before.size() * sizeof(double)), 0)
-        << "the caller's data as it was, bit for bit";
-    // a call that goes on meets the Fortran entry's own checks: it may report there too
-    const std::string fortran = std::string(c.fortran);
-    int entered = 0;
-    for (const auto& r : reports()) entered += r.name.rfind("cblas_", 0) != 0;
-    entered += qnl_probe_count_of(("qnl_blas_" + fortran).c_str());
-    EXPECT_EQ(entered > 0, cc.reaches);
-    EXPECT_EQ(qnl_probe_live_allocations(), 0);
+    expect_check<I>(cblas_case(cc.name), cc.over, cc.numbers, cc.reaches);
   }
 }
 
@@ -311,16 +316,20 @@ TEST(CblasResults, RejectedAllocationReturnsNull) {
 // The packed widths are the two bodies under their own names: no layer decision.
 TEST(CblasResults, AllocWidthsNameTheirInterface) {
   set_layer(LP64);
-  using Narrow = double* (*)(CBLAS_IDENTIFIER, int32_t, int32_t, int32_t);
-  using Wide = double* (*)(CBLAS_IDENTIFIER, int64_t, int64_t, int64_t);
-  auto narrow = reinterpret_cast<Narrow>(dlsym(RTLD_DEFAULT, "cblas_dgemm_alloc_lp64"));
-  auto wide = reinterpret_cast<Wide>(dlsym(RTLD_DEFAULT, "cblas_dgemm_alloc_ilp64"));
-  // -1 in the low half of a 64-bit value is positive: only the ILP64 body lets it through
-  EXPECT_EQ(narrow(CblasAMatrix, 2, 2, -1), nullptr);
-  EXPECT_EQ(cblas_reports("cblas_dgemm_alloc"), std::vector<int32_t>{4});
-  qnl_probe_reset();
-  wide(CblasAMatrix, 2, 2, 0xffffffffll);
-  EXPECT_TRUE(cblas_reports("cblas_dgemm_alloc").empty());
+  using Narrow = void* (*)(CBLAS_IDENTIFIER, int32_t, int32_t, int32_t);
+  using Wide = void* (*)(CBLAS_IDENTIFIER, int64_t, int64_t, int64_t);
+  for (const std::string name : {"cblas_sgemm_alloc", "cblas_dgemm_alloc"}) {
+    auto narrow = reinterpret_cast<Narrow>(dlsym(RTLD_DEFAULT, (name + "_lp64").c_str()));
+    auto wide = reinterpret_cast<Wide>(dlsym(RTLD_DEFAULT, (name + "_ilp64").c_str()));
+    ASSERT_TRUE(narrow && wide) << name;
+    // -1 in the low half of a 64-bit value is positive: only the ILP64 body lets it through
+    qnl_probe_reset();
+    EXPECT_EQ(narrow(CblasAMatrix, 2, 2, -1), nullptr);
+    EXPECT_EQ(cblas_reports(name.c_str()), std::vector<int32_t>{4});
+    qnl_probe_reset();
+    wide(CblasAMatrix, 2, 2, 0xffffffffll);
+    EXPECT_TRUE(cblas_reports(name.c_str()).empty());
+  }
 }
 
 }  // namespace

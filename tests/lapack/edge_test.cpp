@@ -72,11 +72,10 @@ TEST_P(Edge, EveryFailedAllocationReportsAndFreesWhatItHad) {
   int tested = 0;
   for (int i = 0; i < kCaseCount; ++i) {
     const Case& c = kCases[i];
-    int heap = 0, info = -1;
-    for (int k = 0; k < c.nargs; ++k) {
+    int heap = 0;
+    for (int k = 0; k < c.nargs; ++k)
       heap += is_array(c.args[k]) && c.args[k].cfg[kHolds].referenced && c.args[k].cfg[kHolds].length > 16;
-      if (!std::strcmp(c.args[k].cls, "o") && has(c.args[k].flags, 'z') && info < 0) info = k;
-    }
+    const int info = info_index(c);
     if (!heap) continue;
     SCOPED_TRACE(c.name);
     Call cl(c, kHolds, true);
@@ -224,49 +223,36 @@ TEST_P(Edge, GesvdRejectsOverwritingWithBoth) {
   EXPECT_EQ(v.get(6), -2);
 }
 
-TEST_P(Edge, BigFactorisationsGoToTheirOffloadSymbols) {
-  struct Row {
-    const char* name;
-    int64_t m, n;
-    const char* expect;
-  };
-  const Row rows[] = {{"dgetrf", 8192, 8191, "qnl_lapack_dgetrf"},
-                      {"dgetrf", 8192, 8192, "qnl_lapack_ao_dgetrf"},
-                      {"zgeqrf", 8191, 9000, "qnl_lapack_zgeqrf"},
-                      {"zgeqrf", 8192, 8192, "qnl_lapack_ao_zgeqrf"},
-                      {"dgetrf", 8191, 8192, "qnl_lapack_dgetrf"}};
-  for (const Row& r : rows) {
-    seen() = Seen();
-    Ints v(lp64(), {r.m, r.n, r.m, 0, 40000});
-    std::vector<int64_t> ipiv(9000);
-    if (r.name[1] == 'g' && r.name[3] == 't')
-      call(r.name, v.at(0), v.at(1), (void*)0x1000, v.at(2), ipiv.data(), v.at(3));
-    else
-      call(r.name, v.at(0), v.at(1), (void*)0x1000, v.at(2), (void*)0x2000, (void*)0x3000, v.at(4), v.at(3));
-    ASSERT_EQ(seen().lapack_symbols.size(), 1u) << r.name << " " << r.m << " " << r.n;
-    EXPECT_EQ(seen().lapack_symbols[0], r.expect) << r.m << " " << r.n;
+// Every routine with an offload twin but ?spffrt2/x (below) goes there exactly when each of
+// its sizes reaches its family's threshold: m and n from 8192 (?getrf, ?geqrf), n from 6144
+// (?potrf), m and n from 500 (the LU without pivoting). Other integers are large enough to
+// pass the checks, arrays long enough for every copy.
+TEST_P(Edge, OffloadTwinsTakeTheCallFromTheirThresholds) {
+  int routed = 0;
+  for (int i = 0; i < kCaseCount; ++i) {
+    const Case& c = kCases[i];
+    if (!c.ao_symbol || std::strstr(c.name, "spffrt")) continue;
+    SCOPED_TRACE(c.name);
+    const bool potrf = std::strstr(c.name, "potrf"), npi = std::strstr(c.name, "npi");
+    const int64_t threshold = potrf ? 6144 : npi ? 500 : 8192;
+    const std::vector<int> sizes = potrf ? std::vector<int>{1} : std::vector<int>{0, 1};
+    for (size_t shy = 0; shy <= sizes.size(); ++shy) {  // the size one short of it, or none
+      Call call(c, kHolds, lp64());
+      std::vector<int64_t> room(9000);
+      for (int k = 0; k < c.nargs; ++k) {
+        if (is_array(c.args[k])) call.ptrs[k] = room.data();
+        if (std::strcmp(c.args[k].cls, "i")) continue;
+        const bool size = std::find(sizes.begin(), sizes.end(), k) != sizes.end();
+        const int64_t v = !size ? 9000 : shy < sizes.size() && sizes[shy] == k ? threshold - 1 : threshold;
+        call.cells[k][0] = Ints(lp64(), {v}).cells[0];
+      }
+      call.run(c.name);
+      ASSERT_EQ(seen().lapack_symbols.size(), 1u) << shy;
+      EXPECT_EQ(seen().lapack_symbols[0], shy == sizes.size() ? c.ao_symbol : c.symbol) << shy;
+    }
+    ++routed;
   }
-  for (int64_t n : {6143, 6144}) {
-    seen() = Seen();
-    char uplo = 'L';
-    Ints v(lp64(), {n, n, 0});
-    call("spotrf", &uplo, v.at(0), (void*)0x1000, v.at(1), v.at(2));
-    ASSERT_EQ(seen().lapack_symbols.size(), 1u);
-    EXPECT_EQ(seen().lapack_symbols[0], n == 6144 ? "qnl_lapack_ao_spotrf" : "qnl_lapack_spotrf");
-  }
-}
-
-TEST_P(Edge, NoPivotingLuRoutesFromFiveHundred) {
-  for (auto mn : {std::pair<int64_t, int64_t>{500, 499}, {499, 500}, {500, 500}}) {
-    seen() = Seen();
-    Ints v(lp64(), {mn.first, mn.second, 1, mn.first, 0});
-    call("QNL_DGETRFNPI", v.at(0), v.at(1), v.at(2), (void*)0x1000, v.at(3), v.at(4));
-    ASSERT_EQ(seen().lapack_symbols.size(), 1u);
-    EXPECT_EQ(seen().lapack_symbols[0],
-              mn.first == 500 && mn.second == 500 ? "qnl_lapack_ao_dgetrfnpi" : "qnl_lapack_dgetrfnpi");
-  }
-  EXPECT_NE(qnl_test::exported("qnl_cgetf2npi_"), nullptr);
-  EXPECT_EQ(qnl_test::exported("QNL_CGETF2NPI_"), nullptr);
+  EXPECT_EQ(routed, 16);
 }
 
 // qnl_?spffrt2/x: the threshold comes from QNL_SPFFRT_NX, read once per routine.

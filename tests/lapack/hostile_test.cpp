@@ -39,12 +39,6 @@ void stock_hook(const char* symbol, const uint64_t* w, int n) {
   }
 }
 
-int info_index(const Case& c) {
-  for (int k = 0; k < c.nargs; ++k)
-    if (!std::strcmp(c.args[k].cls, "o") && has(c.args[k].flags, 'z')) return k;
-  return -1;
-}
-
 class Hostile : public ::testing::TestWithParam<bool> {
  protected:
   void SetUp() override {
@@ -132,10 +126,8 @@ TEST_P(Hostile, ARejectedCallLeavesTheCallersArraysAlone) {
   int rejected = 0;
   for (int i = 0; i < kCaseCount; ++i) {
     const Case& c = kCases[i];
-    int info = info_index(c);
-    bool arrays = false;
-    for (int k = 0; k < c.nargs; ++k) arrays = arrays || is_array(c.args[k]);
-    if (!arrays || info < 0) continue;
+    const int info = info_index(c);
+    if (!has_arrays(c) || info < 0) continue;
     SCOPED_TRACE(c.name);
     Call call(c, kHolds, lp64());
     std::vector<PageEnd> ends(c.nargs);
@@ -206,9 +198,7 @@ TEST_P(Hostile, ArraysTheRoutineLeavesAloneStayTheCallers) {
   int routines = 0;
   for (int i = 0; i < kCaseCount; ++i) {
     const Case& c = kCases[i];
-    bool arrays = false;
-    for (int k = 0; k < c.nargs; ++k) arrays = arrays || is_array(c.args[k]);
-    if (!arrays) continue;
+    if (!has_arrays(c)) continue;
     SCOPED_TRACE(c.name);
     Call call(c, kHolds, lp64());
     std::vector<std::vector<int64_t>> before = call.cells;

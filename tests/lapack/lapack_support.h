@@ -4,6 +4,7 @@
 #pragma once
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <complex>
 #include <cstdint>
 #include <cstring>
@@ -54,6 +55,15 @@ extern const int kCaseCount;
 inline bool has(const char* s, char c) { return std::strchr(s, c) != nullptr; }
 inline bool is_scalar(const ArgCase& a) { return !std::strcmp(a.cls, "i") || !std::strcmp(a.cls, "o"); }
 inline bool is_array(const ArgCase& a) { return (a.cls[0] == 'i' && a.cls[1] != '\0') || a.cls[0] == 'l'; }
+inline bool has_arrays(const Case& c) {
+  return std::any_of(c.args, c.args + c.nargs, [](const ArgCase& a) { return is_array(a); });
+}
+// The argument that returns info (an output integer that starts at 0), or -1.
+inline int info_index(const Case& c) {
+  for (int k = 0; k < c.nargs; ++k)
+    if (!std::strcmp(c.args[k].cls, "o") && has(c.args[k].flags, 'z')) return k;
+  return -1;
+}
 
 // The bits of a value, zero-extended to 64.
 template <class T>

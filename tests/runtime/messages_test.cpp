@@ -93,32 +93,29 @@ TEST_F(Localised, AnEmptyLocalisedTextIsStillATextOfItsOwn) {
 // in the same order; a key is exactly eight hex digits and a blank.
 struct Row {
   const char* line;
-  bool localised;  // whether row 1 prints the localised text
+  const char* printed = nullptr;  // what row 1 prints with "a.so"; null: the built-in text
 };
 
 // Shows a row in the test's output by its text, not its bytes.
-void PrintTo(const Row& r, std::ostream* os) {
-  *os << testing::PrintToString(std::string(r.line)) << (r.localised ? " (localised)" : " (built-in)");
-}
+void PrintTo(const Row& r, std::ostream* os) { *os << testing::PrintToString(std::string(r.line)); }
 
 class HostileRows : public Localised, public testing::WithParamInterface<Row> {};
 
 TEST_P(HostileRows, OnlyAMatchingRowReplacesTheBuiltInText) {
   use(GetParam().line);
-  std::string out = print(1, "a.so");
-  EXPECT_EQ(out, GetParam().localised ? out.substr(0, 6) == "Lokal " ? out : "(localised)"
-                                      : "Velor QNL FATAL ERROR: Cannot load a.so.\n");
+  EXPECT_EQ(print(1, "a.so"), GetParam().printed ? GetParam().printed : "Velor QNL FATAL ERROR: Cannot load a.so.\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(Catalogue, HostileRows,
-                         testing::Values(Row{"80000001 Lokal %s.\r\n", true}, Row{"80000001 Lokal 100%% %s.\r\n", true},
-                                         Row{"80000001 Lokal %n%n\r\n", false}, Row{"80000001 Lokal %s%n\r\n", false},
-                                         Row{"80000001 Lokal %s%s%s%s%s%s%s%s\r\n", false},
-                                         Row{"80000001 Lokal %d\r\n", false}, Row{"80000001 Lokal %1$s\r\n", false},
-                                         Row{"80000001 Lokal %-300s\r\n", false}, Row{"80000001 Lokal\r\n", false},
-                                         Row{"180000001 Lokal %s\r\n", false}, Row{"-7FFFFFFF Lokal %s\r\n", false},
-                                         Row{"0x80000001 Lokal %s\r\n", false}, Row{" 80000001 Lokal %s\r\n", false},
-                                         Row{"80000001\tLokal %s\r\n", false}, Row{"8000001 Lokal %s\r\n", false}));
+                         testing::Values(Row{"80000001 Lokal %s.\r\n", "Lokal a.so.\n"},
+                                         Row{"80000001 Lokal 100%% %s.\r\n", "Lokal 100% a.so.\n"},
+                                         Row{"80000001 Lokal %n%n\r\n"}, Row{"80000001 Lokal %s%n\r\n"},
+                                         Row{"80000001 Lokal %s%s%s%s%s%s%s%s\r\n"}, Row{"80000001 Lokal %d\r\n"},
+                                         Row{"80000001 Lokal %1$s\r\n"}, Row{"80000001 Lokal %-300s\r\n"},
+                                         Row{"80000001 Lokal\r\n"}, Row{"180000001 Lokal %s\r\n"},
+                                         Row{"-7FFFFFFF Lokal %s\r\n"}, Row{"0x80000001 Lokal %s\r\n"},
+                                         Row{" 80000001 Lokal %s\r\n"}, Row{"80000001\tLokal %s\r\n"},
+                                         Row{"8000001 Lokal %s\r\n"}));
 
 // Files that are not catalogues: the built-in text, at once and without
 // reading them (a FIFO would block for ever, a device never ends). In a child,
