@@ -18,6 +18,16 @@ template <class T>
 class BackendLapackExt : public ::testing::Test {};
 TYPED_TEST_SUITE(BackendLapackExt, AllTypes);
 
+template <class T>
+using Factor = void(const int32_t*, T*, T*, T*, int32_t*);
+template <class T>
+using Solve = void(const char*, const int32_t*, const int32_t*, const T*, const T*, const T*, T*, const int32_t*,
+                   int32_t*);
+// Packing and unpacking a block of a packed triangle.
+template <class T>
+using TpCopy = void(const char*, const char*, const int32_t*, T*, const int32_t*, const int32_t*, const int32_t*,
+                    const int32_t*, T*, const int32_t*, int32_t*);
+
 // A diagonally dominant tridiagonal matrix and its product with a block of vectors.
 template <class T>
 struct Tridiagonal {
@@ -150,21 +160,18 @@ TYPED_TEST(BackendLapackExt, LuZeroPivotIsReportedInInfoAndBadArgumentsAreRefuse
 TYPED_TEST(BackendLapackExt, TridiagonalFactorThenSolveEachOperation) {
   using T = TypeParam;
   ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
-  using Factor = void(const int32_t*, T*, T*, T*, int32_t*);
-  using Solve =
-      void(const char*, const int32_t*, const int32_t*, const T*, const T*, const T*, T*, const int32_t*, int32_t*);
   const int32_t n = 57, nrhs = 3, ldb = 60;
   const Tridiagonal<T> a(n);
   Tridiagonal<T> f = a;
   int32_t info = -99;
-  entry<Factor, T>("%cdttrfb")(&n, f.dl.data(), f.d.data(), f.du.data(), &info);
+  entry<Factor<T>, T>("%cdttrfb")(&n, f.dl.data(), f.d.data(), f.du.data(), &info);
   ASSERT_EQ(info, 0);
   EXPECT_EQ(f.du, a.du) << "the upper diagonal is U's as it stands";
   for (char trans : {'N', 'T', 'C'}) {
     const std::vector<T> b = values<T>(static_cast<size_t>(ldb * nrhs), 17);
     std::vector<T> x = b;
     info = -99;
-    entry<Solve, T>("%cdttrsb")(&trans, &n, &nrhs, f.dl.data(), f.d.data(), f.du.data(), x.data(), &ldb, &info);
+    entry<Solve<T>, T>("%cdttrsb")(&trans, &n, &nrhs, f.dl.data(), f.d.data(), f.du.data(), x.data(), &ldb, &info);
     EXPECT_EQ(info, 0);
     EXPECT_LE(residual(a, trans, x, b, nrhs, ldb), 16 * eps<T>()) << trans;
   }
@@ -190,9 +197,6 @@ TYPED_TEST(BackendLapackExt, TridiagonalSolveInOneCallAndOnIlp64) {
 TYPED_TEST(BackendLapackExt, TridiagonalZeroPivotAndBadOptions) {
   using T = TypeParam;
   ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
-  using Factor = void(const int32_t*, T*, T*, T*, int32_t*);
-  using Solve =
-      void(const char*, const int32_t*, const int32_t*, const T*, const T*, const T*, T*, const int32_t*, int32_t*);
   const int32_t n = 4;
   Tridiagonal<T> f(n);
   // With dl0 = 0 the second pivot stays d1 = 1, so l1 = dl1 and the third pivot is
@@ -201,7 +205,7 @@ TYPED_TEST(BackendLapackExt, TridiagonalZeroPivotAndBadOptions) {
   f.d[1] = T(1);
   f.d[2] = f.dl[1] * f.du[1];
   int32_t info = 0;
-  entry<Factor, T>("%cdttrfb")(&n, f.dl.data(), f.d.data(), f.du.data(), &info);
+  entry<Factor<T>, T>("%cdttrfb")(&n, f.dl.data(), f.d.data(), f.du.data(), &info);
   EXPECT_EQ(info, 3);
   std::vector<T> b(8, T(1));
   const int32_t two = 2, ldb = 4, small = 3;
@@ -210,7 +214,7 @@ TYPED_TEST(BackendLapackExt, TridiagonalZeroPivotAndBadOptions) {
     const int32_t* ldb;
     int param;
   } bad[] = {{"X", &ldb, 1}, {"N", &small, 8}};
-  auto* solve = entry<Solve, T>("%cdttrsb");
+  auto* solve = entry<Solve<T>, T>("%cdttrsb");
   expect_refused(upper(std::string(1, kLetter<T>) + "DTTRSB"), bad, [&](const Bad& x, int32_t* i) {
     solve(x.trans, &n, &two, f.dl.data(), f.d.data(), f.du.data(), b.data(), x.ldb, i);
   });
@@ -222,8 +226,6 @@ TYPED_TEST(BackendLapackExt, TridiagonalZeroPivotAndBadOptions) {
 TYPED_TEST(BackendLapackExt, PackedTriangleBlocksBothWays) {
   using T = TypeParam;
   ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
-  using F = void(const char*, const char*, const int32_t*, T*, const int32_t*, const int32_t*, const int32_t*,
-                 const int32_t*, T*, const int32_t*, int32_t*);
   const int32_t n = 9;
   struct Block {
     int32_t i, j, rows, cols;
@@ -237,8 +239,8 @@ TYPED_TEST(BackendLapackExt, PackedTriangleBlocksBothWays) {
         const std::vector<T> a0 = values<T>(static_cast<size_t>(lda * (t ? bk.rows : bk.cols) + 1), 40);
         std::vector<T> a = a0, ap(static_cast<size_t>(n * (n + 1) / 2), sentinel);
         int32_t info = -99;
-        entry<F, T>("qnl_%ctppack")(&uplo, &trans, &n, ap.data(), &bk.i, &bk.j, &bk.rows, &bk.cols, a.data(), &lda,
-                                    &info);
+        entry<TpCopy<T>, T>("qnl_%ctppack")(&uplo, &trans, &n, ap.data(), &bk.i, &bk.j, &bk.rows, &bk.cols, a.data(),
+                                            &lda, &info);
         EXPECT_EQ(info, 0);
         std::vector<T> want(ap.size(), sentinel), blank(a0.size(), sentinel);
         for (int32_t c = 0; c < bk.cols; ++c)
@@ -255,8 +257,8 @@ TYPED_TEST(BackendLapackExt, PackedTriangleBlocksBothWays) {
         EXPECT_EQ(ap, want) << where;
         EXPECT_EQ(a, a0) << "packing leaves A alone";
         std::vector<T> out(a0.size(), sentinel);
-        entry<F, T>("qnl_%ctpunpack")(&uplo, &trans, &n, ap.data(), &bk.i, &bk.j, &bk.rows, &bk.cols, out.data(), &lda,
-                                      &info);
+        entry<TpCopy<T>, T>("qnl_%ctpunpack")(&uplo, &trans, &n, ap.data(), &bk.i, &bk.j, &bk.rows, &bk.cols,
+                                              out.data(), &lda, &info);
         EXPECT_EQ(info, 0);
         EXPECT_EQ(out, blank) << where;
       }
@@ -265,8 +267,6 @@ TYPED_TEST(BackendLapackExt, PackedTriangleBlocksBothWays) {
 TYPED_TEST(BackendLapackExt, PackedTriangleBadArguments) {
   using T = TypeParam;
   ASSERT_EQ(QNL_Set_Interface_Layer(0), 0);
-  using F = void(const char*, const char*, const int32_t*, T*, const int32_t*, const int32_t*, const int32_t*,
-                 const int32_t*, T*, const int32_t*, int32_t*);
   struct Bad {
     const char *uplo, *trans;
     int32_t n, i, j, rows, cols, lda, param;
@@ -277,7 +277,7 @@ TYPED_TEST(BackendLapackExt, PackedTriangleBadArguments) {
   for (const char* pattern : {"qnl_%ctppack", "qnl_%ctpunpack"}) {
     char name[32];
     std::snprintf(name, sizeof name, pattern, kLetter<T>);
-    auto* f = entry<F, T>(pattern);
+    auto* f = entry<TpCopy<T>, T>(pattern);
     expect_refused(upper(name).substr(4), bad, [&](const Bad& b, int32_t* info) {
       f(b.uplo, b.trans, &b.n, ap.data(), &b.i, &b.j, &b.rows, &b.cols, a.data(), &b.lda, info);
     });
