@@ -16,19 +16,17 @@ namespace {
 using Dgesv = void (*)(const int64_t*, const int64_t*, double*, const int64_t*, int64_t*, double*, const int64_t*,
                        int64_t*);
 
+// The threading-layer library of the parameter, opened in a scope of its own.
 class Backend : public testing::TestWithParam<const char*> {
  protected:
-  void* lib() {
-    std::string path = std::string(QNL_TEST_LIB_DIR "/libqnl_") + GetParam() + ".so";
-    void* h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    EXPECT_NE(h, nullptr) << dlerror();
-    return h;
+  void* h = nullptr;
+  void SetUp() override {
+    h = dlopen((std::string(QNL_TEST_LIB_DIR "/libqnl_") + GetParam() + ".so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(h, nullptr) << dlerror();
   }
 };
 
 TEST_P(Backend, OpenBlasArgumentErrorsReachTheBackEndsHook) {
-  void* h = lib();
-  ASSERT_NE(h, nullptr);
   auto dgesv = reinterpret_cast<Dgesv>(dlsym(h, "qnl_lapack_dgesv"));
   int64_t n = -1, nrhs = 1, lda = 1, info = 0;
   testing::internal::CaptureStdout();
@@ -40,8 +38,6 @@ TEST_P(Backend, OpenBlasArgumentErrorsReachTheBackEndsHook) {
 // Complex-valued functions: the back-end stores the value at the address it is
 // handed first, while OpenBLAS returns it in registers.
 TEST_P(Backend, ComplexResultsAreStoredThroughTheLeadingAddress) {
-  void* h = lib();
-  ASSERT_NE(h, nullptr);
   using Zdot =
       void (*)(std::complex<double>*, const int64_t*, const void*, const int64_t*, const void*, const int64_t*);
   using Cdot = void (*)(std::complex<float>*, const int64_t*, const void*, const int64_t*, const void*, const int64_t*);
@@ -79,8 +75,6 @@ TEST_P(Backend, ComplexResultsAreStoredThroughTheLeadingAddress) {
 // own routine: a slot bound to it calls OpenBLAS with no step in between, so it computes
 // and returns its value as OpenBLAS does.
 TEST_P(Backend, ForwardedSymbolsAreTheLibraryRoutinesThemselves) {
-  void* h = lib();
-  ASSERT_NE(h, nullptr);
   for (const char* sym : {"qnl_blas_ddot", "qnl_blas_dgemm", "qnl_blas_dgemm_direct", "qnl_lapack_dgesv",
                           "qnl_lapack_dgetrf", "qnl_lapack_ao_dgetrf", "qnl_lapack_dlange"}) {
     void* f = dlsym(h, sym);
@@ -101,8 +95,6 @@ TEST_P(Backend, ForwardedSymbolsAreTheLibraryRoutinesThemselves) {
 // The back-end's letter compare against the C library's in the C locale, for every
 // pair of bytes; lengths do not count.
 TEST_P(Backend, LsameAgreesWithTheCLocaleForEveryPairOfBytes) {
-  void* h = lib();
-  ASSERT_NE(h, nullptr);
   auto lsame = reinterpret_cast<int32_t (*)(const char*, const char*, int32_t, int32_t)>(dlsym(h, "qnl_serv_lsame"));
   ASSERT_NE(lsame, nullptr);
   int wrong = 0;
@@ -118,8 +110,6 @@ TEST_P(Backend, LsameAgreesWithTheCLocaleForEveryPairOfBytes) {
 // Every symbol that handwritten.txt claims for the back-end's own code is defined by every
 // threading-layer build, so the forwarding stubs may leave it out.
 TEST_P(Backend, EveryHandwrittenSymbolIsDefinedHere) {
-  void* h = lib();
-  ASSERT_NE(h, nullptr);
   std::ifstream in(QNL_TEST_HANDWRITTEN);
   int names = 0;
   for (std::string n; std::getline(in, n);) {

@@ -4,7 +4,9 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <complex>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -89,6 +91,26 @@ F* openblas(const char* pattern) {
 // What the back-end prints for a bad parameter.
 inline std::string report(int param, const std::string& name) {
   return "Velor QNL ERROR: Parameter " + std::to_string(param) + " was incorrect on entry to " + name + ".\n";
+}
+
+// The largest |f(i, j)| over i < m, j < n.
+template <class F>
+double max_abs(long m, long n, F f) {
+  double worst = 0;
+  for (long j = 0; j < n; ++j)
+    for (long i = 0; i < m; ++i) worst = std::max(worst, static_cast<double>(std::abs(f(i, j))));
+  return worst;
+}
+
+// Each row of `rows` refused by `call(row, &info)`: the back-end's report of the row's
+// parameter under `name`, and info set to minus it.
+template <class Row, size_t N, class Call>
+void expect_refused(const std::string& name, const Row (&rows)[N], Call call) {
+  for (const Row& row : rows) {
+    int32_t info = 0;
+    EXPECT_EQ(printed([&] { call(row, &info); }), report(row.param, name)) << name;
+    EXPECT_EQ(info, -row.param) << name;
+  }
 }
 
 // got within 64 eps * scale of want.

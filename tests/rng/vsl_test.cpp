@@ -37,9 +37,8 @@ std::vector<const qnl_probe::Call*> kernel_calls() {  // the kernel library's st
   return out;
 }
 
-// One call of a generator through spelling k (0: C, else Fortran). The C entries are all
-// called in one shape: integer-class arguments in order, then the reals, which the ABI
-// places as each entry's own prototype does.
+// One call of a generator through spelling k: C by value, Fortran everything by
+// reference with the count cell read at the layer's width.
 struct Call {
   int32_t method = 0;
   void* stream = g_live;
@@ -50,36 +49,22 @@ struct Call {
   W pointer(size_t i) const { return v[i] != 0 ? kArray + i : 0; }
 
   int run(const VslCase& c, int k) const {
-    void* fn = qnl_test::exported(spelling(c, k).c_str());
-    const size_t np = std::strlen(c.kinds);
-    std::vector<W> ints = {static_cast<uint32_t>(method), reinterpret_cast<W>(stream), static_cast<W>(n), r};
-    std::vector<double> reals;
     float fs[4];
     double ds[4];
     int32_t is[4];
-    std::vector<const void*> refs = {&method, &stream, &n, reinterpret_cast<const void*>(r)};
-    for (size_t i = 0; i < np; ++i) {
+    std::vector<W> ints = {static_cast<uint32_t>(method), reinterpret_cast<W>(stream), static_cast<W>(n), r}, fps;
+    if (k != 0) ints = {W(&method), W(&stream), W(&n), r};
+    for (size_t i = 0; c.kinds[i]; ++i) {
       const char kind = c.kinds[i];
       fs[i] = static_cast<float>(v[i]), ds[i] = v[i], is[i] = static_cast<int32_t>(v[i]);
-      if (kind == 'i' || kind == 'p') ints.push_back(kind == 'i' ? static_cast<uint32_t>(is[i]) : pointer(i));
-      if (kind == 'f' || kind == 'd') reals.push_back(v[i]);
-      refs.push_back(kind == 'f'   ? static_cast<const void*>(&fs[i])
-                     : kind == 'd' ? static_cast<const void*>(&ds[i])
-                     : kind == 'i' ? static_cast<const void*>(&is[i])
-                                   : reinterpret_cast<const void*>(pointer(i)));
+      if (k != 0)
+        ints.push_back(kind == 'f' ? W(&fs[i]) : kind == 'd' ? W(&ds[i]) : kind == 'i' ? W(&is[i]) : pointer(i));
+      else if (kind == 'i' || kind == 'p')
+        ints.push_back(kind == 'i' ? static_cast<uint32_t>(is[i]) : pointer(i));
+      else
+        fps.push_back(kind == 'f' ? qnl_probe::word(fs[i]) : qnl_probe::word(ds[i]));
     }
-    ints.resize(8), reals.resize(4), refs.resize(8);
-    using P = const void*;
-    if (k != 0)  // Fortran: everything by reference, the count cell read at the layer's width
-      return reinterpret_cast<int (*)(P, P, P, P, P, P, P, P)>(fn)(refs[0], refs[1], refs[2], refs[3], refs[4], refs[5],
-                                                                   refs[6], refs[7]);
-    auto call = [&](auto real) {
-      using R = decltype(real);
-      return reinterpret_cast<int (*)(W, W, W, W, W, W, W, W, R, R, R, R)>(fn)(
-          ints[0], ints[1], ints[2], ints[3], ints[4], ints[5], ints[6], ints[7], static_cast<R>(reals[0]),
-          static_cast<R>(reals[1]), static_cast<R>(reals[2]), static_cast<R>(reals[3]));
-    };
-    return c.letter == 's' ? call(0.0f) : call(0.0);
+    return static_cast<int>(call_sysv(qnl_test::exported(spelling(c, k).c_str()), ints, fps));
   }
 
   // The words the kernel must record for each piece: r advanced by the results before it.

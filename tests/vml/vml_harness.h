@@ -16,10 +16,7 @@
 
 namespace vml_test {
 
-inline std::string upper(std::string s) {
-  for (char& c : s) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
-  return s;
-}
+using qnl_test::upper;
 inline std::string lower(std::string s) {
   for (char& c : s) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
   return s;
@@ -77,37 +74,44 @@ struct Sentinels {
   }
 };
 
-// Calls an entry on x86-64 System V: integer and pointer arguments fill the integer
-// registers in order and floating ones (a float, a complex float's pair, each half
-// of a complex double) the vector registers in order, each class on its own; a
-// callee reads only the registers its parameters name; integer arguments past the
-// sixth go on the stack in order (no entry has more than eight floating ones). So
-// one pointer type, fed from the two lists, calls every entry. C spellings take
-// values, Fortran ones addresses.
+// Calls fn on x86-64 System V: integer and pointer arguments fill the integer registers in
+// order and floating ones (given as their bits: a float, a complex float's pair, each half
+// of a complex double) the vector registers in order, each class on its own; a callee
+// reads only the registers its parameters name; integer arguments past the sixth go on
+// the stack in order. So one pointer type, fed from the two lists, calls every entry.
+// Returns the integer result register.
+inline uint64_t call_sysv(void* fn, std::vector<uint64_t> ints, std::vector<uint64_t> fps) {
+  ints.resize(10), fps.resize(8);
+  double d[8];
+  std::memcpy(d, fps.data(), sizeof d);
+  using W = uint64_t;
+  using D = double;
+  return reinterpret_cast<W (*)(W, W, W, W, W, W, W, W, W, W, D, D, D, D, D, D, D, D)>(fn)(
+      ints[0], ints[1], ints[2], ints[3], ints[4], ints[5], ints[6], ints[7], ints[8], ints[9], d[0], d[1], d[2], d[3],
+      d[4], d[5], d[6], d[7]);
+}
+
+// Calls a vector-math entry (no entry has more than eight floating arguments): C
+// spellings take values, Fortran ones addresses.
 inline void invoke(const VmlCase& c, void* fn, const Spelling& s, const Sentinels& v) {
-  uint64_t ints[10] = {}, fps[8] = {};
-  int ni = 0, nf = 0;
-  const uint64_t mode64 = 0xABCD000000000000ull | static_cast<uint32_t>(v.mode);
-  ints[ni++] = s.by_ref ? reinterpret_cast<uint64_t>(&v.n) : static_cast<uint64_t>(v.n);
+  std::vector<uint64_t> ints, fps;
+  ints.push_back(s.by_ref ? reinterpret_cast<uint64_t>(&v.n) : static_cast<uint64_t>(v.n));
   for (size_t i = 0; c.args[i]; ++i) {
     const char l = c.args[i];
     if (l == 'i')
-      ints[ni++] = s.by_ref ? reinterpret_cast<uint64_t>(&v.stride) : static_cast<uint64_t>(v.stride);
+      ints.push_back(s.by_ref ? reinterpret_cast<uint64_t>(&v.stride) : static_cast<uint64_t>(v.stride));
     else if (l == 'a' && s.by_ref)
-      ints[ni++] = reinterpret_cast<uint64_t>(v.scalars[i]);
+      ints.push_back(reinterpret_cast<uint64_t>(v.scalars[i]));
     else if (l == 'a')
-      for (int k = 0; k < (size_of(c, l) + 7) / 8; ++k) fps[nf++] = v.scalars[i][k];
+      fps.insert(fps.end(), v.scalars[i], v.scalars[i] + (size_of(c, l) + 7) / 8);
     else
-      ints[ni++] = v.arrays[i];
+      ints.push_back(v.arrays[i]);
   }
-  if (s.mode) ints[ni++] = s.by_ref ? reinterpret_cast<uint64_t>(&v.mode) : mode64;
-  double d[8];
-  std::memcpy(d, fps, sizeof d);
-  using W = uint64_t;
-  using D = double;
-  reinterpret_cast<void (*)(W, W, W, W, W, W, W, W, W, W, D, D, D, D, D, D, D, D)>(fn)(
-      ints[0], ints[1], ints[2], ints[3], ints[4], ints[5], ints[6], ints[7], ints[8], ints[9], d[0], d[1], d[2], d[3],
-      d[4], d[5], d[6], d[7]);
+  // by value, the mode's high half is garbage
+  if (s.mode)
+    ints.push_back(s.by_ref ? reinterpret_cast<uint64_t>(&v.mode)
+                            : 0xABCD000000000000ull | static_cast<uint32_t>(v.mode));
+  call_sysv(fn, ints, fps);
 }
 
 inline std::string facade_directory() {
