@@ -150,6 +150,9 @@ SVX = ("i : fact:c trans:c n:i {band}nrhs:i {a} ipiv:iio equed:c* r:vec.{{r}}[n]
        "berr:vec.{{r}}[nrhs]/o")
 GESVX = SVX.format(band="", a="a:ge.{t}[n,n,lda]/io! lda:i af:ge.{t}[n,n,ldaf]/io ldaf:i")
 GBSVX = SVX.format(band="kl:i ku:i ", a="ab:gb.{t}[n,n,kl,ku,ldab]/io! ldab:i afb:gb.{t}[n,n,kl,kl+ku,ldafb]/io ldafb:i")
+# V of ?gesvj: n rows for jobv "v", mv for "a" (applied to the caller's V), none otherwise.
+SVJ = ("i : joba:c jobu:c jobv:c m:i n:i a:ge.{t}[m,n,lda]/io! lda:i sva:vec.{r}[n]/o mv:i "
+       "v:ge.{t}[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i")
 MANUAL = {
     "gesvd": (GESVD + " superb:ow[min(m,n)-1]@work+1/o",
               GESVD + " rwork:yx.{r}[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o"),
@@ -161,6 +164,11 @@ MANUAL = {
               GESVX + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,2*n)] rpivot:ow[1]@rwork/o"),
     "gbsvx": (GBSVX + " work:yx.{t}[max(1,3*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o",
               GBSVX + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,n)] rpivot:ow[1]@rwork/o"),
+    # The one-sided Jacobi SVD: fixed workspaces whose lengths the high level passes (@), and
+    # stat, whose first element comes in (a threshold) and which goes out as six statistics.
+    "gesvj": (SVJ + " work:yx.{t}[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io",
+              SVJ + " cwork:yx.{t}[max(1,m+n)]@lwork lwork:i rwork:yx.{r}[max(6,m+n)]@lrwork lrwork:i "
+              "stat:ow[6]@rwork/io"),
     "lamch": ("{t} +nolayout : cmach:c", None),
     # The band LU factor afb carries kl more superdiagonals, as in ?gbtrs.
     "gbrfs": (GBRFS + " work:yx.{t}[max(1,3*n)] iwork:ix[max(1,n)]", GBRFS + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,n)]"),

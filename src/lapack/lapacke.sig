@@ -65,7 +65,7 @@ cgesv i : n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! l
 cgesvd i : jobu:c jobvt:c m:i n:i a:ge.c[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/o u:ge.c[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.c[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o
 cgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
 cgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.c[m,n,lda]/io! lda:i vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[min(m,n)]/o u:ge.c[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.c[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,min(m,n)*(min(m,n)*2+15*min(m,n)))] iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
-cgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv cwork lwork rwork lrwork
+cgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.c[m,n,lda]/io! lda:i sva:vec.s[n]/o mv:i v:ge.c[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i cwork:yx.c[max(1,m+n)]@lwork lwork:i rwork:yx.s[max(6,m+n)]@lrwork lrwork:i stat:ow[6]@rwork/io
 cgesvx i : fact:c trans:c n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i af:ge.c[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.c[n,nrhs,ldb]/io! ldb:i x:ge.c[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.c[max(1,2*n)] rwork:yx.s[max(1,2*n)] rpivot:ow[1]@rwork/o
 cgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgetf2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i ipiv:iio
@@ -391,7 +391,7 @@ dgesv i : n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! l
 dgesvd i : jobu:c jobvt:c m:i n:i a:ge.d[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/o u:ge.d[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.d[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.d[lwork] lwork:i superb:ow[min(m,n)-1]@work+1/o
 dgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
 dgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.d[m,n,lda]/io! lda:i vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[min(m,n)]/o u:ge.d[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.d[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.d[lwork] lwork:i iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
-dgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv work lwork
+dgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.d[m,n,lda]/io! lda:i sva:vec.d[n]/o mv:i v:ge.d[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i work:yx.d[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io
 dgesvx i : fact:c trans:c n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i af:ge.d[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.d[n,nrhs,ldb]/io! ldb:i x:ge.d[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.d[max(1,4*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
 dgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgetf2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i ipiv:iio
@@ -691,7 +691,7 @@ sgesv i : n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! l
 sgesvd i : jobu:c jobvt:c m:i n:i a:ge.s[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/o u:ge.s[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.s[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.s[lwork] lwork:i superb:ow[min(m,n)-1]@work+1/o
 sgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
 sgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.s[m,n,lda]/io! lda:i vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[min(m,n)]/o u:ge.s[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.s[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.s[lwork] lwork:i iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
-sgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv work lwork
+sgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.s[m,n,lda]/io! lda:i sva:vec.s[n]/o mv:i v:ge.s[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i work:yx.s[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io
 sgesvx i : fact:c trans:c n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i af:ge.s[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.s[n,nrhs,ldb]/io! ldb:i x:ge.s[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.s[max(1,4*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
 sgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgetf2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i ipiv:iio
@@ -988,7 +988,7 @@ zgesv i : n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! l
 zgesvd i : jobu:c jobvt:c m:i n:i a:ge.z[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/o u:ge.z[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.z[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o
 zgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
 zgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.z[m,n,lda]/io! lda:i vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[min(m,n)]/o u:ge.z[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.z[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,min(m,n)*(min(m,n)*2+15*min(m,n)))] iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
-zgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv cwork lwork rwork lrwork
+zgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.z[m,n,lda]/io! lda:i sva:vec.d[n]/o mv:i v:ge.z[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i cwork:yx.z[max(1,m+n)]@lwork lwork:i rwork:yx.d[max(6,m+n)]@lrwork lrwork:i stat:ow[6]@rwork/io
 zgesvx i : fact:c trans:c n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i af:ge.z[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.z[n,nrhs,ldb]/io! ldb:i x:ge.z[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.z[max(1,2*n)] rwork:yx.d[max(1,2*n)] rpivot:ow[1]@rwork/o
 zgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgetf2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i ipiv:iio

@@ -41,4 +41,11 @@ inline I gbysvd(char job, I all, I some) {
   return lsame(job, 'a') ? all : lsame(job, 's') ? some : I(0);
 }
 
+// Rows of V in ?gesvj: n for jobv "v", mv for "a" (the rotations applied to the caller's
+// first mv rows), none otherwise.
+template <class I>
+inline I gsvjv(char jobv, I n, I mv) {
+  return lsame(jobv, 'v') ? n : lsame(jobv, 'a') ? mv : I(0);
+}
+
 }  // namespace qnl::lapacke

@@ -379,6 +379,17 @@ TEST_F(LapackeProbeQuery, OwnOutputsAreTheWorkspaceAfterTheCall) {
             0);
   EXPECT_EQ(rpivot[0], 1000.0);
   EXPECT_EQ(rpivot[1], -1.0);
+  // dgesvj: joba jobu jobv m n a lda sva mv v ldv work lwork info; stat goes in and comes out,
+  // and the fixed work's length max(6, m+n) reaches lwork.
+  g_seen = Seen{};
+  g_seen.fill_word = 11;
+  g_seen.fill_count = 6;
+  std::vector<double> sva(N), v(N * N), stat = {7, 8, 9, 10, 11, 12, -1};
+  EXPECT_EQ(LAPACKE_dgesvj(LAPACK_COL_MAJOR, 'G', 'U', 'V', M, N, a.data(), M, sva.data(), 0, v.data(), N, stat.data()),
+            0);
+  EXPECT_EQ(g_seen.filled_from, (std::vector<double>{7, 8, 9, 10, 11, 12}));
+  EXPECT_EQ(g_seen.values[12], M + N);
+  EXPECT_EQ(stat, (std::vector<double>{1000, 1001, 1002, 1003, 1004, 1005, -1}));
 }
 
 }  // namespace

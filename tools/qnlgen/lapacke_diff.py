@@ -57,7 +57,7 @@ OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3"
        "geesx": {"sort": "S", "sense": "B"},
        "tgsja": {"jobu": "U", "jobv": "V", "jobq": "Q"},
        # Singular vectors of every singular value (range "A").
-       "gesvdx": {"jobu": "V", "jobvt": "V"}}
+       "gesvdx": {"jobu": "V", "jobvt": "V"}, "gesvj": {"joba": "G", "jobu": "U", "jobv": "V", "mv": 3}}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
 # ?gesvd's superb holds the unconverged superdiagonal only when it fails; the failing indices
@@ -75,7 +75,7 @@ STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt"}
 VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"compq": "N"}],
             "gesvd": [{"jobu": "S", "jobvt": "S"}, {"jobu": "O", "jobvt": "N"}, {"jobu": "N", "jobvt": "O"}],
             "gesvdx": [{"range": "I"}, {"jobu": "N"}], "bdsvdx": [{"range": "I", "uplo": "L"}],
-            **{f: [{"fact": "E"}] for f in ("gesvx", "gbsvx")},
+            **{f: [{"fact": "E"}] for f in ("gesvx", "gbsvx")}, "gesvj": [{"jobv": "A"}, {"jobv": "N", "jobu": "N"}],
             "sfrk": [{"trans": "T"}], "hfrk": [{"trans": "C"}],
             **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}]}
 # Calls the stock library gets wrong, observed: not compared.
@@ -95,6 +95,7 @@ FUNCS = {"max": max, "min": min, "abs": abs,
          "bytrans": lambda trans, x, y: x if trans == "N" else y,
          "ifset": lambda flag, x: x if flag else 0,
          "bysvd": lambda job, every, some: every if job == "A" else some if job == "S" else 0,
+         "svjv": lambda jobv, n, mv: n if jobv == "V" else mv if jobv == "A" else 0,
          # ?gesdd: columns of U, rows of VT (src/lapack/lapacke_sizes.h)
          "sddu": lambda jobz, m, n: m if jobz == "A" or (jobz == "O" and m < n) else min(m, n) if jobz == "S" else 0,
          "sddvt": lambda jobz, m, n: n if jobz == "A" or (jobz == "O" and m >= n) else min(m, n) if jobz == "S" else 0}
