@@ -134,7 +134,41 @@ GEQPF = "i : m:i n:i a:ge.{t}[m,n,lda]/io! lda:i jpvt:iio tau:vec.{t}[min(m,n)]/
 GBRFS = ("i : trans:c n:i kl:i ku:i nrhs:i ab:gb.{t}[n,n,kl,ku,ldab]/i! ldab:i afb:gb.{t}[n,n,kl,kl+ku,ldafb]/i! "
          "ldafb:i ipiv:ii b:ge.{t}[n,nrhs,ldb]/i! ldb:i x:ge.{t}[n,nrhs,ldx]/io! ldx:i ferr:vec.{r}[nrhs]/o "
          "berr:vec.{r}[nrhs]/o")
+# The SVD drivers' high levels return part of a workspace as an output of their own (ow):
+# ?gesvd the unconverged superdiagonal, ?gesvdx and ?bdsvdx the failing indices, the expert
+# solvers the reciprocal pivot growth factor (rpivot).
+GESVD = ("i : jobu:c jobvt:c m:i n:i a:ge.{t}[m,n,lda]/io! lda:i s:vec.{r}[min(m,n)]/o "
+         "u:ge.{t}[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.{t}[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i "
+         "work:yw.{t}[lwork] lwork:i")
+SVDX_SOME = "byrange(range,min(m,n),max(iu-il+1,0))"
+GESVDX = ("i : jobu:c jobvt:c range:c m:i n:i a:ge.{t}[m,n,lda]/io! lda:i vl:a.{r} vu:a.{r} il:i iu:i ns:o "
+          f"s:vec.{{r}}[min(m,n)]/o u:ge.{{t}}[m,{SVDX_SOME},ldu]/o?jobu=V ldu:i "
+          f"vt:ge.{{t}}[{SVDX_SOME},n,ldvt]/o?jobvt=V ldvt:i work:yw.{{t}}[lwork] lwork:i")
+SVDX_FAIL = "iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o"
+SVX = ("i : fact:c trans:c n:i {band}nrhs:i {a} ipiv:iio equed:c* r:vec.{{r}}[n]/io c:vec.{{r}}[n]/io "
+       "b:ge.{{t}}[n,nrhs,ldb]/io! ldb:i x:ge.{{t}}[n,nrhs,ldx]/o ldx:i rcond:y.{{r}} ferr:vec.{{r}}[nrhs]/o "
+       "berr:vec.{{r}}[nrhs]/o")
+GESVX = SVX.format(band="", a="a:ge.{t}[n,n,lda]/io! lda:i af:ge.{t}[n,n,ldaf]/io ldaf:i")
+GBSVX = SVX.format(band="kl:i ku:i ", a="ab:gb.{t}[n,n,kl,ku,ldab]/io! ldab:i afb:gb.{t}[n,n,kl,kl+ku,ldafb]/io ldafb:i")
+# V of ?gesvj: n rows for jobv "v", mv for "a" (applied to the caller's V), none otherwise.
+SVJ = ("i : joba:c jobu:c jobv:c m:i n:i a:ge.{t}[m,n,lda]/io! lda:i sva:vec.{r}[n]/o mv:i "
+       "v:ge.{t}[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i")
 MANUAL = {
+    "gesvd": (GESVD + " superb:ow[min(m,n)-1]@work+1/o",
+              GESVD + " rwork:yx.{r}[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o"),
+    "gesvdx": (f"{GESVDX} {SVDX_FAIL}", f"{GESVDX} rwork:yx.{{r}}[max(1,min(m,n)*(min(m,n)*2+15*min(m,n)))] {SVDX_FAIL}"),
+    "bdsvdx": ("i : uplo:c jobz:c range:c n:i d:vec.{t}[n]/i! e:vec.{t}[n-1]/i! vl:a.{t} vu:a.{t} il:i iu:i ns:o "
+               "s:vec.{t}[n]/o z:ge.{t}[2*n,byrange(range,n+1,max(0,iu-il+1)),ldz]/o?jobz=V ldz:i "
+               "work:yx.{t}[max(14*n,1)] iwork:ix[max(12*n,1)] superb:ow[12*n-1]@iwork+1/o", None),
+    "gesvx": (GESVX + " work:yx.{t}[max(1,4*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o",
+              GESVX + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,2*n)] rpivot:ow[1]@rwork/o"),
+    "gbsvx": (GBSVX + " work:yx.{t}[max(1,3*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o",
+              GBSVX + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,n)] rpivot:ow[1]@rwork/o"),
+    # The one-sided Jacobi SVD: fixed workspaces whose lengths the high level passes (@), and
+    # stat, whose first element comes in (a threshold) and which goes out as six statistics.
+    "gesvj": (SVJ + " work:yx.{t}[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io",
+              SVJ + " cwork:yx.{t}[max(1,m+n)]@lwork lwork:i rwork:yx.{r}[max(6,m+n)]@lrwork lrwork:i "
+              "stat:ow[6]@rwork/io"),
     "lamch": ("{t} +nolayout : cmach:c", None),
     # The band LU factor afb carries kl more superdiagonals, as in ?gbtrs.
     "gbrfs": (GBRFS + " work:yx.{t}[max(1,3*n)] iwork:ix[max(1,n)]", GBRFS + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,n)]"),
@@ -577,7 +611,8 @@ def main():
             "#      ix[expr] lw[expr] fixed; arrays vec.T[len] ge.T[rows,cols,ld] sy.T[uplo,n,ld]\n"
             "#      tr.T[uplo,diag,n,ld] gb.T[m,n,kl,ku,ld] sb.T[uplo,n,kd,ld] tb.T[uplo,diag,n,kd,ld] sp.T[uplo,n]\n"
             "#      tp.T[uplo,diag,n] pf.T[transr,uplo,n] tf.T[transr,uplo,diag,n], then /i /o /io direction,\n"
-            "#      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those\n"
+            "#      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those;\n"
+            "#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k\n"
             "# +nocopy: row-major calls translate arguments and copy nothing; +nolayout: no layout argument\n")
     with open(OUT, "w") as f:
         f.write(head + "\n".join(rows) + "\n")

@@ -9,7 +9,8 @@
 #      ix[expr] lw[expr] fixed; arrays vec.T[len] ge.T[rows,cols,ld] sy.T[uplo,n,ld]
 #      tr.T[uplo,diag,n,ld] gb.T[m,n,kl,ku,ld] sb.T[uplo,n,kd,ld] tb.T[uplo,diag,n,kd,ld] sp.T[uplo,n]
 #      tp.T[uplo,diag,n] pf.T[transr,uplo,n] tf.T[transr,uplo,diag,n], then /i /o /io direction,
-#      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those
+#      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those;
+#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k
 # +nocopy: row-major calls translate arguments and copy nothing; +nolayout: no layout argument
 cbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.s[q]/io! phi:vec.s[q-1]/io u1:ge.c[p,p,ldu1]/io! ldu1:i u2:ge.c[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.c[q,q,ldv1t]/io! ldv1t:i v2t:ge.c[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.s[q]/o b11e:vec.s[q-1]/o b12d:vec.s[q]/o b12e:vec.s[q-1]/o b21d:vec.s[q]/o b21e:vec.s[q-1]/o b22d:vec.s[q]/o b22e:vec.s[q-1]/o rwork:yw.s[lrwork] lrwork:i
 cbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
@@ -20,7 +21,7 @@ cgbequb i : m:i n:i kl:i ku:i ab:gb.c[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:v
 cgbrfs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.c[n,n,kl,ku,ldab]/i! ldab:i afb:gb.c[n,n,kl,kl+ku,ldafb]/i! ldafb:i ipiv:ii b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.c[max(1,2*n)] rwork:yx.s[max(1,n)]
 cgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgbsv i : n:i kl:i ku:i nrhs:i ab:gb.c[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
-cgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work rwork
+cgbsvx i : fact:c trans:c n:i kl:i ku:i nrhs:i ab:gb.c[n,n,kl,ku,ldab]/io! ldab:i afb:gb.c[n,n,kl,kl+ku,ldafb]/io ldafb:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.c[n,nrhs,ldb]/io! ldb:i x:ge.c[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.c[max(1,2*n)] rwork:yx.s[max(1,n)] rpivot:ow[1]@rwork/o
 cgbsvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgbtrf i : m:i n:i kl:i ku:i ab:gb.c[m,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio
 cgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.c[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii b:ge.c[n,nrhs,ldb]/io! ldb:i
@@ -61,11 +62,11 @@ cgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs
 cgerqf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
 cgesdd i : jobz:c m:i n:i a:ge.c[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/io u:ge.c[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.c[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,min(m,n)*max(5*min(m,n)+7,2*max(m,n)+2*min(m,n)+1))] iwork:ix[max(1,8*min(m,n))]
 cgesv i : n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
-cgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork rwork
+cgesvd i : jobu:c jobvt:c m:i n:i a:ge.c[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/o u:ge.c[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.c[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o
 cgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
-cgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork rwork iwork
-cgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv cwork lwork rwork lrwork
-cgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work rwork
+cgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.c[m,n,lda]/io! lda:i vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[min(m,n)]/o u:ge.c[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.c[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,min(m,n)*(min(m,n)*2+15*min(m,n)))] iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
+cgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.c[m,n,lda]/io! lda:i sva:vec.s[n]/o mv:i v:ge.c[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i cwork:yx.c[max(1,m+n)]@lwork lwork:i rwork:yx.s[max(6,m+n)]@lrwork lrwork:i stat:ow[6]@rwork/io
+cgesvx i : fact:c trans:c n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i af:ge.c[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.c[n,nrhs,ldb]/io! ldb:i x:ge.c[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.c[max(1,2*n)] rwork:yx.s[max(1,2*n)] rpivot:ow[1]@rwork/o
 cgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 cgetf2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i ipiv:iio
 cgetrf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i ipiv:iio
@@ -337,7 +338,7 @@ cupmtr i : side:c uplo:c trans:c m:i n:i ap:sp.c[uplo,byside(side,m,n)]/i! tau:v
 dbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.d[q]/io! phi:vec.d[q-1]/io u1:ge.d[p,p,ldu1]/io! ldu1:i u2:ge.d[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.d[q,q,ldv1t]/io! ldv1t:i v2t:ge.d[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.d[q]/o b11e:vec.d[q-1]/o b12d:vec.d[q]/o b12e:vec.d[q-1]/o b21d:vec.d[q]/o b21e:vec.d[q-1]/o b22d:vec.d[q]/o b22e:vec.d[q-1]/o work:yw.d[lwork] lwork:i
 dbdsdc i : uplo:c compq:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! u:ge.d[n,n,ldu]/o?compq=I ldu:i vt:ge.d[n,n,ldvt]/o?compq=I ldvt:i q:vec.d[0]/o iq:iio work:yx.d[max(1,max(3*n*n+4*n,6*n))] iwork:ix[max(1,8*n)]
 dbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
-dbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
+dbdsvdx i : uplo:c jobz:c range:c n:i d:vec.d[n]/i! e:vec.d[n-1]/i! vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[n]/o z:ge.d[2*n,byrange(range,n+1,max(0,iu-il+1)),ldz]/o?jobz=V ldz:i work:yx.d[max(14*n,1)] iwork:ix[max(12*n,1)] superb:ow[12*n-1]@iwork+1/o
 ddisna i +nolayout : job:c m:i n:i d:vec.d[m]/i! sep:vec.d[m]/io
 dgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
 dgbcon i : norm:c n:i kl:i ku:i ab:gb.d[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.d! rcond:y.d work:yx.d[3*n] iwork:ix[n]
@@ -346,7 +347,7 @@ dgbequb i : m:i n:i kl:i ku:i ab:gb.d[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:v
 dgbrfs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.d[n,n,kl,ku,ldab]/i! ldab:i afb:gb.d[n,n,kl,kl+ku,ldafb]/i! ldafb:i ipiv:ii b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.d[max(1,3*n)] iwork:ix[max(1,n)]
 dgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgbsv i : n:i kl:i ku:i nrhs:i ab:gb.d[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i
-dgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work iwork
+dgbsvx i : fact:c trans:c n:i kl:i ku:i nrhs:i ab:gb.d[n,n,kl,ku,ldab]/io! ldab:i afb:gb.d[n,n,kl,kl+ku,ldafb]/io ldafb:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.d[n,nrhs,ldb]/io! ldb:i x:ge.d[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.d[max(1,3*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
 dgbsvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgbtrf i : m:i n:i kl:i ku:i ab:gb.d[m,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio
 dgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.d[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii b:ge.d[n,nrhs,ldb]/io! ldb:i
@@ -387,11 +388,11 @@ dgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs
 dgerqf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgesdd i : jobz:c m:i n:i a:ge.d[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/io u:ge.d[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.d[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.d[lwork] lwork:i iwork:ix[max(1,8*min(m,n))]
 dgesv i : n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i
-dgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork
+dgesvd i : jobu:c jobvt:c m:i n:i a:ge.d[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/o u:ge.d[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.d[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.d[lwork] lwork:i superb:ow[min(m,n)-1]@work+1/o
 dgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
-dgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork iwork
-dgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv work lwork
-dgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work iwork
+dgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.d[m,n,lda]/io! lda:i vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[min(m,n)]/o u:ge.d[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.d[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.d[lwork] lwork:i iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
+dgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.d[m,n,lda]/io! lda:i sva:vec.d[n]/o mv:i v:ge.d[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i work:yx.d[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io
+dgesvx i : fact:c trans:c n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i af:ge.d[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.d[n,nrhs,ldb]/io! ldb:i x:ge.d[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.d[max(1,4*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
 dgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 dgetf2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i ipiv:iio
 dgetrf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i ipiv:iio
@@ -637,7 +638,7 @@ dtzrzf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[m]/io work:yw.d[lwork] lw
 sbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.s[q]/io! phi:vec.s[q-1]/io u1:ge.s[p,p,ldu1]/io! ldu1:i u2:ge.s[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.s[q,q,ldv1t]/io! ldv1t:i v2t:ge.s[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.s[q]/o b11e:vec.s[q-1]/o b12d:vec.s[q]/o b12e:vec.s[q-1]/o b21d:vec.s[q]/o b21e:vec.s[q-1]/o b22d:vec.s[q]/o b22e:vec.s[q-1]/o work:yw.s[lwork] lwork:i
 sbdsdc i : uplo:c compq:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! u:ge.s[n,n,ldu]/o?compq=I ldu:i vt:ge.s[n,n,ldvt]/o?compq=I ldvt:i q:vec.s[0]/o iq:iio work:yx.s[max(1,max(3*n*n+4*n,6*n))] iwork:ix[max(1,8*n)]
 sbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
-sbdsvdx - +skip=high_level_has_its_own_outputs_(superb) : uplo jobz range n d e vl vu il iu ns s z ldz work iwork
+sbdsvdx i : uplo:c jobz:c range:c n:i d:vec.s[n]/i! e:vec.s[n-1]/i! vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[n]/o z:ge.s[2*n,byrange(range,n+1,max(0,iu-il+1)),ldz]/o?jobz=V ldz:i work:yx.s[max(14*n,1)] iwork:ix[max(12*n,1)] superb:ow[12*n-1]@iwork+1/o
 sdisna i +nolayout : job:c m:i n:i d:vec.s[m]/i! sep:vec.s[m]/io
 sgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
 sgbcon i : norm:c n:i kl:i ku:i ab:gb.s[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.s! rcond:y.s work:yx.s[3*n] iwork:ix[n]
@@ -646,7 +647,7 @@ sgbequb i : m:i n:i kl:i ku:i ab:gb.s[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:v
 sgbrfs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.s[n,n,kl,ku,ldab]/i! ldab:i afb:gb.s[n,n,kl,kl+ku,ldafb]/i! ldafb:i ipiv:ii b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.s[max(1,3*n)] iwork:ix[max(1,n)]
 sgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgbsv i : n:i kl:i ku:i nrhs:i ab:gb.s[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i
-sgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work iwork
+sgbsvx i : fact:c trans:c n:i kl:i ku:i nrhs:i ab:gb.s[n,n,kl,ku,ldab]/io! ldab:i afb:gb.s[n,n,kl,kl+ku,ldafb]/io ldafb:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.s[n,nrhs,ldb]/io! ldb:i x:ge.s[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.s[max(1,3*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
 sgbsvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgbtrf i : m:i n:i kl:i ku:i ab:gb.s[m,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio
 sgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.s[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii b:ge.s[n,nrhs,ldb]/io! ldb:i
@@ -687,11 +688,11 @@ sgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs
 sgerqf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgesdd i : jobz:c m:i n:i a:ge.s[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/io u:ge.s[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.s[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.s[lwork] lwork:i iwork:ix[max(1,8*min(m,n))]
 sgesv i : n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i
-sgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork
+sgesvd i : jobu:c jobvt:c m:i n:i a:ge.s[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/o u:ge.s[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.s[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.s[lwork] lwork:i superb:ow[min(m,n)-1]@work+1/o
 sgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
-sgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork iwork
-sgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv work lwork
-sgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work iwork
+sgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.s[m,n,lda]/io! lda:i vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[min(m,n)]/o u:ge.s[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.s[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.s[lwork] lwork:i iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
+sgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.s[m,n,lda]/io! lda:i sva:vec.s[n]/o mv:i v:ge.s[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i work:yx.s[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io
+sgesvx i : fact:c trans:c n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i af:ge.s[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.s[n,nrhs,ldb]/io! ldb:i x:ge.s[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.s[max(1,4*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
 sgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work iwork
 sgetf2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i ipiv:iio
 sgetrf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i ipiv:iio
@@ -943,7 +944,7 @@ zgbequb i : m:i n:i kl:i ku:i ab:gb.z[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:v
 zgbrfs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.z[n,n,kl,ku,ldab]/i! ldab:i afb:gb.z[n,n,kl,kl+ku,ldafb]/i! ldafb:i ipiv:ii b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.z[max(1,2*n)] rwork:yx.d[max(1,n)]
 zgbrfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n kl ku nrhs ab ldab afb ldafb ipiv r c b ldb x ldx rcond berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgbsv i : n:i kl:i ku:i nrhs:i ab:gb.z[n,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
-zgbsvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond ferr berr work rwork
+zgbsvx i : fact:c trans:c n:i kl:i ku:i nrhs:i ab:gb.z[n,n,kl,ku,ldab]/io! ldab:i afb:gb.z[n,n,kl,kl+ku,ldafb]/io ldafb:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.z[n,nrhs,ldb]/io! ldb:i x:ge.z[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.z[max(1,2*n)] rwork:yx.d[max(1,n)] rpivot:ow[1]@rwork/o
 zgbsvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n kl ku nrhs ab ldab afb ldafb ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgbtrf i : m:i n:i kl:i ku:i ab:gb.z[m,n,kl,kl+ku,ldab]/io! ldab:i ipiv:iio
 zgbtrs i : trans:c n:i kl:i ku:i nrhs:i ab:gb.z[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii b:ge.z[n,nrhs,ldb]/io! ldb:i
@@ -984,11 +985,11 @@ zgerfsx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : trans equed n nrhs
 zgerqf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
 zgesdd i : jobz:c m:i n:i a:ge.z[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/io u:ge.z[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.z[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,min(m,n)*max(5*min(m,n)+7,2*max(m,n)+2*min(m,n)+1))] iwork:ix[max(1,8*min(m,n))]
 zgesv i : n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
-zgesvd - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt m n a lda s u ldu vt ldvt work lwork rwork
+zgesvd i : jobu:c jobvt:c m:i n:i a:ge.z[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/o u:ge.z[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.z[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o
 zgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
-zgesvdx - +skip=high_level_has_its_own_outputs_(superb) : jobu jobvt range m n a lda vl vu il iu ns s u ldu vt ldvt work lwork rwork iwork
-zgesvj - +skip=high_level_has_its_own_outputs_(stat) : joba jobu jobv m n a lda sva mv v ldv cwork lwork rwork lrwork
-zgesvx - +skip=high_level_has_its_own_outputs_(rpivot) : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work rwork
+zgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.z[m,n,lda]/io! lda:i vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[min(m,n)]/o u:ge.z[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.z[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,min(m,n)*(min(m,n)*2+15*min(m,n)))] iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
+zgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.z[m,n,lda]/io! lda:i sva:vec.d[n]/o mv:i v:ge.z[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i cwork:yx.z[max(1,m+n)]@lwork lwork:i rwork:yx.d[max(6,m+n)]@lrwork lrwork:i stat:ow[6]@rwork/io
+zgesvx i : fact:c trans:c n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i af:ge.z[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.z[n,nrhs,ldb]/io! ldb:i x:ge.z[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.z[max(1,2*n)] rwork:yx.d[max(1,2*n)] rpivot:ow[1]@rwork/o
 zgesvxx - +skip=not_in_Debian_liblapacke_nor_liblapack.so.3 : fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond rpvgrw berr n_err_bnds err_bnds_norm err_bnds_comp nparams params work rwork
 zgetf2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i ipiv:iio
 zgetrf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i ipiv:iio

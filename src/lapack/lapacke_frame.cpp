@@ -475,7 +475,8 @@ I run_middle(const Routine<I>& r, int layout, void* const* p, void* result, cons
   }
   // A workspace query: the sizes do not depend on the layout; nothing is copied.
   for (int k : each{r.owned})
-    if (r.args[k].kind == kWork && value<I>(p, r.args[k].ld) == -1) return call_fortran(r, q, &info, result);
+    if (r.args[k].kind == kWork && r.args[k].ld >= 0 && value<I>(p, r.args[k].ld) == -1)
+      return call_fortran(r, q, &info, result);
   void* copies[kMaxArgs];
   uint64_t held = 0;
   for (int k : each{todo}) {
@@ -502,6 +503,27 @@ I run_middle(const Routine<I>& r, int layout, void* const* p, void* result, cons
   release_all(copies, held);
   if (info == kTransposeMemoryError) xerbla<I>(r.work, info);
   return info;
+}
+
+// Copies the high level's own outputs between the caller's arrays and the workspaces
+// they live in: into the workspace (`dir` kIn) or out of it (kOut). `lengths` holds each
+// workspace's element count; a copy never reaches past it.
+template <class I>
+void copy_own(const Routine<I>& r, void* const* p, void* const* owned, uint64_t held, const I* lengths, const I* d,
+              uint8_t dir) {
+  for (int k = r.nargs; k < r.nargs + r.nown; ++k) {
+    const Arg& a = r.args[k];
+    if (!(a.dir & dir) || !(held & bit(a.ld))) continue;
+    I count = d[a.d], room = lengths[a.ld] - a.ref[0];
+    if (count > room) count = room;
+    if (count <= 0) continue;
+    const size_t size = size_of<I>(a.type);
+    char* w = static_cast<char*>(owned[a.ld]) + size * a.ref[0];
+    if (dir == kIn)
+      std::memcpy(w, p[k], size * count);
+    else
+      std::memcpy(p[k], w, size * count);
+  }
 }
 
 template <class I>
@@ -544,12 +566,14 @@ I run_high(const Routine<I>& r, int layout, void* const* p, void* result) {
       }
       held |= bit(k);
       q[k] = owned[k];
+      lengths[k] = d[a.d];
+      if (a.ld >= 0) q[a.ld] = &lengths[k];
     } else {
       queried |= bit(k);
       std::memset(answers[k], 0, sizeof answers[k]);
       q[k] = answers[k];
       lengths[k] = -1;
-      q[a.ld] = &lengths[k];
+      if (a.ld >= 0) q[a.ld] = &lengths[k];
     }
   }
   if (info == 0 && queried) {
@@ -567,7 +591,11 @@ I run_high(const Routine<I>& r, int layout, void* const* p, void* result) {
       q[k] = owned[k];
     }
   }
-  if (info == 0) info = run_middle(r, layout, q, result, known);
+  if (info == 0) {
+    if (r.nown) copy_own(r, p, owned, held, lengths, d, kIn);
+    info = run_middle(r, layout, q, result, known);
+    if (r.nown) copy_own(r, p, owned, held, lengths, d, kOut);
+  }
   release_all(owned, held);
   if (info == kWorkMemoryError) xerbla<I>(r.high, info);
   return info;

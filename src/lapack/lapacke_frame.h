@@ -21,8 +21,11 @@ enum Kind : uint8_t {
   kScalar,   // real or complex by value
   kOutPtr,   // anything else passed on by address: scalar outputs, integer arrays, callbacks
   kVector,   // one-dimensional floating array: d[0] its length; ref: its stride (-1: 1)
-  kWork,     // workspace sized by a query; `ref` is its length argument
-  kFixed,    // workspace of a fixed length d[0]
+  kWork,     // workspace sized by a query; `ld` is its length argument (-1: none, the
+             // answer its own query leaves sizes it)
+  kFixed,    // workspace of a fixed length d[0]; ld: the argument that gets the length, -1 none
+  kOwn,      // an output of the high level alone, after the routine's arguments: d[0] elements
+             // of the workspace `ld` from element ref[0], copied out (kIn: also in)
   kGe,       // d: rows, cols
   kSy,       // d: n; ref: uplo
   kTr,       // d: n; ref: uplo, diag (-1: non-unit)
@@ -85,6 +88,7 @@ struct Routine {
   uint64_t owned;     // workspace the high level allocates (kWork, kFixed)
   Dims<I> dims;
   Fortran fortran;
+  uint8_t nown;  // own outputs of the high level (kOwn), after the nargs arguments
 };
 
 constexpr int kMaxArgs = 48;  // at most 64: the argument sets are 64-bit

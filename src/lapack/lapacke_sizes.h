@@ -34,4 +34,18 @@ inline I gsddvt(char jobz, I m, I n) {
   return lsame(jobz, 's') ? (m < n ? m : n) : I(0);
 }
 
+// Columns of U or rows of VT in ?gesvd: `all` for job "a", `some` for "s", none otherwise
+// ("o" overwrites A, "n" computes none).
+template <class I>
+inline I gbysvd(char job, I all, I some) {
+  return lsame(job, 'a') ? all : lsame(job, 's') ? some : I(0);
+}
+
+// Rows of V in ?gesvj: n for jobv "v", mv for "a" (the rotations applied to the caller's
+// first mv rows), none otherwise.
+template <class I>
+inline I gsvjv(char jobv, I n, I mv) {
+  return lsame(jobv, 'v') ? n : lsame(jobv, 'a') ? mv : I(0);
+}
+
 }  // namespace qnl::lapacke

@@ -38,6 +38,9 @@ struct Seen {
   int work_word = -1, lwork_word = -1, iwork_word = -1, liwork_word = -1;
   std::vector<int64_t> lworks;  // lwork seen by each call
   std::vector<int64_t> liworks;
+  int fill_word = -1;  // a workspace that a call other than a query fills with 1000, 1001, ...
+  size_t fill_count = 0;
+  std::vector<double> filled_from;  // that workspace as the call got it
 };
 Seen g_seen;
 
@@ -78,6 +81,11 @@ void hook(const char* symbol, const uint64_t* w, int n) {
   if (s.array_word >= 0) {
     const double* a = reinterpret_cast<const double*>(w[s.array_word]);
     s.array.assign(a, a + s.array_count);
+  }
+  if (s.fill_word >= 0 && (s.lwork_word < 0 || int_at(w[s.lwork_word]) != -1)) {
+    double* work = reinterpret_cast<double*>(w[s.fill_word]);
+    s.filled_from.assign(work, work + s.fill_count);
+    for (size_t i = 0; i < s.fill_count; ++i) work[i] = 1000.0 + double(i);
   }
   if (s.lwork_word >= 0) {
     int64_t lwork = int_at(w[s.lwork_word]);
@@ -340,6 +348,48 @@ TEST_F(LapackeProbeQuery, FixedWorkspaceBeforeTheQueryAndComplexAnswerByItsRealP
   EXPECT_EQ(qnl_probe_allocations() - before, 2);
   EXPECT_EQ(qnl_probe_last_allocation_size(), 21u * 16);
   EXPECT_EQ(qnl_probe_live_allocations(), 0);
+}
+
+// Outputs of the high level alone are elements of a workspace after the call: dgesvd's
+// superb from its queried work (from the second element), dgesvx's rpivot from its fixed
+// work; nothing is written past them.
+TEST_F(LapackeProbeQuery, OwnOutputsAreTheWorkspaceAfterTheCall) {
+  constexpr lapack_int M = 6;
+  // dgesvd: jobu jobvt m n a lda s u ldu vt ldvt work lwork info
+  g_seen.work_word = g_seen.fill_word = 11;
+  g_seen.lwork_word = 12;
+  g_seen.work_answer = 40.0;
+  g_seen.fill_count = 40;
+  std::vector<double> a(M * N, 1.0), s(N), u(M * M), vt(N * N), superb(N, -1.0);
+  EXPECT_EQ(
+      LAPACKE_dgesvd(LAPACK_COL_MAJOR, 'A', 'A', M, N, a.data(), M, s.data(), u.data(), M, vt.data(), N, superb.data()),
+      0);
+  for (lapack_int i = 0; i + 1 < N; ++i) EXPECT_EQ(superb[i], 1001.0 + i) << i;
+  EXPECT_EQ(superb[N - 1], -1.0);
+  // dgesvx: fact trans n nrhs a lda af ldaf ipiv equed r c b ldb x ldx rcond ferr berr work iwork info
+  g_seen = Seen{};
+  g_seen.fill_word = 19;
+  g_seen.fill_count = 4 * N;
+  std::vector<double> sq(N * N, 1.0), af(N * N), r(N), c(N), b(N), x(N), ferr(1), berr(1), rpivot(2, -1.0);
+  std::vector<lapack_int> piv(N);
+  char equed = 'N';
+  double rcond = 0;
+  EXPECT_EQ(LAPACKE_dgesvx(LAPACK_ROW_MAJOR, 'N', 'N', N, 1, sq.data(), N, af.data(), N, piv.data(), &equed, r.data(),
+                           c.data(), b.data(), 1, x.data(), 1, &rcond, ferr.data(), berr.data(), rpivot.data()),
+            0);
+  EXPECT_EQ(rpivot[0], 1000.0);
+  EXPECT_EQ(rpivot[1], -1.0);
+  // dgesvj: joba jobu jobv m n a lda sva mv v ldv work lwork info; stat goes in and comes out,
+  // and the fixed work's length max(6, m+n) reaches lwork.
+  g_seen = Seen{};
+  g_seen.fill_word = 11;
+  g_seen.fill_count = 6;
+  std::vector<double> sva(N), v(N * N), stat = {7, 8, 9, 10, 11, 12, -1};
+  EXPECT_EQ(LAPACKE_dgesvj(LAPACK_COL_MAJOR, 'G', 'U', 'V', M, N, a.data(), M, sva.data(), 0, v.data(), N, stat.data()),
+            0);
+  EXPECT_EQ(g_seen.filled_from, (std::vector<double>{7, 8, 9, 10, 11, 12}));
+  EXPECT_EQ(g_seen.values[12], M + N);
+  EXPECT_EQ(stat, (std::vector<double>{1000, 1001, 1002, 1003, 1004, 1005, -1}));
 }
 
 }  // namespace

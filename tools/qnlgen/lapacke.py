@@ -29,11 +29,15 @@ SHAPE_PARAMS = {
 
 
 # name:word[.T][[extents]][/direction][!shape][?job=LETTERS], the words of model.py's VOCABULARY.
-TOKEN = re.compile(r"(?P<word>[a-z]+\*?)(?:\.(?P<prec>[sdcz]))?(?:\[(?P<extents>.*)\])?(?:/(?P<dir>io|i|o))?"
+# "@name" after the extents: a fixed workspace's length argument, or the workspace an
+# own output of the high level is copied from ("@work+1": from its second element on).
+TOKEN = re.compile(r"(?P<word>[a-z]+\*?)(?:\.(?P<prec>[sdcz]))?(?:\[(?P<extents>.*?)\])?"
+                   r"(?:@(?P<src>\w+)(?:\+(?P<off>\d+))?)?(?:/(?P<dir>io|i|o))?"
                    r"(?P<nan>!\w*)?(?:\?(?P<job>\w+)=(?P<letters>\w+))?$")
 QUERY = ("yw", "iw")  # workspaces sized by a workspace query
 WORKSPACES = QUERY + ("yx", "ix", "lw")
 INT_ARRAYS = ("ii", "iio")
+OWN = "ow"  # an output of the high level alone, copied from a workspace after the call
 
 
 class Arg:
@@ -44,6 +48,7 @@ class Arg:
             raise SystemExit(f"argument {name}: {code} is not in the vocabulary")
         self.word, self.extents, self.direction = m.group("word"), m.group("extents"), m.group("dir")
         self.job, self.job_letters, self.nanmark = m.group("job"), m.group("letters"), m.group("nan")
+        self.src, self.off = m.group("src"), int(m.group("off") or 0)
         # The element's type letter: its precision, or lapack_int for the integer workspaces.
         self.prec = m.group("prec") or ("i" if self.word in WORKSPACES else None)
         self.kind = None
@@ -65,7 +70,7 @@ class Routine:
         self.has_info = True
 
 
-FUNCS = ("max", "min", "abs", "byrange", "byside", "bytrans", "ifset", "sddu", "sddvt")
+FUNCS = ("max", "min", "abs", "byrange", "byside", "bytrans", "ifset", "sddu", "sddvt", "bysvd", "svjv")
 # Record kinds of the words without extents; a.T scalars, workspaces and arrays are told apart below.
 SIMPLE = {"c": "kChar", "c*": "kCharPtr", "i": "kInt", "o": "kOutPtr", "ii": "kOutPtr", "iio": "kOutPtr",
           "f": "kOutPtr", "y": "kOutPtr"}
@@ -115,8 +120,11 @@ def classify(r):
     index = {a.name: k for k, a in enumerate(r.args)}
     lengths = set()
     for a in r.args:
-        if a.word in QUERY:
+        if a.word in QUERY and a.extents:
             lengths.add(a.extents)
+        elif a.word in WORKSPACES and a.src:  # a fixed length the high level passes on
+            lengths.add(a.src)
+    own_outputs(r)
     body, slot = [], 0
     high_names = set()
     hpos = 0 if "+nolayout" in r.flags else 1
@@ -145,13 +153,21 @@ def classify(r):
             a.kind, a.type = "kScalar", a.prec
             if a.nanmark:
                 a.nan = "qnl::lapacke::kScalar"
-        elif w in QUERY:
-            a.kind, a.type, a.ld = "kWork", a.prec, index[a.extents]
+        elif w in QUERY:  # without a length argument ([]): sized by its own query answer
+            a.kind, a.type, a.ld = "kWork", a.prec, index[a.extents] if a.extents else -1
         elif w in WORKSPACES:
             a.kind, a.type = "kFixed", a.prec
             a.dims = [slot_for(a.extents, True)]
+            if a.src:
+                a.ld = index[a.src]
             if a.job:  # allocated only when that letter argument asks for it
                 a.cond, a.letters = index[a.job], a.job_letters
+        elif w == OWN:  # of the workspace's type, at an element offset kept in refs[0]
+            src = r.args[index[a.src]]
+            a.prec = src.prec
+            a.kind, a.type, a.ld, a.dir = "kOwn", src.prec, index[a.src], DIRECTIONS[a.direction]
+            a.refs[0] = a.off
+            a.dims = [slot_for(a.extents, True)]
         elif w == "vec":
             a.kind, a.type = "kVector", a.prec
             a.dir = DIRECTIONS[a.direction]
@@ -188,6 +204,25 @@ def classify(r):
         else:
             raise ValueError(f"{a.name}: {w} is not an argument word of this table")
     return body
+
+
+def own_outputs(r):
+    """Checks the high level's own outputs (word `ow`): they follow every argument of the
+    Fortran routine, and copy from a workspace the high level allocates."""
+    ws = {a.name for a in r.args if a.word in WORKSPACES}
+    seen = False
+    for a in r.args:
+        if a.word == OWN:
+            seen = True
+            if a.src not in ws or not a.direction:
+                raise ValueError(f"{a.name}: an own output copies from a workspace, with a direction")
+        elif seen:
+            raise ValueError(f"{a.name}: arguments of the routine come before the own outputs")
+
+
+def fortran_args(r):
+    """The arguments of the Fortran routine (and of the middle level), in order."""
+    return [a for a in r.args if a.word != OWN]
 
 
 C_PARAMS = {"c": "char", "c*": "char*", "i": "lapack_int", "o": "lapack_int*", "ii": "lapack_int*",
@@ -308,7 +343,8 @@ def routine_entries(r, header):
         rows.append(f"{{qnl::lapacke::{a.kind}, '{a.type}', {a.dir}, {a.nan}, {a.ld}, {{{refs}}}, {d}, {a.hpos}, "
                     f"{a.cond}, \"{a.letters}\"}}")
     # A routine without info (?lacpy, ?laset) gets the arguments alone; the frame's info stays 0.
-    nq = len(r.args) + (1 if r.has_info else 0)
+    nf = len(fortran_args(r))
+    nq = nf + (1 if r.has_info else 0)
     qs = ", ".join(f"qnl::lapack::Any{{q[{k}]}}" for k in range(nq))
     call = f"qnl_lapack_body_{ident}({qs});\n  (void)res;"
     if r.result != "i":  # a function: its value goes to `res`
@@ -324,13 +360,17 @@ def routine_entries(r, header):
                # Built on the caller's stack from immediates: a record held in memory would
                # carry five addresses for the dynamic linker to write at every start.
                f"template <class I>\ninline qnl::lapacke::Routine<I> R_{ident}() {{\n"
-               f"  return {{\"{said}\", \"{said}_work\", A_{ident}, {len(r.args)}, {flags}, {masks}, D_{ident}<I>, "
-               f"F_{ident}}};\n}}\n")
+               f"  return {{\"{said}\", \"{said}_work\", A_{ident}, {nf}, {flags}, {masks}, D_{ident}<I>, "
+               f"F_{ident}, {len(r.args) - nf}}};\n}}\n")
     layout = "+nolayout" not in r.flags
     htypes = header[hi_name][1][layout:]
     wtypes = header[wk_name][1][layout:]
     wparams, hparams, haddr, waddr = [], [], [], []
     for k, a in enumerate(r.args):
+        if a.word == OWN:  # the high level's alone
+            hparams.append(twin_param(with_header_const(c_param(a), htypes[len(hparams)])))
+            haddr.append(address(a))
+            continue
         p = with_header_const(c_param(a), wtypes[k])
         if p is None:
             p = f"{wtypes[k].rsplit(' ', 1)[0]} {a.name}"
@@ -414,9 +454,10 @@ def family(tables):
     for r in (r for r in parse(table) if r.skip is None):
         f = fortran.get(r.name)
         try:
-            if f is None or f[1] not in (len(r.args), len(r.args) + 1):
+            nf = len(fortran_args(r))
+            if f is None or f[1] not in (nf, nf + 1):
                 raise ValueError("no Fortran entry of these arguments")
-            r.has_info = f[1] == len(r.args) + 1
+            r.has_info = f[1] == nf + 1
             entries += routine_entries(r, header)
         except (ValueError, KeyError) as e:
             raise SystemExit(f"{table}:{r.line}: {r.name}: {e}")

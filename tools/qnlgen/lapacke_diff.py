@@ -14,6 +14,7 @@ from pathlib import Path
 
 from .common import banner, split_top, write_if_changed
 from .lapacke import INT_ARRAYS, SHAPES, TYPES, WORKSPACES, classify, parse
+from .lapacke import OWN as OWN_OUTPUT
 
 INTS = {"m": 6, "n": 5, "k": 3, "nrhs": 2, "kl": 1, "ku": 2, "kd": 2, "ka": 2, "kb": 1, "ilo": 1, "ihi": 5,
         "itype": 1, "il": 1, "iu": 2, "nb": 2, "mb": 2, "l": 0, "p": 3, "q": 2, "ncvt": 2, "nru": 2, "ncc": 2,
@@ -54,10 +55,14 @@ OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3"
        # ?geesx sorts, with both condition numbers (with sense "N" the stock real ?geesx passes
        # no iwork that the routine then writes).
        "geesx": {"sort": "S", "sense": "B"},
-       "tgsja": {"jobu": "U", "jobv": "V", "jobq": "Q"}}
+       "tgsja": {"jobu": "U", "jobv": "V", "jobq": "Q"},
+       # Singular vectors of every singular value (range "A").
+       "gesvdx": {"jobu": "V", "jobvt": "V"}, "gesvj": {"joba": "G", "jobu": "U", "jobv": "V", "mv": 3}}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
-UNDEFINED = {"getsqrhrt": "t", "lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
+# ?gesvd's superb holds the unconverged superdiagonal only when it fails; the failing indices
+# of ?gesvdx and ?bdsvdx are the rest of an integer workspace.
+UNDEFINED = {"gesvd": "superb", "gesvdx": "superb", "bdsvdx": "superb", "getsqrhrt": "t", "lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
 # Outputs that the stock library leaves undefined in row-major only: its ?sytrf_aa_2stage
 # factors into a scratch tb that it never copies back (tb is not a matrix of the layout).
 ROW_UNDEFINED = {f"{k}_aa_2stage": "tb" for k in ("sytrf", "hetrf", "sysv", "hesv")}
@@ -68,6 +73,9 @@ STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt"}
 # Further option letters a routine runs with, each a case of its own in both layouts.
 # The Schur drivers also sort, with condition numbers where they have them.
 VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"compq": "N"}],
+            "gesvd": [{"jobu": "S", "jobvt": "S"}, {"jobu": "O", "jobvt": "N"}, {"jobu": "N", "jobvt": "O"}],
+            "gesvdx": [{"range": "I"}, {"jobu": "N"}], "bdsvdx": [{"range": "I", "uplo": "L"}],
+            **{f: [{"fact": "E"}] for f in ("gesvx", "gbsvx")}, "gesvj": [{"jobv": "A"}, {"jobv": "N", "jobu": "N"}],
             "sfrk": [{"trans": "T"}], "hfrk": [{"trans": "C"}],
             **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}]}
 # Calls the stock library gets wrong, observed: not compared.
@@ -86,6 +94,8 @@ FUNCS = {"max": max, "min": min, "abs": abs,
          "byside": lambda side, m, n: m if side == "L" else n,
          "bytrans": lambda trans, x, y: x if trans == "N" else y,
          "ifset": lambda flag, x: x if flag else 0,
+         "bysvd": lambda job, every, some: every if job == "A" else some if job == "S" else 0,
+         "svjv": lambda jobv, n, mv: n if jobv == "V" else mv if jobv == "A" else 0,
          # ?gesdd: columns of U, rows of VT (src/lapack/lapacke_sizes.h)
          "sddu": lambda jobz, m, n: m if jobz == "A" or (jobz == "O" and m < n) else min(m, n) if jobz == "S" else 0,
          "sddvt": lambda jobz, m, n: n if jobz == "A" or (jobz == "O" and m >= n) else min(m, n) if jobz == "S" else 0}
@@ -177,6 +187,9 @@ def case(r, layout, letters=None):
             rows.append((6, "i", 4 * most + 16, 0.0, "N", ""))
         elif w == "f":  # a selection callback: the caller passes the harness's own
             rows.append((2, "0", 0, 0.0, "N", ""))
+        elif w == OWN_OUTPUT:  # of the workspace's type: integers are compared exactly
+            kind = 9 if undefined(r, a, row) else 6 if a.prec == "i" else 7
+            rows.append((kind, a.prec, max(ev(a.extents, vals), 1), 0.0, "N", ""))
         elif w == "vec":
             length, *stride = split_top(a.extents)
             try:

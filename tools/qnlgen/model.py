@@ -99,6 +99,11 @@ MAX_SHARD = 500  # entries in one generated source at most
 # (".T"), its extents in brackets and its direction (/i /o /io):
 #   yw.T[len] yx.T[expr]  element workspace sized by a workspace query (len: its length
 #      argument) or of a fixed length (like iw and ix for integers)
+#   yx.T[expr]@len  a fixed length that the high level also passes as argument len
+#   iw[] yw.T[]  sized by the answer its own query leaves in it, without a length argument
+#   ow[len]@work+k/o  an output of the high level alone (after every argument of the
+#      routine): len elements of workspace `work` from element k, copied out after the
+#      call (/io: also in before it)
 #   vec.T[len]  vector        ge sy tr gb sb tb sp tp pf tf  matrix of that storage shape
 #      (general, symmetric, triangular, general band, symmetric band, triangular band,
 #      symmetric packed, triangular packed, symmetric RFP, triangular RFP)
@@ -111,7 +116,7 @@ MAX_SHARD = 500  # entries in one generated source at most
 LETTERS = set("cionarwxjeyvfpLTUGSDKNAC")
 WORDS = {"io", "ii", "iio", "iw", "ix", "lw", "f1", "f2", "f3", "i32", "u64", "f64", "ptr", "ptr*", "i32v",
          "str", "txt", "i32o", "u64o", "ver", "exith", "xerh", "progh", "pivh", "i32r", "i64o", "f64r", "f64o",
-         "c*", "yw", "yx", "vec", "ge", "sy", "tr", "gb", "sb", "tb", "sp", "tp", "pf", "tf"}
+         "c*", "yw", "yx", "ow", "vec", "ge", "sy", "tr", "gb", "sb", "tb", "sp", "tp", "pf", "tf"}
 PRECISIONS = "sdcz"
 REAL_OF = {"s": "s", "d": "d", "c": "s", "z": "d"}
 # C type of a data letter at a Fortran entry, where every argument comes by address:
