@@ -54,7 +54,9 @@ OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3"
        # ?geesx sorts, with both condition numbers (with sense "N" the stock real ?geesx passes
        # no iwork that the routine then writes).
        "geesx": {"sort": "S", "sense": "B"},
-       "tgsja": {"jobu": "U", "jobv": "V", "jobq": "Q"}}
+       "tgsja": {"jobu": "U", "jobv": "V", "jobq": "Q"},
+       # ?stein: two eigenvalues, each its own block of one row (the harness's iblock and isplit 1, 2).
+       "stein": {"m": 2}}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
 UNDEFINED = {"getsqrhrt": "t", "lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
@@ -64,11 +66,16 @@ ROW_UNDEFINED = {f"{k}_aa_2stage": "tb" for k in ("sytrf", "hetrf", "sysv", "hes
 # Row-major calls the stock library gets wrong, observed: only column-major is compared. Its
 # ?sytrs_aa_2stage solves with a scratch tb that it never fills from the caller's; its
 # ?tpmqrt_work rejects every row-major call with -2.
-STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt"}
+# ?gemqrt_work passes the caller's row-major ldv (at least k) as the copy's, which the Fortran
+# routine rejects (-9) when the reflectors have more rows than that.
+STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt", "gemqrt"}
 # Further option letters a routine runs with, each a case of its own in both layouts.
 # The Schur drivers also sort, with condition numbers where they have them.
 VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"compq": "N"}],
             "sfrk": [{"trans": "T"}], "hfrk": [{"trans": "C"}],
+            # P's reflectors of ?ormbr; the stock ?unmbr_work copies min(nq,k) of their nq columns
+            # in row-major, so ?unmbr runs with Q's only.
+            "ormbr": [{"vect": "P"}], "gbbrd": [{"vect": "B"}, {"vect": "N"}],
             **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}]}
 # Calls the stock library gets wrong, observed: not compared.
 STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)",
@@ -85,6 +92,7 @@ FUNCS = {"max": max, "min": min, "abs": abs,
          "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1,
          "byside": lambda side, m, n: m if side == "L" else n,
          "bytrans": lambda trans, x, y: x if trans == "N" else y,
+         "byvect": lambda vect, x, y: x if vect == "Q" else y,
          "ifset": lambda flag, x: x if flag else 0,
          # ?gesdd: columns of U, rows of VT (src/lapack/lapacke_sizes.h)
          "sddu": lambda jobz, m, n: m if jobz == "A" or (jobz == "O" and m < n) else min(m, n) if jobz == "S" else 0,
