@@ -153,6 +153,12 @@ GBSVX = SVX.format(band="kl:i ku:i ", a="ab:gb.{t}[n,n,kl,ku,ldab]/io! ldab:i af
 # V of ?gesvj: n rows for jobv "v", mv for "a" (applied to the caller's V), none otherwise.
 SVJ = ("i : joba:c jobu:c jobv:c m:i n:i a:ge.{t}[m,n,lda]/io! lda:i sva:vec.{r}[n]/o mv:i "
        "v:ge.{t}[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i")
+NQ, KQ = "byside(side,m,n)", "min(byside(side,m,n),k)"
+BDSQR = ("i : uplo:c n:i ncvt:i nru:i ncc:i d:vec.{r}[n]/io! e:vec.{r}[n-1]/io! vt:ge.{t}[n,ncvt,ldvt]/io! ldvt:i "
+         "u:ge.{t}[nru,n,ldu]/io! ldu:i c:ge.{t}[n,ncc,ldc]/io! ldc:i")
+GBBRD = ("i : vect:c m:i n:i ncc:i kl:i ku:i ab:gb.{t}[m,n,kl,ku,ldab]/io! ldab:i d:vec.{r}[min(m,n)]/o "
+         "e:vec.{r}[min(m,n)-1]/o q:ge.{t}[m,m,ldq]/o?vect=QB ldq:i pt:ge.{t}[n,n,ldpt]/o?vect=PB ldpt:i "
+         "c:ge.{t}[m,ncc,ldc]/io! ldc:i")
 MANUAL = {
     "gesvd": (GESVD + " superb:ow[min(m,n)-1]@work+1/o",
               GESVD + " rwork:yx.{r}[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o"),
@@ -190,6 +196,22 @@ MANUAL = {
              "/i! tsize:i c:ge.{t}[m,n,ldc]/io! ldc:i work:yw.{t}[lwork] lwork:i",
     "gemlq": "i : side:c trans:c m:i n:i k:i a:ge.{t}[k,byside(side,m,n),lda]/i! lda:i " + QR_T +
              "/i! tsize:i c:ge.{t}[m,n,ldc]/io! ldc:i work:yw.{t}[lwork] lwork:i",
+    # The reflectors of a bidiagonal reduction: Q's are nq by min(nq,k), P's min(nq,k) by nq,
+    # where nq is the order of the side's product (m from the left, n from the right).
+    **{f: f"i : vect:c side:c trans:c m:i n:i k:i a:ge.{{t}}[byvect(vect,{NQ},{KQ}),byvect(vect,{KQ},{NQ}),lda]/i! "
+          f"lda:i tau:vec.{{t}}[{KQ}]/i! c:ge.{{t}}[m,n,ldc]/io! ldc:i work:yw.{{t}}[lwork] lwork:i"
+       for f in ("ormbr", "unmbr")},
+    # VT is n by ncvt, U nru by n, C n by ncc; a count of 0 leaves the matrix unused.
+    "bdsqr": (BDSQR + " work:yx.{t}[max(1,4*n)]", BDSQR + " work:yx.{r}[max(1,4*n)]"),
+    # Q (vect Q or B) is m by m, PT (vect P or B) n by n, C m by ncc.
+    "gbbrd": (GBBRD + " work:yx.{t}[max(1,2*max(m,n))]", GBBRD + " work:yx.{t}[max(1,max(m,n))] rwork:yx.{r}[max(1,max(m,n))]"),
+    # The reflectors have m rows from the left, n from the right; T is nb by k.
+    "gemqrt": "i : side:c trans:c m:i n:i k:i nb:i v:ge.{t}[byside(side,m,n),k,ldv]/i! ldv:i t:ge.{t}[nb,k,ldt]/i! "
+              "ldt:i c:ge.{t}[m,n,ldc]/io! ldc:i work:yx.{t}[max(1,byside(side,n,m))*max(1,nb)]",
+    # The C names of the Fortran routines' arguments differ (ifailv for ifail, kb and bb for kd and ab).
+    "stein": "i : n:i d:vec.{r}[n]/i! e:vec.{r}[n-1]/i! m:i w:vec.{r}[n]/i! iblock:ii isplit:ii z:ge.{t}[n,m,ldz]/o ldz:i "
+             "work:yx.{r}[max(1,5*n)] iwork:ix[max(1,n)] ifailv:iio",
+    "pbstf": "i : uplo:c n:i kb:i bb:sb.{t}[uplo,n,kb,ldbb]/io! ldbb:i",
     # The NaN gate reads x at its stride, and the running scale and sum as one-element vectors.
     "lassq": "i +nolayout : n:i x:vec.{t}[n,incx]/i! incx:i scale:vec.{r}[1]/io! sumsq:vec.{r}[1]/io!",
 }

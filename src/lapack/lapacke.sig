@@ -13,8 +13,8 @@
 #      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k
 # +nocopy: row-major calls translate arguments and copy nothing; +nolayout: no layout argument
 cbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.s[q]/io! phi:vec.s[q-1]/io u1:ge.c[p,p,ldu1]/io! ldu1:i u2:ge.c[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.c[q,q,ldv1t]/io! ldv1t:i v2t:ge.c[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.s[q]/o b11e:vec.s[q-1]/o b12d:vec.s[q]/o b12e:vec.s[q-1]/o b21d:vec.s[q]/o b21e:vec.s[q-1]/o b22d:vec.s[q]/o b22e:vec.s[q-1]/o rwork:yw.s[lrwork] lrwork:i
-cbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
-cgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
+cbdsqr i : uplo:c n:i ncvt:i nru:i ncc:i d:vec.s[n]/io! e:vec.s[n-1]/io! vt:ge.c[n,ncvt,ldvt]/io! ldvt:i u:ge.c[nru,n,ldu]/io! ldu:i c:ge.c[n,ncc,ldc]/io! ldc:i work:yx.s[max(1,4*n)]
+cgbbrd i : vect:c m:i n:i ncc:i kl:i ku:i ab:gb.c[m,n,kl,ku,ldab]/io! ldab:i d:vec.s[min(m,n)]/o e:vec.s[min(m,n)-1]/o q:ge.c[m,m,ldq]/o?vect=QB ldq:i pt:ge.c[n,n,ldpt]/o?vect=PB ldpt:i c:ge.c[m,ncc,ldc]/io! ldc:i work:yx.c[max(1,max(m,n))] rwork:yx.s[max(1,max(m,n))]
 cgbcon i : norm:c n:i kl:i ku:i ab:gb.c[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.s! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
 cgbequ i : m:i n:i kl:i ku:i ab:gb.c[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
 cgbequb i : m:i n:i kl:i ku:i ab:gb.c[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
@@ -46,7 +46,7 @@ cgelss i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io
 cgelsy i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yx.s[2*n]
 cgemlq i : side:c trans:c m:i n:i k:i a:ge.c[k,byside(side,m,n),lda]/i! lda:i t:vec.c[tsize]/i! tsize:i c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cgemqr i : side:c trans:c m:i n:i k:i a:ge.c[byside(side,m,n),k,lda]/i! lda:i t:vec.c[tsize]/i! tsize:i c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
-cgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
+cgemqrt i : side:c trans:c m:i n:i k:i nb:i v:ge.c[byside(side,m,n),k,ldv]/i! ldv:i t:ge.c[nb,k,ldt]/i! ldt:i c:ge.c[m,n,ldc]/io! ldc:i work:yx.c[max(1,byside(side,n,m))*max(1,nb)]
 cgeqlf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
 cgeqp3 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i jpvt:iio tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i rwork:yx.s[2*n]
 cgeqpf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i jpvt:iio tau:vec.c[min(m,n)]/o work:yx.c[max(1,n)] rwork:yx.s[max(1,2*n)]
@@ -201,7 +201,7 @@ clauum i : uplo:c n:i a:ge.c[n,n,lda]/io! lda:i
 cpbcon i : uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/i! ldab:i anorm:a.s! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
 cpbequ i : uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/i! ldab:i s:vec.s[n]/o scond:y.s amax:y.s
 cpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb.c[uplo,n,kd,ldab]/i! ldab:i afb:sb.c[uplo,n,kd,ldafb]/i! ldafb:i b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
-cpbstf - +skip=arguments_differ_from_the_Fortran_routine : uplo n kb bb ldbb
+cpbstf i : uplo:c n:i kb:i bb:sb.c[uplo,n,kb,ldbb]/io! ldbb:i
 cpbsv i : uplo:c n:i kd:i nrhs:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i b:ge.c[n,nrhs,ldb]/io! ldb:i
 cpbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i afb:sb.c[uplo,n,kd,ldafb]/io! ldafb:i equed:c* s:vec.s[n]/o b:ge.c[n,nrhs,ldb]/io! ldb:i x:ge.c[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
 cpbtrf i : uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/io! ldab:i
@@ -246,7 +246,7 @@ csptri i : uplo:c n:i ap:sp.c[uplo,n]/io! ipiv:ii work:yx.c[n]
 csptrs i : uplo:c n:i nrhs:i ap:sp.c[uplo,n]/i! ipiv:ii b:ge.c[n,nrhs,ldb]/io! ldb:i
 cstedc i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.c[n,n,ldz]/io! ldz:i work:yw.c[lwork] lwork:i rwork:yw.s[lrwork] lrwork:i iwork:iw[liwork] liwork:i
 cstegr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-cstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
+cstein i : n:i d:vec.s[n]/i! e:vec.s[n-1]/i! m:i w:vec.s[n]/i! iblock:ii isplit:ii z:ge.c[n,m,ldz]/o ldz:i work:yx.s[max(1,5*n)] iwork:ix[max(1,n)] ifailv:iio
 cstemr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i m:o w:vec.s[n]/io z:ge.c[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i nzc:i isuppz:iio tryrac:o work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 csteqr i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.c[n,n,ldz]/io! ldz:i work:yx.s[max(1,2*n-2)]
 csycon i : uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i ipiv:ii anorm:a.s! rcond:y.s work:yx.c[2*n]
@@ -325,7 +325,7 @@ cungqr i : m:i n:i k:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[k]/i! work:yw.c[lwork
 cungrq i : m:i n:i k:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[k]/i! work:yw.c[lwork] lwork:i
 cungtr i : uplo:c n:i a:ge.c[n,n,lda]/io! lda:i tau:vec.c[n-1]/i! work:yw.c[lwork] lwork:i
 cungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
-cunmbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
+cunmbr i : vect:c side:c trans:c m:i n:i k:i a:ge.c[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.c[min(byside(side,m,n),k)]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.c[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.c[byside(side,m,n)-1]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cunmlq i : side:c trans:c m:i n:i k:i a:ge.c[k,byside(side,m,n),lda]/i! lda:i tau:vec.c[k]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cunmql i : side:c trans:c m:i n:i k:i a:ge.c[byside(side,m,n),k,lda]/i! lda:i tau:vec.c[k]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
@@ -337,10 +337,10 @@ cupgtr i : uplo:c n:i ap:sp.c[uplo,n]/i! tau:vec.c[n-1]/i! q:ge.c[n,n,ldq]/io ld
 cupmtr i : side:c uplo:c trans:c m:i n:i ap:sp.c[uplo,byside(side,m,n)]/i! tau:vec.c[byside(side,m,n)-1]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yx.c[max(1,byside(side,n,m))]
 dbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.d[q]/io! phi:vec.d[q-1]/io u1:ge.d[p,p,ldu1]/io! ldu1:i u2:ge.d[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.d[q,q,ldv1t]/io! ldv1t:i v2t:ge.d[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.d[q]/o b11e:vec.d[q-1]/o b12d:vec.d[q]/o b12e:vec.d[q-1]/o b21d:vec.d[q]/o b21e:vec.d[q-1]/o b22d:vec.d[q]/o b22e:vec.d[q-1]/o work:yw.d[lwork] lwork:i
 dbdsdc i : uplo:c compq:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! u:ge.d[n,n,ldu]/o?compq=I ldu:i vt:ge.d[n,n,ldvt]/o?compq=I ldvt:i q:vec.d[0]/o iq:iio work:yx.d[max(1,max(3*n*n+4*n,6*n))] iwork:ix[max(1,8*n)]
-dbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
+dbdsqr i : uplo:c n:i ncvt:i nru:i ncc:i d:vec.d[n]/io! e:vec.d[n-1]/io! vt:ge.d[n,ncvt,ldvt]/io! ldvt:i u:ge.d[nru,n,ldu]/io! ldu:i c:ge.d[n,ncc,ldc]/io! ldc:i work:yx.d[max(1,4*n)]
 dbdsvdx i : uplo:c jobz:c range:c n:i d:vec.d[n]/i! e:vec.d[n-1]/i! vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[n]/o z:ge.d[2*n,byrange(range,n+1,max(0,iu-il+1)),ldz]/o?jobz=V ldz:i work:yx.d[max(14*n,1)] iwork:ix[max(12*n,1)] superb:ow[12*n-1]@iwork+1/o
 ddisna i +nolayout : job:c m:i n:i d:vec.d[m]/i! sep:vec.d[m]/io
-dgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
+dgbbrd i : vect:c m:i n:i ncc:i kl:i ku:i ab:gb.d[m,n,kl,ku,ldab]/io! ldab:i d:vec.d[min(m,n)]/o e:vec.d[min(m,n)-1]/o q:ge.d[m,m,ldq]/o?vect=QB ldq:i pt:ge.d[n,n,ldpt]/o?vect=PB ldpt:i c:ge.d[m,ncc,ldc]/io! ldc:i work:yx.d[max(1,2*max(m,n))]
 dgbcon i : norm:c n:i kl:i ku:i ab:gb.d[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.d! rcond:y.d work:yx.d[3*n] iwork:ix[n]
 dgbequ i : m:i n:i kl:i ku:i ab:gb.d[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
 dgbequb i : m:i n:i kl:i ku:i ab:gb.d[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
@@ -372,7 +372,7 @@ dgelss i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io
 dgelsy i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.d[lwork] lwork:i
 dgemlq i : side:c trans:c m:i n:i k:i a:ge.d[k,byside(side,m,n),lda]/i! lda:i t:vec.d[tsize]/i! tsize:i c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
 dgemqr i : side:c trans:c m:i n:i k:i a:ge.d[byside(side,m,n),k,lda]/i! lda:i t:vec.d[tsize]/i! tsize:i c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
-dgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
+dgemqrt i : side:c trans:c m:i n:i k:i nb:i v:ge.d[byside(side,m,n),k,ldv]/i! ldv:i t:ge.d[nb,k,ldt]/i! ldt:i c:ge.d[m,n,ldc]/io! ldc:i work:yx.d[max(1,byside(side,n,m))*max(1,nb)]
 dgeqlf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgeqp3 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i jpvt:iio tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgeqpf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i jpvt:iio tau:vec.d[min(m,n)]/o work:yx.d[max(1,3*n)]
@@ -469,7 +469,7 @@ dorgqr i : m:i n:i k:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[k]/i! work:yw.d[lwork
 dorgrq i : m:i n:i k:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[k]/i! work:yw.d[lwork] lwork:i
 dorgtr i : uplo:c n:i a:ge.d[n,n,lda]/io! lda:i tau:vec.d[n-1]/i! work:yw.d[lwork] lwork:i
 dorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
-dormbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
+dormbr i : vect:c side:c trans:c m:i n:i k:i a:ge.d[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.d[min(byside(side,m,n),k)]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
 dormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.d[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.d[byside(side,m,n)-1]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
 dormlq i : side:c trans:c m:i n:i k:i a:ge.d[k,byside(side,m,n),lda]/i! lda:i tau:vec.d[k]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
 dormql i : side:c trans:c m:i n:i k:i a:ge.d[byside(side,m,n),k,lda]/i! lda:i tau:vec.d[k]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
@@ -480,7 +480,7 @@ dormtr i : side:c uplo:c trans:c m:i n:i a:ge.d[byside(side,m,n),byside(side,m,n
 dpbcon i : uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/i! ldab:i anorm:a.d! rcond:y.d work:yx.d[3*n] iwork:ix[n]
 dpbequ i : uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/i! ldab:i s:vec.d[n]/o scond:y.d amax:y.d
 dpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb.d[uplo,n,kd,ldab]/i! ldab:i afb:sb.d[uplo,n,kd,ldafb]/i! ldafb:i b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
-dpbstf - +skip=arguments_differ_from_the_Fortran_routine : uplo n kb bb ldbb
+dpbstf i : uplo:c n:i kb:i bb:sb.d[uplo,n,kb,ldbb]/io! ldbb:i
 dpbsv i : uplo:c n:i kd:i nrhs:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i b:ge.d[n,nrhs,ldb]/io! ldb:i
 dpbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i afb:sb.d[uplo,n,kd,ldafb]/io! ldafb:i equed:c* s:vec.d[n]/o b:ge.d[n,nrhs,ldb]/io! ldb:i x:ge.d[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
 dpbtrf i : uplo:c n:i kd:i ab:sb.d[uplo,n,kd,ldab]/io! ldab:i
@@ -548,7 +548,7 @@ dsptrs i : uplo:c n:i nrhs:i ap:sp.d[uplo,n]/i! ipiv:ii b:ge.d[n,nrhs,ldb]/io! l
 dstebz i +nolayout : range:c order:c n:i vl:a.d! vu:a.d! il:i iu:i abstol:a.d! d:vec.d[n]/i! e:vec.d[n-1]/i! m:o nsplit:o w:vec.d[n]/o iblock:iio isplit:iio work:yx.d[4*n] iwork:ix[3*n]
 dstedc i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/io! ldz:i work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dstegr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-dstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
+dstein i : n:i d:vec.d[n]/i! e:vec.d[n-1]/i! m:i w:vec.d[n]/i! iblock:ii isplit:ii z:ge.d[n,m,ldz]/o ldz:i work:yx.d[max(1,5*n)] iwork:ix[max(1,n)] ifailv:iio
 dstemr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i m:o w:vec.d[n]/io z:ge.d[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i nzc:i isuppz:iio tryrac:o work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dsteqr i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.d[n,n,ldz]/io! ldz:i work:yx.d[max(1,2*n-2)]
 dsterf i +nolayout : n:i d:vec.d[n]/io! e:vec.d[n-1]/io!
@@ -637,10 +637,10 @@ dtrttp i : uplo:c n:i a:tr.d[uplo,'n',n,lda]/i! lda:i ap:sp.d[uplo,n]/o
 dtzrzf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[m]/io work:yw.d[lwork] lwork:i
 sbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.s[q]/io! phi:vec.s[q-1]/io u1:ge.s[p,p,ldu1]/io! ldu1:i u2:ge.s[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.s[q,q,ldv1t]/io! ldv1t:i v2t:ge.s[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.s[q]/o b11e:vec.s[q-1]/o b12d:vec.s[q]/o b12e:vec.s[q-1]/o b21d:vec.s[q]/o b21e:vec.s[q-1]/o b22d:vec.s[q]/o b22e:vec.s[q-1]/o work:yw.s[lwork] lwork:i
 sbdsdc i : uplo:c compq:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! u:ge.s[n,n,ldu]/o?compq=I ldu:i vt:ge.s[n,n,ldvt]/o?compq=I ldvt:i q:vec.s[0]/o iq:iio work:yx.s[max(1,max(3*n*n+4*n,6*n))] iwork:ix[max(1,8*n)]
-sbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
+sbdsqr i : uplo:c n:i ncvt:i nru:i ncc:i d:vec.s[n]/io! e:vec.s[n-1]/io! vt:ge.s[n,ncvt,ldvt]/io! ldvt:i u:ge.s[nru,n,ldu]/io! ldu:i c:ge.s[n,ncc,ldc]/io! ldc:i work:yx.s[max(1,4*n)]
 sbdsvdx i : uplo:c jobz:c range:c n:i d:vec.s[n]/i! e:vec.s[n-1]/i! vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[n]/o z:ge.s[2*n,byrange(range,n+1,max(0,iu-il+1)),ldz]/o?jobz=V ldz:i work:yx.s[max(14*n,1)] iwork:ix[max(12*n,1)] superb:ow[12*n-1]@iwork+1/o
 sdisna i +nolayout : job:c m:i n:i d:vec.s[m]/i! sep:vec.s[m]/io
-sgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work
+sgbbrd i : vect:c m:i n:i ncc:i kl:i ku:i ab:gb.s[m,n,kl,ku,ldab]/io! ldab:i d:vec.s[min(m,n)]/o e:vec.s[min(m,n)-1]/o q:ge.s[m,m,ldq]/o?vect=QB ldq:i pt:ge.s[n,n,ldpt]/o?vect=PB ldpt:i c:ge.s[m,ncc,ldc]/io! ldc:i work:yx.s[max(1,2*max(m,n))]
 sgbcon i : norm:c n:i kl:i ku:i ab:gb.s[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.s! rcond:y.s work:yx.s[3*n] iwork:ix[n]
 sgbequ i : m:i n:i kl:i ku:i ab:gb.s[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
 sgbequb i : m:i n:i kl:i ku:i ab:gb.s[m,n,kl,ku,ldab]/i! ldab:i r:vec.s[m]/o c:vec.s[n]/o rowcnd:y.s colcnd:y.s amax:y.s
@@ -672,7 +672,7 @@ sgelss i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io
 sgelsy i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.s[lwork] lwork:i
 sgemlq i : side:c trans:c m:i n:i k:i a:ge.s[k,byside(side,m,n),lda]/i! lda:i t:vec.s[tsize]/i! tsize:i c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
 sgemqr i : side:c trans:c m:i n:i k:i a:ge.s[byside(side,m,n),k,lda]/i! lda:i t:vec.s[tsize]/i! tsize:i c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
-sgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
+sgemqrt i : side:c trans:c m:i n:i k:i nb:i v:ge.s[byside(side,m,n),k,ldv]/i! ldv:i t:ge.s[nb,k,ldt]/i! ldt:i c:ge.s[m,n,ldc]/io! ldc:i work:yx.s[max(1,byside(side,n,m))*max(1,nb)]
 sgeqlf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgeqp3 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i jpvt:iio tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgeqpf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i jpvt:iio tau:vec.s[min(m,n)]/o work:yx.s[max(1,3*n)]
@@ -769,7 +769,7 @@ sorgqr i : m:i n:i k:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[k]/i! work:yw.s[lwork
 sorgrq i : m:i n:i k:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[k]/i! work:yw.s[lwork] lwork:i
 sorgtr i : uplo:c n:i a:ge.s[n,n,lda]/io! lda:i tau:vec.s[n-1]/i! work:yw.s[lwork] lwork:i
 sorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
-sormbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
+sormbr i : vect:c side:c trans:c m:i n:i k:i a:ge.s[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.s[min(byside(side,m,n),k)]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
 sormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.s[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.s[byside(side,m,n)-1]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
 sormlq i : side:c trans:c m:i n:i k:i a:ge.s[k,byside(side,m,n),lda]/i! lda:i tau:vec.s[k]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
 sormql i : side:c trans:c m:i n:i k:i a:ge.s[byside(side,m,n),k,lda]/i! lda:i tau:vec.s[k]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
@@ -780,7 +780,7 @@ sormtr i : side:c uplo:c trans:c m:i n:i a:ge.s[byside(side,m,n),byside(side,m,n
 spbcon i : uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/i! ldab:i anorm:a.s! rcond:y.s work:yx.s[3*n] iwork:ix[n]
 spbequ i : uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/i! ldab:i s:vec.s[n]/o scond:y.s amax:y.s
 spbrfs i : uplo:c n:i kd:i nrhs:i ab:sb.s[uplo,n,kd,ldab]/i! ldab:i afb:sb.s[uplo,n,kd,ldafb]/i! ldafb:i b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/io! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
-spbstf - +skip=arguments_differ_from_the_Fortran_routine : uplo n kb bb ldbb
+spbstf i : uplo:c n:i kb:i bb:sb.s[uplo,n,kb,ldbb]/io! ldbb:i
 spbsv i : uplo:c n:i kd:i nrhs:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i b:ge.s[n,nrhs,ldb]/io! ldb:i
 spbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i afb:sb.s[uplo,n,kd,ldafb]/io! ldafb:i equed:c* s:vec.s[n]/o b:ge.s[n,nrhs,ldb]/io! ldb:i x:ge.s[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
 spbtrf i : uplo:c n:i kd:i ab:sb.s[uplo,n,kd,ldab]/io! ldab:i
@@ -846,7 +846,7 @@ ssptrs i : uplo:c n:i nrhs:i ap:sp.s[uplo,n]/i! ipiv:ii b:ge.s[n,nrhs,ldb]/io! l
 sstebz i +nolayout : range:c order:c n:i vl:a.s! vu:a.s! il:i iu:i abstol:a.s! d:vec.s[n]/i! e:vec.s[n-1]/i! m:o nsplit:o w:vec.s[n]/o iblock:iio isplit:iio work:yx.s[4*n] iwork:ix[3*n]
 sstedc i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/io! ldz:i work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 sstegr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i abstol:a.s! m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
-sstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
+sstein i : n:i d:vec.s[n]/i! e:vec.s[n-1]/i! m:i w:vec.s[n]/i! iblock:ii isplit:ii z:ge.s[n,m,ldz]/o ldz:i work:yx.s[max(1,5*n)] iwork:ix[max(1,n)] ifailv:iio
 sstemr i : jobz:c range:c n:i d:vec.s[n]/io! e:vec.s[n]/io! vl:a.s! vu:a.s! il:i iu:i m:o w:vec.s[n]/io z:ge.s[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i nzc:i isuppz:iio tryrac:o work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 ssteqr i : compz:c n:i d:vec.s[n]/io! e:vec.s[n-1]/io! z:ge.s[n,n,ldz]/io! ldz:i work:yx.s[max(1,2*n-2)]
 ssterf i +nolayout : n:i d:vec.s[n]/io! e:vec.s[n-1]/io!
@@ -934,10 +934,10 @@ strttf i : transr:c uplo:c n:i a:tr.s[uplo,'n',n,lda]/i! lda:i arf:pf.s[transr,u
 strttp i : uplo:c n:i a:tr.s[uplo,'n',n,lda]/i! lda:i ap:sp.s[uplo,n]/o
 stzrzf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[m]/io work:yw.s[lwork] lwork:i
 zbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.d[q]/io! phi:vec.d[q-1]/io u1:ge.z[p,p,ldu1]/io! ldu1:i u2:ge.z[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.z[q,q,ldv1t]/io! ldv1t:i v2t:ge.z[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.d[q]/o b11e:vec.d[q-1]/o b12d:vec.d[q]/o b12e:vec.d[q-1]/o b21d:vec.d[q]/o b21e:vec.d[q-1]/o b22d:vec.d[q]/o b22e:vec.d[q-1]/o rwork:yw.d[lrwork] lrwork:i
-zbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
+zbdsqr i : uplo:c n:i ncvt:i nru:i ncc:i d:vec.d[n]/io! e:vec.d[n-1]/io! vt:ge.z[n,ncvt,ldvt]/io! ldvt:i u:ge.z[nru,n,ldu]/io! ldu:i c:ge.z[n,ncc,ldc]/io! ldc:i work:yx.d[max(1,4*n)]
 zcgesv i : n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i work:yx.z[n*nrhs] swork:yx.c[n*(n+nrhs)] rwork:yx.d[n] iter:o
 zcposv i : uplo:c n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io ldx:i work:yx.z[n*nrhs] swork:yx.c[n*(n+nrhs)] rwork:yx.d[n] iter:o
-zgbbrd - +skip=c:_rows_not_documented_as_a_plain_bound_on_ldc : vect m n ncc kl ku ab ldab d e q ldq pt ldpt c ldc work rwork
+zgbbrd i : vect:c m:i n:i ncc:i kl:i ku:i ab:gb.z[m,n,kl,ku,ldab]/io! ldab:i d:vec.d[min(m,n)]/o e:vec.d[min(m,n)-1]/o q:ge.z[m,m,ldq]/o?vect=QB ldq:i pt:ge.z[n,n,ldpt]/o?vect=PB ldpt:i c:ge.z[m,ncc,ldc]/io! ldc:i work:yx.z[max(1,max(m,n))] rwork:yx.d[max(1,max(m,n))]
 zgbcon i : norm:c n:i kl:i ku:i ab:gb.z[n,n,kl,kl+ku,ldab]/i! ldab:i ipiv:ii anorm:a.d! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
 zgbequ i : m:i n:i kl:i ku:i ab:gb.z[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
 zgbequb i : m:i n:i kl:i ku:i ab:gb.z[m,n,kl,ku,ldab]/i! ldab:i r:vec.d[m]/o c:vec.d[n]/o rowcnd:y.d colcnd:y.d amax:y.d
@@ -969,7 +969,7 @@ zgelss i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io
 zgelsy i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yx.d[2*n]
 zgemlq i : side:c trans:c m:i n:i k:i a:ge.z[k,byside(side,m,n),lda]/i! lda:i t:vec.z[tsize]/i! tsize:i c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zgemqr i : side:c trans:c m:i n:i k:i a:ge.z[byside(side,m,n),k,lda]/i! lda:i t:vec.z[tsize]/i! tsize:i c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
-zgemqrt - +skip=v:_rows_not_documented_as_a_plain_bound_on_ldv : side trans m n k nb v ldv t ldt c ldc work
+zgemqrt i : side:c trans:c m:i n:i k:i nb:i v:ge.z[byside(side,m,n),k,ldv]/i! ldv:i t:ge.z[nb,k,ldt]/i! ldt:i c:ge.z[m,n,ldc]/io! ldc:i work:yx.z[max(1,byside(side,n,m))*max(1,nb)]
 zgeqlf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
 zgeqp3 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i jpvt:iio tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i rwork:yx.d[2*n]
 zgeqpf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i jpvt:iio tau:vec.z[min(m,n)]/o work:yx.z[max(1,n)] rwork:yx.d[max(1,2*n)]
@@ -1124,7 +1124,7 @@ zlauum i : uplo:c n:i a:ge.z[n,n,lda]/io! lda:i
 zpbcon i : uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/i! ldab:i anorm:a.d! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
 zpbequ i : uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/i! ldab:i s:vec.d[n]/o scond:y.d amax:y.d
 zpbrfs i : uplo:c n:i kd:i nrhs:i ab:sb.z[uplo,n,kd,ldab]/i! ldab:i afb:sb.z[uplo,n,kd,ldafb]/i! ldafb:i b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/io! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
-zpbstf - +skip=arguments_differ_from_the_Fortran_routine : uplo n kb bb ldbb
+zpbstf i : uplo:c n:i kb:i bb:sb.z[uplo,n,kb,ldbb]/io! ldbb:i
 zpbsv i : uplo:c n:i kd:i nrhs:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i b:ge.z[n,nrhs,ldb]/io! ldb:i
 zpbsvx i : fact:c uplo:c n:i kd:i nrhs:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i afb:sb.z[uplo,n,kd,ldafb]/io! ldafb:i equed:c* s:vec.d[n]/o b:ge.z[n,nrhs,ldb]/io! ldb:i x:ge.z[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
 zpbtrf i : uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/io! ldab:i
@@ -1169,7 +1169,7 @@ zsptri i : uplo:c n:i ap:sp.z[uplo,n]/io! ipiv:ii work:yx.z[n]
 zsptrs i : uplo:c n:i nrhs:i ap:sp.z[uplo,n]/i! ipiv:ii b:ge.z[n,nrhs,ldb]/io! ldb:i
 zstedc i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.z[n,n,ldz]/io! ldz:i work:yw.z[lwork] lwork:i rwork:yw.d[lrwork] lrwork:i iwork:iw[liwork] liwork:i
 zstegr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i abstol:a.d! m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i isuppz:iio work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
-zstein - +skip=arguments_differ_from_the_Fortran_routine : n d e m w iblock isplit z ldz work iwork ifailv
+zstein i : n:i d:vec.d[n]/i! e:vec.d[n-1]/i! m:i w:vec.d[n]/i! iblock:ii isplit:ii z:ge.z[n,m,ldz]/o ldz:i work:yx.d[max(1,5*n)] iwork:ix[max(1,n)] ifailv:iio
 zstemr i : jobz:c range:c n:i d:vec.d[n]/io! e:vec.d[n]/io! vl:a.d! vu:a.d! il:i iu:i m:o w:vec.d[n]/io z:ge.z[n,byrange(range,n,iu-il+1),ldz]/io?jobz=V ldz:i nzc:i isuppz:iio tryrac:o work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 zsteqr i : compz:c n:i d:vec.d[n]/io! e:vec.d[n-1]/io! z:ge.z[n,n,ldz]/io! ldz:i work:yx.d[max(1,2*n-2)]
 zsycon i : uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i ipiv:ii anorm:a.d! rcond:y.d work:yx.z[2*n]
@@ -1249,7 +1249,7 @@ zungqr i : m:i n:i k:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[k]/i! work:yw.z[lwork
 zungrq i : m:i n:i k:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[k]/i! work:yw.z[lwork] lwork:i
 zungtr i : uplo:c n:i a:ge.z[n,n,lda]/io! lda:i tau:vec.z[n-1]/i! work:yw.z[lwork] lwork:i
 zungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
-zunmbr - +skip=a:_nq_('nq'_is_not_an_argument) : vect side trans m n k a lda tau c ldc work lwork
+zunmbr i : vect:c side:c trans:c m:i n:i k:i a:ge.z[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.z[min(byside(side,m,n),k)]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.z[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.z[byside(side,m,n)-1]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zunmlq i : side:c trans:c m:i n:i k:i a:ge.z[k,byside(side,m,n),lda]/i! lda:i tau:vec.z[k]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zunmql i : side:c trans:c m:i n:i k:i a:ge.z[byside(side,m,n),k,lda]/i! lda:i tau:vec.z[k]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i

@@ -6,8 +6,13 @@
 // Order of checks everywhere: a null array first (nothing found, nothing
 // copied), then the layout, then the option letters; anything unexpected
 // gives "no NaN" or no copy, silently. Nothing here prints.
+//
+// Offsets into the caller's arrays are computed in ptrdiff_t (at(), tri()): with the
+// 32-bit lapack_int of LP64, j*lda or n*(n+1)/2 of a matrix past 2^31 elements would
+// overflow and address memory outside the array.
 #pragma once
 #include <complex>
+#include <cstddef>
 #include <cstdint>
 
 #include "entry.h"
@@ -53,6 +58,22 @@ inline bool run_has_nan(const T* p, I len, bool sum) {
   for (I k = 0; k < len; ++k)
     if (is_nan(p[k])) return true;
   return false;
+}
+
+// Offset of element (i, j) of a matrix stored with leading dimension ld.
+template <class I>
+inline ptrdiff_t at(I i, I j, I ld) {
+  return ptrdiff_t(i) + ptrdiff_t(j) * ptrdiff_t(ld);
+}
+// Elements of a packed triangle of order n (and offset of column n of an upper one).
+template <class I>
+inline ptrdiff_t tri(I n) {
+  return ptrdiff_t(n) * (ptrdiff_t(n) + 1) / 2;
+}
+// Offset of column j of a lower packed triangle of order n.
+template <class I>
+inline ptrdiff_t lower_column(I j, I n) {
+  return ptrdiff_t(j) * (2 * ptrdiff_t(n) - j + 1) / 2;
 }
 
 template <class I>
@@ -109,11 +130,11 @@ template <class I, class T>
 I nan_vec(I n, const T* x, I incx) {
   if (!x) return 0;
   if (incx == 0) return is_nan(x[0]);
-  I inc = incx < 0 ? -incx : incx;
-  I end = n * inc;
+  const ptrdiff_t inc = incx < 0 ? -ptrdiff_t(incx) : ptrdiff_t(incx);
+  const ptrdiff_t end = ptrdiff_t(n) * inc;
   if (end <= 0) return 0;
   if (inc == 1) return run_has_nan(x, n, n >= 32);
-  for (I k = 0; k < end; k += inc)
+  for (ptrdiff_t k = 0; k < end; k += inc)
     if (is_nan(x[k])) return 1;
   return 0;
 }
@@ -129,11 +150,11 @@ I nan_ge(int layout, I m, I n, const T* a, I lda) {
   if (layout == kColMajor) {
     I len = imin(m, lda);
     for (I j = 0; j < n; ++j)
-      if (run_has_nan(a + j * lda, len, m >= 16)) return 1;
+      if (run_has_nan(a + at(I(0), j, lda), len, m >= 16)) return 1;
   } else {
     I len = imin(n, lda);
     for (I i = 0; i < m; ++i)
-      if (run_has_nan(a + i * lda, len, n >= 5)) return 1;
+      if (run_has_nan(a + at(I(0), i, lda), len, n >= 5)) return 1;
   }
   return 0;
 }
@@ -148,10 +169,10 @@ I nan_tr(int layout, char uplo, char diag, I n, const T* a, I lda) {
   if ((layout == kColMajor) != (up == 1)) {
     I rows = imin(n, lda);
     for (I j = 0; j < n - st; ++j)
-      if (run_has_nan(a + j * lda + j + st, rows - j - st, n >= 20)) return 1;
+      if (run_has_nan(a + at(j + st, j, lda), rows - j - st, n >= 20)) return 1;
   } else {
     for (I j = st; j < n; ++j)
-      if (run_has_nan(a + j * lda, imin(j + 1 - st, lda), n >= 16)) return 1;
+      if (run_has_nan(a + at(I(0), j, lda), imin(j + 1 - st, lda), n >= 16)) return 1;
   }
   return 0;
 }
@@ -169,14 +190,14 @@ I nan_gb(int layout, I m, I n, I kl, I ku, const T* ab, I ldab) {
     if (kl1 + ku1 >= ldab) return 0;
     for (I j = 0; j < n; ++j) {
       I lo = imax(ku1 - j, I(0)), hi = imin(m + ku1 - j, kl1 + ku1 + 1);
-      if (run_has_nan(ab + j * ldab + lo, hi - lo, kl1 + ku1 >= 6)) return 1;
+      if (run_has_nan(ab + at(lo, j, ldab), hi - lo, kl1 + ku1 >= 6)) return 1;
     }
   } else {
     if (imin(m, n) > ldab) return 0;
     for (I j = 0; j < n; ++j) {
       I lo = imax(ku1 - j, I(0)), hi = imin(m + ku1 - j, kl1 + ku1 + 1);
       for (I i = lo; i < hi; ++i)
-        if (is_nan(ab[i * ldab + j])) return 1;
+        if (is_nan(ab[at(j, i, ldab)])) return 1;
     }
   }
   return 0;
@@ -202,7 +223,9 @@ I nan_sb(int layout, char uplo, I n, I kd, const T* ab, I ldab) {
 
 template <class I, class T>
 I nan_sp(I n, const T* ap) {
-  return nan_vec<I>(n * (n + 1) / 2, ap, I(1));
+  if (!ap || n <= 0) return 0;
+  const ptrdiff_t count = tri(n);
+  return run_has_nan(ap, count, count >= 32);
 }
 
 template <class I, class T>
@@ -215,10 +238,10 @@ I nan_tp(int layout, char uplo, char diag, I n, const T* ap) {
   // column-major upper steps through the columns of the lower scheme.
   if ((layout == kColMajor) == (up == 1)) {
     for (I i = 0; i + 1 < n; ++i)
-      if (nan_vec<I>(n - i - 1, ap + 1 + i + i * (2 * n + 1 - i) / 2, I(1))) return 1;
+      if (nan_vec<I>(n - i - 1, ap + 1 + i + lower_column(i, n), I(1))) return 1;
   } else {
     for (I i = 1; i < n; ++i)
-      if (nan_vec<I>(i, ap + i * (i + 1) / 2, I(1))) return 1;
+      if (nan_vec<I>(i, ap + tri(i), I(1))) return 1;
   }
   return 0;
 }
@@ -230,7 +253,10 @@ I nan_tf(int layout, char transr, char uplo, char diag, I n, const T* a) {
   if (!normal && !lsame(transr, 't') && !lsame(transr, 'c')) return 0;
   int up = upper_of(uplo), unit = unit_of(diag);
   if (up < 0 || unit < 0) return 0;
-  if (!unit) return nan_ge<I>(kColMajor, n * (n + 1) / 2, I(1), a, n * (n + 1) / 2);
+  if (!unit) {
+    const ptrdiff_t count = n > 0 ? tri(n) : 0;
+    return run_has_nan(a, count, count >= 16);
+  }
   // The diagonal is left out: the RFP array is two triangles and a rectangle,
   // each tested as row-major.
   bool case_a = (layout == kColMajor) != normal;
@@ -239,15 +265,15 @@ I nan_tf(int layout, char transr, char uplo, char diag, I n, const T* a) {
   if (n % 2) {
     I n1 = up ? n / 2 : n - n / 2, n2 = n - n1;
     if (case_a)
-      return up ? (tr('u', n1, a + n2 * n2, n2) || ge(n2, n1, a, n2) || tr('l', n2, a + n1 * n2, n2))
+      return up ? (tr('u', n1, a + at(I(0), n2, n2), n2) || ge(n2, n1, a, n2) || tr('l', n2, a + at(I(0), n1, n2), n2))
                 : (tr('u', n1, a, n1) || ge(n1, n2, a + 1, n1) || tr('l', n2, a + 1, n1));
     return up ? (tr('l', n1, a + n2, n) || ge(n1, n2, a, n) || tr('u', n2, a + n1, n))
               : (tr('l', n1, a, n) || ge(n2, n1, a + n1, n) || tr('u', n2, a + n, n));
   }
   I k = n / 2;
   if (case_a)
-    return up ? (tr('u', k, a + k * (k + 1), k) || ge(k, k, a, k) || tr('l', k, a + k * k, k))
-              : (tr('u', k, a + k, k) || ge(k, k, a + k * (k + 1), k) || tr('l', k, a, k));
+    return up ? (tr('u', k, a + at(I(0), k, k + 1), k) || ge(k, k, a, k) || tr('l', k, a + at(I(0), k, k), k))
+              : (tr('u', k, a + k, k) || ge(k, k, a + at(I(0), k, k + 1), k) || tr('l', k, a, k));
   return up ? (tr('l', k, a + k + 1, n + 1) || ge(k, k, a, n + 1) || tr('u', k, a + k, n + 1))
             : (tr('l', k, a + 1, n + 1) || ge(k, k, a + k + 1, n + 1) || tr('u', k, a, n + 1));
 }
@@ -255,7 +281,9 @@ I nan_tf(int layout, char transr, char uplo, char diag, I n, const T* a) {
 template <class I, class T>
 I nan_hs(int layout, I n, const T* a, I lda) {
   if (!a || bad_layout(layout)) return 0;
-  if (nan_vec<I>(n - 1, layout == kColMajor ? a + 1 : a + lda, lda + 1)) return 1;
+  // The subdiagonal: element (j+1, j).
+  for (I j = 0; j + 1 < n; ++j)
+    if (is_nan(a[layout == kColMajor ? at(j + 1, j, lda) : at(j, j + 1, lda)])) return 1;
   return nan_tr<I>(layout, 'u', 'n', n, a, lda);
 }
 
@@ -293,20 +321,20 @@ void trans_tr(int layout, char uplo, char diag, I n, const T* in, I ldin, T* out
     // Halves, then the rectangle between them: cache-friendly for big copies.
     I n1 = n / 2, n2 = n - n1;
     trans_tr<I>(layout, uplo, diag, n1, in, ldin, out, ldout);
-    trans_tr<I>(layout, uplo, diag, n2, in + n1 + n1 * ldin, ldin, out + n1 + n1 * ldout, ldout);
+    trans_tr<I>(layout, uplo, diag, n2, in + at(n1, n1, ldin), ldin, out + at(n1, n1, ldout), ldout);
     if (lower_walk)
-      trans_ge<I>(kColMajor, n2, n1, in + n1, ldin, out + n1 * ldout, ldout);
+      trans_ge<I>(kColMajor, n2, n1, in + n1, ldin, out + at(I(0), n1, ldout), ldout);
     else
-      trans_ge<I>(kColMajor, n1, n2, in + n1 * ldin, ldin, out + n1, ldout);
+      trans_ge<I>(kColMajor, n1, n2, in + at(I(0), n1, ldin), ldin, out + n1, ldout);
     return;
   }
   I st = unit;
   if (lower_walk) {
     for (I j = 0; j < imin(n - st, ldout); ++j)
-      for (I i = j + st; i < imin(n, ldin); ++i) out[j + i * ldout] = in[i + j * ldin];
+      for (I i = j + st; i < imin(n, ldin); ++i) out[at(j, i, ldout)] = in[at(i, j, ldin)];
   } else {
     for (I j = st; j < imin(n, ldout); ++j)
-      for (I i = 0; i < imin(j + 1 - st, ldin); ++i) out[j + i * ldout] = in[i + j * ldin];
+      for (I i = 0; i < imin(j + 1 - st, ldin); ++i) out[at(j, i, ldout)] = in[at(i, j, ldin)];
   }
 }
 
@@ -321,12 +349,12 @@ void trans_gb(int layout, I m, I n, I kl, I ku, const T* in, I ldin, T* out, I l
   if (layout == kColMajor) {
     for (I j = 0; j < imin(ldout, n); ++j) {
       I hi = imin(imin(m + ku - j, kl + ku + 1), ldin);
-      for (I i = imax(ku - j, I(0)); i < hi; ++i) out[i * ldout + j] = in[i + j * ldin];
+      for (I i = imax(ku - j, I(0)); i < hi; ++i) out[at(j, i, ldout)] = in[at(i, j, ldin)];
     }
   } else {
     for (I j = 0; j < imin(ldin, n); ++j) {
       I hi = imin(imin(m + ku - j, kl + ku + 1), ldout);
-      for (I i = imax(ku - j, I(0)); i < hi; ++i) out[i + j * ldout] = in[i * ldin + j];
+      for (I i = imax(ku - j, I(0)); i < hi; ++i) out[at(i, j, ldout)] = in[at(j, i, ldin)];
     }
   }
 }
@@ -365,10 +393,10 @@ void trans_tp(int layout, char uplo, char diag, I n, const T* in, T* out) {
   I st = unit;
   if ((layout == kColMajor) == (up == 1)) {
     for (I j = st; j < n; ++j)
-      for (I i = 0; i <= j - st; ++i) out[j - i + i * (2 * n - i + 1) / 2] = in[j * (j + 1) / 2 + i];
+      for (I i = 0; i <= j - st; ++i) out[j - i + lower_column(i, n)] = in[tri(j) + i];
   } else {
     for (I j = 0; j < n - st; ++j)
-      for (I i = j + st; i < n; ++i) out[j + i * (i + 1) / 2] = in[j * (2 * n - j + 1) / 2 + i - j];
+      for (I i = j + st; i < n; ++i) out[j + tri(i)] = in[lower_column(j, n) + i - j];
   }
 }
 
@@ -407,9 +435,9 @@ template <class I, class T>
 void trans_hs(int layout, I n, const T* in, I ldin, T* out, I ldout) {
   if (!in || !out || bad_layout(layout)) return;
   if (layout == kColMajor)
-    trans_ge<I>(layout, I(1), n - 1, in + 1, ldin + 1, out + ldout, ldout + 1);
+    omatcopy<T>('c', 't', 1, size_t(n - 1), in + 1, size_t(ldin) + 1, out + ldout, size_t(ldout) + 1);
   else
-    trans_ge<I>(layout, n - 1, I(1), in + ldin, ldin + 1, out + 1, ldout + 1);
+    omatcopy<T>('r', 't', size_t(n - 1), 1, in + ldin, size_t(ldin) + 1, out + 1, size_t(ldout) + 1);
   trans_tr<I>(layout, 'u', 'n', n, in, ldin, out, ldout);
 }
 

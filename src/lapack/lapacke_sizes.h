@@ -19,6 +19,13 @@ inline I gbytrans(char trans, I x, I y) {
   return lsame(trans, 'n') ? x : y;
 }
 
+// x for the reflectors of Q (vect "q"), else y: ?ormbr's a is nq by min(nq,k) for Q and
+// min(nq,k) by nq for P.
+template <class I>
+inline I gbyvect(char vect, I x, I y) {
+  return lsame(vect, 'q') ? x : y;
+}
+
 // Columns of U in ?gesdd: m for "a" and for "o" with m < n (U then holds the square
 // factor), min(m,n) for "s"; none otherwise.
 template <class I>

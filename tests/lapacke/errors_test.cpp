@@ -2,6 +2,7 @@
 // edge cases through its exported names.
 #define LAPACK_COMPLEX_CPP
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -175,6 +176,37 @@ TEST(Kit, ConjugateTransposeGoesThroughTheCopy) {
   const qnl_probe::Call* c = qnl_probe_call(-1);
   EXPECT_EQ(static_cast<char>(c->word[0]), 'r');
   EXPECT_EQ(static_cast<char>(c->word[1]), 'c');
+}
+
+// The kit reaches elements 2^31 places into the caller's array (column 2 of a leading
+// dimension of 2^30) in LP64: a 32-bit j*lda would wrap to an address before the array.
+// The array is an address range of untouched zero pages; only the cells used cost memory.
+TEST(Kit, OffsetsPast32BitsStayInTheArray) {
+  constexpr lapack_int ld = lapack_int(1) << 30;
+  constexpr size_t far = size_t(2) * size_t(ld), bytes = (far + 64) * sizeof(float);
+  void* range = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (range == MAP_FAILED) GTEST_SKIP() << "no 8 GiB address range";
+  float* big = static_cast<float*>(range);
+  const float nan = std::nanf("");
+  big[far] = nan;  // element (0, 2)
+  EXPECT_TRUE(LAPACKE_sge_nancheck(LAPACK_COL_MAJOR, 1, 3, big, ld));
+  EXPECT_TRUE(LAPACKE_sge_nancheck(LAPACK_ROW_MAJOR, 3, 1, big, ld));
+  EXPECT_TRUE(LAPACKE_str_nancheck(LAPACK_COL_MAJOR, 'U', 'N', 3, big, ld));
+  EXPECT_TRUE(LAPACKE_sgb_nancheck(LAPACK_COL_MAJOR, 3, 3, 0, 0, big, ld));
+  EXPECT_TRUE(LAPACKE_shs_nancheck(LAPACK_COL_MAJOR, 3, big, ld));
+  // Copies out of and into the far column.
+  float small[9] = {};
+  big[far + 2] = nan;  // element (2, 2)
+  LAPACKE_str_trans(LAPACK_COL_MAJOR, 'L', 'N', 3, big, ld, small, 3);
+  EXPECT_TRUE(std::isnan(small[8]));
+  small[2] = 0;
+  LAPACKE_sgb_trans(LAPACK_COL_MAJOR, 3, 3, 0, 0, big, ld, small, 3);
+  EXPECT_TRUE(std::isnan(small[2]));
+  big[far + 1] = 0;
+  small[5] = nan;  // row-major (1, 2)
+  LAPACKE_str_trans(LAPACK_ROW_MAJOR, 'U', 'N', 3, small, 3, big, ld);
+  EXPECT_TRUE(std::isnan(big[far + 1]));
+  munmap(range, bytes);
 }
 
 }  // namespace

@@ -57,7 +57,9 @@ OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3"
        "geesx": {"sort": "S", "sense": "B"},
        "tgsja": {"jobu": "U", "jobv": "V", "jobq": "Q"},
        # Singular vectors of every singular value (range "A").
-       "gesvdx": {"jobu": "V", "jobvt": "V"}, "gesvj": {"joba": "G", "jobu": "U", "jobv": "V", "mv": 3}}
+       "gesvdx": {"jobu": "V", "jobvt": "V"}, "gesvj": {"joba": "G", "jobu": "U", "jobv": "V", "mv": 3},
+       # ?stein: two eigenvalues, each its own block of one row (the harness's iblock and isplit 1, 2).
+       "stein": {"m": 2}}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
 # ?gesvd's superb holds the unconverged superdiagonal only when it fails; the failing indices
@@ -69,7 +71,9 @@ ROW_UNDEFINED = {f"{k}_aa_2stage": "tb" for k in ("sytrf", "hetrf", "sysv", "hes
 # Row-major calls the stock library gets wrong, observed: only column-major is compared. Its
 # ?sytrs_aa_2stage solves with a scratch tb that it never fills from the caller's; its
 # ?tpmqrt_work rejects every row-major call with -2.
-STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt"}
+# ?gemqrt_work passes the caller's row-major ldv (at least k) as the copy's, which the Fortran
+# routine rejects (-9) when the reflectors have more rows than that.
+STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt", "gemqrt"}
 # Further option letters a routine runs with, each a case of its own in both layouts.
 # The Schur drivers also sort, with condition numbers where they have them.
 VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"compq": "N"}],
@@ -77,6 +81,9 @@ VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"
             "gesvdx": [{"range": "I"}, {"jobu": "N"}], "bdsvdx": [{"range": "I", "uplo": "L"}],
             **{f: [{"fact": "E"}] for f in ("gesvx", "gbsvx")}, "gesvj": [{"jobv": "A"}, {"jobv": "N", "jobu": "N"}],
             "sfrk": [{"trans": "T"}], "hfrk": [{"trans": "C"}],
+            # P's reflectors of ?ormbr; the stock ?unmbr_work copies min(nq,k) of their nq columns
+            # in row-major, so ?unmbr runs with Q's only.
+            "ormbr": [{"vect": "P"}], "gbbrd": [{"vect": "B"}, {"vect": "N"}],
             **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}]}
 # Calls the stock library gets wrong, observed: not compared.
 STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)",
@@ -93,6 +100,7 @@ FUNCS = {"max": max, "min": min, "abs": abs,
          "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1,
          "byside": lambda side, m, n: m if side == "L" else n,
          "bytrans": lambda trans, x, y: x if trans == "N" else y,
+         "byvect": lambda vect, x, y: x if vect == "Q" else y,
          "ifset": lambda flag, x: x if flag else 0,
          "bysvd": lambda job, every, some: every if job == "A" else some if job == "S" else 0,
          "svjv": lambda jobv, n, mv: n if jobv == "V" else mv if jobv == "A" else 0,
