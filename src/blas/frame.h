@@ -457,17 +457,22 @@ typename D::Result CheckedRoad<D, std::index_sequence<I...>>::lp64(Arg<I>... a) 
                        a...);
 }
 
-#define QNL_CHECKED_ROAD(D, N)                                                                             \
-  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<N>>;                                        \
-  using Checked = qnl::blas::CheckedRoad<D, std::make_index_sequence<N>>;                                  \
+// The entry tests of a checked entry's own road: verbose off and the slot bound, or the
+// whole frame (`full`); then an LP64 call goes to `lp64` and an ILP64 one falls through.
+#define QNL_ROAD_TESTS(lp64)        \
+  "movq %c[cell](%%rip), %%rax\n\t" \
+  "cmpl $0, (%%rax)\n\t"            \
+  "jne %c[full]\n\t"                \
+  "cmpq $0, %c[slot](%%rip)\n\t"    \
+  "je %c[full]\n\t"                 \
+  "cmpl $0, %c[layer](%%rip)\n\t"   \
+  "je " lp64 "\n\t"
+
+#define QNL_CHECKED_ROAD(D, N)                                            \
+  using Road = qnl::blas::WideRoad<D, std::make_index_sequence<N>>;       \
+  using Checked = qnl::blas::CheckedRoad<D, std::make_index_sequence<N>>; \
   asm volatile(                                                                                            \
-      "movq %c[cell](%%rip), %%rax\n\t"                                                                    \
-      "cmpl $0, (%%rax)\n\t"                                                                               \
-      "jne %c[full]\n\t"                                                                                   \
-      "cmpq $0, %c[slot](%%rip)\n\t"                                                                       \
-      "je %c[full]\n\t"                                                                                    \
-      "cmpl $0, %c[layer](%%rip)\n\t"                                                                      \
-      "je %c[lp64]\n\t"                                                                                    \
+      QNL_ROAD_TESTS("%c[lp64]")                                                                           \
       "subq $8, %%rsp\n\t"                                                                                 \
       "pushq %%r9\n\tpushq %%r8\n\tpushq %%rcx\n\tpushq %%rdx\n\tpushq %%rsi\n\tpushq %%rdi\n\t"           \
       "movq %%rsp, %%rdi\n\t"                                                                              \
@@ -557,13 +562,7 @@ struct GemmAccepted<D, std::index_sequence<I...>> {
   using Checked = qnl::blas::CheckedRoad<D, std::make_index_sequence<13>>;   \
   using Accepted = qnl::blas::GemmAccepted<D, std::make_index_sequence<13>>; \
   asm volatile(                                                                                               \
-      "movq %c[cell](%%rip), %%rax\n\t"                                                                       \
-      "cmpl $0, (%%rax)\n\t"                                                                                  \
-      "jne %c[full]\n\t"                                                                                      \
-      "cmpq $0, %c[slot](%%rip)\n\t"                                                                          \
-      "je %c[full]\n\t"                                                                                       \
-      "cmpl $0, %c[layer](%%rip)\n\t"                                                                         \
-      "je 6f\n\t"                                                                                             \
+      QNL_ROAD_TESTS("6f")                                                                                    \
       "subq $8, %%rsp\n\t" QNL_GEMM_SAVE                                                                      \
       QNL_GEMM_COMPARES("testq %%rax, %%rax")                                        \
       "movq 16(%%rsp), %%rax\n\tmovq (%%rax), %%rax\n\t"                                                      \
