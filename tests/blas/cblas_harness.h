@@ -160,7 +160,8 @@ class Args {
     }
   }
   // The bytes of every buffer.
-  std::vector<double> contents() const { return std::vector<double>(buffer_[0], buffer_[0] + kBuffer); }
+  std::vector<double> contents() const { return std::vector<double>(data(), data() + kBuffer); }
+  const double* data() const { return buffer_[0]; }
 
   bool complex() const { return case_.type == 'c' || case_.type == 'z'; }
   bool single() const { return case_.type == 's' || case_.type == 'c'; }
