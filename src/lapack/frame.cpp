@@ -171,11 +171,13 @@ bool widen(const Routine& r, void* const* p, Marshal& s) {
     int k = __builtin_ctzll(m);
     const Arg& a = args[k];
     // Arrays the options leave unreferenced go as null, and so on a size query
-    // do all that the routine writes, but for the workspace that answers it: a
-    // query writes nothing but the size answers, as stock LAPACK does, and
-    // callers pass one element for those arrays on a query. Arrays read only
-    // are still passed: ?trsen counts its select flags to answer a query.
-    bool skip = !referenced(r, a, p, s.local) || (query && a.cls != kQueryWork && a.cls != kPivIn);
+    // do all that the routine writes, but for the arrays that answer it (the
+    // workspaces, and ?gesvdq's iwork, otherwise a permutation): a query writes
+    // nothing but the size answers, as stock LAPACK does, and callers pass one
+    // element for those arrays on a query. Arrays read only are still passed:
+    // ?trsen counts its select flags to answer a query.
+    bool answers = a.cls == kQueryWork || (a.flags & kAnswersQuery);
+    bool skip = !referenced(r, a, p, s.local) || (query && !answers && a.cls != kPivIn);
     if (skip) {
       s.q[k] = nullptr;
       continue;

@@ -32,6 +32,7 @@ enum Class : uint8_t {
 enum Flag : uint8_t {
   kZeroStart = 1,   // an output whose 64-bit local starts at 0 rather than the caller's value
   kWorkLength = 2,  // lwork, liwork, ...: -1 asks for sizes
+  kAnswersQuery = 4,  // an integer array written, sized by a workspace length: a query answers in element 0
 };
 
 struct Arg {

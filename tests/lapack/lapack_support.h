@@ -29,7 +29,7 @@ struct Config {
 
 struct ArgCase {
   const char* cls;
-  const char* flags;  // z: starts at 0, w: workspace length, c: conditional
+  const char* flags;  // z: starts at 0, w: workspace length, c: conditional, q: answers a query
   Config cfg[3];
 };
 

@@ -336,6 +336,16 @@ def is_work_length(a):
     return a.cls in ("i", "o") and re.fullmatch(r"l\w*work", a.name) is not None
 
 
+def answers_query(a, args):
+    """An integer array the routine writes whose length is a workspace length
+    (?gesvdq's iwork: a permutation out, and the answer of a size query)."""
+    def names(e):
+        return {e[1]} if e[0] == "arg" else set() if e[0] == "num" else set().union(*map(names, e[1:]))
+
+    lengths = {x.name for x in args if is_work_length(x)}
+    return a.cls == "io" and a.length is not None and bool(lengths & names(a.length))
+
+
 def zero_start(r, a):
     """Outputs that the routine only writes start at 0: info, and every
     argument of an enquiry without inputs (ilaver)."""
@@ -446,6 +456,8 @@ def emit_routine(r, pools):
             flags.append("kZeroStart")
         if is_work_length(a):
             flags.append("kWorkLength")
+        if answers_query(a, args):
+            flags.append("kAnswersQuery")
         cond = 0
         if a.cond:
             cond = len(conds) + 1
@@ -665,7 +677,7 @@ def case(r):
         per = []
         for lets, caller, v, after, query in configs:
             holds = cond_holds(a, v, lets) if a.cond else True
-            if a.cls in ARRAYS and query and a.cls not in ("iw", "ii"):
+            if a.cls in ARRAYS and query and a.cls not in ("iw", "ii") and not answers_query(a, r.args):
                 holds = False
             length = keep = 0
             if a.length is not None:
@@ -677,6 +689,7 @@ def case(r):
                 "true" if holds else "false", caller.get(a.name, 0), v.get(a.name, 0), length, keep,
                 lets.get(a.name, "\\0")))
         flags = ("z" if zero_start(r, a) else "") + ("w" if is_work_length(a) else "") + ("c" if a.cond else "")
+        flags += "q" if answers_query(a, r.args) else ""
         rows.append(f"{{\"{a.cls}\", \"{flags}\", {{{', '.join(per)}}}}}")
     ao = f'"{r.ao_symbol}"' if r.ao_symbol else "nullptr"
     fmt = f'"{trace_format(r)}"' if not r.short else "nullptr"
