@@ -68,7 +68,6 @@ IRREGULAR = {
     "orcsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
     "uncsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
     "laswp": "the row-major copy has as many rows as the largest pivot in ipiv: a size read from the data",
-    "gelsd": "integer (and complex: real) workspace sized by the query's answer, without a length argument",
     "lantr": "trapezoidal m by n matrix: no shape of the kit",
     "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
 }
@@ -153,6 +152,8 @@ GBSVX = SVX.format(band="kl:i ku:i ", a="ab:gb.{t}[n,n,kl,ku,ldab]/io! ldab:i af
 # V of ?gesvj: n rows for jobv "v", mv for "a" (applied to the caller's V), none otherwise.
 SVJ = ("i : joba:c jobu:c jobv:c m:i n:i a:ge.{t}[m,n,lda]/io! lda:i sva:vec.{r}[n]/o mv:i "
        "v:ge.{t}[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i")
+GELSD = ("i : m:i n:i nrhs:i a:ge.{t}[m,n,lda]/io! lda:i b:ge.{t}[max(m,n),nrhs,ldb]/io! ldb:i "
+         "s:vec.{r}[min(m,n)]/o rcond:a.{r}! rank:o work:yw.{t}[lwork] lwork:i")
 MANUAL = {
     "gesvd": (GESVD + " superb:ow[min(m,n)-1]@work+1/o",
               GESVD + " rwork:yx.{r}[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o"),
@@ -169,6 +170,9 @@ MANUAL = {
     "gesvj": (SVJ + " work:yx.{t}[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io",
               SVJ + " cwork:yx.{t}[max(1,m+n)]@lwork lwork:i rwork:yx.{r}[max(6,m+n)]@lrwork lrwork:i "
               "stat:ow[6]@rwork/io"),
+    # The integer (and complex: real) workspace of ?gelsd has no length argument: the query
+    # leaves its length in its first element ([]).
+    "gelsd": (GELSD + " iwork:iw[]", GELSD + " rwork:yw.{r}[] iwork:iw[]"),
     "lamch": ("{t} +nolayout : cmach:c", None),
     # The band LU factor afb carries kl more superdiagonals, as in ?gbtrs.
     "gbrfs": (GBRFS + " work:yx.{t}[max(1,3*n)] iwork:ix[max(1,n)]", GBRFS + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,n)]"),
@@ -612,7 +616,8 @@ def main():
             "#      tr.T[uplo,diag,n,ld] gb.T[m,n,kl,ku,ld] sb.T[uplo,n,kd,ld] tb.T[uplo,diag,n,kd,ld] sp.T[uplo,n]\n"
             "#      tp.T[uplo,diag,n] pf.T[transr,uplo,n] tf.T[transr,uplo,diag,n], then /i /o /io direction,\n"
             "#      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those;\n"
-            "#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k\n"
+            "#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k;\n"
+            "#      yx.T[expr]@len a fixed length passed as len; iw[] yw.T[] sized by their own query's answer\n"
             "# +nocopy: row-major calls translate arguments and copy nothing; +nolayout: no layout argument\n")
     with open(OUT, "w") as f:
         f.write(head + "\n".join(rows) + "\n")

@@ -10,7 +10,8 @@
 #      tr.T[uplo,diag,n,ld] gb.T[m,n,kl,ku,ld] sb.T[uplo,n,kd,ld] tb.T[uplo,diag,n,kd,ld] sp.T[uplo,n]
 #      tp.T[uplo,diag,n] pf.T[transr,uplo,n] tf.T[transr,uplo,diag,n], then /i /o /io direction,
 #      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those;
-#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k
+#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k;
+#      yx.T[expr]@len a fixed length passed as len; iw[] yw.T[] sized by their own query's answer
 # +nocopy: row-major calls translate arguments and copy nothing; +nolayout: no layout argument
 cbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.s[q]/io! phi:vec.s[q-1]/io u1:ge.c[p,p,ldu1]/io! ldu1:i u2:ge.c[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.c[q,q,ldv1t]/io! ldv1t:i v2t:ge.c[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.s[q]/o b11e:vec.s[q-1]/o b12d:vec.s[q]/o b12e:vec.s[q-1]/o b21d:vec.s[q]/o b21e:vec.s[q-1]/o b22d:vec.s[q]/o b22e:vec.s[q-1]/o rwork:yw.s[lrwork] lrwork:i
 cbdsqr - +skip=vt:_rows_not_documented_as_a_plain_bound_on_ldvt : uplo n ncvt nru ncc d e vt ldvt u ldu c ldc work
@@ -41,7 +42,7 @@ cgelq i : m:i n:i a:ge.c[m,n,lda]/io! lda:i t:vec.c[tsize]/o tsize:i work:yw.c[l
 cgelq2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yx.c[m]
 cgelqf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
 cgels i : trans:c m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
-cgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
+cgelsd i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/o rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yw.s[] iwork:iw[]
 cgelss i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/io rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yx.s[5*min(m,n)]
 cgelsy i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yx.s[2*n]
 cgemlq i : side:c trans:c m:i n:i k:i a:ge.c[k,byside(side,m,n),lda]/i! lda:i t:vec.c[tsize]/i! tsize:i c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
@@ -367,7 +368,7 @@ dgelq i : m:i n:i a:ge.d[m,n,lda]/io! lda:i t:vec.d[tsize]/o tsize:i work:yw.d[l
 dgelq2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yx.d[m]
 dgelqf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgels i : trans:c m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
-dgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
+dgelsd i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/o rcond:a.d! rank:o work:yw.d[lwork] lwork:i iwork:iw[]
 dgelss i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/io rcond:a.d! rank:o work:yw.d[lwork] lwork:i
 dgelsy i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.d[lwork] lwork:i
 dgemlq i : side:c trans:c m:i n:i k:i a:ge.d[k,byside(side,m,n),lda]/i! lda:i t:vec.d[tsize]/i! tsize:i c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
@@ -667,7 +668,7 @@ sgelq i : m:i n:i a:ge.s[m,n,lda]/io! lda:i t:vec.s[tsize]/o tsize:i work:yw.s[l
 sgelq2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yx.s[m]
 sgelqf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgels i : trans:c m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
-sgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
+sgelsd i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/o rcond:a.s! rank:o work:yw.s[lwork] lwork:i iwork:iw[]
 sgelss i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/io rcond:a.s! rank:o work:yw.s[lwork] lwork:i
 sgelsy i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.s[lwork] lwork:i
 sgemlq i : side:c trans:c m:i n:i k:i a:ge.s[k,byside(side,m,n),lda]/i! lda:i t:vec.s[tsize]/i! tsize:i c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
@@ -964,7 +965,7 @@ zgelq i : m:i n:i a:ge.z[m,n,lda]/io! lda:i t:vec.z[tsize]/o tsize:i work:yw.z[l
 zgelq2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yx.z[m]
 zgelqf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
 zgels i : trans:c m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
-zgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
+zgelsd i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/o rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yw.d[] iwork:iw[]
 zgelss i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/io rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yx.d[5*min(m,n)]
 zgelsy i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yx.d[2*n]
 zgemlq i : side:c trans:c m:i n:i k:i a:ge.z[k,byside(side,m,n),lda]/i! lda:i t:vec.z[tsize]/i! tsize:i c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
