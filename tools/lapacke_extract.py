@@ -115,6 +115,8 @@ WORK_LENGTHS = {
     ("gesdd", "iwork"): "max(1,8*min(m,n))",
     ("tpmqrt", "work"): "max(1,nb)*max(1,byside(side,n,m))",
     ("bdsdc", "work"): "max(1,max(3*n*n+4*n,6*n))", ("bdsdc", "iwork"): "max(1,8*n)",
+    # ?ggevx's real workspace: 6n when balancing scales (balanc "s" or "b"), else 2n.
+    ("ggevx", "rwork"): "max(1,6*n)",
 }
 # Drivers whose matrix the manual pages describe on entry in a way the parse misses.
 INOUT_A = {"sysvxx", "hesvxx"}

@@ -77,7 +77,9 @@ VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"
             "gesvdx": [{"range": "I"}, {"jobu": "N"}], "bdsvdx": [{"range": "I", "uplo": "L"}],
             **{f: [{"fact": "E"}] for f in ("gesvx", "gbsvx")}, "gesvj": [{"jobv": "A"}, {"jobv": "N", "jobu": "N"}],
             "sfrk": [{"trans": "T"}], "hfrk": [{"trans": "C"}],
-            **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}]}
+            **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}],
+            # Balancing that scales (6n reals of rwork), with both condition numbers.
+            **{f: [{"balanc": "B", "sense": "B"}] for f in ("geevx", "ggevx")}}
 # Calls the stock library gets wrong, observed: not compared.
 STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)",
                 "ssytri2x": "stock ssytri2x_ writes past a block of its own (valgrind)"}
