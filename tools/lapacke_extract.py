@@ -67,7 +67,6 @@ IRREGULAR = {
     "uncsd2by1": "matrices copied only when their job letter asks",
     "orcsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
     "uncsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
-    "laswp": "the row-major copy has as many rows as the largest pivot in ipiv: a size read from the data",
     "lantr": "trapezoidal m by n matrix: no shape of the kit",
     "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
 }
@@ -175,6 +174,9 @@ MANUAL = {
     # The integer (and complex: real) workspace of ?gelsd has no length argument: the query
     # leaves its length in its first element ([]).
     "gelsd": (GELSD + " iwork:iw[]", GELSD + " rwork:yw.{r}[] iwork:iw[]"),
+    # The row-major copy of ?laswp's a has as many rows as k2 or the largest pivot it reads
+    # (a size read from ipiv, as the stock interface does); no NaN scan: its rows are unknown.
+    "laswp": "i : n:i a:ge.{t}[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i",
     "lamch": ("{t} +nolayout : cmach:c", None),
     # The band LU factor afb carries kl more superdiagonals, as in ?gbtrs.
     "gbrfs": (GBRFS + " work:yx.{t}[max(1,3*n)] iwork:ix[max(1,n)]", GBRFS + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,n)]"),

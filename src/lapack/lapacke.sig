@@ -196,7 +196,7 @@ clarnv i +nolayout : idist:i iseed:iio n:i x:vec.c[n]/io
 clascl i : type:c kl:i ku:i cfrom:a.s! cto:a.s! m:i n:i a:ge.c[m,n,lda]/io lda:i
 claset i +nocopy : uplo:c m:i n:i alpha:a.c! beta:a.c! a:ge.c[m,n,lda]/io! lda:i
 classq i +nolayout : n:i x:vec.c[n,incx]/i! incx:i scale:vec.s[1]/io! sumsq:vec.s[1]/io!
-claswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
+claswp i : n:i a:ge.c[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i
 clatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 clauum i : uplo:c n:i a:ge.c[n,n,lda]/io! lda:i
 cpbcon i : uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/i! ldab:i anorm:a.s! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
@@ -454,7 +454,7 @@ dlascl i : type:c kl:i ku:i cfrom:a.d! cto:a.d! m:i n:i a:ge.d[m,n,lda]/io lda:i
 dlaset i +nocopy : uplo:c m:i n:i alpha:a.d! beta:a.d! a:ge.d[m,n,lda]/o lda:i
 dlasrt i +nolayout : id:c n:i d:vec.d[n]/io!
 dlassq i +nolayout : n:i x:vec.d[n,incx]/i! incx:i scale:vec.d[1]/io! sumsq:vec.d[1]/io!
-dlaswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
+dlaswp i : n:i a:ge.d[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i
 dlatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 dlauum i : uplo:c n:i a:ge.d[n,n,lda]/io! lda:i
 dopgtr i : uplo:c n:i ap:sp.d[uplo,n]/i! tau:vec.d[n-1]/i! q:ge.d[n,n,ldq]/io ldq:i work:yx.d[n-1]
@@ -754,7 +754,7 @@ slascl i : type:c kl:i ku:i cfrom:a.s! cto:a.s! m:i n:i a:ge.s[m,n,lda]/io lda:i
 slaset i +nocopy : uplo:c m:i n:i alpha:a.s! beta:a.s! a:ge.s[m,n,lda]/o lda:i
 slasrt i +nolayout : id:c n:i d:vec.s[n]/io!
 slassq i +nolayout : n:i x:vec.s[n,incx]/i! incx:i scale:vec.s[1]/io! sumsq:vec.s[1]/io!
-slaswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
+slaswp i : n:i a:ge.s[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i
 slatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 slauum i : uplo:c n:i a:ge.s[n,n,lda]/io! lda:i
 sopgtr i : uplo:c n:i ap:sp.s[uplo,n]/i! tau:vec.s[n-1]/i! q:ge.s[n,n,ldq]/io ldq:i work:yx.s[n-1]
@@ -1119,7 +1119,7 @@ zlarnv i +nolayout : idist:i iseed:iio n:i x:vec.z[n]/io
 zlascl i : type:c kl:i ku:i cfrom:a.d! cto:a.d! m:i n:i a:ge.z[m,n,lda]/io lda:i
 zlaset i +nocopy : uplo:c m:i n:i alpha:a.z! beta:a.z! a:ge.z[m,n,lda]/io! lda:i
 zlassq i +nolayout : n:i x:vec.z[n,incx]/i! incx:i scale:vec.d[1]/io! sumsq:vec.d[1]/io!
-zlaswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
+zlaswp i : n:i a:ge.z[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i
 zlatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 zlauum i : uplo:c n:i a:ge.z[n,n,lda]/io! lda:i
 zpbcon i : uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/i! ldab:i anorm:a.d! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
