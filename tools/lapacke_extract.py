@@ -68,6 +68,7 @@ IRREGULAR = {
     "orcsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
     "uncsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
     "lantr": "trapezoidal m by n matrix: no shape of the kit",
+    "gesvdq": "the LP64 Fortran entry passes no iwork on a workspace query (iwork is also an output there)",
     "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
 }
 # ?sytrf_aa_2stage and its kin are the template with tb passed as it is, in both layouts, and
