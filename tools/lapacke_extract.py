@@ -67,9 +67,8 @@ IRREGULAR = {
     "uncsd2by1": "matrices copied only when their job letter asks",
     "orcsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
     "uncsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
-    "laswp": "the row-major copy has as many rows as the largest pivot in ipiv: a size read from the data",
-    "gelsd": "integer (and complex: real) workspace sized by the query's answer, without a length argument",
     "lantr": "trapezoidal m by n matrix: no shape of the kit",
+    "gesvdq": "the LP64 Fortran entry passes no iwork on a workspace query (iwork is also an output there)",
     "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
 }
 # ?sytrf_aa_2stage and its kin are the template with tb passed as it is, in both layouts, and
@@ -116,6 +115,8 @@ WORK_LENGTHS = {
     ("gesdd", "iwork"): "max(1,8*min(m,n))",
     ("tpmqrt", "work"): "max(1,nb)*max(1,byside(side,n,m))",
     ("bdsdc", "work"): "max(1,max(3*n*n+4*n,6*n))", ("bdsdc", "iwork"): "max(1,8*n)",
+    # ?ggevx's real workspace: 6n when balancing scales (balanc "s" or "b"), else 2n.
+    ("ggevx", "rwork"): "max(1,6*n)",
 }
 # Drivers whose matrix the manual pages describe on entry in a way the parse misses.
 INOUT_A = {"sysvxx", "hesvxx"}
@@ -159,6 +160,8 @@ BDSQR = ("i : uplo:c n:i ncvt:i nru:i ncc:i d:vec.{r}[n]/io! e:vec.{r}[n-1]/io! 
 GBBRD = ("i : vect:c m:i n:i ncc:i kl:i ku:i ab:gb.{t}[m,n,kl,ku,ldab]/io! ldab:i d:vec.{r}[min(m,n)]/o "
          "e:vec.{r}[min(m,n)-1]/o q:ge.{t}[m,m,ldq]/o?vect=QB ldq:i pt:ge.{t}[n,n,ldpt]/o?vect=PB ldpt:i "
          "c:ge.{t}[m,ncc,ldc]/io! ldc:i")
+GELSD = ("i : m:i n:i nrhs:i a:ge.{t}[m,n,lda]/io! lda:i b:ge.{t}[max(m,n),nrhs,ldb]/io! ldb:i "
+         "s:vec.{r}[min(m,n)]/o rcond:a.{r}! rank:o work:yw.{t}[lwork] lwork:i")
 MANUAL = {
     "gesvd": (GESVD + " superb:ow[min(m,n)-1]@work+1/o",
               GESVD + " rwork:yx.{r}[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o"),
@@ -175,6 +178,12 @@ MANUAL = {
     "gesvj": (SVJ + " work:yx.{t}[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io",
               SVJ + " cwork:yx.{t}[max(1,m+n)]@lwork lwork:i rwork:yx.{r}[max(6,m+n)]@lrwork lrwork:i "
               "stat:ow[6]@rwork/io"),
+    # The integer (and complex: real) workspace of ?gelsd has no length argument: the query
+    # leaves its length in its first element ([]).
+    "gelsd": (GELSD + " iwork:iw[]", GELSD + " rwork:yw.{r}[] iwork:iw[]"),
+    # The row-major copy of ?laswp's a has as many rows as k2 or the largest pivot it reads
+    # (a size read from ipiv, as the stock interface does); no NaN scan: its rows are unknown.
+    "laswp": "i : n:i a:ge.{t}[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i",
     "lamch": ("{t} +nolayout : cmach:c", None),
     # The band LU factor afb carries kl more superdiagonals, as in ?gbtrs.
     "gbrfs": (GBRFS + " work:yx.{t}[max(1,3*n)] iwork:ix[max(1,n)]", GBRFS + " work:yx.{t}[max(1,2*n)] rwork:yx.{r}[max(1,n)]"),
@@ -634,7 +643,8 @@ def main():
             "#      tr.T[uplo,diag,n,ld] gb.T[m,n,kl,ku,ld] sb.T[uplo,n,kd,ld] tb.T[uplo,diag,n,kd,ld] sp.T[uplo,n]\n"
             "#      tp.T[uplo,diag,n] pf.T[transr,uplo,n] tf.T[transr,uplo,diag,n], then /i /o /io direction,\n"
             "#      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those;\n"
-            "#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k\n"
+            "#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k;\n"
+            "#      yx.T[expr]@len a fixed length passed as len; iw[] yw.T[] sized by their own query's answer\n"
             "# +nocopy: row-major calls translate arguments and copy nothing; +nolayout: no layout argument\n")
     with open(OUT, "w") as f:
         f.write(head + "\n".join(rows) + "\n")

@@ -10,7 +10,8 @@
 #      tr.T[uplo,diag,n,ld] gb.T[m,n,kl,ku,ld] sb.T[uplo,n,kd,ld] tb.T[uplo,diag,n,kd,ld] sp.T[uplo,n]
 #      tp.T[uplo,diag,n] pf.T[transr,uplo,n] tf.T[transr,uplo,diag,n], then /i /o /io direction,
 #      ! NaN-checked (!sy / !ge: as that shape), ?job=VI: used only when that letter is one of those;
-#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k
+#      ow[len]@work+k/o the high level's own output: len elements of workspace work from element k;
+#      yx.T[expr]@len a fixed length passed as len; iw[] yw.T[] sized by their own query's answer
 # +nocopy: row-major calls translate arguments and copy nothing; +nolayout: no layout argument
 cbbcsd i : jobu1:c jobu2:c jobv1t:c jobv2t:c trans:c m:i p:i q:i theta:vec.s[q]/io! phi:vec.s[q-1]/io u1:ge.c[p,p,ldu1]/io! ldu1:i u2:ge.c[m-p,m-p,ldu2]/io! ldu2:i v1t:ge.c[q,q,ldv1t]/io! ldv1t:i v2t:ge.c[m-q,m-q,ldv2t]/io! ldv2t:i b11d:vec.s[q]/o b11e:vec.s[q-1]/o b12d:vec.s[q]/o b12e:vec.s[q-1]/o b21d:vec.s[q]/o b21e:vec.s[q-1]/o b22d:vec.s[q]/o b22e:vec.s[q-1]/o rwork:yw.s[lrwork] lrwork:i
 cbdsqr i : uplo:c n:i ncvt:i nru:i ncc:i d:vec.s[n]/io! e:vec.s[n-1]/io! vt:ge.c[n,ncvt,ldvt]/io! ldvt:i u:ge.c[nru,n,ldu]/io! ldu:i c:ge.c[n,ncc,ldc]/io! ldc:i work:yx.s[max(1,4*n)]
@@ -41,7 +42,7 @@ cgelq i : m:i n:i a:ge.c[m,n,lda]/io! lda:i t:vec.c[tsize]/o tsize:i work:yw.c[l
 cgelq2 i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yx.c[m]
 cgelqf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lwork] lwork:i
 cgels i : trans:c m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i work:yw.c[lwork] lwork:i
-cgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
+cgelsd i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/o rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yw.s[] iwork:iw[]
 cgelss i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/io rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yx.s[5*min(m,n)]
 cgelsy i : m:i n:i nrhs:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.c[lwork] lwork:i rwork:yx.s[2*n]
 cgemlq i : side:c trans:c m:i n:i k:i a:ge.c[k,byside(side,m,n),lda]/i! lda:i t:vec.c[tsize]/i! tsize:i c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
@@ -63,7 +64,7 @@ cgerqf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lw
 cgesdd i : jobz:c m:i n:i a:ge.c[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/io u:ge.c[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.c[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,min(m,n)*max(5*min(m,n)+7,2*max(m,n)+2*min(m,n)+1))] iwork:ix[max(1,8*min(m,n))]
 cgesv i : n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
 cgesvd i : jobu:c jobvt:c m:i n:i a:ge.c[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/o u:ge.c[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.c[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o
-cgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
+cgesvdq - +skip=the_LP64_Fortran_entry_passes_no_iwork_on_a_workspace_query_(iwork_is_also_an_output_there) : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
 cgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.c[m,n,lda]/io! lda:i vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[min(m,n)]/o u:ge.c[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.c[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,min(m,n)*(min(m,n)*2+15*min(m,n)))] iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
 cgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.c[m,n,lda]/io! lda:i sva:vec.s[n]/o mv:i v:ge.c[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i cwork:yx.c[max(1,m+n)]@lwork lwork:i rwork:yx.s[max(6,m+n)]@lrwork lrwork:i stat:ow[6]@rwork/io
 cgesvx i : fact:c trans:c n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i af:ge.c[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.c[n,nrhs,ldb]/io! ldb:i x:ge.c[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.c[max(1,2*n)] rwork:yx.s[max(1,2*n)] rpivot:ow[1]@rwork/o
@@ -82,7 +83,7 @@ cgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.c[n,n,lda]/io! lda:i b:ge.
 cggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i sdim:o alpha:vec.c[n]/io beta:vec.c[n]/o vsl:ge.c[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.c[n,n,ldvsr]/io?jobvsr=V ldvsr:i rconde:vec.s[2]/io rcondv:vec.s[2]/io work:yw.c[lwork] lwork:i rwork:yx.s[8*n] iwork:iw[liwork] liwork:i bwork:lw[n]
 cggev i : jobvl:c jobvr:c n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i alpha:vec.c[n]/io beta:vec.c[n]/o vl:ge.c[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.c[n,n,ldvr]/io?jobvr=V ldvr:i work:yw.c[lwork] lwork:i rwork:yx.s[8*n]
 cggev3 i : jobvl:c jobvr:c n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i alpha:vec.c[n]/io beta:vec.c[n]/o vl:ge.c[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.c[n,n,ldvr]/io?jobvr=V ldvr:i work:yw.c[lwork] lwork:i rwork:yx.s[8*n]
-cggevx - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : balanc jobvl jobvr sense n a lda b ldb alpha beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork rwork iwork bwork
+cggevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i alpha:vec.c[n]/io beta:vec.c[n]/o vl:ge.c[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.c[n,n,ldvr]/io?jobvr=V ldvr:i ilo:o ihi:o lscale:vec.s[n]/io rscale:vec.s[n]/io abnrm:y.s bbnrm:y.s rconde:vec.s[n]/io rcondv:vec.s[n]/io work:yw.c[lwork] lwork:i rwork:yx.s[max(1,6*n)] iwork:ix[n+2] bwork:lw[n]
 cggglm i : n:i m:i p:i a:ge.c[n,m,lda]/io! lda:i b:ge.c[n,p,ldb]/io! ldb:i d:vec.c[n]/io! x:vec.c[m]/io y:vec.c[p]/o work:yw.c[lwork] lwork:i
 cgghd3 i : compq:c compz:c n:i ilo:i ihi:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i q:ge.c[n,n,ldq]/io!?compq=VI ldq:i z:ge.c[n,n,ldz]/io!?compz=VI ldz:i work:yw.c[lwork] lwork:i
 cgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i q:ge.c[n,n,ldq]/io!?compq=VI ldq:i z:ge.c[n,n,ldz]/io!?compz=VI ldz:i
@@ -195,7 +196,7 @@ clarnv i +nolayout : idist:i iseed:iio n:i x:vec.c[n]/io
 clascl i : type:c kl:i ku:i cfrom:a.s! cto:a.s! m:i n:i a:ge.c[m,n,lda]/io lda:i
 claset i +nocopy : uplo:c m:i n:i alpha:a.c! beta:a.c! a:ge.c[m,n,lda]/io! lda:i
 classq i +nolayout : n:i x:vec.c[n,incx]/i! incx:i scale:vec.s[1]/io! sumsq:vec.s[1]/io!
-claswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
+claswp i : n:i a:ge.c[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i
 clatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 clauum i : uplo:c n:i a:ge.c[n,n,lda]/io! lda:i
 cpbcon i : uplo:c n:i kd:i ab:sb.c[uplo,n,kd,ldab]/i! ldab:i anorm:a.s! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
@@ -367,7 +368,7 @@ dgelq i : m:i n:i a:ge.d[m,n,lda]/io! lda:i t:vec.d[tsize]/o tsize:i work:yw.d[l
 dgelq2 i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yx.d[m]
 dgelqf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lwork] lwork:i
 dgels i : trans:c m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i work:yw.d[lwork] lwork:i
-dgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
+dgelsd i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/o rcond:a.d! rank:o work:yw.d[lwork] lwork:i iwork:iw[]
 dgelss i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/io rcond:a.d! rank:o work:yw.d[lwork] lwork:i
 dgelsy i : m:i n:i nrhs:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.d[lwork] lwork:i
 dgemlq i : side:c trans:c m:i n:i k:i a:ge.d[k,byside(side,m,n),lda]/i! lda:i t:vec.d[tsize]/i! tsize:i c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
@@ -389,7 +390,7 @@ dgerqf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lw
 dgesdd i : jobz:c m:i n:i a:ge.d[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/io u:ge.d[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.d[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.d[lwork] lwork:i iwork:ix[max(1,8*min(m,n))]
 dgesv i : n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i
 dgesvd i : jobu:c jobvt:c m:i n:i a:ge.d[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/o u:ge.d[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.d[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.d[lwork] lwork:i superb:ow[min(m,n)-1]@work+1/o
-dgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
+dgesvdq - +skip=the_LP64_Fortran_entry_passes_no_iwork_on_a_workspace_query_(iwork_is_also_an_output_there) : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
 dgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.d[m,n,lda]/io! lda:i vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[min(m,n)]/o u:ge.d[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.d[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.d[lwork] lwork:i iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
 dgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.d[m,n,lda]/io! lda:i sva:vec.d[n]/o mv:i v:ge.d[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i work:yx.d[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io
 dgesvx i : fact:c trans:c n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i af:ge.d[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.d[n,nrhs,ldb]/io! ldb:i x:ge.d[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.d[max(1,4*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
@@ -453,7 +454,7 @@ dlascl i : type:c kl:i ku:i cfrom:a.d! cto:a.d! m:i n:i a:ge.d[m,n,lda]/io lda:i
 dlaset i +nocopy : uplo:c m:i n:i alpha:a.d! beta:a.d! a:ge.d[m,n,lda]/o lda:i
 dlasrt i +nolayout : id:c n:i d:vec.d[n]/io!
 dlassq i +nolayout : n:i x:vec.d[n,incx]/i! incx:i scale:vec.d[1]/io! sumsq:vec.d[1]/io!
-dlaswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
+dlaswp i : n:i a:ge.d[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i
 dlatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 dlauum i : uplo:c n:i a:ge.d[n,n,lda]/io! lda:i
 dopgtr i : uplo:c n:i ap:sp.d[uplo,n]/i! tau:vec.d[n-1]/i! q:ge.d[n,n,ldq]/io ldq:i work:yx.d[n-1]
@@ -667,7 +668,7 @@ sgelq i : m:i n:i a:ge.s[m,n,lda]/io! lda:i t:vec.s[tsize]/o tsize:i work:yw.s[l
 sgelq2 i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yx.s[m]
 sgelqf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lwork] lwork:i
 sgels i : trans:c m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i work:yw.s[lwork] lwork:i
-sgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork iwork
+sgelsd i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/o rcond:a.s! rank:o work:yw.s[lwork] lwork:i iwork:iw[]
 sgelss i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i s:vec.s[min(m,n)]/io rcond:a.s! rank:o work:yw.s[lwork] lwork:i
 sgelsy i : m:i n:i nrhs:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.s! rank:o work:yw.s[lwork] lwork:i
 sgemlq i : side:c trans:c m:i n:i k:i a:ge.s[k,byside(side,m,n),lda]/i! lda:i t:vec.s[tsize]/i! tsize:i c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
@@ -689,7 +690,7 @@ sgerqf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lw
 sgesdd i : jobz:c m:i n:i a:ge.s[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/io u:ge.s[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.s[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.s[lwork] lwork:i iwork:ix[max(1,8*min(m,n))]
 sgesv i : n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i
 sgesvd i : jobu:c jobvt:c m:i n:i a:ge.s[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/o u:ge.s[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.s[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.s[lwork] lwork:i superb:ow[min(m,n)-1]@work+1/o
-sgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
+sgesvdq - +skip=the_LP64_Fortran_entry_passes_no_iwork_on_a_workspace_query_(iwork_is_also_an_output_there) : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
 sgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.s[m,n,lda]/io! lda:i vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[min(m,n)]/o u:ge.s[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.s[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.s[lwork] lwork:i iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
 sgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.s[m,n,lda]/io! lda:i sva:vec.s[n]/o mv:i v:ge.s[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i work:yx.s[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io
 sgesvx i : fact:c trans:c n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i af:ge.s[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.s[n,nrhs,ldb]/io! ldb:i x:ge.s[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.s[max(1,4*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
@@ -753,7 +754,7 @@ slascl i : type:c kl:i ku:i cfrom:a.s! cto:a.s! m:i n:i a:ge.s[m,n,lda]/io lda:i
 slaset i +nocopy : uplo:c m:i n:i alpha:a.s! beta:a.s! a:ge.s[m,n,lda]/o lda:i
 slasrt i +nolayout : id:c n:i d:vec.s[n]/io!
 slassq i +nolayout : n:i x:vec.s[n,incx]/i! incx:i scale:vec.s[1]/io! sumsq:vec.s[1]/io!
-slaswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
+slaswp i : n:i a:ge.s[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i
 slatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 slauum i : uplo:c n:i a:ge.s[n,n,lda]/io! lda:i
 sopgtr i : uplo:c n:i ap:sp.s[uplo,n]/i! tau:vec.s[n-1]/i! q:ge.s[n,n,ldq]/io ldq:i work:yx.s[n-1]
@@ -964,7 +965,7 @@ zgelq i : m:i n:i a:ge.z[m,n,lda]/io! lda:i t:vec.z[tsize]/o tsize:i work:yw.z[l
 zgelq2 i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yx.z[m]
 zgelqf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lwork] lwork:i
 zgels i : trans:c m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i work:yw.z[lwork] lwork:i
-zgelsd - +skip=integer_(and_complex:_real)_workspace_sized_by_the_query's_answer,_without_a_length_argument : m n nrhs a lda b ldb s rcond rank work lwork rwork iwork
+zgelsd i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/o rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yw.d[] iwork:iw[]
 zgelss i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i s:vec.d[min(m,n)]/io rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yx.d[5*min(m,n)]
 zgelsy i : m:i n:i nrhs:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[max(m,n),nrhs,ldb]/io! ldb:i jpvt:iio rcond:a.d! rank:o work:yw.z[lwork] lwork:i rwork:yx.d[2*n]
 zgemlq i : side:c trans:c m:i n:i k:i a:ge.z[k,byside(side,m,n),lda]/i! lda:i t:vec.z[tsize]/i! tsize:i c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
@@ -986,7 +987,7 @@ zgerqf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lw
 zgesdd i : jobz:c m:i n:i a:ge.z[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/io u:ge.z[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.z[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,min(m,n)*max(5*min(m,n)+7,2*max(m,n)+2*min(m,n)+1))] iwork:ix[max(1,8*min(m,n))]
 zgesv i : n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
 zgesvd i : jobu:c jobvt:c m:i n:i a:ge.z[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/o u:ge.z[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.z[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o
-zgesvdq - +skip=u:_no_column_count_documented : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
+zgesvdq - +skip=the_LP64_Fortran_entry_passes_no_iwork_on_a_workspace_query_(iwork_is_also_an_output_there) : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
 zgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.z[m,n,lda]/io! lda:i vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[min(m,n)]/o u:ge.z[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.z[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,min(m,n)*(min(m,n)*2+15*min(m,n)))] iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
 zgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.z[m,n,lda]/io! lda:i sva:vec.d[n]/o mv:i v:ge.z[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i cwork:yx.z[max(1,m+n)]@lwork lwork:i rwork:yx.d[max(6,m+n)]@lrwork lrwork:i stat:ow[6]@rwork/io
 zgesvx i : fact:c trans:c n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i af:ge.z[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.z[n,nrhs,ldb]/io! ldb:i x:ge.z[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.z[max(1,2*n)] rwork:yx.d[max(1,2*n)] rpivot:ow[1]@rwork/o
@@ -1005,7 +1006,7 @@ zgges3 i : jobvsl:c jobvsr:c sort:c selctg:f n:i a:ge.z[n,n,lda]/io! lda:i b:ge.
 zggesx i : jobvsl:c jobvsr:c sort:c selctg:f sense:c n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i sdim:o alpha:vec.z[n]/io beta:vec.z[n]/o vsl:ge.z[n,n,ldvsl]/io?jobvsl=V ldvsl:i vsr:ge.z[n,n,ldvsr]/io?jobvsr=V ldvsr:i rconde:vec.d[2]/io rcondv:vec.d[2]/io work:yw.z[lwork] lwork:i rwork:yx.d[8*n] iwork:iw[liwork] liwork:i bwork:lw[n]
 zggev i : jobvl:c jobvr:c n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i alpha:vec.z[n]/io beta:vec.z[n]/o vl:ge.z[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.z[n,n,ldvr]/io?jobvr=V ldvr:i work:yw.z[lwork] lwork:i rwork:yx.d[8*n]
 zggev3 i : jobvl:c jobvr:c n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i alpha:vec.z[n]/io beta:vec.z[n]/o vl:ge.z[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.z[n,n,ldvr]/io?jobvr=V ldvr:i work:yw.z[lwork] lwork:i rwork:yx.d[8*n]
-zggevx - +skip=workspace_rwork:_'lrwork'_is_not_an_argument : balanc jobvl jobvr sense n a lda b ldb alpha beta vl ldvl vr ldvr ilo ihi lscale rscale abnrm bbnrm rconde rcondv work lwork rwork iwork bwork
+zggevx i : balanc:c jobvl:c jobvr:c sense:c n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i alpha:vec.z[n]/io beta:vec.z[n]/o vl:ge.z[n,n,ldvl]/io?jobvl=V ldvl:i vr:ge.z[n,n,ldvr]/io?jobvr=V ldvr:i ilo:o ihi:o lscale:vec.d[n]/io rscale:vec.d[n]/io abnrm:y.d bbnrm:y.d rconde:vec.d[n]/io rcondv:vec.d[n]/io work:yw.z[lwork] lwork:i rwork:yx.d[max(1,6*n)] iwork:ix[n+2] bwork:lw[n]
 zggglm i : n:i m:i p:i a:ge.z[n,m,lda]/io! lda:i b:ge.z[n,p,ldb]/io! ldb:i d:vec.z[n]/io! x:vec.z[m]/io y:vec.z[p]/o work:yw.z[lwork] lwork:i
 zgghd3 i : compq:c compz:c n:i ilo:i ihi:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i q:ge.z[n,n,ldq]/io!?compq=VI ldq:i z:ge.z[n,n,ldz]/io!?compz=VI ldz:i work:yw.z[lwork] lwork:i
 zgghrd i : compq:c compz:c n:i ilo:i ihi:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i q:ge.z[n,n,ldq]/io!?compq=VI ldq:i z:ge.z[n,n,ldz]/io!?compz=VI ldz:i
@@ -1118,7 +1119,7 @@ zlarnv i +nolayout : idist:i iseed:iio n:i x:vec.z[n]/io
 zlascl i : type:c kl:i ku:i cfrom:a.d! cto:a.d! m:i n:i a:ge.z[m,n,lda]/io lda:i
 zlaset i +nocopy : uplo:c m:i n:i alpha:a.z! beta:a.z! a:ge.z[m,n,lda]/io! lda:i
 zlassq i +nolayout : n:i x:vec.z[n,incx]/i! incx:i scale:vec.d[1]/io! sumsq:vec.d[1]/io!
-zlaswp - +skip=the_row-major_copy_has_as_many_rows_as_the_largest_pivot_in_ipiv:_a_size_read_from_the_data : n a lda k1 k2 ipiv incx
+zlaswp i : n:i a:ge.z[pivrows(k1,k2,ipiv,incx),n,lda]/io lda:i k1:i k2:i ipiv:ii incx:i
 zlatms - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n dist iseed sym d mode cond dmax kl ku pack a lda work
 zlauum i : uplo:c n:i a:ge.z[n,n,lda]/io! lda:i
 zpbcon i : uplo:c n:i kd:i ab:sb.z[uplo,n,kd,ldab]/i! ldab:i anorm:a.d! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]

@@ -550,9 +550,10 @@ I run_high(const Routine<I>& r, int layout, void* const* p, void* result) {
   void* owned[kMaxArgs];
   uint64_t held = 0, queried = 0;
   I lengths[kMaxArgs];
-  // Query answers land in one cell per workspace, wide enough for any element; only the
+  // Query answers land in one cell per workspace, two elements of any type wide (?gesvdq's
+  // query leaves the optimal and the minimal length in work(1) and work(2)); only the
   // cells of `queried` are cleared and read.
-  alignas(16) unsigned char answers[kMaxArgs][16];
+  alignas(16) unsigned char answers[kMaxArgs][32];
   I info = 0;
   copy_args(q, p, r.nargs);
   for (int k : each{r.owned}) {

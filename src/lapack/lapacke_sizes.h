@@ -55,4 +55,18 @@ inline I gsvjv(char jobv, I n, I mv) {
   return lsame(jobv, 'v') ? n : lsame(jobv, 'a') ? mv : I(0);
 }
 
+// Rows of ?laswp's row-major copy: k2, or the largest pivot of rows k1..k2 if larger, read
+// from ipiv where the stock interface reads them (k1 + (i - k1)|incx|, 1-based). A k1
+// below 1 reads nothing: the stock read would fall before the array.
+template <class I>
+inline I gpivrows(I k1, I k2, const I* ipiv, I incx) {
+  I rows = k2 > 1 ? k2 : I(1);
+  const I step = incx < 0 ? -incx : incx;
+  for (I i = k1; k1 >= 1 && i <= k2; ++i) {
+    const I pivot = ipiv[k1 - 1 + (i - k1) * step];
+    if (pivot > rows) rows = pivot;
+  }
+  return rows;
+}
+
 }  // namespace qnl::lapacke

@@ -70,22 +70,24 @@ class Routine:
         self.has_info = True
 
 
-FUNCS = ("max", "min", "abs", "byrange", "byside", "bytrans", "byvect", "ifset", "sddu", "sddvt", "bysvd", "svjv")
+FUNCS = ("max", "min", "abs", "byrange", "byside", "bytrans", "byvect", "ifset", "sddu", "sddvt", "bysvd", "svjv", "pivrows")
 # Record kinds of the words without extents; a.T scalars, workspaces and arrays are told apart below.
 SIMPLE = {"c": "kChar", "c*": "kCharPtr", "i": "kInt", "o": "kOutPtr", "ii": "kOutPtr", "iio": "kOutPtr",
           "f": "kOutPtr", "y": "kOutPtr"}
 DIRECTIONS = {"i": 1, "o": 2, "io": 3}
 
 
-def cxx_expr(expr, index, letters=()):
+def cxx_expr(expr, index, letters=(), arrays=()):
     """A length expression over argument names -> C++ over the twin's lapack_int values
-    (V) and option letters (L)."""
+    (V), option letters (L) and integer arrays (P)."""
     def name(m):
         w = m.group(0)
         if w in FUNCS:
             return "qnl::lapacke::g" + w
         if w in letters:
             return f"L({index[w]})"
+        if w in arrays:
+            return f"P({index[w]})"
         if w.isdigit():
             return f"I({w})"
         if w not in index:
@@ -126,6 +128,7 @@ def classify(r):
             lengths.add(a.src)
     own_outputs(r)
     body, slot = [], 0
+    arrays = {a.name for a in r.args if a.word in INT_ARRAYS}
     high_names = set()
     hpos = 0 if "+nolayout" in r.flags else 1
     for a in r.args:
@@ -141,7 +144,7 @@ def classify(r):
             for w in re.findall(r"[a-z_]\w*", expr):
                 if w not in FUNCS and w not in high_names:
                     raise ValueError(f"length of a high-level array uses {w}")
-        body.append(f"  d[{slot}] = {cxx_expr(expr, index, {a.name for a in r.args if a.word == 'c'})};")
+        body.append(f"  d[{slot}] = {cxx_expr(expr, index, {a.name for a in r.args if a.word == 'c'}, arrays)};")
         slot += 1
         return slot - 1
 
@@ -436,7 +439,7 @@ HEAD = ("#define LAPACK_COMPLEX_CPP\n#include <complex>\n#include <type_traits>\
         "#include \"c_select.h\"\n#include \"lapacke.h\"\n#include \"lapacke_utils.h\"\n"
         "#include \"lapack_frame.h\"\n#include \"lapack_gen.h\"\n#include \"lapacke_frame.h\"\n"
         "#include \"lapacke_kit.h\"\n#include \"lapacke_sizes.h\"\n\n#define V(k) (*static_cast<const I*>(p[k]))\n"
-        "#define L(k) (*static_cast<const char*>(p[k]))\n")
+        "#define L(k) (*static_cast<const char*>(p[k]))\n#define P(k) (static_cast<const I*>(p[k]))\n")
 
 
 def family(tables):

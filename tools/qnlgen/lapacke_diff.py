@@ -57,6 +57,8 @@ OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3"
        "geesx": {"sort": "S", "sense": "B"},
        "tgsja": {"jobu": "U", "jobv": "V", "jobq": "Q"},
        # Singular vectors of every singular value (range "A").
+       # ?laswp: rows 6, 7, 8 exchanged with rows 1, 2, 3 (the fill's pivots 1 2 3 4 5 1 2 3 ...).
+       "laswp": {"k1": 6, "k2": 8},
        "gesvdx": {"jobu": "V", "jobvt": "V"}, "gesvj": {"joba": "G", "jobu": "U", "jobv": "V", "mv": 3},
        # ?stein: two eigenvalues, each its own block of one row (the harness's iblock and isplit 1, 2).
        "stein": {"m": 2}}
@@ -84,7 +86,9 @@ VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"
             # P's reflectors of ?ormbr; the stock ?unmbr_work copies min(nq,k) of their nq columns
             # in row-major, so ?unmbr runs with Q's only.
             "ormbr": [{"vect": "P"}], "gbbrd": [{"vect": "B"}, {"vect": "N"}],
-            **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}]}
+            **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}],
+            # Balancing that scales (6n reals of rwork), with both condition numbers.
+            **{f: [{"balanc": "B", "sense": "B"}] for f in ("geevx", "ggevx")}}
 # Calls the stock library gets wrong, observed: not compared.
 STOCK_FAULTS = {"geqrt": "stock library writes past T in row-major (beyond nb rows)",
                 "ssytri2x": "stock ssytri2x_ writes past a block of its own (valgrind)"}
@@ -104,6 +108,8 @@ FUNCS = {"max": max, "min": min, "abs": abs,
          "ifset": lambda flag, x: x if flag else 0,
          "bysvd": lambda job, every, some: every if job == "A" else some if job == "S" else 0,
          "svjv": lambda jobv, n, mv: n if jobv == "V" else mv if jobv == "A" else 0,
+         "pivrows": lambda k1, k2, ipiv, incx: max([1, k2] + [ipiv[k1 - 1 + (i - k1) * abs(incx)]
+                                                              for i in range(k1, k2 + 1)]),
          # ?gesdd: columns of U, rows of VT (src/lapack/lapacke_sizes.h)
          "sddu": lambda jobz, m, n: m if jobz == "A" or (jobz == "O" and m < n) else min(m, n) if jobz == "S" else 0,
          "sddvt": lambda jobz, m, n: n if jobz == "A" or (jobz == "O" and m >= n) else min(m, n) if jobz == "S" else 0}
@@ -135,6 +141,8 @@ def case(r, layout, letters=None):
             vals[a.name] = own.get(a.name, INTS.get(a.name, 2))
         elif a.word == "c":
             vals[a.name] = chars.get(a.name, "N")
+        elif a.word in INT_ARRAYS:  # the harness's fill (diff_main.cpp), for sizes read from it
+            vals[a.name] = [i % 5 + 1 for i in range(256)]
     # Leading dimensions: one above the least the layout allows.
     row = layout == 101
     lds = {}
