@@ -140,6 +140,9 @@ BDSQR = ("i : uplo:c n:i ncvt:i nru:i ncc:i d:vec.{r}[n]/io! e:vec.{r}[n-1]/io! 
 GBBRD = ("i : vect:c m:i n:i ncc:i kl:i ku:i ab:gb.{t}[m,n,kl,ku,ldab]/io! ldab:i d:vec.{r}[min(m,n)]/o "
          "e:vec.{r}[min(m,n)-1]/o q:ge.{t}[m,m,ldq]/o?vect=QB ldq:i pt:ge.{t}[n,n,ldpt]/o?vect=PB ldpt:i "
          "c:ge.{t}[m,ncc,ldc]/io! ldc:i")
+TGSNA = ("i : job:c howmny:c select:ii n:i a:ge.{t}[n,n,lda]/i! lda:i b:ge.{t}[n,n,ldb]/i! ldb:i "
+         "vl:ge.{t}[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.{t}[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.{r}[mm]/o "
+         "dif:vec.{r}[mm]/o mm:i m:o work:yw.{t}[lwork] lwork:i")
 MANUAL = {
     "lamch": ("{t} +nolayout : cmach:c", None),
     # The band LU factor afb carries kl more superdiagonals, as in ?gbtrs.
@@ -178,6 +181,14 @@ MANUAL = {
     "stein": "i : n:i d:vec.{r}[n]/i! e:vec.{r}[n-1]/i! m:i w:vec.{r}[n]/i! iblock:ii isplit:ii z:ge.{t}[n,m,ldz]/o ldz:i "
              "work:yx.{r}[max(1,5*n)] iwork:ix[max(1,n)] ifailv:iio",
     "pbstf": "i : uplo:c n:i kb:i bb:sb.{t}[uplo,n,kb,ldbb]/io! ldbb:i",
+    # The triangle of RFP a has the order of the side (m from the left, n from the right).
+    "tfsm": "i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.{t}! a:tf.{t}[transr,uplo,diag,byside(side,m,n)]/i! "
+            "b:ge.{t}[m,n,ldb]/io! ldb:i",
+    # T holds one nb by n block for each of the row blocks of the tall-skinny factorization.
+    **{f: "i : m:i n:i mb:i nb:i a:ge.{t}[m,n,lda]/io! lda:i t:ge.{t}[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i "
+          "work:yw.{t}[lwork] lwork:i" for f in ("orgtsqr_row", "ungtsqr_row")},
+    # The eigenvectors (job E or B) are n by mm, as many columns as s and dif have places.
+    "tgsna": (TGSNA + " iwork:ix[max(1,n+6)]?job=VB", TGSNA + " iwork:ix[max(1,n+2)]?job=VB"),
     # The NaN gate reads x at its stride, and the running scale and sum as one-element vectors.
     "lassq": "i +nolayout : n:i x:vec.{t}[n,incx]/i! incx:i scale:vec.{r}[1]/io! sumsq:vec.{r}[1]/io!",
 }

@@ -281,7 +281,7 @@ csytrs_rook i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i ipiv:ii b:ge.c[n,n
 ctbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.c[uplo,diag,n,kd,ldab]/i! ldab:i rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
 ctbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.c[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/i! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
 ctbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.c[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.c[n,nrhs,ldb]/io! ldb:i
-ctfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo trans diag m n alpha a b ldb
+ctfsm i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.c! a:tf.c[transr,uplo,diag,byside(side,m,n)]/i! b:ge.c[m,n,ldb]/io! ldb:i
 ctftri i : transr:c uplo:c diag:c n:i a:tf.c[transr,uplo,diag,n]/io!
 ctfttp i : transr:c uplo:c n:i arf:tf.c[transr,uplo,'n',n]/i! ap:sp.c[uplo,n]/o
 ctfttr i : transr:c uplo:c n:i arf:tf.c[transr,uplo,'n',n]/i! a:ge.c[n,n,lda]/o lda:i
@@ -289,7 +289,7 @@ ctgevc i : side:c howmny:c select:ii n:i s:ge.c[n,n,lds]/i! lds:i p:ge.c[n,n,ldp
 ctgexc i : wantq:i wantz:i n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i q:ge.c[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.c[n,ifset(wantz,n),ldz]/io! ldz:i ifst:i ilst:i
 ctgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i alpha:vec.c[n]/io beta:vec.c[n]/io q:ge.c[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.c[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.s pr:y.s dif:vec.s[2]/io work:yw.c[lwork] lwork:i iwork:iw[liwork] liwork:i
 ctgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! alpha:vec.s[n]/io beta:vec.s[n]/o u:ge.c[m,m,ldu]/io!?jobu=U ldu:i v:ge.c[p,p,ldv]/io!?jobv=V ldv:i q:ge.c[n,n,ldq]/io!?jobq=Q ldq:i work:yx.c[2*n] ncycle:o
-ctgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+ctgsna i : job:c howmny:c select:ii n:i a:ge.c[n,n,lda]/i! lda:i b:ge.c[n,n,ldb]/i! ldb:i vl:ge.c[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.c[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.s[mm]/o dif:vec.s[mm]/o mm:i m:o work:yw.c[lwork] lwork:i iwork:ix[max(1,n+2)]?job=VB
 ctgsyl i : trans:c ijob:i m:i n:i a:ge.c[m,m,lda]/i! lda:i b:ge.c[n,n,ldb]/i! ldb:i c:ge.c[m,n,ldc]/io! ldc:i d:ge.c[m,m,ldd]/i! ldd:i e:ge.c[n,n,lde]/i! lde:i f:ge.c[m,n,ldf]/io! ldf:i scale:y.s dif:y.s work:yw.c[lwork] lwork:i iwork:ix[m+n+2]
 ctpcon i : norm:c uplo:c diag:c n:i ap:tp.c[uplo,diag,n]/i! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
 ctpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.c[byside(side,m,n),k,ldv]/i! ldv:i t:ge.c[nb,k,ldt]/i! ldt:i a:ge.c[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.c[m,n,ldb]/io! ldb:i work:yx.c[max(1,nb)*max(1,byside(side,n,m))]
@@ -323,7 +323,7 @@ cungql i : m:i n:i k:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[k]/i! work:yw.c[lwork
 cungqr i : m:i n:i k:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[k]/i! work:yw.c[lwork] lwork:i
 cungrq i : m:i n:i k:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[k]/i! work:yw.c[lwork] lwork:i
 cungtr i : uplo:c n:i a:ge.c[n,n,lda]/io! lda:i tau:vec.c[n-1]/i! work:yw.c[lwork] lwork:i
-cungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
+cungtsqr_row i : m:i n:i mb:i nb:i a:ge.c[m,n,lda]/io! lda:i t:ge.c[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i work:yw.c[lwork] lwork:i
 cunmbr i : vect:c side:c trans:c m:i n:i k:i a:ge.c[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.c[min(byside(side,m,n),k)]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.c[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.c[byside(side,m,n)-1]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cunmlq i : side:c trans:c m:i n:i k:i a:ge.c[k,byside(side,m,n),lda]/i! lda:i tau:vec.c[k]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
@@ -467,7 +467,7 @@ dorgql i : m:i n:i k:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[k]/i! work:yw.d[lwork
 dorgqr i : m:i n:i k:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[k]/i! work:yw.d[lwork] lwork:i
 dorgrq i : m:i n:i k:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[k]/i! work:yw.d[lwork] lwork:i
 dorgtr i : uplo:c n:i a:ge.d[n,n,lda]/io! lda:i tau:vec.d[n-1]/i! work:yw.d[lwork] lwork:i
-dorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
+dorgtsqr_row i : m:i n:i mb:i nb:i a:ge.d[m,n,lda]/io! lda:i t:ge.d[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i work:yw.d[lwork] lwork:i
 dormbr i : vect:c side:c trans:c m:i n:i k:i a:ge.d[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.d[min(byside(side,m,n),k)]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
 dormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.d[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.d[byside(side,m,n)-1]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
 dormlq i : side:c trans:c m:i n:i k:i a:ge.d[k,byside(side,m,n),lda]/i! lda:i tau:vec.d[k]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
@@ -601,7 +601,7 @@ dsytrs_rook i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/i! lda:i ipiv:ii b:ge.d[n,n
 dtbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.d[uplo,diag,n,kd,ldab]/i! ldab:i rcond:y.d work:yx.d[3*n] iwork:ix[n]
 dtbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.d[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/i! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
 dtbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.d[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.d[n,nrhs,ldb]/io! ldb:i
-dtfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo trans diag m n alpha a b ldb
+dtfsm i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.d! a:tf.d[transr,uplo,diag,byside(side,m,n)]/i! b:ge.d[m,n,ldb]/io! ldb:i
 dtftri i : transr:c uplo:c diag:c n:i a:tf.d[transr,uplo,diag,n]/io!
 dtfttp i : transr:c uplo:c n:i arf:tf.d[transr,uplo,'n',n]/i! ap:sp.d[uplo,n]/o
 dtfttr i : transr:c uplo:c n:i arf:tf.d[transr,uplo,'n',n]/i! a:ge.d[n,n,lda]/o lda:i
@@ -609,7 +609,7 @@ dtgevc i : side:c howmny:c select:ii n:i s:ge.d[n,n,lds]/i! lds:i p:ge.d[n,n,ldp
 dtgexc i : wantq:i wantz:i n:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,ldb]/io! ldb:i q:ge.d[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.d[n,ifset(wantz,n),ldz]/io! ldz:i ifst:o ilst:o work:yw.d[lwork] lwork:i
 dtgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,ldb]/io! ldb:i alphar:vec.d[n]/io alphai:vec.d[n]/io beta:vec.d[n]/o q:ge.d[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.d[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.d pr:y.d dif:vec.d[2]/io work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dtgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! alpha:vec.d[n]/io beta:vec.d[n]/o u:ge.d[m,m,ldu]/io!?jobu=U ldu:i v:ge.d[p,p,ldv]/io!?jobv=V ldv:i q:ge.d[n,n,ldq]/io!?jobq=Q ldq:i work:yx.d[2*n] ncycle:o
-dtgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+dtgsna i : job:c howmny:c select:ii n:i a:ge.d[n,n,lda]/i! lda:i b:ge.d[n,n,ldb]/i! ldb:i vl:ge.d[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.d[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.d[mm]/o dif:vec.d[mm]/o mm:i m:o work:yw.d[lwork] lwork:i iwork:ix[max(1,n+6)]?job=VB
 dtgsyl i : trans:c ijob:i m:i n:i a:ge.d[m,m,lda]/i! lda:i b:ge.d[n,n,ldb]/i! ldb:i c:ge.d[m,n,ldc]/io! ldc:i d:ge.d[m,m,ldd]/i! ldd:i e:ge.d[n,n,lde]/i! lde:i f:ge.d[m,n,ldf]/io! ldf:i scale:y.d dif:y.d work:yw.d[lwork] lwork:i iwork:ix[m+n+6]
 dtpcon i : norm:c uplo:c diag:c n:i ap:tp.d[uplo,diag,n]/i! rcond:y.d work:yx.d[3*n] iwork:ix[n]
 dtpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.d[byside(side,m,n),k,ldv]/i! ldv:i t:ge.d[nb,k,ldt]/i! ldt:i a:ge.d[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.d[m,n,ldb]/io! ldb:i work:yx.d[max(1,nb)*max(1,byside(side,n,m))]
@@ -767,7 +767,7 @@ sorgql i : m:i n:i k:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[k]/i! work:yw.s[lwork
 sorgqr i : m:i n:i k:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[k]/i! work:yw.s[lwork] lwork:i
 sorgrq i : m:i n:i k:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[k]/i! work:yw.s[lwork] lwork:i
 sorgtr i : uplo:c n:i a:ge.s[n,n,lda]/io! lda:i tau:vec.s[n-1]/i! work:yw.s[lwork] lwork:i
-sorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
+sorgtsqr_row i : m:i n:i mb:i nb:i a:ge.s[m,n,lda]/io! lda:i t:ge.s[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i work:yw.s[lwork] lwork:i
 sormbr i : vect:c side:c trans:c m:i n:i k:i a:ge.s[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.s[min(byside(side,m,n),k)]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
 sormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.s[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.s[byside(side,m,n)-1]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
 sormlq i : side:c trans:c m:i n:i k:i a:ge.s[k,byside(side,m,n),lda]/i! lda:i tau:vec.s[k]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
@@ -899,7 +899,7 @@ ssytrs_rook i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/i! lda:i ipiv:ii b:ge.s[n,n
 stbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.s[uplo,diag,n,kd,ldab]/i! ldab:i rcond:y.s work:yx.s[3*n] iwork:ix[n]
 stbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.s[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/i! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
 stbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.s[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.s[n,nrhs,ldb]/io! ldb:i
-stfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo trans diag m n alpha a b ldb
+stfsm i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.s! a:tf.s[transr,uplo,diag,byside(side,m,n)]/i! b:ge.s[m,n,ldb]/io! ldb:i
 stftri i : transr:c uplo:c diag:c n:i a:tf.s[transr,uplo,diag,n]/io!
 stfttp i : transr:c uplo:c n:i arf:tf.s[transr,uplo,'n',n]/i! ap:sp.s[uplo,n]/o
 stfttr i : transr:c uplo:c n:i arf:tf.s[transr,uplo,'n',n]/i! a:ge.s[n,n,lda]/o lda:i
@@ -907,7 +907,7 @@ stgevc i : side:c howmny:c select:ii n:i s:ge.s[n,n,lds]/i! lds:i p:ge.s[n,n,ldp
 stgexc i : wantq:i wantz:i n:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,ldb]/io! ldb:i q:ge.s[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.s[n,ifset(wantz,n),ldz]/io! ldz:i ifst:o ilst:o work:yw.s[lwork] lwork:i
 stgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,ldb]/io! ldb:i alphar:vec.s[n]/io alphai:vec.s[n]/io beta:vec.s[n]/o q:ge.s[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.s[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.s pr:y.s dif:vec.s[2]/io work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 stgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! alpha:vec.s[n]/io beta:vec.s[n]/o u:ge.s[m,m,ldu]/io!?jobu=U ldu:i v:ge.s[p,p,ldv]/io!?jobv=V ldv:i q:ge.s[n,n,ldq]/io!?jobq=Q ldq:i work:yx.s[2*n] ncycle:o
-stgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+stgsna i : job:c howmny:c select:ii n:i a:ge.s[n,n,lda]/i! lda:i b:ge.s[n,n,ldb]/i! ldb:i vl:ge.s[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.s[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.s[mm]/o dif:vec.s[mm]/o mm:i m:o work:yw.s[lwork] lwork:i iwork:ix[max(1,n+6)]?job=VB
 stgsyl i : trans:c ijob:i m:i n:i a:ge.s[m,m,lda]/i! lda:i b:ge.s[n,n,ldb]/i! ldb:i c:ge.s[m,n,ldc]/io! ldc:i d:ge.s[m,m,ldd]/i! ldd:i e:ge.s[n,n,lde]/i! lde:i f:ge.s[m,n,ldf]/io! ldf:i scale:y.s dif:y.s work:yw.s[lwork] lwork:i iwork:ix[m+n+6]
 stpcon i : norm:c uplo:c diag:c n:i ap:tp.s[uplo,diag,n]/i! rcond:y.s work:yx.s[3*n] iwork:ix[n]
 stpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.s[byside(side,m,n),k,ldv]/i! ldv:i t:ge.s[nb,k,ldt]/i! ldt:i a:ge.s[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.s[m,n,ldb]/io! ldb:i work:yx.s[max(1,nb)*max(1,byside(side,n,m))]
@@ -1204,7 +1204,7 @@ zsytrs_rook i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i ipiv:ii b:ge.z[n,n
 ztbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.z[uplo,diag,n,kd,ldab]/i! ldab:i rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
 ztbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.z[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/i! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
 ztbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.z[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.z[n,nrhs,ldb]/io! ldb:i
-ztfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo trans diag m n alpha a b ldb
+ztfsm i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.z! a:tf.z[transr,uplo,diag,byside(side,m,n)]/i! b:ge.z[m,n,ldb]/io! ldb:i
 ztftri i : transr:c uplo:c diag:c n:i a:tf.z[transr,uplo,diag,n]/io!
 ztfttp i : transr:c uplo:c n:i arf:tf.z[transr,uplo,'n',n]/i! ap:sp.z[uplo,n]/o
 ztfttr i : transr:c uplo:c n:i arf:tf.z[transr,uplo,'n',n]/i! a:ge.z[n,n,lda]/o lda:i
@@ -1212,7 +1212,7 @@ ztgevc i : side:c howmny:c select:ii n:i s:ge.z[n,n,lds]/i! lds:i p:ge.z[n,n,ldp
 ztgexc i : wantq:i wantz:i n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i q:ge.z[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.z[n,ifset(wantz,n),ldz]/io! ldz:i ifst:i ilst:i
 ztgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i alpha:vec.z[n]/io beta:vec.z[n]/io q:ge.z[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.z[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.d pr:y.d dif:vec.d[2]/io work:yw.z[lwork] lwork:i iwork:iw[liwork] liwork:i
 ztgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! alpha:vec.d[n]/io beta:vec.d[n]/o u:ge.z[m,m,ldu]/io!?jobu=U ldu:i v:ge.z[p,p,ldv]/io!?jobv=V ldv:i q:ge.z[n,n,ldq]/io!?jobq=Q ldq:i work:yx.z[2*n] ncycle:o
-ztgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+ztgsna i : job:c howmny:c select:ii n:i a:ge.z[n,n,lda]/i! lda:i b:ge.z[n,n,ldb]/i! ldb:i vl:ge.z[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.z[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.d[mm]/o dif:vec.d[mm]/o mm:i m:o work:yw.z[lwork] lwork:i iwork:ix[max(1,n+2)]?job=VB
 ztgsyl i : trans:c ijob:i m:i n:i a:ge.z[m,m,lda]/i! lda:i b:ge.z[n,n,ldb]/i! ldb:i c:ge.z[m,n,ldc]/io! ldc:i d:ge.z[m,m,ldd]/i! ldd:i e:ge.z[n,n,lde]/i! lde:i f:ge.z[m,n,ldf]/io! ldf:i scale:y.d dif:y.d work:yw.z[lwork] lwork:i iwork:ix[m+n+2]
 ztpcon i : norm:c uplo:c diag:c n:i ap:tp.z[uplo,diag,n]/i! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
 ztpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.z[byside(side,m,n),k,ldv]/i! ldv:i t:ge.z[nb,k,ldt]/i! ldt:i a:ge.z[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.z[m,n,ldb]/io! ldb:i work:yx.z[max(1,nb)*max(1,byside(side,n,m))]
@@ -1247,7 +1247,7 @@ zungql i : m:i n:i k:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[k]/i! work:yw.z[lwork
 zungqr i : m:i n:i k:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[k]/i! work:yw.z[lwork] lwork:i
 zungrq i : m:i n:i k:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[k]/i! work:yw.z[lwork] lwork:i
 zungtr i : uplo:c n:i a:ge.z[n,n,lda]/io! lda:i tau:vec.z[n-1]/i! work:yw.z[lwork] lwork:i
-zungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
+zungtsqr_row i : m:i n:i mb:i nb:i a:ge.z[m,n,lda]/io! lda:i t:ge.z[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i work:yw.z[lwork] lwork:i
 zunmbr i : vect:c side:c trans:c m:i n:i k:i a:ge.z[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.z[min(byside(side,m,n),k)]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.z[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.z[byside(side,m,n)-1]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zunmlq i : side:c trans:c m:i n:i k:i a:ge.z[k,byside(side,m,n),lda]/i! lda:i tau:vec.z[k]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i

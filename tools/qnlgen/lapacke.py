@@ -65,7 +65,7 @@ class Routine:
         self.has_info = True
 
 
-FUNCS = ("max", "min", "abs", "byrange", "byside", "bytrans", "byvect", "ifset", "sddu", "sddvt")
+FUNCS = ("max", "min", "abs", "byrange", "byside", "bytrans", "byvect", "ifset", "sddu", "sddvt", "tsqrblocks")
 # Record kinds of the words without extents; a.T scalars, workspaces and arrays are told apart below.
 SIMPLE = {"c": "kChar", "c*": "kCharPtr", "i": "kInt", "o": "kOutPtr", "ii": "kOutPtr", "iio": "kOutPtr",
           "f": "kOutPtr", "y": "kOutPtr"}

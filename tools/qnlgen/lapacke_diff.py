@@ -56,7 +56,11 @@ OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3"
        "geesx": {"sort": "S", "sense": "B"},
        "tgsja": {"jobu": "U", "jobv": "V", "jobq": "Q"},
        # ?stein: two eigenvalues, each its own block of one row (the harness's iblock and isplit 1, 2).
-       "stein": {"m": 2}}
+       "stein": {"m": 2},
+       # ?tgsna: both condition numbers of every eigenpair.
+       "tgsna": {"job": "B", "mm": 5},
+       # Two row blocks below the first (mb > n).
+       **{f: {"m": 9, "mb": 7} for f in ("orgtsqr_row", "ungtsqr_row")}}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
 UNDEFINED = {"getsqrhrt": "t", "lacpy": "b", "lacp2": "b", "larft": "t", "tfttr": "a", "tpttr": "a", "geqrt": "t", "geqrt2": "t", "geqrt3": "t", "tpqrt": "t", "tpqrt2": "t"}
@@ -67,8 +71,10 @@ ROW_UNDEFINED = {f"{k}_aa_2stage": "tb" for k in ("sytrf", "hetrf", "sysv", "hes
 # ?sytrs_aa_2stage solves with a scratch tb that it never fills from the caller's; its
 # ?tpmqrt_work rejects every row-major call with -2.
 # ?gemqrt_work passes the caller's row-major ldv (at least k) as the copy's, which the Fortran
-# routine rejects (-9) when the reflectors have more rows than that.
-STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt", "gemqrt"}
+# routine rejects (-9) when the reflectors have more rows than that; ?orgtsqr_row_work fills
+# its copy of T from a; ?tfsm_work from the left returns NaNs (its row-major results match
+# the stock column-major call on the transposed b and the kit's transposed RFP a).
+STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt", "gemqrt", "orgtsqr_row", "ungtsqr_row", "tfsm"}
 # Further option letters a routine runs with, each a case of its own in both layouts.
 # The Schur drivers also sort, with condition numbers where they have them.
 VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"compq": "N"}],
@@ -87,13 +93,14 @@ FACTORED_BY = {"gemqr": "geqr", "gemlq": "gelq"}
 # Square inputs that must be upper triangular, Schur forms (?tgevc rejects an S that is not
 # quasi-triangular and a P that is not triangular; the reorderings read the upper part only):
 # the stock ?laset zeroes what lies below the diagonal.
-UPPER = {"tgevc": ("s", "p"), "tgexc": ("a", "b"), "tgsen": ("a", "b"), "trexc": ("t",), "trsen": ("t",)}
+UPPER = {"tgevc": ("s", "p"), "tgsna": ("a", "b"), "tgexc": ("a", "b"), "tgsen": ("a", "b"), "trexc": ("t",), "trsen": ("t",)}
 FUNCS = {"max": max, "min": min, "abs": abs,
          "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1,
          "byside": lambda side, m, n: m if side == "L" else n,
          "bytrans": lambda trans, x, y: x if trans == "N" else y,
          "byvect": lambda vect, x, y: x if vect == "Q" else y,
          "ifset": lambda flag, x: x if flag else 0,
+         "tsqrblocks": lambda m, n, mb: 1 if mb <= n or m <= n else -(-(m - n) // (mb - n)),
          # ?gesdd: columns of U, rows of VT (src/lapack/lapacke_sizes.h)
          "sddu": lambda jobz, m, n: m if jobz == "A" or (jobz == "O" and m < n) else min(m, n) if jobz == "S" else 0,
          "sddvt": lambda jobz, m, n: n if jobz == "A" or (jobz == "O" and m >= n) else min(m, n) if jobz == "S" else 0}
