@@ -69,8 +69,6 @@ IRREGULAR = {
     "uncsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
     "laswp": "the row-major copy has as many rows as the largest pivot in ipiv: a size read from the data",
     "gelsd": "integer (and complex: real) workspace sized by the query's answer, without a length argument",
-    "lantr": "trapezoidal m by n matrix: no shape of the kit",
-    "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
 }
 # ?sytrf_aa_2stage and its kin are the template with tb passed as it is, in both layouts, and
 # its length ltb checked by the Fortran routine (a row-major call has nothing to transpose in
@@ -189,6 +187,13 @@ MANUAL = {
           "work:yw.{t}[lwork] lwork:i" for f in ("orgtsqr_row", "ungtsqr_row")},
     # The eigenvectors (job E or B) are n by mm, as many columns as s and dif have places.
     "tgsna": (TGSNA + " iwork:ix[max(1,n+6)]?job=VB", TGSNA + " iwork:ix[max(1,n+2)]?job=VB"),
+    # The band in the kit's layout, copied; work for the infinity norm.
+    "langb": "{r} : norm:c n:i kl:i ku:i ab:gb.{t}[n,n,kl,ku,ldab]/i! ldab:i work:yx.{r}[max(1,n)]?norm=I",
+    # A trapezoid that row-major takes as the transpose as it lies (+normswap), nothing
+    # copied: the work array serves the infinity norm of whichever the Fortran routine is
+    # handed. The NaN gate reads the leading square triangle.
+    "lantr": "{r} +normswap : norm:c uplo:c diag:c m:i n:i a:tr.{t}[uplo,diag,min(m,n),lda]/i! lda:i "
+             "work:yx.{r}[max(1,max(m,n))]?norm=IO1",
     # The NaN gate reads x at its stride, and the running scale and sum as one-element vectors.
     "lassq": "i +nolayout : n:i x:vec.{t}[n,incx]/i! incx:i scale:vec.{r}[1]/io! sumsq:vec.{r}[1]/io!",
 }

@@ -178,11 +178,11 @@ clag2z i : m:i n:i sa:ge.c[m,n,ldsa]/i! ldsa:i a:ge.z[m,n,lda]/o lda:i
 clagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
 claghe - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 clagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
-clangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+clangb s : norm:c n:i kl:i ku:i ab:gb.c[n,n,kl,ku,ldab]/i! ldab:i work:yx.s[max(1,n)]?norm=I
 clange s : norm:c m:i n:i a:ge.c[m,n,lda]/i! lda:i work:yx.s[m]?norm=I
 clanhe s : norm:c uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i work:yx.s[n]?norm=IO1
 clansy s : norm:c uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i work:yx.s[n]?norm=IO1
-clantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
+clantr s +normswap : norm:c uplo:c diag:c m:i n:i a:tr.c[uplo,diag,min(m,n),lda]/i! lda:i work:yx.s[max(1,max(m,n))]?norm=IO1
 clapmr i : forwrd:i m:i n:i x:ge.c[m,n,ldx]/io! ldx:i k:iio
 clapmt i : forwrd:i m:i n:i x:ge.c[m,n,ldx]/io! ldx:i k:iio
 clarcm i : m:i n:i a:ge.s[m,m,lda]/i! lda:i b:ge.c[m,n,ldb]/i! ldb:i c:ge.c[m,n,ldc]/o ldc:i work:yx.s[2*m*n]
@@ -433,10 +433,10 @@ dlag2s i : m:i n:i a:ge.d[m,n,lda]/i! lda:i sa:ge.s[m,n,ldsa]/o ldsa:i
 dlagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
 dlagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 dlamch d +nolayout : cmach:c
-dlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+dlangb d : norm:c n:i kl:i ku:i ab:gb.d[n,n,kl,ku,ldab]/i! ldab:i work:yx.d[max(1,n)]?norm=I
 dlange d : norm:c m:i n:i a:ge.d[m,n,lda]/i! lda:i work:yx.d[m]?norm=I
 dlansy d : norm:c uplo:c n:i a:sy.d[uplo,n,lda]/i! lda:i work:yx.d[n]?norm=IO1
-dlantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
+dlantr d +normswap : norm:c uplo:c diag:c m:i n:i a:tr.d[uplo,diag,min(m,n),lda]/i! lda:i work:yx.d[max(1,max(m,n))]?norm=IO1
 dlapmr i : forwrd:i m:i n:i x:ge.d[m,n,ldx]/io! ldx:i k:iio
 dlapmt i : forwrd:i m:i n:i x:ge.d[m,n,ldx]/io! ldx:i k:iio
 dlapy2 d +nolayout : x:a.d! y:a.d!
@@ -733,10 +733,10 @@ slag2d i : m:i n:i sa:ge.s[m,n,ldsa]/i! ldsa:i a:ge.d[m,n,lda]/o lda:i
 slagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
 slagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 slamch s +nolayout : cmach:c
-slangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+slangb s : norm:c n:i kl:i ku:i ab:gb.s[n,n,kl,ku,ldab]/i! ldab:i work:yx.s[max(1,n)]?norm=I
 slange s : norm:c m:i n:i a:ge.s[m,n,lda]/i! lda:i work:yx.s[m]?norm=I
 slansy s : norm:c uplo:c n:i a:sy.s[uplo,n,lda]/i! lda:i work:yx.s[n]?norm=IO1
-slantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
+slantr s +normswap : norm:c uplo:c diag:c m:i n:i a:tr.s[uplo,diag,min(m,n),lda]/i! lda:i work:yx.s[max(1,max(m,n))]?norm=IO1
 slapmr i : forwrd:i m:i n:i x:ge.s[m,n,ldx]/io! ldx:i k:iio
 slapmt i : forwrd:i m:i n:i x:ge.s[m,n,ldx]/io! ldx:i k:iio
 slapy2 s +nolayout : x:a.s! y:a.s!
@@ -1101,11 +1101,11 @@ zlag2c i : m:i n:i a:ge.z[m,n,lda]/i! lda:i sa:ge.c[m,n,ldsa]/o ldsa:i
 zlagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
 zlaghe - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 zlagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
-zlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+zlangb d : norm:c n:i kl:i ku:i ab:gb.z[n,n,kl,ku,ldab]/i! ldab:i work:yx.d[max(1,n)]?norm=I
 zlange d : norm:c m:i n:i a:ge.z[m,n,lda]/i! lda:i work:yx.d[m]?norm=I
 zlanhe d : norm:c uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i work:yx.d[n]?norm=IO1
 zlansy d : norm:c uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i work:yx.d[n]?norm=IO1
-zlantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
+zlantr d +normswap : norm:c uplo:c diag:c m:i n:i a:tr.z[uplo,diag,min(m,n),lda]/i! lda:i work:yx.d[max(1,max(m,n))]?norm=IO1
 zlapmr i : forwrd:i m:i n:i x:ge.z[m,n,ldx]/io! ldx:i k:iio
 zlapmt i : forwrd:i m:i n:i x:ge.z[m,n,ldx]/io! ldx:i k:iio
 zlarcm i : m:i n:i a:ge.d[m,m,lda]/i! lda:i b:ge.z[m,n,ldb]/i! ldb:i c:ge.z[m,n,ldc]/o ldc:i work:yx.d[2*m*n]

@@ -214,7 +214,7 @@ def address(a):
     return f"const_cast<void*>(static_cast<const void*>({a.name}))"
 
 
-FLAGS = {"+nocopy": "kNoCopy", "+nolayout": "kNoLayout", "+pack": "kPack"}
+FLAGS = {"+nocopy": "kNoCopy", "+nolayout": "kNoLayout", "+pack": "kPack", "+normswap": "kNormSwap"}
 CALLBACKS = {"s": ("LAPACK_S_SELECT2", "LAPACK_S_SELECT3"), "d": ("LAPACK_D_SELECT2", "LAPACK_D_SELECT3"),
              "c": ("LAPACK_C_SELECT1", "LAPACK_C_SELECT2"), "z": ("LAPACK_Z_SELECT1", "LAPACK_Z_SELECT2")}
 

@@ -73,14 +73,18 @@ ROW_UNDEFINED = {f"{k}_aa_2stage": "tb" for k in ("sytrf", "hetrf", "sysv", "hes
 # ?gemqrt_work passes the caller's row-major ldv (at least k) as the copy's, which the Fortran
 # routine rejects (-9) when the reflectors have more rows than that; ?orgtsqr_row_work fills
 # its copy of T from a; ?tfsm_work from the left returns NaNs (its row-major results match
-# the stock column-major call on the transposed b and the kit's transposed RFP a).
-STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt", "gemqrt", "orgtsqr_row", "ungtsqr_row", "tfsm"}
+# the stock column-major call on the transposed b and the kit's transposed RFP a); ?langb_work
+# hands the routine the caller's band with kl and ku exchanged and the norm as it is (the one
+# norm of the transpose read as a band of the other layout: 41.5 for a matrix of one norm 12.5).
+STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt", "gemqrt", "orgtsqr_row", "ungtsqr_row", "tfsm",
+                    "langb"}
 # Further option letters a routine runs with, each a case of its own in both layouts.
 # The Schur drivers also sort, with condition numbers where they have them.
 VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"compq": "N"}],
             "sfrk": [{"trans": "T"}], "hfrk": [{"trans": "C"}],
             # P's reflectors of ?ormbr; the stock ?unmbr_work copies min(nq,k) of their nq columns
             # in row-major, so ?unmbr runs with Q's only.
+            **{f: [{"norm": "I"}, {"norm": "F"}, {"norm": "M"}] for f in ("langb", "lantr")},
             "ormbr": [{"vect": "P"}], "gbbrd": [{"vect": "B"}, {"vect": "N"}],
             **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}]}
 # Calls the stock library gets wrong, observed: not compared.
