@@ -67,9 +67,7 @@ IRREGULAR = {
     "uncsd2by1": "matrices copied only when their job letter asks",
     "orcsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
     "uncsd": "row-major passes trans 'T' to the Fortran routine and copies nothing",
-    "lantr": "trapezoidal m by n matrix: no shape of the kit",
-    "gesvdq": "the LP64 Fortran entry passes no iwork on a workspace query (iwork is also an output there)",
-    "langb": "row-major reads the band of the transposed matrix, not the kit's band layout",
+    "gesvdq": "not yet on the template: u's columns depend on jobu, and the stock library's query overflows its stack",
 }
 # ?sytrf_aa_2stage and its kin are the template with tb passed as it is, in both layouts, and
 # its length ltb checked by the Fortran routine (a row-major call has nothing to transpose in
@@ -162,6 +160,9 @@ GBBRD = ("i : vect:c m:i n:i ncc:i kl:i ku:i ab:gb.{t}[m,n,kl,ku,ldab]/io! ldab:
          "c:ge.{t}[m,ncc,ldc]/io! ldc:i")
 GELSD = ("i : m:i n:i nrhs:i a:ge.{t}[m,n,lda]/io! lda:i b:ge.{t}[max(m,n),nrhs,ldb]/io! ldb:i "
          "s:vec.{r}[min(m,n)]/o rcond:a.{r}! rank:o work:yw.{t}[lwork] lwork:i")
+TGSNA = ("i : job:c howmny:c select:ii n:i a:ge.{t}[n,n,lda]/i! lda:i b:ge.{t}[n,n,ldb]/i! ldb:i "
+         "vl:ge.{t}[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.{t}[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.{r}[mm]/o "
+         "dif:vec.{r}[mm]/o mm:i m:o work:yw.{t}[lwork] lwork:i")
 MANUAL = {
     "gesvd": (GESVD + " superb:ow[min(m,n)-1]@work+1/o",
               GESVD + " rwork:yx.{r}[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o"),
@@ -221,6 +222,21 @@ MANUAL = {
     "stein": "i : n:i d:vec.{r}[n]/i! e:vec.{r}[n-1]/i! m:i w:vec.{r}[n]/i! iblock:ii isplit:ii z:ge.{t}[n,m,ldz]/o ldz:i "
              "work:yx.{r}[max(1,5*n)] iwork:ix[max(1,n)] ifailv:iio",
     "pbstf": "i : uplo:c n:i kb:i bb:sb.{t}[uplo,n,kb,ldbb]/io! ldbb:i",
+    # The triangle of RFP a has the order of the side (m from the left, n from the right).
+    "tfsm": "i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.{t}! a:tf.{t}[transr,uplo,diag,byside(side,m,n)]/i! "
+            "b:ge.{t}[m,n,ldb]/io! ldb:i",
+    # T holds one nb by n block for each of the row blocks of the tall-skinny factorization.
+    **{f: "i : m:i n:i mb:i nb:i a:ge.{t}[m,n,lda]/io! lda:i t:ge.{t}[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i "
+          "work:yw.{t}[lwork] lwork:i" for f in ("orgtsqr_row", "ungtsqr_row")},
+    # The eigenvectors (job E or B) are n by mm, as many columns as s and dif have places.
+    "tgsna": (TGSNA + " iwork:ix[max(1,n+6)]?job=VB", TGSNA + " iwork:ix[max(1,n+2)]?job=VB"),
+    # The band in the kit's layout, copied; work for the infinity norm.
+    "langb": "{r} : norm:c n:i kl:i ku:i ab:gb.{t}[n,n,kl,ku,ldab]/i! ldab:i work:yx.{r}[max(1,n)]?norm=I",
+    # A trapezoid that row-major takes as the transpose as it lies (+normswap), nothing
+    # copied: the work array serves the infinity norm of whichever the Fortran routine is
+    # handed. The NaN gate reads the leading square triangle.
+    "lantr": "{r} +normswap : norm:c uplo:c diag:c m:i n:i a:tr.{t}[uplo,diag,min(m,n),lda]/i! lda:i "
+             "work:yx.{r}[max(1,max(m,n))]?norm=IO1",
     # The NaN gate reads x at its stride, and the running scale and sum as one-element vectors.
     "lassq": "i +nolayout : n:i x:vec.{t}[n,incx]/i! incx:i scale:vec.{r}[1]/io! sumsq:vec.{r}[1]/io!",
 }

@@ -64,7 +64,7 @@ cgerqf i : m:i n:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[min(m,n)]/io work:yw.c[lw
 cgesdd i : jobz:c m:i n:i a:ge.c[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/io u:ge.c[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.c[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,min(m,n)*max(5*min(m,n)+7,2*max(m,n)+2*min(m,n)+1))] iwork:ix[max(1,8*min(m,n))]
 cgesv i : n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i ipiv:iio b:ge.c[n,nrhs,ldb]/io! ldb:i
 cgesvd i : jobu:c jobvt:c m:i n:i a:ge.c[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/o u:ge.c[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.c[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o
-cgesvdq - +skip=the_LP64_Fortran_entry_passes_no_iwork_on_a_workspace_query_(iwork_is_also_an_output_there) : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
+cgesvdq - +skip=not_yet_on_the_template:_u's_columns_depend_on_jobu,_and_the_stock_library's_query_overflows_its_stack : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
 cgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.c[m,n,lda]/io! lda:i vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[min(m,n)]/o u:ge.c[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.c[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.c[lwork] lwork:i rwork:yx.s[max(1,min(m,n)*(min(m,n)*2+15*min(m,n)))] iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
 cgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.c[m,n,lda]/io! lda:i sva:vec.s[n]/o mv:i v:ge.c[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i cwork:yx.c[max(1,m+n)]@lwork lwork:i rwork:yx.s[max(6,m+n)]@lrwork lrwork:i stat:ow[6]@rwork/io
 cgesvx i : fact:c trans:c n:i nrhs:i a:ge.c[n,n,lda]/io! lda:i af:ge.c[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.c[n,nrhs,ldb]/io! ldb:i x:ge.c[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.c[max(1,2*n)] rwork:yx.s[max(1,2*n)] rpivot:ow[1]@rwork/o
@@ -180,11 +180,11 @@ clag2z i : m:i n:i sa:ge.c[m,n,ldsa]/i! ldsa:i a:ge.z[m,n,lda]/o lda:i
 clagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
 claghe - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 clagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
-clangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+clangb s : norm:c n:i kl:i ku:i ab:gb.c[n,n,kl,ku,ldab]/i! ldab:i work:yx.s[max(1,n)]?norm=I
 clange s : norm:c m:i n:i a:ge.c[m,n,lda]/i! lda:i work:yx.s[m]?norm=I
 clanhe s : norm:c uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i work:yx.s[n]?norm=IO1
 clansy s : norm:c uplo:c n:i a:sy.c[uplo,n,lda]/i! lda:i work:yx.s[n]?norm=IO1
-clantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
+clantr s +normswap : norm:c uplo:c diag:c m:i n:i a:tr.c[uplo,diag,min(m,n),lda]/i! lda:i work:yx.s[max(1,max(m,n))]?norm=IO1
 clapmr i : forwrd:i m:i n:i x:ge.c[m,n,ldx]/io! ldx:i k:iio
 clapmt i : forwrd:i m:i n:i x:ge.c[m,n,ldx]/io! ldx:i k:iio
 clarcm i : m:i n:i a:ge.s[m,m,lda]/i! lda:i b:ge.c[m,n,ldb]/i! ldb:i c:ge.c[m,n,ldc]/o ldc:i work:yx.s[2*m*n]
@@ -283,7 +283,7 @@ csytrs_rook i : uplo:c n:i nrhs:i a:sy.c[uplo,n,lda]/i! lda:i ipiv:ii b:ge.c[n,n
 ctbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.c[uplo,diag,n,kd,ldab]/i! ldab:i rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
 ctbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.c[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.c[n,nrhs,ldb]/i! ldb:i x:ge.c[n,nrhs,ldx]/i! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.c[2*n] rwork:yx.s[n]
 ctbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.c[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.c[n,nrhs,ldb]/io! ldb:i
-ctfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo trans diag m n alpha a b ldb
+ctfsm i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.c! a:tf.c[transr,uplo,diag,byside(side,m,n)]/i! b:ge.c[m,n,ldb]/io! ldb:i
 ctftri i : transr:c uplo:c diag:c n:i a:tf.c[transr,uplo,diag,n]/io!
 ctfttp i : transr:c uplo:c n:i arf:tf.c[transr,uplo,'n',n]/i! ap:sp.c[uplo,n]/o
 ctfttr i : transr:c uplo:c n:i arf:tf.c[transr,uplo,'n',n]/i! a:ge.c[n,n,lda]/o lda:i
@@ -291,7 +291,7 @@ ctgevc i : side:c howmny:c select:ii n:i s:ge.c[n,n,lds]/i! lds:i p:ge.c[n,n,ldp
 ctgexc i : wantq:i wantz:i n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i q:ge.c[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.c[n,ifset(wantz,n),ldz]/io! ldz:i ifst:i ilst:i
 ctgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.c[n,n,lda]/io! lda:i b:ge.c[n,n,ldb]/io! ldb:i alpha:vec.c[n]/io beta:vec.c[n]/io q:ge.c[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.c[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.s pr:y.s dif:vec.s[2]/io work:yw.c[lwork] lwork:i iwork:iw[liwork] liwork:i
 ctgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.c[m,n,lda]/io! lda:i b:ge.c[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! alpha:vec.s[n]/io beta:vec.s[n]/o u:ge.c[m,m,ldu]/io!?jobu=U ldu:i v:ge.c[p,p,ldv]/io!?jobv=V ldv:i q:ge.c[n,n,ldq]/io!?jobq=Q ldq:i work:yx.c[2*n] ncycle:o
-ctgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+ctgsna i : job:c howmny:c select:ii n:i a:ge.c[n,n,lda]/i! lda:i b:ge.c[n,n,ldb]/i! ldb:i vl:ge.c[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.c[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.s[mm]/o dif:vec.s[mm]/o mm:i m:o work:yw.c[lwork] lwork:i iwork:ix[max(1,n+2)]?job=VB
 ctgsyl i : trans:c ijob:i m:i n:i a:ge.c[m,m,lda]/i! lda:i b:ge.c[n,n,ldb]/i! ldb:i c:ge.c[m,n,ldc]/io! ldc:i d:ge.c[m,m,ldd]/i! ldd:i e:ge.c[n,n,lde]/i! lde:i f:ge.c[m,n,ldf]/io! ldf:i scale:y.s dif:y.s work:yw.c[lwork] lwork:i iwork:ix[m+n+2]
 ctpcon i : norm:c uplo:c diag:c n:i ap:tp.c[uplo,diag,n]/i! rcond:y.s work:yx.c[2*n] rwork:yx.s[n]
 ctpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.c[byside(side,m,n),k,ldv]/i! ldv:i t:ge.c[nb,k,ldt]/i! ldt:i a:ge.c[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.c[m,n,ldb]/io! ldb:i work:yx.c[max(1,nb)*max(1,byside(side,n,m))]
@@ -325,7 +325,7 @@ cungql i : m:i n:i k:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[k]/i! work:yw.c[lwork
 cungqr i : m:i n:i k:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[k]/i! work:yw.c[lwork] lwork:i
 cungrq i : m:i n:i k:i a:ge.c[m,n,lda]/io! lda:i tau:vec.c[k]/i! work:yw.c[lwork] lwork:i
 cungtr i : uplo:c n:i a:ge.c[n,n,lda]/io! lda:i tau:vec.c[n-1]/i! work:yw.c[lwork] lwork:i
-cungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
+cungtsqr_row i : m:i n:i mb:i nb:i a:ge.c[m,n,lda]/io! lda:i t:ge.c[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i work:yw.c[lwork] lwork:i
 cunmbr i : vect:c side:c trans:c m:i n:i k:i a:ge.c[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.c[min(byside(side,m,n),k)]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.c[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.c[byside(side,m,n)-1]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
 cunmlq i : side:c trans:c m:i n:i k:i a:ge.c[k,byside(side,m,n),lda]/i! lda:i tau:vec.c[k]/i! c:ge.c[m,n,ldc]/io! ldc:i work:yw.c[lwork] lwork:i
@@ -390,7 +390,7 @@ dgerqf i : m:i n:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[min(m,n)]/io work:yw.d[lw
 dgesdd i : jobz:c m:i n:i a:ge.d[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/io u:ge.d[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.d[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.d[lwork] lwork:i iwork:ix[max(1,8*min(m,n))]
 dgesv i : n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i ipiv:iio b:ge.d[n,nrhs,ldb]/io! ldb:i
 dgesvd i : jobu:c jobvt:c m:i n:i a:ge.d[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/o u:ge.d[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.d[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.d[lwork] lwork:i superb:ow[min(m,n)-1]@work+1/o
-dgesvdq - +skip=the_LP64_Fortran_entry_passes_no_iwork_on_a_workspace_query_(iwork_is_also_an_output_there) : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
+dgesvdq - +skip=not_yet_on_the_template:_u's_columns_depend_on_jobu,_and_the_stock_library's_query_overflows_its_stack : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
 dgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.d[m,n,lda]/io! lda:i vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[min(m,n)]/o u:ge.d[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.d[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.d[lwork] lwork:i iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
 dgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.d[m,n,lda]/io! lda:i sva:vec.d[n]/o mv:i v:ge.d[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i work:yx.d[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io
 dgesvx i : fact:c trans:c n:i nrhs:i a:ge.d[n,n,lda]/io! lda:i af:ge.d[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.d[n,nrhs,ldb]/io! ldb:i x:ge.d[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.d[max(1,4*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
@@ -435,10 +435,10 @@ dlag2s i : m:i n:i a:ge.d[m,n,lda]/i! lda:i sa:ge.s[m,n,ldsa]/o ldsa:i
 dlagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
 dlagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 dlamch d +nolayout : cmach:c
-dlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+dlangb d : norm:c n:i kl:i ku:i ab:gb.d[n,n,kl,ku,ldab]/i! ldab:i work:yx.d[max(1,n)]?norm=I
 dlange d : norm:c m:i n:i a:ge.d[m,n,lda]/i! lda:i work:yx.d[m]?norm=I
 dlansy d : norm:c uplo:c n:i a:sy.d[uplo,n,lda]/i! lda:i work:yx.d[n]?norm=IO1
-dlantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
+dlantr d +normswap : norm:c uplo:c diag:c m:i n:i a:tr.d[uplo,diag,min(m,n),lda]/i! lda:i work:yx.d[max(1,max(m,n))]?norm=IO1
 dlapmr i : forwrd:i m:i n:i x:ge.d[m,n,ldx]/io! ldx:i k:iio
 dlapmt i : forwrd:i m:i n:i x:ge.d[m,n,ldx]/io! ldx:i k:iio
 dlapy2 d +nolayout : x:a.d! y:a.d!
@@ -469,7 +469,7 @@ dorgql i : m:i n:i k:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[k]/i! work:yw.d[lwork
 dorgqr i : m:i n:i k:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[k]/i! work:yw.d[lwork] lwork:i
 dorgrq i : m:i n:i k:i a:ge.d[m,n,lda]/io! lda:i tau:vec.d[k]/i! work:yw.d[lwork] lwork:i
 dorgtr i : uplo:c n:i a:ge.d[n,n,lda]/io! lda:i tau:vec.d[n-1]/i! work:yw.d[lwork] lwork:i
-dorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
+dorgtsqr_row i : m:i n:i mb:i nb:i a:ge.d[m,n,lda]/io! lda:i t:ge.d[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i work:yw.d[lwork] lwork:i
 dormbr i : vect:c side:c trans:c m:i n:i k:i a:ge.d[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.d[min(byside(side,m,n),k)]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
 dormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.d[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.d[byside(side,m,n)-1]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
 dormlq i : side:c trans:c m:i n:i k:i a:ge.d[k,byside(side,m,n),lda]/i! lda:i tau:vec.d[k]/i! c:ge.d[m,n,ldc]/io! ldc:i work:yw.d[lwork] lwork:i
@@ -603,7 +603,7 @@ dsytrs_rook i : uplo:c n:i nrhs:i a:sy.d[uplo,n,lda]/i! lda:i ipiv:ii b:ge.d[n,n
 dtbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.d[uplo,diag,n,kd,ldab]/i! ldab:i rcond:y.d work:yx.d[3*n] iwork:ix[n]
 dtbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.d[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.d[n,nrhs,ldb]/i! ldb:i x:ge.d[n,nrhs,ldx]/i! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.d[3*n] iwork:ix[n]
 dtbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.d[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.d[n,nrhs,ldb]/io! ldb:i
-dtfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo trans diag m n alpha a b ldb
+dtfsm i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.d! a:tf.d[transr,uplo,diag,byside(side,m,n)]/i! b:ge.d[m,n,ldb]/io! ldb:i
 dtftri i : transr:c uplo:c diag:c n:i a:tf.d[transr,uplo,diag,n]/io!
 dtfttp i : transr:c uplo:c n:i arf:tf.d[transr,uplo,'n',n]/i! ap:sp.d[uplo,n]/o
 dtfttr i : transr:c uplo:c n:i arf:tf.d[transr,uplo,'n',n]/i! a:ge.d[n,n,lda]/o lda:i
@@ -611,7 +611,7 @@ dtgevc i : side:c howmny:c select:ii n:i s:ge.d[n,n,lds]/i! lds:i p:ge.d[n,n,ldp
 dtgexc i : wantq:i wantz:i n:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,ldb]/io! ldb:i q:ge.d[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.d[n,ifset(wantz,n),ldz]/io! ldz:i ifst:o ilst:o work:yw.d[lwork] lwork:i
 dtgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.d[n,n,lda]/io! lda:i b:ge.d[n,n,ldb]/io! ldb:i alphar:vec.d[n]/io alphai:vec.d[n]/io beta:vec.d[n]/o q:ge.d[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.d[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.d pr:y.d dif:vec.d[2]/io work:yw.d[lwork] lwork:i iwork:iw[liwork] liwork:i
 dtgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.d[m,n,lda]/io! lda:i b:ge.d[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! alpha:vec.d[n]/io beta:vec.d[n]/o u:ge.d[m,m,ldu]/io!?jobu=U ldu:i v:ge.d[p,p,ldv]/io!?jobv=V ldv:i q:ge.d[n,n,ldq]/io!?jobq=Q ldq:i work:yx.d[2*n] ncycle:o
-dtgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+dtgsna i : job:c howmny:c select:ii n:i a:ge.d[n,n,lda]/i! lda:i b:ge.d[n,n,ldb]/i! ldb:i vl:ge.d[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.d[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.d[mm]/o dif:vec.d[mm]/o mm:i m:o work:yw.d[lwork] lwork:i iwork:ix[max(1,n+6)]?job=VB
 dtgsyl i : trans:c ijob:i m:i n:i a:ge.d[m,m,lda]/i! lda:i b:ge.d[n,n,ldb]/i! ldb:i c:ge.d[m,n,ldc]/io! ldc:i d:ge.d[m,m,ldd]/i! ldd:i e:ge.d[n,n,lde]/i! lde:i f:ge.d[m,n,ldf]/io! ldf:i scale:y.d dif:y.d work:yw.d[lwork] lwork:i iwork:ix[m+n+6]
 dtpcon i : norm:c uplo:c diag:c n:i ap:tp.d[uplo,diag,n]/i! rcond:y.d work:yx.d[3*n] iwork:ix[n]
 dtpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.d[byside(side,m,n),k,ldv]/i! ldv:i t:ge.d[nb,k,ldt]/i! ldt:i a:ge.d[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.d[m,n,ldb]/io! ldb:i work:yx.d[max(1,nb)*max(1,byside(side,n,m))]
@@ -690,7 +690,7 @@ sgerqf i : m:i n:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[min(m,n)]/io work:yw.s[lw
 sgesdd i : jobz:c m:i n:i a:ge.s[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/io u:ge.s[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.s[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.s[lwork] lwork:i iwork:ix[max(1,8*min(m,n))]
 sgesv i : n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i ipiv:iio b:ge.s[n,nrhs,ldb]/io! ldb:i
 sgesvd i : jobu:c jobvt:c m:i n:i a:ge.s[m,n,lda]/io! lda:i s:vec.s[min(m,n)]/o u:ge.s[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.s[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.s[lwork] lwork:i superb:ow[min(m,n)-1]@work+1/o
-sgesvdq - +skip=the_LP64_Fortran_entry_passes_no_iwork_on_a_workspace_query_(iwork_is_also_an_output_there) : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
+sgesvdq - +skip=not_yet_on_the_template:_u's_columns_depend_on_jobu,_and_the_stock_library's_query_overflows_its_stack : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork work lwork rwork lrwork
 sgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.s[m,n,lda]/io! lda:i vl:a.s vu:a.s il:i iu:i ns:o s:vec.s[min(m,n)]/o u:ge.s[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.s[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.s[lwork] lwork:i iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
 sgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.s[m,n,lda]/io! lda:i sva:vec.s[n]/o mv:i v:ge.s[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i work:yx.s[max(6,m+n)]@lwork lwork:i stat:ow[6]@work/io
 sgesvx i : fact:c trans:c n:i nrhs:i a:ge.s[n,n,lda]/io! lda:i af:ge.s[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.s[n]/io c:vec.s[n]/io b:ge.s[n,nrhs,ldb]/io! ldb:i x:ge.s[n,nrhs,ldx]/o ldx:i rcond:y.s ferr:vec.s[nrhs]/o berr:vec.s[nrhs]/o work:yx.s[max(1,4*n)] iwork:ix[max(1,n)] rpivot:ow[1]@work/o
@@ -735,10 +735,10 @@ slag2d i : m:i n:i sa:ge.s[m,n,ldsa]/i! ldsa:i a:ge.d[m,n,lda]/o lda:i
 slagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
 slagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 slamch s +nolayout : cmach:c
-slangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+slangb s : norm:c n:i kl:i ku:i ab:gb.s[n,n,kl,ku,ldab]/i! ldab:i work:yx.s[max(1,n)]?norm=I
 slange s : norm:c m:i n:i a:ge.s[m,n,lda]/i! lda:i work:yx.s[m]?norm=I
 slansy s : norm:c uplo:c n:i a:sy.s[uplo,n,lda]/i! lda:i work:yx.s[n]?norm=IO1
-slantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
+slantr s +normswap : norm:c uplo:c diag:c m:i n:i a:tr.s[uplo,diag,min(m,n),lda]/i! lda:i work:yx.s[max(1,max(m,n))]?norm=IO1
 slapmr i : forwrd:i m:i n:i x:ge.s[m,n,ldx]/io! ldx:i k:iio
 slapmt i : forwrd:i m:i n:i x:ge.s[m,n,ldx]/io! ldx:i k:iio
 slapy2 s +nolayout : x:a.s! y:a.s!
@@ -769,7 +769,7 @@ sorgql i : m:i n:i k:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[k]/i! work:yw.s[lwork
 sorgqr i : m:i n:i k:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[k]/i! work:yw.s[lwork] lwork:i
 sorgrq i : m:i n:i k:i a:ge.s[m,n,lda]/io! lda:i tau:vec.s[k]/i! work:yw.s[lwork] lwork:i
 sorgtr i : uplo:c n:i a:ge.s[n,n,lda]/io! lda:i tau:vec.s[n-1]/i! work:yw.s[lwork] lwork:i
-sorgtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
+sorgtsqr_row i : m:i n:i mb:i nb:i a:ge.s[m,n,lda]/io! lda:i t:ge.s[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i work:yw.s[lwork] lwork:i
 sormbr i : vect:c side:c trans:c m:i n:i k:i a:ge.s[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.s[min(byside(side,m,n),k)]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
 sormhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.s[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.s[byside(side,m,n)-1]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
 sormlq i : side:c trans:c m:i n:i k:i a:ge.s[k,byside(side,m,n),lda]/i! lda:i tau:vec.s[k]/i! c:ge.s[m,n,ldc]/io! ldc:i work:yw.s[lwork] lwork:i
@@ -901,7 +901,7 @@ ssytrs_rook i : uplo:c n:i nrhs:i a:sy.s[uplo,n,lda]/i! lda:i ipiv:ii b:ge.s[n,n
 stbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.s[uplo,diag,n,kd,ldab]/i! ldab:i rcond:y.s work:yx.s[3*n] iwork:ix[n]
 stbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.s[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.s[n,nrhs,ldb]/i! ldb:i x:ge.s[n,nrhs,ldx]/i! ldx:i ferr:vec.s[nrhs]/io berr:vec.s[nrhs]/io work:yx.s[3*n] iwork:ix[n]
 stbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.s[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.s[n,nrhs,ldb]/io! ldb:i
-stfsm - +skip=a:_packed_order_not_documented_as_one_argument : transr side uplo trans diag m n alpha a b ldb
+stfsm i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.s! a:tf.s[transr,uplo,diag,byside(side,m,n)]/i! b:ge.s[m,n,ldb]/io! ldb:i
 stftri i : transr:c uplo:c diag:c n:i a:tf.s[transr,uplo,diag,n]/io!
 stfttp i : transr:c uplo:c n:i arf:tf.s[transr,uplo,'n',n]/i! ap:sp.s[uplo,n]/o
 stfttr i : transr:c uplo:c n:i arf:tf.s[transr,uplo,'n',n]/i! a:ge.s[n,n,lda]/o lda:i
@@ -909,7 +909,7 @@ stgevc i : side:c howmny:c select:ii n:i s:ge.s[n,n,lds]/i! lds:i p:ge.s[n,n,ldp
 stgexc i : wantq:i wantz:i n:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,ldb]/io! ldb:i q:ge.s[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.s[n,ifset(wantz,n),ldz]/io! ldz:i ifst:o ilst:o work:yw.s[lwork] lwork:i
 stgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.s[n,n,lda]/io! lda:i b:ge.s[n,n,ldb]/io! ldb:i alphar:vec.s[n]/io alphai:vec.s[n]/io beta:vec.s[n]/o q:ge.s[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.s[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.s pr:y.s dif:vec.s[2]/io work:yw.s[lwork] lwork:i iwork:iw[liwork] liwork:i
 stgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.s[m,n,lda]/io! lda:i b:ge.s[p,n,ldb]/io! ldb:i tola:a.s! tolb:a.s! alpha:vec.s[n]/io beta:vec.s[n]/o u:ge.s[m,m,ldu]/io!?jobu=U ldu:i v:ge.s[p,p,ldv]/io!?jobv=V ldv:i q:ge.s[n,n,ldq]/io!?jobq=Q ldq:i work:yx.s[2*n] ncycle:o
-stgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+stgsna i : job:c howmny:c select:ii n:i a:ge.s[n,n,lda]/i! lda:i b:ge.s[n,n,ldb]/i! ldb:i vl:ge.s[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.s[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.s[mm]/o dif:vec.s[mm]/o mm:i m:o work:yw.s[lwork] lwork:i iwork:ix[max(1,n+6)]?job=VB
 stgsyl i : trans:c ijob:i m:i n:i a:ge.s[m,m,lda]/i! lda:i b:ge.s[n,n,ldb]/i! ldb:i c:ge.s[m,n,ldc]/io! ldc:i d:ge.s[m,m,ldd]/i! ldd:i e:ge.s[n,n,lde]/i! lde:i f:ge.s[m,n,ldf]/io! ldf:i scale:y.s dif:y.s work:yw.s[lwork] lwork:i iwork:ix[m+n+6]
 stpcon i : norm:c uplo:c diag:c n:i ap:tp.s[uplo,diag,n]/i! rcond:y.s work:yx.s[3*n] iwork:ix[n]
 stpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.s[byside(side,m,n),k,ldv]/i! ldv:i t:ge.s[nb,k,ldt]/i! ldt:i a:ge.s[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.s[m,n,ldb]/io! ldb:i work:yx.s[max(1,nb)*max(1,byside(side,n,m))]
@@ -987,7 +987,7 @@ zgerqf i : m:i n:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[min(m,n)]/io work:yw.z[lw
 zgesdd i : jobz:c m:i n:i a:ge.z[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/io u:ge.z[m,sddu(jobz,m,n),ldu]/o ldu:i vt:ge.z[sddvt(jobz,m,n),n,ldvt]/o ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,min(m,n)*max(5*min(m,n)+7,2*max(m,n)+2*min(m,n)+1))] iwork:ix[max(1,8*min(m,n))]
 zgesv i : n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i ipiv:iio b:ge.z[n,nrhs,ldb]/io! ldb:i
 zgesvd i : jobu:c jobvt:c m:i n:i a:ge.z[m,n,lda]/io! lda:i s:vec.d[min(m,n)]/o u:ge.z[m,bysvd(jobu,m,min(m,n)),ldu]/o ldu:i vt:ge.z[bysvd(jobvt,n,min(m,n)),n,ldvt]/o ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,5*min(m,n))] superb:ow[min(m,n)-1]@rwork/o
-zgesvdq - +skip=the_LP64_Fortran_entry_passes_no_iwork_on_a_workspace_query_(iwork_is_also_an_output_there) : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
+zgesvdq - +skip=not_yet_on_the_template:_u's_columns_depend_on_jobu,_and_the_stock_library's_query_overflows_its_stack : joba jobp jobr jobu jobv m n a lda s u ldu v ldv numrank iwork liwork cwork lcwork rwork lrwork
 zgesvdx i : jobu:c jobvt:c range:c m:i n:i a:ge.z[m,n,lda]/io! lda:i vl:a.d vu:a.d il:i iu:i ns:o s:vec.d[min(m,n)]/o u:ge.z[m,byrange(range,min(m,n),max(iu-il+1,0)),ldu]/o?jobu=V ldu:i vt:ge.z[byrange(range,min(m,n),max(iu-il+1,0)),n,ldvt]/o?jobvt=V ldvt:i work:yw.z[lwork] lwork:i rwork:yx.d[max(1,min(m,n)*(min(m,n)*2+15*min(m,n)))] iwork:ix[max(1,12*min(m,n))] superb:ow[12*min(m,n)-1]@iwork+1/o
 zgesvj i : joba:c jobu:c jobv:c m:i n:i a:ge.z[m,n,lda]/io! lda:i sva:vec.d[n]/o mv:i v:ge.z[svjv(jobv,n,mv),n,ldv]/io!?jobv=AV ldv:i cwork:yx.z[max(1,m+n)]@lwork lwork:i rwork:yx.d[max(6,m+n)]@lrwork lrwork:i stat:ow[6]@rwork/io
 zgesvx i : fact:c trans:c n:i nrhs:i a:ge.z[n,n,lda]/io! lda:i af:ge.z[n,n,ldaf]/io ldaf:i ipiv:iio equed:c* r:vec.d[n]/io c:vec.d[n]/io b:ge.z[n,nrhs,ldb]/io! ldb:i x:ge.z[n,nrhs,ldx]/o ldx:i rcond:y.d ferr:vec.d[nrhs]/o berr:vec.d[nrhs]/o work:yx.z[max(1,2*n)] rwork:yx.d[max(1,2*n)] rpivot:ow[1]@rwork/o
@@ -1103,11 +1103,11 @@ zlag2c i : m:i n:i a:ge.z[m,n,lda]/i! lda:i sa:ge.c[m,n,ldsa]/o ldsa:i
 zlagge - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : m n kl ku d a lda iseed work
 zlaghe - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
 zlagsy - +skip=a_test-matrix_generator_of_libtmglib,_not_a_LAPACK_routine : n k d a lda iseed work
-zlangb - +skip=row-major_reads_the_band_of_the_transposed_matrix,_not_the_kit's_band_layout : norm n kl ku ab ldab work
+zlangb d : norm:c n:i kl:i ku:i ab:gb.z[n,n,kl,ku,ldab]/i! ldab:i work:yx.d[max(1,n)]?norm=I
 zlange d : norm:c m:i n:i a:ge.z[m,n,lda]/i! lda:i work:yx.d[m]?norm=I
 zlanhe d : norm:c uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i work:yx.d[n]?norm=IO1
 zlansy d : norm:c uplo:c n:i a:sy.z[uplo,n,lda]/i! lda:i work:yx.d[n]?norm=IO1
-zlantr - +skip=trapezoidal_m_by_n_matrix:_no_shape_of_the_kit : norm uplo diag m n a lda work
+zlantr d +normswap : norm:c uplo:c diag:c m:i n:i a:tr.z[uplo,diag,min(m,n),lda]/i! lda:i work:yx.d[max(1,max(m,n))]?norm=IO1
 zlapmr i : forwrd:i m:i n:i x:ge.z[m,n,ldx]/io! ldx:i k:iio
 zlapmt i : forwrd:i m:i n:i x:ge.z[m,n,ldx]/io! ldx:i k:iio
 zlarcm i : m:i n:i a:ge.d[m,m,lda]/i! lda:i b:ge.z[m,n,ldb]/i! ldb:i c:ge.z[m,n,ldc]/o ldc:i work:yx.d[2*m*n]
@@ -1206,7 +1206,7 @@ zsytrs_rook i : uplo:c n:i nrhs:i a:sy.z[uplo,n,lda]/i! lda:i ipiv:ii b:ge.z[n,n
 ztbcon i : norm:c uplo:c diag:c n:i kd:i ab:tb.z[uplo,diag,n,kd,ldab]/i! ldab:i rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
 ztbrfs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.z[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.z[n,nrhs,ldb]/i! ldb:i x:ge.z[n,nrhs,ldx]/i! ldx:i ferr:vec.d[nrhs]/io berr:vec.d[nrhs]/io work:yx.z[2*n] rwork:yx.d[n]
 ztbtrs i : uplo:c trans:c diag:c n:i kd:i nrhs:i ab:tb.z[uplo,diag,n,kd,ldab]/i! ldab:i b:ge.z[n,nrhs,ldb]/io! ldb:i
-ztfsm - +skip=b:_rows_not_documented_as_a_plain_bound_on_ldb : transr side uplo trans diag m n alpha a b ldb
+ztfsm i : transr:c side:c uplo:c trans:c diag:c m:i n:i alpha:a.z! a:tf.z[transr,uplo,diag,byside(side,m,n)]/i! b:ge.z[m,n,ldb]/io! ldb:i
 ztftri i : transr:c uplo:c diag:c n:i a:tf.z[transr,uplo,diag,n]/io!
 ztfttp i : transr:c uplo:c n:i arf:tf.z[transr,uplo,'n',n]/i! ap:sp.z[uplo,n]/o
 ztfttr i : transr:c uplo:c n:i arf:tf.z[transr,uplo,'n',n]/i! a:ge.z[n,n,lda]/o lda:i
@@ -1214,7 +1214,7 @@ ztgevc i : side:c howmny:c select:ii n:i s:ge.z[n,n,lds]/i! lds:i p:ge.z[n,n,ldp
 ztgexc i : wantq:i wantz:i n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i q:ge.z[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.z[n,ifset(wantz,n),ldz]/io! ldz:i ifst:i ilst:i
 ztgsen i : ijob:i wantq:i wantz:i select:ii n:i a:ge.z[n,n,lda]/io! lda:i b:ge.z[n,n,ldb]/io! ldb:i alpha:vec.z[n]/io beta:vec.z[n]/io q:ge.z[n,ifset(wantq,n),ldq]/io! ldq:i z:ge.z[n,ifset(wantz,n),ldz]/io! ldz:i m:iio pl:y.d pr:y.d dif:vec.d[2]/io work:yw.z[lwork] lwork:i iwork:iw[liwork] liwork:i
 ztgsja i : jobu:c jobv:c jobq:c m:i p:i n:i k:i l:i a:ge.z[m,n,lda]/io! lda:i b:ge.z[p,n,ldb]/io! ldb:i tola:a.d! tolb:a.d! alpha:vec.d[n]/io beta:vec.d[n]/o u:ge.z[m,m,ldu]/io!?jobu=U ldu:i v:ge.z[p,p,ldv]/io!?jobv=V ldv:i q:ge.z[n,n,ldq]/io!?jobq=Q ldq:i work:yx.z[2*n] ncycle:o
-ztgsna - +skip=vl:_m_('m'_is_not_an_argument) : job howmny select n a lda b ldb vl ldvl vr ldvr s dif mm m work lwork iwork
+ztgsna i : job:c howmny:c select:ii n:i a:ge.z[n,n,lda]/i! lda:i b:ge.z[n,n,ldb]/i! ldb:i vl:ge.z[n,mm,ldvl]/i!?job=EB ldvl:i vr:ge.z[n,mm,ldvr]/i!?job=EB ldvr:i s:vec.d[mm]/o dif:vec.d[mm]/o mm:i m:o work:yw.z[lwork] lwork:i iwork:ix[max(1,n+2)]?job=VB
 ztgsyl i : trans:c ijob:i m:i n:i a:ge.z[m,m,lda]/i! lda:i b:ge.z[n,n,ldb]/i! ldb:i c:ge.z[m,n,ldc]/io! ldc:i d:ge.z[m,m,ldd]/i! ldd:i e:ge.z[n,n,lde]/i! lde:i f:ge.z[m,n,ldf]/io! ldf:i scale:y.d dif:y.d work:yw.z[lwork] lwork:i iwork:ix[m+n+2]
 ztpcon i : norm:c uplo:c diag:c n:i ap:tp.z[uplo,diag,n]/i! rcond:y.d work:yx.z[2*n] rwork:yx.d[n]
 ztpmqrt i : side:c trans:c m:i n:i k:i l:i nb:i v:ge.z[byside(side,m,n),k,ldv]/i! ldv:i t:ge.z[nb,k,ldt]/i! ldt:i a:ge.z[byside(side,k,m),byside(side,n,k),lda]/io! lda:i b:ge.z[m,n,ldb]/io! ldb:i work:yx.z[max(1,nb)*max(1,byside(side,n,m))]
@@ -1249,7 +1249,7 @@ zungql i : m:i n:i k:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[k]/i! work:yw.z[lwork
 zungqr i : m:i n:i k:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[k]/i! work:yw.z[lwork] lwork:i
 zungrq i : m:i n:i k:i a:ge.z[m,n,lda]/io! lda:i tau:vec.z[k]/i! work:yw.z[lwork] lwork:i
 zungtr i : uplo:c n:i a:ge.z[n,n,lda]/io! lda:i tau:vec.z[n-1]/i! work:yw.z[lwork] lwork:i
-zungtsqr_row - +skip=t:_n*nirb_('nirb'_is_not_an_argument) : m n mb nb a lda t ldt work lwork
+zungtsqr_row i : m:i n:i mb:i nb:i a:ge.z[m,n,lda]/io! lda:i t:ge.z[nb,n*tsqrblocks(m,n,mb),ldt]/i! ldt:i work:yw.z[lwork] lwork:i
 zunmbr i : vect:c side:c trans:c m:i n:i k:i a:ge.z[byvect(vect,byside(side,m,n),min(byside(side,m,n),k)),byvect(vect,min(byside(side,m,n),k),byside(side,m,n)),lda]/i! lda:i tau:vec.z[min(byside(side,m,n),k)]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zunmhr i : side:c trans:c m:i n:i ilo:i ihi:i a:ge.z[byside(side,m,n),byside(side,m,n),lda]/i! lda:i tau:vec.z[byside(side,m,n)-1]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i
 zunmlq i : side:c trans:c m:i n:i k:i a:ge.z[k,byside(side,m,n),lda]/i! lda:i tau:vec.z[k]/i! c:ge.z[m,n,ldc]/io! ldc:i work:yw.z[lwork] lwork:i

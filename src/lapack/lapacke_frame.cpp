@@ -432,6 +432,28 @@ void release_all(void* const* blocks, uint64_t held) {
   }
 }
 
+// Row-major norms: the caller's array is the column-major transpose, whose one norm is
+// the infinity norm of the matrix and back; its triangle is the other (?lantr), and its
+// dimensions or band widths are the two integers before the matrix, exchanged.
+template <class I>
+I middle_norm_swap(const Routine<I>& r, void* const* p, void* result) {
+  void* q[kMaxArgs + 1];
+  copy_args(q, p, r.nargs);
+  char norm = letter(p, 0, ' ');
+  norm = lsame(norm, '1') || lsame(norm, 'o') ? 'I' : lsame(norm, 'i') ? '1' : norm;
+  q[0] = &norm;
+  char uplo = 0;
+  if (r.args[1].kind == kChar) {
+    uplo = swap_uplo(letter(p, 1, ' '));
+    q[1] = &uplo;
+  }
+  int k = 2;
+  while (k < r.nargs && r.args[k].kind < kGe) ++k;
+  std::swap(q[k - 2], q[k - 1]);
+  I info;
+  return call_fortran(r, q, &info, result);
+}
+
 // The middle level; a function-valued routine leaves its value in `result`. `known` holds
 // the dimensions when the high level has computed them already (they depend only on
 // arguments both levels share), or is null.
@@ -447,6 +469,7 @@ I run_middle(const Routine<I>& r, int layout, void* const* p, void* result, cons
   }
   if (r.flags & kNoCopy) return middle_no_copy(r, p);
   if (r.flags & kPack) return middle_pack(r, p);
+  if (r.flags & kNormSwap) return middle_norm_swap(r, p, result);
   I computed[kMaxDims];
   const I* d = known;
   if (!d) {

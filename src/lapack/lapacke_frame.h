@@ -73,6 +73,9 @@ enum Flags : uint8_t {
   kNoLayout = 2,  // no matrix, no layout argument: the middle level is a bare call
   kPack = 4,      // a block between a full array and a packed triangle (uplo, trans first):
                   // row-major exchanges uplo, the block's position and its sizes; no copy
+  kNormSwap = 8,  // a norm (norm first): row-major takes the norm of the transpose as it lies,
+                  // the one and infinity norms, the triangle and the two integers before the
+                  // matrix (m and n, kl and ku) exchanged; no copy
 };
 
 template <class I>

@@ -26,6 +26,15 @@ inline I gbyvect(char vect, I x, I y) {
   return lsame(vect, 'q') ? x : y;
 }
 
+// Row blocks of a tall-skinny QR of m by n in blocks of mb rows (?orgtsqr_row's T holds
+// one block of columns for each): max(1, ceil((m-n)/(mb-n))); 1 when mb <= n (a call the
+// routine rejects).
+template <class I>
+inline I gtsqrblocks(I m, I n, I mb) {
+  if (mb <= n || m <= n) return 1;
+  return (m - n + (mb - n) - 1) / (mb - n);
+}
+
 // Columns of U in ?gesdd: m for "a" and for "o" with m < n (U then holds the square
 // factor), min(m,n) for "s"; none otherwise.
 template <class I>

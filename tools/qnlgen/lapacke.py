@@ -70,7 +70,8 @@ class Routine:
         self.has_info = True
 
 
-FUNCS = ("max", "min", "abs", "byrange", "byside", "bytrans", "byvect", "ifset", "sddu", "sddvt", "bysvd", "svjv", "pivrows")
+FUNCS = ("max", "min", "abs", "byrange", "byside", "bytrans", "byvect", "ifset", "sddu", "sddvt", "bysvd", "svjv", "pivrows",
+         "tsqrblocks")
 # Record kinds of the words without extents; a.T scalars, workspaces and arrays are told apart below.
 SIMPLE = {"c": "kChar", "c*": "kCharPtr", "i": "kInt", "o": "kOutPtr", "ii": "kOutPtr", "iio": "kOutPtr",
           "f": "kOutPtr", "y": "kOutPtr"}
@@ -252,7 +253,7 @@ def address(a):
     return f"const_cast<void*>(static_cast<const void*>({a.name}))"
 
 
-FLAGS = {"+nocopy": "kNoCopy", "+nolayout": "kNoLayout", "+pack": "kPack"}
+FLAGS = {"+nocopy": "kNoCopy", "+nolayout": "kNoLayout", "+pack": "kPack", "+normswap": "kNormSwap"}
 CALLBACKS = {"s": ("LAPACK_S_SELECT2", "LAPACK_S_SELECT3"), "d": ("LAPACK_D_SELECT2", "LAPACK_D_SELECT3"),
              "c": ("LAPACK_C_SELECT1", "LAPACK_C_SELECT2"), "z": ("LAPACK_Z_SELECT1", "LAPACK_Z_SELECT2")}
 

@@ -61,7 +61,11 @@ OWN = {**{f: {"jobu": "U", "jobv": "V", "jobq": "Q"} for f in ("ggsvd", "ggsvd3"
        "laswp": {"k1": 6, "k2": 8},
        "gesvdx": {"jobu": "V", "jobvt": "V"}, "gesvj": {"joba": "G", "jobu": "U", "jobv": "V", "mv": 3},
        # ?stein: two eigenvalues, each its own block of one row (the harness's iblock and isplit 1, 2).
-       "stein": {"m": 2}}
+       "stein": {"m": 2},
+       # ?tgsna: both condition numbers of every eigenpair.
+       "tgsna": {"job": "B", "mm": 5},
+       # Two row blocks below the first (mb > n).
+       **{f: {"m": 9, "mb": 7} for f in ("orgtsqr_row", "ungtsqr_row")}}
 # Outputs of which the routine defines a part only: the rest is whatever the scratch copy held.
 # ?lacpy: the stock library copies its scratch back over the triangle not referenced.
 # ?gesvd's superb holds the unconverged superdiagonal only when it fails; the failing indices
@@ -74,8 +78,13 @@ ROW_UNDEFINED = {f"{k}_aa_2stage": "tb" for k in ("sytrf", "hetrf", "sysv", "hes
 # ?sytrs_aa_2stage solves with a scratch tb that it never fills from the caller's; its
 # ?tpmqrt_work rejects every row-major call with -2.
 # ?gemqrt_work passes the caller's row-major ldv (at least k) as the copy's, which the Fortran
-# routine rejects (-9) when the reflectors have more rows than that.
-STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt", "gemqrt"}
+# routine rejects (-9) when the reflectors have more rows than that; ?orgtsqr_row_work fills
+# its copy of T from a; ?tfsm_work from the left returns NaNs (its row-major results match
+# the stock column-major call on the transposed b and the kit's transposed RFP a); ?langb_work
+# hands the routine the caller's band with kl and ku exchanged and the norm as it is (the one
+# norm of the transpose read as a band of the other layout: 41.5 for a matrix of one norm 12.5).
+STOCK_ROW_FAULTS = {"sytrs_aa_2stage", "hetrs_aa_2stage", "tpmqrt", "gemqrt", "orgtsqr_row", "ungtsqr_row", "tfsm",
+                    "langb"}
 # Further option letters a routine runs with, each a case of its own in both layouts.
 # The Schur drivers also sort, with condition numbers where they have them.
 VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"compq": "N"}],
@@ -85,6 +94,7 @@ VARIANTS = {"gesdd": [{"jobz": "S"}, {"jobz": "O"}, {"jobz": "N"}], "bdsdc": [{"
             "sfrk": [{"trans": "T"}], "hfrk": [{"trans": "C"}],
             # P's reflectors of ?ormbr; the stock ?unmbr_work copies min(nq,k) of their nq columns
             # in row-major, so ?unmbr runs with Q's only.
+            **{f: [{"norm": "I"}, {"norm": "F"}, {"norm": "M"}] for f in ("langb", "lantr")},
             "ormbr": [{"vect": "P"}], "gbbrd": [{"vect": "B"}, {"vect": "N"}],
             **{f: [{"sort": "S"}] for f in ("gees", "gges", "gges3")}, "ggesx": [{"sort": "S", "sense": "B"}],
             # Balancing that scales (6n reals of rwork), with both condition numbers.
@@ -99,7 +109,7 @@ FACTORED_BY = {"gemqr": "geqr", "gemlq": "gelq"}
 # Square inputs that must be upper triangular, Schur forms (?tgevc rejects an S that is not
 # quasi-triangular and a P that is not triangular; the reorderings read the upper part only):
 # the stock ?laset zeroes what lies below the diagonal.
-UPPER = {"tgevc": ("s", "p"), "tgexc": ("a", "b"), "tgsen": ("a", "b"), "trexc": ("t",), "trsen": ("t",)}
+UPPER = {"tgevc": ("s", "p"), "tgsna": ("a", "b"), "tgexc": ("a", "b"), "tgsen": ("a", "b"), "trexc": ("t",), "trsen": ("t",)}
 FUNCS = {"max": max, "min": min, "abs": abs,
          "byrange": lambda r, every, some: every if r in "AV" else some if r == "I" else 1,
          "byside": lambda side, m, n: m if side == "L" else n,
@@ -110,6 +120,7 @@ FUNCS = {"max": max, "min": min, "abs": abs,
          "svjv": lambda jobv, n, mv: n if jobv == "V" else mv if jobv == "A" else 0,
          "pivrows": lambda k1, k2, ipiv, incx: max([1, k2] + [ipiv[k1 - 1 + (i - k1) * abs(incx)]
                                                               for i in range(k1, k2 + 1)]),
+         "tsqrblocks": lambda m, n, mb: 1 if mb <= n or m <= n else -(-(m - n) // (mb - n)),
          # ?gesdd: columns of U, rows of VT (src/lapack/lapacke_sizes.h)
          "sddu": lambda jobz, m, n: m if jobz == "A" or (jobz == "O" and m < n) else min(m, n) if jobz == "S" else 0,
          "sddvt": lambda jobz, m, n: n if jobz == "A" or (jobz == "O" and m >= n) else min(m, n) if jobz == "S" else 0}
